@@ -1,0 +1,30 @@
+# Flags that every target of the project is built with.
+add_library(fabscope_flags INTERFACE)
+target_compile_options(fabscope_flags INTERFACE
+  -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
+# g++ 12 reports overlaps of 2^63 bytes in "text" + std::to_string(n) (gcc bug 105329).
+target_compile_options(fabscope_flags INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
+if(FABSCOPE_SANITIZE)
+  target_compile_options(fabscope_flags INTERFACE
+    -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(fabscope_flags INTERFACE -fsanitize=address,undefined)
+endif()
+if(FABSCOPE_COVERAGE)
+  target_compile_options(fabscope_flags INTERFACE --coverage -O0)
+  target_link_options(fabscope_flags INTERFACE --coverage)
+endif()
+if(FABSCOPE_FUZZ)
+  target_compile_options(fabscope_flags INTERFACE -fsanitize=fuzzer-no-link)
+endif()
+
+# fabscope_room(NAME SOURCES ... LINKS ...): one library target for the folder src/NAME, with the
+# alias fabscope::NAME. LINKS are the rooms and libraries that it may include, and no others.
+function(fabscope_room name)
+  cmake_parse_arguments(ROOM "" "" "SOURCES;LINKS;PRIVATE_LINKS" ${ARGN})
+  add_library(fabscope_${name} STATIC ${ROOM_SOURCES})
+  add_library(fabscope::${name} ALIAS fabscope_${name})
+  target_include_directories(fabscope_${name} PUBLIC ${PROJECT_SOURCE_DIR}/src)
+  target_link_libraries(fabscope_${name}
+    PUBLIC ${ROOM_LINKS}
+    PRIVATE fabscope_flags ${ROOM_PRIVATE_LINKS})
+endfunction()

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace fabscope {
+
+// A GUID as every message shows it: "0x" and 16 lower-case hexadecimal digits.
+inline std::string GuidText(std::uint64_t guid) {
+  constexpr const char* digits = "0123456789abcdef";
+  std::string text = "0x0000000000000000";
+  for (auto digit = text.rbegin(); guid != 0; ++digit, guid >>= 4) *digit = digits[guid & 0xf];
+  return text;
+}
+
+}  // namespace fabscope

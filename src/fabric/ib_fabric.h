@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <set>
+#include <unordered_map>
+#include <vector>
+
+#include "fabric/ib_node.h"
+
+namespace fabscope {
+
+// A whole fabric. Made by FabricBuilder, which fills every container below once; nothing may be
+// added afterwards, since nodes and ports are known by their addresses.
+class IBFabric {
+ public:
+  IBFabric() = default;
+  IBFabric(const IBFabric&) = delete;
+  IBFabric& operator=(const IBFabric&) = delete;
+
+  // Every switch, in model order.
+  std::set<IBNode*> switches;
+
+  // The node with that node GUID, or null.
+  const IBNode* getNodeByGuid(std::uint64_t guid) const;
+
+  // All nodes in model order, for those who write a fabric out.
+  const std::vector<IBNode>& GetNodes() const { return nodes_; }
+  const std::vector<IBPort>& GetPorts() const { return ports_; }
+  const std::deque<APort>& GetAPorts() const { return aports_; }
+
+ private:
+  friend class FabricBuilder;
+
+  std::vector<IBNode> nodes_;
+  std::vector<IBPort> ports_;       // by node, then by port number
+  std::vector<IBPort*> portSlots_;  // what the nodes' `ports` look into
+  std::deque<APort> aports_;
+  std::unordered_map<std::uint64_t, std::uint32_t> indexByGuid_;
+};
+
+}  // namespace fabscope

@@ -1,0 +1,80 @@
+// Asymmetric aggregated ports, counted per group.
+//
+// Inside a group every eligible plane port whose aggregated port is asymmetric counts, at both ends
+// of a cable; towards the hosts each aggregated port of a leaf counts once, and the host's own is
+// not looked at.
+
+#include "fat_tree/group_label.h"
+#include "fat_tree/neighborhood.h"
+#include "fat_tree/status.h"
+#include "fat_tree/topology.h"
+
+namespace fabscope {
+namespace {
+
+bool IsEligible(const IBPort* port) {
+  return port != nullptr && port->planeMultiplicity > 1 && port->getInSubFabric() &&
+         !port->isFNMPort() && !port->isFNM1Port() && port->remotePort != nullptr &&
+         port->remotePort->node != nullptr;
+}
+
+bool IsAsymmetric(const APort* aport) { return aport != nullptr && aport->asymmetry != 0; }
+
+}  // namespace
+
+int FTNeighborhood::CheckAsymmetricAPorts(std::ostream& stream) {
+  if (const int status = CheckInternalAPorts(stream); status != StatusSuccess) return status;
+  return IsNeighborhood() ? CheckExternalAPorts(stream) : StatusSuccess;
+}
+
+int FTNeighborhood::CheckInternalAPorts(std::ostream& stream) {
+  std::uint32_t found = 0;
+  for (const IBNode* spine : spines) {
+    if (spine == nullptr) {
+      errStream << "Cannot check APorts internal links symmetry for the "
+                << GroupLabel(IsNeighborhood(), id) << ". One of its IB-Nodes is NULL";
+      return StatusLookupFailed;
+    }
+    for (unsigned num = 1; num <= spine->numPorts; ++num) {
+      const IBPort* port = spine->getPort(static_cast<std::uint8_t>(num));
+      if (!IsEligible(port) || !lines.contains(port->remotePort->node)) continue;
+      for (const APort* aport : {port->aport, port->remotePort->aport}) {
+        if (!IsAsymmetric(aport)) continue;
+        ++found;
+        topology->AddIssues(1);
+      }
+    }
+  }
+  if (found != 0) {
+    stream << "-W- " << GroupTitle(IsNeighborhood()) << id << ": found " << found
+           << " asymmetric APort" << (found == 1 ? "" : "s") << std::endl;
+  }
+  return StatusSuccess;
+}
+
+int FTNeighborhood::CheckExternalAPorts(std::ostream& stream) {
+  std::uint32_t found = 0;
+  for (const IBNode* line : lines) {
+    if (line == nullptr) {
+      // Only neighborhoods come here; that the text says otherwise is its settled form.
+      errStream << "Cannot check APorts external links symmetry for the " << GroupLabel(false, id)
+                << ". One of its IB-Nodes is NULL";
+      return StatusLookupFailed;
+    }
+    std::set<const APort*> counted;
+    for (unsigned num = 1; num <= line->numPorts; ++num) {
+      const IBPort* port = line->getPort(static_cast<std::uint8_t>(num));
+      if (!IsEligible(port) || port->remotePort->node->nodeType != NodeTypeCA) continue;
+      if (!IsAsymmetric(port->aport) || !counted.insert(port->aport).second) continue;
+      ++found;
+      topology->AddIssues(1);
+    }
+  }
+  if (found != 0) {
+    stream << "-W- " << GroupTitle(true) << id << ": found " << found << " asymmetric APort"
+           << (found == 1 ? "" : "s") << " connected to CAs" << std::endl;
+  }
+  return StatusSuccess;
+}
+
+}  // namespace fabscope

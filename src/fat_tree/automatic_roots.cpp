@@ -1,0 +1,158 @@
+// Finding the roots when nobody names them.
+//
+// One leaf's view of the fabric (classification.cpp) tells the whole tree, if the cabling around it
+// is right. So the fabric is classified from one leaf after another, each far from all leaves used
+// before, so that no fault is near to all of them; the ranks are accepted as soon as enough
+// classifications agree on roots and leaves.
+//
+// The first leaf is the switch with most hosts. It is never compared: there is nothing yet that it
+// could agree with. Agreement is met when the newest classification equals exactly the required
+// number, itself included; with a requirement of 1 that means that it equals no other.
+
+#include <functional>
+
+#include "fabric/guid.h"
+#include "fat_tree/status.h"
+#include "fat_tree/topology.h"
+
+namespace fabscope {
+namespace {
+
+FTClassification::NodeData CountLinks(const IBNode& node) {
+  FTClassification::NodeData data;
+  for (unsigned num = 1; num <= node.numPorts; ++num) {
+    const IBPort* port = node.getPort(static_cast<std::uint8_t>(num));
+    if (port == nullptr || port->isFNMPort() || port->isFNM1Port()) continue;
+    if (!port->isSymmetricLink()) continue;
+    const IBNode* remote = port->get_remote_node();
+    if (remote == nullptr) continue;
+    if (remote->nodeType == NodeTypeCA && !remote->isSpecialNode()) ++data.caLinks;
+    if (remote->nodeType == NodeTypeSwitch) ++data.switchLinks;
+  }
+  return data;
+}
+
+}  // namespace
+
+FTClassificationHandler::~FTClassificationHandler() {
+  for (const FTClassification* classification : classifications) delete classification;
+}
+
+FTClassification* FTClassificationHandler::GetNewClassification(const FTTopology& topology) {
+  classifications.push_back(new FTClassification(topology));
+  return classifications.back();
+}
+
+const IBNode* FTTopology::GetFirstLeaf() {
+  // Of switches with equal counts the last one in model order stays.
+  std::map<FTClassification::NodeData, const IBNode*> leaves;
+  for (const IBNode* node : fabric->switches) {
+    if (node == nullptr) return nullptr;
+    const FTClassification::NodeData data = CountLinks(*node);
+    if (data.caLinks == 0) continue;
+    classificationNodeData[node] = data;
+    leaves[data] = node;
+  }
+  return leaves.empty() ? nullptr : leaves.rbegin()->second;
+}
+
+const IBNode* FTClassification::GetLeafToClassify(const std::vector<FTClassification*>& all) {
+  if (maxThresholdDistance != 2 && maxThresholdDistance != 4 && maxThresholdDistance != 6) {
+    errStream << "Wrong Classification. Unexpected maximal distance: " << maxThresholdDistance;
+    return nullptr;
+  }
+  const auto farthest = distanceToNodes.find(maxThresholdDistance);
+  if (farthest == distanceToNodes.end()) {
+    errStream << "Wrong Classification. There are no nodes at the distance: "
+              << maxThresholdDistance;
+    return nullptr;
+  }
+  return GetLeafToClassify(all, farthest->second);
+}
+
+const IBNode* FTClassification::GetLeafToClassify(const std::vector<FTClassification*>& all,
+                                                  const std::list<const IBNode*>& candidates) {
+  constexpr const char* cannotFind = "Cannot find a next leaf to classify. ";
+  std::map<NodeData, std::vector<const IBNode*>, std::greater<>> byLinks;
+  for (const IBNode* node : candidates) {
+    if (node == nullptr) {
+      errStream << cannotFind << "DB error - One of IB-Nodes is NULL";
+      return nullptr;
+    }
+    const NodeData* data = topology.GetClassificationNodeData(node);
+    if (data != nullptr) byLinks[*data].push_back(node);
+  }
+
+  for (const auto& [data, nodes] : byLinks) {
+    for (const IBNode* node : nodes) {
+      // Every classification is asked, also behind one that disagrees: one that never reached the
+      // switch ends the search.
+      bool allAgree = true;
+      for (auto entry = all.rbegin(); entry != all.rend(); ++entry) {
+        if (*entry == nullptr) {
+          errStream << cannotFind << "One of FT-Classifications is NULL";
+          return nullptr;
+        }
+        if (*entry == this) continue;
+        bool isFar = false;
+        if ((*entry)->CheckDistanceTo(*node, isFar) != StatusSuccess) {
+          errStream << cannotFind << "Failed to find a distance to the Switch (GUID: "
+                    << GuidText(node->guid) << ')';
+          return nullptr;
+        }
+        allAgree = allAgree && isFar;
+      }
+      if (allAgree) return node;
+    }
+  }
+  errStream << "Failed to find next leaf to classify out of " << candidates.size()
+            << " possible nodes";
+  return nullptr;
+}
+
+int FTTopology::Build(std::vector<FabricErrGeneral*>& /*errors*/, std::string& message, int retries,
+                      int equalClassifications) {
+  const std::string prefix = "Cannot build Fat-Tree topology. ";
+  if (Show_GUID == 1 || Show_GUID == 2) {
+    *outStream << "#Output format: " << (Show_GUID == 2 ? "Node GUID" : "System GUID(/Switch ASIC)")
+               << " -- Node Name" << std::endl
+               << std::endl;
+  }
+  *outStream << "-I- Detecting roots by distance classifications" << std::endl;
+
+  const IBNode* leaf = GetFirstLeaf();
+  if (leaf == nullptr) {
+    message = prefix + "Failed to find a leaf switch to classify";
+    return StatusBadData;
+  }
+  FTClassificationHandler handler;
+  const std::vector<FTClassification*>& classifications = handler.GetClassifications();
+  FTClassification* classification = handler.GetNewClassification(*this);
+  if (classification->Classify(*leaf) != StatusSuccess) {
+    message = prefix + classification->GetErrorText();
+    return StatusBadData;
+  }
+
+  for (int tries = 0; tries < retries; ++tries) {
+    leaf = classification->GetLeafToClassify(classifications);
+    if (leaf == nullptr) {
+      message = prefix + classification->GetErrorText();
+      return StatusBadData;
+    }
+    classification = handler.GetNewClassification(*this);
+    if (classification->Classify(*leaf) != StatusSuccess) {
+      message = prefix + classification->GetErrorText();
+      return StatusBadData;
+    }
+    if (classification->CountEquals(classifications) == equalClassifications) {
+      classification->SwapRanks(ranks);
+      return StatusSuccess;
+    }
+  }
+  errStream << prefix << "Failed to find " << equalClassifications
+            << " equal Classifications out of " << retries << " retries";
+  message = errStream.str();
+  return StatusBadData;
+}
+
+}  // namespace fabscope

@@ -1,0 +1,94 @@
+// Cables that break the tree.
+//
+// Two kinds never belong in a fat tree: a cable inside a rank, and an up-link into another group's
+// upper switches (a cross link). The first kind is seen while the histogram is filled, from both of
+// its ends, and the topology's registry of pairs keeps it from being recorded twice.
+//
+// A cross link shows after the merge pass as an upper switch that stands in two sets. Whose is it?
+// The set's whose lower switches reach it more than twice as often; for the other set its cables to
+// that switch are the cross links. With 3 against 1 the switch is taken from the second set; with 2
+// against 1, or among equals, nobody can tell, and it stays in both.
+
+#include "fabric/fabric_walk.h"
+#include "fabric/guid.h"
+#include "fat_tree/status.h"
+#include "fat_tree/topology.h"
+#include "fat_tree/up_hop_histogram.h"
+
+namespace fabscope {
+
+void FTUpHopHistogram::AddIllegalLinkIssue(const FTLinkIssue& issue) {
+  if (topology.IsReportedLinkIssue(issue.node1, issue.node2)) return;
+  linkIssues.push_back(issue);
+  topology.AddNewLinkIssue(issue.node1, issue.node2);
+}
+
+void FTUpHopHistogram::CheckRootSwitchConnections(const IBNode& root) {
+  for (unsigned num = 1; num <= root.numPorts; ++num) {
+    const IBPort* port = root.getPort(static_cast<std::uint8_t>(num));
+    const IBNode* remote = GetRemoteSwitch(port);
+    if (remote == nullptr || topology.GetNodeRank(remote) != 0) continue;
+    AddIllegalLinkIssue({&root, port->num, 0, remote, port->remotePort->num, 0});
+  }
+}
+
+int FTUpHopHistogram::AddIllegalLinkIssues(std::uint64_t index,
+                                           const std::list<const IBNode*>& downNodes) {
+  const IBNode* upper = IndexToNode(index);
+  if (upper == nullptr) return StatusLookupFailed;
+
+  bool found = false;
+  for (const IBNode* node : downNodes) {
+    for (unsigned num = 1; num <= node->numPorts; ++num) {
+      const IBPort* port = node->getPort(static_cast<std::uint8_t>(num));
+      if (GetRemoteSwitch(port) != upper) continue;
+      // Every cable counts here, so the registry of pairs is left alone.
+      linkIssues.push_back({upper, port->remotePort->num, rank, node, port->num, rank + 1});
+      found = true;
+    }
+  }
+  if (found) return StatusSuccess;
+  errStream << "The switch GUID: " << GuidText(upper->guid)
+            << "is not connected to any switch from the down nodes"
+            << " provided for Invalid Link Issue";
+  return StatusBadData;
+}
+
+int FTUpHopHistogram::CheckCrossLinks(FTUpHopSet& set) {
+  const auto countFailed = [this](std::uint64_t index, const void* token) {
+    errStream << "Failed to get how many times a node with index: " << index
+              << " was encountered. Up-Hop set ptr: " << token;
+  };
+
+  for (const auto& [key, other] : upHopSets) {
+    if (&other == &set) continue;
+    const UpHopBits shared = set.upSet & other.upSet;
+    if (shared.none()) continue;
+    for (std::uint64_t index = 0; index < bitSetSize; ++index) {
+      if (!shared.test(index)) continue;
+      std::int32_t own = 0;
+      if (const int status = set.GetNodeEncountered(index, own); status != StatusSuccess) {
+        countFailed(index, &own);
+        return status;
+      }
+      std::int32_t others = 0;
+      if (const int status = other.GetNodeEncountered(index, others); status != StatusSuccess) {
+        countFailed(index, &other);
+        return status;
+      }
+      if (others <= 2 * own) continue;
+
+      if (const int status = set.TakeOutUpNode(index); status != StatusSuccess) {
+        errStream << "Failed to take out a node with index: " << index
+                  << ". Up-Hop set ptr: " << static_cast<const void*>(&set);
+        return status;
+      }
+      if (const int status = AddIllegalLinkIssues(index, set.downNodes); status != StatusSuccess) {
+        return status;
+      }
+    }
+  }
+  return StatusSuccess;
+}
+
+}  // namespace fabscope

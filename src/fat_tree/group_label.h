@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace fabscope {
+
+// How texts name a group of switches. Groups on the last pair of ranks, where the leaves are, are
+// called neighborhoods; groups above them connectivity groups.
+
+inline const char* GroupTitle(bool isNeighborhood) {
+  return isNeighborhood ? "Neighborhood " : "Connectivity group ";
+}
+
+inline const char* GroupName(bool isNeighborhood) {
+  return isNeighborhood ? "neighborhood" : "connectivity group";
+}
+
+// "neighborhood: 3", "connectivity group: 3"
+inline std::string GroupLabel(bool isNeighborhood, std::uint64_t id) {
+  return std::string(GroupName(isNeighborhood)) + ": " + std::to_string(id);
+}
+
+}  // namespace fabscope

@@ -1,0 +1,128 @@
+// Whether the switches of a group have equal link counts, and whether the group can block.
+//
+// The expected count is always the greatest one present: cables get lost, they do not appear. A
+// group of which fewer cables leave upwards than come in from below cannot carry all traffic of its
+// lines at once; that is a suspicion only, since fabrics are built so on purpose.
+
+#include "fat_tree/group_label.h"
+#include "fat_tree/neighborhood.h"
+#include "fat_tree/node_record.h"
+#include "fat_tree/status.h"
+#include "fat_tree/topology.h"
+
+namespace fabscope {
+namespace {
+
+// A listing breaks its line after this many further switches.
+constexpr unsigned listedPerLine = 7;
+
+std::string NullNodeText(bool isNeighborhood, std::uint64_t id) {
+  return "Cannot calculate Up/Down links for the " + GroupLabel(isNeighborhood, id) +
+         ". One of its IB-Nodes is NULL";
+}
+
+}  // namespace
+
+int FTNeighborhood::CheckUpDownLinks(std::vector<FabricErrGeneral*>& errors, std::ostream& stream) {
+  stream << std::endl;
+  if (rank != 0) {
+    if (const int status = CheckBlockingConfiguration(errors, stream); status != StatusSuccess) {
+      return status;
+    }
+    if (const int status = CheckSetLinks(spines, rank, true, errors, stream);
+        status != StatusSuccess) {
+      return status;
+    }
+  }
+  if (const int status = CheckSetLinks(spines, rank, false, errors, stream);
+      status != StatusSuccess) {
+    return status;
+  }
+  if (const int status = CheckSetLinks(lines, rank + 1, true, errors, stream);
+      status != StatusSuccess) {
+    return status;
+  }
+  return CheckSetLinks(lines, rank + 1, false, errors, stream);
+}
+
+int FTNeighborhood::CheckBlockingConfiguration(std::vector<FabricErrGeneral*>& /*errors*/,
+                                               std::ostream& stream) {
+  for (const IBNode* spine : spines) {
+    if (spine == nullptr) {
+      errStream << NullNodeText(IsNeighborhood(), id);
+      return StatusLookupFailed;
+    }
+    const UpDownLinks links = topology->GetSwitchLinksData(rank, *spine);
+    totalSpineUplinks += static_cast<std::uint64_t>(std::int64_t{links.up});
+    totalInternalLinks += static_cast<std::uint64_t>(std::int64_t{links.down});
+  }
+  if (totalSpineUplinks < totalInternalLinks) {
+    stream << "-W- " << GroupTitle(IsNeighborhood()) << id
+           << ": suspected blocking configuration  --  total number of spine's uplinks "
+           << totalSpineUplinks << " is less then total number of internal links "
+           << totalInternalLinks << std::endl;
+    topology->AddIssues(1);
+  }
+  return StatusSuccess;
+}
+
+int FTNeighborhood::CheckSetLinks(const NodeSet& nodes, std::uint64_t nodesRank, bool isUp,
+                                  std::vector<FabricErrGeneral*>& /*errors*/,
+                                  std::ostream& stream) {
+  CountMap counts;
+  for (const IBNode* node : nodes) {
+    if (node == nullptr) {
+      errStream << NullNodeText(IsNeighborhood(), id);
+      return StatusLookupFailed;
+    }
+    const UpDownLinks links = topology->GetSwitchLinksData(nodesRank, *node);
+    counts[isUp ? links.up : links.down].push_back(node->guid);
+  }
+  SetLinksReport(stream, counts, nodesRank, isUp);
+  return StatusSuccess;
+}
+
+void FTNeighborhood::SetLinksReport(std::ostream& stream, const CountMap& counts,
+                                    std::uint64_t nodesRank, bool isUp) {
+  if (counts.empty()) return;
+  const char* setName = nodesRank == rank ? "spines" : "lines";
+  const char* linkName = isUp ? "uplinks" : "downlinks";
+  if (counts.size() == 1) {
+    stream << "-I- " << GroupTitle(IsNeighborhood()) << id << ": all " << setName
+           << " have the same number of " << linkName << ": " << counts.begin()->first << std::endl;
+    return;
+  }
+  stream << (IsWarning(nodesRank, isUp) ? "-W- " : "-E- ") << GroupTitle(IsNeighborhood()) << id
+         << ": " << setName << " with different number of " << linkName << " (expected  "
+         << counts.rbegin()->first << ' ' << linkName << ')';
+  ReportToStream(stream, counts, listedPerLine, linkName);
+  stream << std::endl;
+  topology->AddIssues(counts.size());
+}
+
+void FTNeighborhood::ReportToStream(std::ostream& stream, const CountMap& counts, unsigned perLine,
+                                    const std::string& linkName) const {
+  if (counts.size() <= 1) return;
+  for (auto entry = std::next(counts.rbegin()); entry != counts.rend(); ++entry) {
+    stream << std::endl << "\t " << entry->first << ' ' << linkName << ": ";
+    unsigned onLine = 0;
+    for (const std::uint64_t guid : entry->second) {
+      const IBNode* node = topology->GetFabric().getNodeByGuid(guid);
+      if (node == nullptr) continue;
+      stream << GetNodeRecord(node) << ' ';
+      // The break comes behind a full line even when nothing follows it.
+      if (onLine >= perLine) {
+        stream << std::endl << "\t\t";
+        onLine = 0;
+      } else {
+        ++onLine;
+      }
+    }
+  }
+}
+
+bool FTNeighborhood::IsWarning(std::uint64_t nodesRank, bool isUp) const {
+  return !isUp && IsNeighborhood() && nodesRank == rank + 1;
+}
+
+}  // namespace fabscope

@@ -1,0 +1,51 @@
+#include "fat_tree/link_errors.h"
+
+#include "fat_tree/group_label.h"
+#include "fat_tree/node_record.h"
+#include "platform/csv_desc.h"
+
+namespace fabscope {
+namespace {
+
+// The identifier fields are zero: the record belongs to no single node or port.
+std::string CsvLine(const char* event, const std::string& description) {
+  return std::string("CLUSTER,0x0,0x0,0x0,") + event + ",\"" + DescToCsvDesc(description) + '"';
+}
+
+std::string EndText(const IBNode* node, std::uint8_t port) {
+  return GetNodeRecord(node) + " port: " + std::to_string(port);
+}
+
+}  // namespace
+
+FTMissingLinkError::FTMissingLinkError(std::uint64_t id, const FTLinkIssue& issue,
+                                       bool isNeighborhood) {
+  description = GroupTitle(isNeighborhood) + std::to_string(id) +
+                ": missing link between switches (" + GetNodeRecord(issue.node1) + ") and (" +
+                GetNodeRecord(issue.node2) + ")";
+}
+
+std::string FTMissingLinkError::GetCSVErrorLine() { return CsvLine("MISSING_LINK", description); }
+std::string FTMissingLinkError::GetErrorLine() { return description; }
+
+FTInvalidLinkError::FTInvalidLinkError(std::uint64_t id1, std::uint64_t id2,
+                                       const FTLinkIssue& issue, bool isNeighborhood) {
+  const std::string end1 = EndText(issue.node1, issue.port1);
+  const std::string end2 = EndText(issue.node2, issue.port2);
+  if (id1 != id2) {
+    // The second of two connectivity groups is only called "group"; scripts know it so.
+    description = std::string("Invalid link between ") + GroupName(isNeighborhood) + ' ' +
+                  std::to_string(id1) + " (" + end1 + ") and " +
+                  (isNeighborhood ? "neighborhood " : "group ") + std::to_string(id2) + " (" +
+                  end2 + ")";
+  } else {
+    description = GroupTitle(isNeighborhood) + std::to_string(id1) +
+                  " : invalid link between switches (" + end1 + ") and (" + end2 + ")";
+  }
+  if (issue.rank1 == 0 && issue.rank2 == 0) level = EN_FABRIC_ERR_WARNING;
+}
+
+std::string FTInvalidLinkError::GetCSVErrorLine() { return CsvLine("INVALID_LINK", description); }
+std::string FTInvalidLinkError::GetErrorLine() { return description; }
+
+}  // namespace fabscope

@@ -1,0 +1,132 @@
+// From sets of up-links to groups of switches, with the links that are wrong in them.
+//
+// Each set that survived the merge pass becomes a group: its upper switches are the spines, its
+// lower switches the lines. A set without upper switches (lower switches without an up-link) is a
+// group too, without spines. An upper switch that no set holds is in no group, and a faulty link
+// that names such a switch cannot be told: the rank then fails.
+//
+// Groups are numbered for the whole process, neighborhoods and connectivity groups apart, so that a
+// number names one group in everything that one run prints.
+
+#include "fat_tree/neighborhood.h"
+
+#include <functional>
+
+#include "fabric/guid.h"
+#include "fat_tree/group_label.h"
+#include "fat_tree/link_errors.h"
+#include "fat_tree/status.h"
+#include "fat_tree/topology.h"
+#include "fat_tree/up_hop_histogram.h"
+
+namespace fabscope {
+namespace {
+
+std::uint64_t neighborhoodId = 0;
+std::uint64_t groupId = 0;
+
+std::uint64_t NextId(bool isNeighborhood) { return isNeighborhood ? neighborhoodId++ : groupId++; }
+
+// Groups that nobody has taken over yet.
+struct OwnedGroups {
+  OwnedGroups() = default;
+  OwnedGroups(const OwnedGroups&) = delete;
+  OwnedGroups& operator=(const OwnedGroups&) = delete;
+  ~OwnedGroups() {
+    for (const FTNeighborhood* group : groups) delete group;
+  }
+
+  std::vector<FTNeighborhood*> groups;
+};
+
+}  // namespace
+
+int FTTopology::CreateNeighborhoodsOnRank(std::vector<FabricErrGeneral*>& errors,
+                                          std::uint64_t rank) {
+  FTUpHopHistogram histogram(*this, rank);
+  int status = histogram.Init();
+  if (status == StatusSuccess) status = histogram.CreateNeighborhoods(errors);
+  if (status != StatusSuccess) errStream << histogram.GetErrorText();
+  return status;
+}
+
+int FTUpHopHistogram::SetsToNeighborhoods(std::vector<FabricErrGeneral*>& errors) {
+  const bool isNeighborhood = topology.IsLastRankNeighborhood(rank);
+  OwnedGroups owned;
+  std::vector<FTNeighborhood*>& groups = owned.groups;
+  for (const auto& [key, set] : upHopSets) {
+    std::list<const IBNode*> upperNodes;
+    if (const int status = BitSetToNodes(set.upSet, upperNodes); status != StatusSuccess) {
+      return status;
+    }
+    groups.push_back(new FTNeighborhood(&topology, NextId(isNeighborhood), rank));
+    groups.back()->AddNodes(upperNodes, true);
+    groups.back()->AddNodes(set.downNodes, false);
+  }
+
+  if (const int status = InvalidLinksReport(errors, groups); status != StatusSuccess) {
+    return status;
+  }
+  for (const FTNeighborhood* group : groups) {
+    const int status = group->MissingLinksReport(errors, connectedPairs);
+    if (status != StatusSuccess) {
+      errStream << "Failed to report on missing link for"
+                << GroupLabel(isNeighborhood, group->GetId());
+      return status;
+    }
+  }
+  // On success the topology owns the groups, and what it held before is deleted here.
+  return topology.SetNeighborhoodsOnRank(groups, rank);
+}
+
+int FTUpHopHistogram::InvalidLinksReport(std::vector<FabricErrGeneral*>& errors,
+                                         const std::vector<FTNeighborhood*>& neighborhoods) {
+  const bool isNeighborhood = topology.IsLastRankNeighborhood(rank);
+  for (const FTLinkIssue& issue : linkIssues) {
+    const FTNeighborhood* group1 = FindNeighborhood(neighborhoods, issue.node1);
+    if (group1 == nullptr) return StatusLookupFailed;
+    const FTNeighborhood* group2 = FindNeighborhood(neighborhoods, issue.node2);
+    if (group2 == nullptr) return StatusLookupFailed;
+    errors.push_back(
+        new FTInvalidLinkError(group1->GetId(), group2->GetId(), issue, isNeighborhood));
+  }
+  return StatusSuccess;
+}
+
+FTNeighborhood* FTUpHopHistogram::FindNeighborhood(
+    const std::vector<FTNeighborhood*>& neighborhoods, const IBNode* node) {
+  for (FTNeighborhood* group : neighborhoods) {
+    if (group->Holds(node)) return group;
+  }
+  errStream << "The provided switch ( GUID: " << GuidText(node->guid)
+            << " ) is not associated with any neighborhood on the rank: " << rank;
+  return nullptr;
+}
+
+bool FTNeighborhood::IsNeighborhood() const { return topology->IsLastRankNeighborhood(rank); }
+
+void FTNeighborhood::AddNodes(const std::list<const IBNode*>& nodes, bool toSpines) {
+  (toSpines ? spines : lines).insert(nodes.begin(), nodes.end());
+}
+
+int FTNeighborhood::MissingLinksReport(std::vector<FabricErrGeneral*>& errors,
+                                       const PairsContainer<const IBNode*>& connectedPairs) const {
+  constexpr std::uint64_t noRank = ~std::uint64_t{0};
+  const bool isNeighborhood = IsNeighborhood();
+  for (const IBNode* spine : spines) {
+    if (spine == nullptr) return StatusSuccess;
+    const bool isAlsoLine = lines.contains(spine);
+    for (const IBNode* line : lines) {
+      if (line == nullptr) return StatusSuccess;
+      if (line == spine) continue;
+      // Only where spines and lines share switches is a pair met a second time, turned round.
+      const bool wasVisited = isAlsoLine && std::less<>()(line, spine) && spines.contains(line);
+      if (wasVisited || connectedPairs.Contains(spine, line)) continue;
+      const FTLinkIssue issue{spine, 0, noRank, line, 0, noRank};
+      errors.push_back(new FTMissingLinkError(id, issue, isNeighborhood));
+    }
+  }
+  return StatusSuccess;
+}
+
+}  // namespace fabscope

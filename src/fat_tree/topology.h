@@ -1,0 +1,142 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <ostream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "fabric/fabric_err_general.h"
+#include "fabric/ib_fabric.h"
+#include "fat_tree/classification.h"
+#include "fat_tree/node_set.h"
+#include "fat_tree/pairs_container.h"
+#include "fat_tree/up_down_links.h"
+#include "platform/reg_exp.h"
+
+namespace fabscope {
+
+class FTNeighborhood;
+
+// A fabric's switches recognised as a fat tree. It is built once (one of the three Build forms),
+// validated once, perhaps dumped, and destroyed; it reads the fabric and never changes it.
+//
+// Unless stated otherwise an operation answers a status (fat_tree/status.h) and, when that is not
+// 0, has written its reason to the topology's error stream. Findings in the cabling are no
+// failures: they are records in `errors`, which the caller owns, or lines on the output stream.
+class FTTopology {
+ public:
+  // What GetNodeRecord puts in front of a switch's name: 0 nothing, 1 system GUID and ASIC, 2 node
+  // GUID. Set before a topology is built.
+  static int Show_GUID;
+
+  // Fabric and stream must outlive the topology. `mergePercent` (0 to 100) is how alike
+  // two sets of up-links must be to count as one group: see FTUpHopHistogram.
+  FTTopology(const IBFabric* builtFabric, std::ostream* reportStream, int mergePercent);
+  FTTopology(const FTTopology&) = delete;
+  FTTopology& operator=(const FTTopology&) = delete;
+  ~FTTopology();
+
+  // --- Building the ranks. On failure `message` says why, and the topology must not be validated.
+
+  // Roots: the switches that the subnet manager gave rank 0.
+  int Build(std::vector<FabricErrGeneral*>& errors, std::string& message);
+  // Roots: the switches whose name the expression matches.
+  int Build(std::vector<FabricErrGeneral*>& errors, std::string& message, regExp& rootsRegExp);
+  // Roots found by themselves: classifies the switches by distance from one leaf after another
+  // until `equalClassifications` of them agree, at most `retries` times after the first.
+  int Build(std::vector<FabricErrGeneral*>& errors, std::string& message, int retries,
+            int equalClassifications);
+
+  // The root pickers. The first accepted switch fixes the plane, others on other planes are left
+  // out.
+  int GetRootsBySMDB(NodeSet& roots);
+  int GetNodes(NodeSet& nodes, regExp& rootsRegExp);
+  // Ranks every switch by its hop distance from the roots; `roots` is emptied.
+  int FillRanksFromRoots(NodeSet& roots);
+  // The switch with most links to hosts, from which the search for roots starts; null if none has
+  // any. Keeps the link counts of all such switches.
+  const IBNode* GetFirstLeaf();
+
+  // --- Validation.
+
+  // Groups the switches and runs all checks, up to the first failure, which `message` tells.
+  int Validate(std::vector<FabricErrGeneral*>& errors, std::string& message);
+  int CreateNeighborhoods(std::vector<FabricErrGeneral*>& errors);
+  int CreateNeighborhoodsOnRank(std::vector<FabricErrGeneral*>& errors, std::uint64_t rank);
+  // Takes over the groups of a rank; the caller is handed those it had before.
+  int SetNeighborhoodsOnRank(std::vector<FTNeighborhood*>& groups, std::size_t rank);
+  int CheckUpDownLinksAndAPorts(std::vector<FabricErrGeneral*>& errors);
+  int CheckNeighborhoodsLinksAndAPorts(std::vector<FabricErrGeneral*>& errors);
+  int CheckFLIDs();
+
+  // --- Link accounting.
+
+  // Counts the links of a switch that lies on that rank. With rank 0, rank 1 must exist.
+  UpDownLinks CalculateSwitchUpDownLinks(std::uint64_t rank, const IBNode& node) const;
+  // The same, counted once for each switch. A later call with another rank answers the first count.
+  UpDownLinks GetSwitchLinksData(std::uint64_t rank, const IBNode& node);
+  // The least ratio of up-links, weighted by lane speed in Gb/s, to down-links.
+  int CalculateUpDownLinksMinRatio();
+
+  // --- Questions.
+
+  // The switches of a rank, or null (with the reason in the error stream) beyond the last.
+  const NodeSet* GetNodesOnRank(std::size_t rank);
+  // The rank of a switch, or -1 when it has none.
+  int GetNodeRank(const IBNode* node) const;
+  // Whether groups of that rank are called neighborhoods. True for the last rank that has groups.
+  bool IsLastRankNeighborhood(std::size_t rank) const;
+  // The number of planes as the first root sees it; 0 without a root. `ranks` must not be empty.
+  int GetPlanesNumber() const;
+  // Link counts kept by GetFirstLeaf, or null for a switch without hosts.
+  const FTClassification::NodeData* GetClassificationNodeData(const IBNode* node) const;
+  // Pairs of switches whose faulty link has been recorded, each once over all ranks.
+  bool IsReportedLinkIssue(const IBNode* a, const IBNode* b) const;
+  void AddNewLinkIssue(const IBNode* a, const IBNode* b);
+
+  const IBFabric& GetFabric() const { return *fabric; }
+  int GetUpHopMergePercent() const { return upHopMergePercent; }
+  const std::vector<NodeSet>& GetRanks() const { return ranks; }
+  const std::vector<std::vector<FTNeighborhood*>>& GetNeighborhoods() const {
+    return neighborhoods;
+  }
+  double GetMinUpDownRatio() const { return minUpDownRatio; }
+  std::uint64_t GetIssuesCount() const { return issuesCount; }
+  void AddIssues(std::uint64_t count) { issuesCount += count; }
+  std::string GetErrorText() const { return errStream.str(); }
+
+  // --- Reports.
+
+  // The number of levels and the size of each rank, one line each.
+  std::string LevelsReport() const;
+  // Ranks and groups with their switches, to the output stream.
+  int Dump();
+  int DumpNodesToStream();
+  int DumpNeighborhoodsToStream();
+
+ private:
+  friend struct TestPeer;
+
+  int CollectRoots(NodeSet& roots, const std::function<bool(const IBNode&)>& isRoot);
+
+  const IBFabric* fabric;  // not owned
+  // By rank, one entry for every rank but the last. Owned.
+  std::vector<std::vector<FTNeighborhood*>> neighborhoods;
+  std::map<const IBNode*, UpDownLinks> switchUpDownLinks;  // a memo, never cleared
+  // By distance from the roots: ranks[0] the roots, the last entry the leaves. A switch is in at
+  // most one.
+  std::vector<NodeSet> ranks;
+  PairsContainer<const IBNode*> linkIssues;
+  double minUpDownRatio = 0.0;  // 0.0: not set yet
+  std::ostream* outStream;      // not owned
+  std::map<const IBNode*, FTClassification::NodeData> classificationNodeData;
+  int upHopMergePercent;
+  std::uint64_t issuesCount = 0;
+  std::ostringstream errStream;  // never cleared: a message carries all that went before
+};
+
+}  // namespace fabscope

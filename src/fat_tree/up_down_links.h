@@ -1,0 +1,13 @@
+#pragma once
+
+#include <cstdint>
+
+namespace fabscope {
+
+// How many cables a switch has towards the roots and away from them.
+struct UpDownLinks {
+  std::int32_t up = 0;
+  std::int32_t down = 0;
+};
+
+}  // namespace fabscope

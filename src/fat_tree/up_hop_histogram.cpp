@@ -1,0 +1,234 @@
+// Which switches belong together.
+//
+// In a proper fat tree the lower switches of one pod are all cabled to the same upper switches, so
+// the pods can be read off the lower switches' up-links: equal sets of upper switches, equal pod.
+// Upper switches are numbered along their rank, a set of them is 2048 bits, and the sets are kept
+// in a map under their bits written as a number; that order numbers the groups.
+//
+// Faulty cables split a pod into several sets that nearly coincide, so sets are merged. A set S
+// goes into the first set T (in key order) for which
+//     100 * |S without T| / |T|  <  100 - upHopMergePercent.
+// With 70 percent, {0,1,2} merges into {0,1,2,3} (nothing extra: 0 < 30), {0,1,2,4} into {0,1,2,3}
+// too (25 < 30), {4} into {0} not (100). The rule is one-sided on purpose: upper switches that S
+// lacks do not count, since a missing cable must not found a pod of its own.
+//
+// The pass visits each set once, in key order; a set that took in others is visited in its turn and
+// may carry them on. So it ends after at most n * n comparisons of n sets.
+
+#include "fat_tree/up_hop_histogram.h"
+
+#include "fabric/fabric_walk.h"
+#include "fabric/guid.h"
+#include "fat_tree/status.h"
+#include "fat_tree/topology.h"
+
+namespace fabscope {
+namespace {
+
+UpHopBits LowBits(std::size_t size) {
+  return size >= MaxUpperSwitches ? ~UpHopBits() : ~UpHopBits() >> (MaxUpperSwitches - size);
+}
+
+template <typename Visit>
+void ForEachBit(const UpHopBits& bits, std::size_t size, Visit visit) {
+  for (std::size_t i = bits._Find_first(); i < size && i < MaxUpperSwitches; i = bits._Find_next(i))
+    visit(i);
+}
+
+}  // namespace
+
+void FTUpHopSet::InitEncounteredMap(std::size_t size) {
+  ForEachBit(upSet, size, [this](std::size_t i) { encounteredMap[i] = encountered; });
+}
+
+void FTUpHopSet::Merge(const FTUpHopSet& other, std::size_t size) {
+  ForEachBit(other.upSet, size, [&](std::size_t i) {
+    const auto counted = other.encounteredMap.find(i);
+    const std::int32_t count = counted == other.encounteredMap.end() ? 0 : counted->second;
+    if (upSet.test(i)) {
+      encounteredMap[i] += count;
+    } else {
+      encounteredMap[i] = count;
+    }
+  });
+  upSet |= other.upSet;
+  AddDownNodes(other);
+}
+
+UpHopBits FTUpHopSet::Delta(const FTUpHopSet& other, std::size_t size) const {
+  return other.upSet & ~upSet & LowBits(size);
+}
+
+void FTUpHopSet::AddDownNodes(const FTUpHopSet& other) {
+  downNodes.insert(downNodes.end(), other.downNodes.begin(), other.downNodes.end());
+}
+
+int FTUpHopSet::TakeOutUpNode(std::uint64_t index) {
+  upSet.reset(index);
+  return encounteredMap.erase(index) != 0 ? StatusSuccess : StatusLookupFailed;
+}
+
+int FTUpHopSet::GetNodeEncountered(std::uint64_t index, std::int32_t& count) const {
+  const auto found = encounteredMap.find(index);
+  if (found == encounteredMap.end()) return StatusLookupFailed;
+  count = found->second;
+  return StatusSuccess;
+}
+
+int FTUpHopHistogram::Init() {
+  const NodeSet* upper = topology.GetNodesOnRank(rank);
+  if (upper == nullptr) return StatusBadData;
+  const NodeSet* lower = topology.GetNodesOnRank(rank + 1);
+  if (lower == nullptr) return StatusBadData;
+
+  bitSetSize = upper->size();
+  if (bitSetSize > MaxUpperSwitches) {
+    // The wording, "story" included, is what log readers look for.
+    errStream << "Bit-set is too short to story " << bitSetSize << "bits";
+    return StatusBadData;
+  }
+  InitNodeToIndexConverters(*upper);
+
+  NodeSet checkedRoots;
+  for (const IBNode* node : *lower) {
+    if (node == nullptr) {
+      errStream << "One of IBNodes is NULL."
+                << "Cannot initialize the \"up-hop\" histogram";
+      return StatusLookupFailed;
+    }
+    if (const int status = AddLowerSwitch(*node, checkedRoots); status != StatusSuccess) {
+      return status;
+    }
+  }
+  return StatusSuccess;
+}
+
+int FTUpHopHistogram::AddLowerSwitch(const IBNode& node, NodeSet& checkedRoots) {
+  const auto upperRank = static_cast<int>(rank);
+  UpHopBits bits;
+  for (unsigned num = 1; num <= node.numPorts; ++num) {
+    const IBPort* port = node.getPort(static_cast<std::uint8_t>(num));
+    const IBNode* remote = GetRemoteSwitch(port);
+    if (remote == nullptr) continue;
+    const int remoteRank = topology.GetNodeRank(remote);
+    if (remoteRank == upperRank + 1) {
+      AddIllegalLinkIssue({&node, port->num, rank + 1, remote, port->remotePort->num, rank + 1});
+    } else if (remoteRank == upperRank) {
+      // A root is met once for every cable to it; its own cables need only one look.
+      if (rank == 0 && checkedRoots.insert(remote).second) CheckRootSwitchConnections(*remote);
+      std::uint64_t index = 0;
+      if (const int status = NodeToIndex(index, remote); status != StatusSuccess) return status;
+      bits.set(index);
+      connectedPairs.Add(remote, &node);
+    }
+  }
+  FTUpHopSet& set = upHopSets[GetHashCode(bits)];
+  if (set.downNodes.empty()) set.upSet = bits;
+  ++set.encountered;
+  set.downNodes.push_back(&node);
+  return StatusSuccess;
+}
+
+void FTUpHopHistogram::InitNodeToIndexConverters(const NodeSet& nodes) {
+  std::uint64_t index = 0;
+  for (const IBNode* node : nodes) {
+    nodeToIndex[node] = index;
+    indexToNode[index] = node;
+    ++index;
+  }
+}
+
+int FTUpHopHistogram::NodeToIndex(std::uint64_t& index, const IBNode* node) {
+  const auto found = nodeToIndex.find(node);
+  if (found == nodeToIndex.end()) {
+    errStream << "Failed to find index for the switch ( GUID: " << GuidText(node->guid) << " )";
+    return StatusLookupFailed;
+  }
+  index = found->second;
+  return StatusSuccess;
+}
+
+const IBNode* FTUpHopHistogram::IndexToNode(std::uint64_t index) {
+  const auto found = indexToNode.find(index);
+  if (found == indexToNode.end()) {
+    errStream << "Failed to find IBNode associated with the index: " << index;
+    return nullptr;
+  }
+  return found->second;
+}
+
+int FTUpHopHistogram::BitSetToNodes(const UpHopBits& bits, std::list<const IBNode*>& nodes) {
+  for (std::uint64_t index = 0; index < bitSetSize; ++index) {
+    if (!bits.test(index)) continue;
+    const IBNode* node = IndexToNode(index);
+    if (node == nullptr) return StatusLookupFailed;
+    nodes.push_back(node);
+  }
+  return StatusSuccess;
+}
+
+std::string FTUpHopHistogram::GetHashCode(const UpHopBits& bits) const {
+  // One character more than there are upper switches, unless the set is full: the leading '0' is
+  // part of the keys' form.
+  const std::size_t length = bitSetSize < MaxUpperSwitches ? bitSetSize + 1 : MaxUpperSwitches;
+  std::string key(length, '0');
+  for (std::size_t i = 0; i < length; ++i) {
+    if (bits.test(i)) key[length - 1 - i] = '1';
+  }
+  return key;
+}
+
+int FTUpHopHistogram::TryMergeTwoSets(FTUpHopSet& set, FTUpHopSet& target, bool& merged) {
+  const std::uint64_t extra = target.Delta(set, bitSetSize).count();
+  const std::uint64_t size = target.upSet.count();
+  const std::uint64_t ratio = size == 0 ? 0 : extra * 100 / size;
+  if (100 - topology.GetUpHopMergePercent() > static_cast<std::int32_t>(ratio)) {
+    target.Merge(set, bitSetSize);
+    merged = true;
+  }
+  return StatusSuccess;
+}
+
+int FTUpHopHistogram::TryMergeSet_2(FTUpHopSet& set, bool& merged) {
+  for (auto& [key, target] : upHopSets) {
+    if (&target == &set) continue;
+    if (const int status = TryMergeTwoSets(set, target, merged); status != StatusSuccess) {
+      return status;
+    }
+    if (merged) break;
+  }
+  return StatusSuccess;
+}
+
+int FTUpHopHistogram::MergeSets() {
+  for (auto& [key, set] : upHopSets) set.InitEncounteredMap(bitSetSize);
+  for (auto visited = upHopSets.begin(); visited != upHopSets.end();) {
+    bool merged = false;
+    if (const int status = TryMergeSet_2(visited->second, merged); status != StatusSuccess) {
+      return status;
+    }
+    visited = merged ? upHopSets.erase(visited) : std::next(visited);
+  }
+  return StatusSuccess;
+}
+
+int FTUpHopHistogram::CreateNeighborhoods(std::vector<FabricErrGeneral*>& errors) {
+  if (const int status = MergeSets(); status != StatusSuccess) return status;
+  for (auto& [key, set] : upHopSets) {
+    if (const int status = CheckCrossLinks(set); status != StatusSuccess) return status;
+  }
+  return SetsToNeighborhoods(errors);
+}
+
+std::string FTUpHopHistogram::UpHopSetToString(const FTUpHopSet& set) {
+  std::ostringstream text;
+  text << "\nFTUpHopSet (ptr) " << static_cast<const void*>(&set)
+       << "\ninitiated from: " << GuidText(set.downNodes.front()->guid)
+       << "\nencountered: " << set.encountered << "\nup_set: ";
+  ForEachBit(set.upSet, bitSetSize, [&](std::size_t i) {
+    if (const IBNode* node = IndexToNode(i)) text << GuidText(node->guid) << ' ';
+  });
+  return text.str();
+}
+
+}  // namespace fabscope

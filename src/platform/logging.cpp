@@ -1,0 +1,53 @@
+#include "platform/logging.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <string>
+#include <utility>
+
+namespace fabscope {
+namespace {
+
+LogSink& ScreenSink() {
+  static LogSink sink;
+  return sink;
+}
+
+LogSink& LogFileSink() {
+  static LogSink sink;
+  return sink;
+}
+
+std::string Format(const char* format, std::va_list arguments) {
+  std::va_list measured;
+  va_copy(measured, arguments);
+  const int length = std::vsnprintf(nullptr, 0, format, measured);
+  va_end(measured);
+  if (length <= 0) return {};
+  std::string text(static_cast<std::size_t>(length), '\0');
+  (void)std::vsnprintf(text.data(), text.size() + 1, format, arguments);
+  return text;
+}
+
+}  // namespace
+
+void SetScreenSink(LogSink sink) { ScreenSink() = std::move(sink); }
+void SetLogFileSink(LogSink sink) { LogFileSink() = std::move(sink); }
+
+void dump_to_screen(const char* format, ...) {
+  if (!ScreenSink()) return;
+  std::va_list arguments;
+  va_start(arguments, format);
+  ScreenSink()(Format(format, arguments));
+  va_end(arguments);
+}
+
+void dump_to_log_file(const char* format, ...) {
+  if (!LogFileSink()) return;
+  std::va_list arguments;
+  va_start(arguments, format);
+  LogFileSink()(Format(format, arguments));
+  va_end(arguments);
+}
+
+}  // namespace fabscope

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <regex.h>
+#include <string>
+
+namespace fabscope {
+
+// A compiled POSIX extended regular expression together with its source text.
+//
+// It is matched byte for byte ("C" locale), as the tools that administrators write such
+// expressions for do: a name that is not valid UTF-8 is matched like any other.
+class regExp {
+ public:
+  explicit regExp(std::string expression);
+  ~regExp();
+  regExp(const regExp&) = delete;
+  regExp& operator=(const regExp&) = delete;
+
+  // False when the expression did not compile; GetError() then says why, and Matches() is false.
+  bool IsValid() const { return error_.empty(); }
+  const std::string& GetError() const { return error_; }
+  const std::string& GetExpression() const { return expression_; }
+
+  // True when the expression matches somewhere in `text` (no anchoring of its own).
+  bool Matches(const std::string& text) const;
+
+ private:
+  std::string expression_;
+  std::string error_;
+  regex_t compiled_{};
+};
+
+}  // namespace fabscope

@@ -1,0 +1,624 @@
+#include "fat_tree/neighborhood.h"
+
+#include <gmock/gmock.h>
+#include <string>
+#include <vector>
+
+#include "fat_tree/link_errors.h"
+#include "fat_tree/up_hop_histogram.h"
+#include "support/stage_fixture.h"
+
+namespace fabscope {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+using Groups = std::vector<FTNeighborhood*>;
+
+std::vector<std::string> Names(const NodeSet& nodes) {
+  std::vector<std::string> names;
+  for (const IBNode* node : nodes) names.push_back(node->name);
+  return names;
+}
+
+std::vector<std::uint64_t> Ids(const FTTopology& topology, std::size_t rank) {
+  std::vector<std::uint64_t> ids;
+  for (const FTNeighborhood* group : topology.GetNeighborhoods()[rank]) {
+    ids.push_back(group->GetId());
+  }
+  return ids;
+}
+
+UpHopBits Bits(std::initializer_list<std::size_t> indices) {
+  UpHopBits bits;
+  for (const std::size_t index : indices) bits.set(index);
+  return bits;
+}
+
+}  // namespace
+
+class NeighborhoodTest : public StageTest {
+ protected:
+  using Cables = std::vector<std::vector<int>>;
+
+  void AddSwitches(const std::string& name, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) fabric.Switch(name + std::to_string(i), 64);
+  }
+
+  // Cables lower switch l to the upper switches of the l-th list, in that order.
+  void AddCables(const std::string& lower, const std::string& upper, const Cables& cables) {
+    for (std::size_t l = 0; l < cables.size(); ++l) {
+      for (const int u : cables[l]) {
+        fabric.Cable(lower + std::to_string(l), upper + std::to_string(u));
+      }
+    }
+  }
+
+  void AddRootsAndLeaves(std::size_t roots, const Cables& cables) {
+    AddSwitches("root", roots);
+    AddSwitches("leaf", cables.size());
+    AddCables("leaf", "root", cables);
+  }
+
+  // Three ranks of which the upper two are as given: "edge0" hangs below all mids.
+  void AddRootsAndMids(std::size_t roots, const Cables& cables) {
+    AddSwitches("root", roots);
+    AddSwitches("mid", cables.size());
+    AddSwitches("edge", 1);
+    AddCables("mid", "root", cables);
+    for (std::size_t m = 0; m < cables.size(); ++m) {
+      fabric.Cable("edge0", "mid" + std::to_string(m));
+    }
+  }
+
+  void RankFromRoots(std::size_t count) {
+    std::vector<std::string> names;
+    for (std::size_t r = 0; r < count; ++r) names.push_back("root" + std::to_string(r));
+    RankFrom(names);
+  }
+
+  // Ranks a fabric of two or three levels and groups all of it.
+  int GroupFromRoots(std::size_t count) {
+    RankFromRoots(count);
+    return Topology().CreateNeighborhoods(errors);
+  }
+
+  const FTNeighborhood& Group(std::size_t rank, std::size_t index) {
+    return *Topology().GetNeighborhoods().at(rank).at(index);
+  }
+
+  std::string Id(std::size_t rank, std::size_t index) {
+    return std::to_string(Group(rank, index).GetId());
+  }
+
+  // The report on a group as its rule reads: each unordered pair is looked at once.
+  std::vector<std::string> MissingLinks(std::uint64_t id, const NodeSet& spines,
+                                        const NodeSet& lines,
+                                        const PairsContainer<const IBNode*>& connectedPairs) {
+    std::vector<std::string> texts;
+    PairsContainer<const IBNode*> visited;
+    for (const IBNode* spine : spines) {
+      if (spine == nullptr) return texts;
+      for (const IBNode* line : lines) {
+        if (line == nullptr) return texts;
+        if (line == spine || visited.Contains(spine, line)) continue;
+        visited.Add(spine, line);
+        if (connectedPairs.Contains(spine, line)) continue;
+        texts.push_back("Neighborhood " + std::to_string(id) + ": missing link between switches (" +
+                        spine->name + ") and (" + line->name + ")");
+      }
+    }
+    return texts;
+  }
+};
+
+// --- Groups.
+
+TEST_F(NeighborhoodTest, NewGroupIsEmpty) {
+  FTNeighborhood group(&Topology(), 17, 3);
+  EXPECT_EQ(group.GetId(), 17u);
+  EXPECT_EQ(group.GetRank(), 3u);
+  EXPECT_THAT(group.GetSpines(), IsEmpty());
+  EXPECT_THAT(group.GetLines(), IsEmpty());
+  EXPECT_EQ(group.GetTotalSpineUplinks(), 0u);
+  EXPECT_EQ(group.GetTotalInternalLinks(), 0u);
+  EXPECT_EQ(group.GetErrorText(), "");
+}
+
+TEST_F(NeighborhoodTest, SwitchesAreAddedOnceToTheChosenSide) {
+  AddSwitches("root", 3);
+  FTNeighborhood group(&Topology(), 0, 0);
+  group.AddNodes({fabric["root2"], fabric["root0"], fabric["root2"]}, true);
+  group.AddNodes({fabric["root0"]}, true);
+  EXPECT_THAT(Names(group.GetSpines()), ElementsAre("root0", "root2"));
+  EXPECT_THAT(group.GetLines(), IsEmpty());
+  group.AddNodes({fabric["root1"], fabric["root0"]}, false);
+  EXPECT_THAT(Names(group.GetSpines()), ElementsAre("root0", "root2"));
+  EXPECT_THAT(Names(group.GetLines()), ElementsAre("root0", "root1"));
+}
+
+TEST_F(NeighborhoodTest, EachSetBecomesAGroupInKeyOrder) {
+  AddRootsAndLeaves(4, {{2, 3}, {0, 1}, {3, 2}});
+  ASSERT_EQ(GroupFromRoots(4), 0);
+  ASSERT_EQ(Topology().GetNeighborhoods().size(), 1u);
+  ASSERT_EQ(Topology().GetNeighborhoods()[0].size(), 2u);
+  EXPECT_THAT(Names(Group(0, 0).GetSpines()), ElementsAre("root0", "root1"));
+  EXPECT_THAT(Names(Group(0, 0).GetLines()), ElementsAre("leaf1"));
+  EXPECT_THAT(Names(Group(0, 1).GetSpines()), ElementsAre("root2", "root3"));
+  EXPECT_THAT(Names(Group(0, 1).GetLines()), ElementsAre("leaf0", "leaf2"));
+  EXPECT_EQ(Group(0, 0).GetRank(), 0u);
+  EXPECT_EQ(Group(0, 1).GetId(), Group(0, 0).GetId() + 1);
+  EXPECT_THAT(ErrorLines(), IsEmpty());
+  EXPECT_EQ(Topology().GetErrorText(), "");
+}
+
+TEST_F(NeighborhoodTest, GroupsStandOnTheRankOfTheirSpines) {
+  AddThreeLevelTree(fabric, 2, 2, 2, 1, 1);
+  ASSERT_EQ(GroupFromRoots(2), 0);
+  ASSERT_EQ(Topology().GetNeighborhoods().size(), 2u);
+  ASSERT_EQ(Topology().GetNeighborhoods()[0].size(), 2u);
+  ASSERT_EQ(Topology().GetNeighborhoods()[1].size(), 2u);
+  EXPECT_THAT(Names(Group(0, 1).GetSpines()), ElementsAre("root1"));
+  EXPECT_THAT(Names(Group(0, 1).GetLines()), ElementsAre("mid0.1", "mid1.1"));
+  EXPECT_EQ(Group(0, 1).GetRank(), 0u);
+  EXPECT_THAT(Names(Group(1, 1).GetSpines()), ElementsAre("mid1.0", "mid1.1"));
+  EXPECT_THAT(Names(Group(1, 1).GetLines()), ElementsAre("leaf1.0", "leaf1.1"));
+  EXPECT_EQ(Group(1, 1).GetRank(), 1u);
+  EXPECT_THAT(ErrorLines(), IsEmpty());
+}
+
+TEST_F(NeighborhoodTest, NeighborhoodsAndConnectivityGroupsAreNumberedApartThroughAllTopologies) {
+  AddThreeLevelTree(fabric, 2, 2, 3, 1, 1);
+  ASSERT_EQ(GroupFromRoots(3), 0);
+  const std::uint64_t group = Group(0, 0).GetId();
+  const std::uint64_t neighborhood = Group(1, 0).GetId();
+  EXPECT_THAT(Ids(Topology(), 0), ElementsAre(group, group + 1, group + 2));
+  EXPECT_THAT(Ids(Topology(), 1), ElementsAre(neighborhood, neighborhood + 1));
+
+  // A second topology goes on where the first ended.
+  NodeSet roots = Nodes({"root0", "root1", "root2"});
+  FTTopology second(&fabric.Build(), &out, mergePercent);
+  ASSERT_EQ(second.FillRanksFromRoots(roots), 0);
+  ASSERT_EQ(second.CreateNeighborhoods(errors), 0);
+  EXPECT_THAT(Ids(second, 0), ElementsAre(group + 3, group + 4, group + 5));
+  EXPECT_THAT(Ids(second, 1), ElementsAre(neighborhood + 2, neighborhood + 3));
+}
+
+TEST_F(NeighborhoodTest, NumbersOfDiscardedGroupsAreNotGivenAgain) {
+  // No leaf reaches root2, so that its cable to root0 fails the rank once two groups are made.
+  AddRootsAndLeaves(3, {{0}, {1}});
+  fabric.Link("root0", 40, "root2", 40);
+  const auto group = [this](const std::vector<std::string>& roots, int expected) {
+    FTTopology topology(&fabric.Build(), &out, mergePercent);
+    TestPeer::Ranks(topology) = {Nodes(roots), Nodes({"leaf0", "leaf1"})};
+    EXPECT_EQ(topology.CreateNeighborhoods(errors), expected);
+    return expected == 0 ? Ids(topology, 0) : std::vector<std::uint64_t>();
+  };
+  const std::vector<std::uint64_t> before = group({"root0", "root1"}, 0);
+  ASSERT_EQ(before.size(), 2u);
+  group({"root0", "root1", "root2"}, 4);
+  EXPECT_THAT(group({"root0", "root1"}, 0), ElementsAre(before[1] + 3, before[1] + 4));
+}
+
+TEST_F(NeighborhoodTest, UpperSwitchThatNoLowerSwitchReachesIsInNoGroup) {
+  AddRootsAndLeaves(3, {{0, 2}});
+  ASSERT_EQ(GroupFromRoots(3), 0);
+  ASSERT_EQ(Topology().GetNeighborhoods()[0].size(), 1u);
+  EXPECT_THAT(Names(Group(0, 0).GetSpines()), ElementsAre("root0", "root2"));
+  EXPECT_THAT(ErrorLines(), IsEmpty());
+}
+
+TEST_F(NeighborhoodTest, LowerSwitchesWithoutUpLinksAreAGroupWithoutSpines) {
+  // Only the root's side of the cable to leaf1 counts; no set may take in another.
+  mergePercent = 100;
+  AddRootsAndLeaves(1, {{0}, {0}});
+  PortSpec fnm;
+  fnm.num = 1;
+  fnm.fnm = true;
+  fabric.Port("leaf1", fnm);
+  ASSERT_EQ(GroupFromRoots(1), 0);
+  ASSERT_EQ(Topology().GetNeighborhoods()[0].size(), 2u);
+  EXPECT_THAT(Group(0, 0).GetSpines(), IsEmpty());
+  EXPECT_THAT(Names(Group(0, 0).GetLines()), ElementsAre("leaf1"));
+  EXPECT_THAT(Names(Group(0, 1).GetSpines()), ElementsAre("root0"));
+  EXPECT_THAT(Names(Group(0, 1).GetLines()), ElementsAre("leaf0"));
+  EXPECT_THAT(ErrorLines(), IsEmpty());
+}
+
+TEST_F(NeighborhoodTest, LowerSwitchWithoutUpLinksMissesEverySpineOfTheGroupThatTookIt) {
+  AddRootsAndLeaves(2, {{0, 1}, {0}});
+  PortSpec fnm;
+  fnm.num = 1;
+  fnm.fnm = true;
+  fabric.Port("leaf1", fnm);
+  ASSERT_EQ(GroupFromRoots(2), 0);
+  ASSERT_EQ(Topology().GetNeighborhoods()[0].size(), 1u);
+  EXPECT_THAT(ErrorLines(), ElementsAre("Neighborhood " + Id(0, 0) +
+                                            ": missing link between switches (root0) and (leaf1)",
+                                        "Neighborhood " + Id(0, 0) +
+                                            ": missing link between switches (root1) and (leaf1)"));
+}
+
+TEST_F(NeighborhoodTest, RankWithoutLowerSwitchesHasNoGroups) {
+  AddSwitches("root", 1);
+  TestPeer::Ranks(Topology()) = {Nodes({"root0"}), {}};
+  EXPECT_EQ(Topology().CreateNeighborhoods(errors), 0);
+  ASSERT_EQ(Topology().GetNeighborhoods().size(), 1u);
+  EXPECT_THAT(Topology().GetNeighborhoods()[0], IsEmpty());
+}
+
+// --- Missing links.
+
+TEST_F(NeighborhoodTest, LineCabledToOneOfTwoSpinesMissesOneLink) {
+  AddRootsAndLeaves(2, {{0, 1}, {1}, {0, 1}});
+  ASSERT_EQ(GroupFromRoots(2), 0);
+  ASSERT_THAT(ErrorLines(), ElementsAre("Neighborhood " + Id(0, 0) +
+                                        ": missing link between switches (root0) and (leaf1)"));
+  ASSERT_NE(dynamic_cast<FTMissingLinkError*>(errors[0]), nullptr);
+  EXPECT_EQ(errors[0]->GetLevel(), EN_FABRIC_ERR_ERROR);
+}
+
+TEST_F(NeighborhoodTest, GroupThatIsFullyCabledMissesNothing) {
+  AddTwoLevelTree(fabric, 3, 4, 2);
+  ASSERT_EQ(GroupFromRoots(3), 0);
+  ASSERT_EQ(Topology().GetNeighborhoods()[0].size(), 1u);
+  EXPECT_THAT(ErrorLines(), IsEmpty());
+}
+
+TEST_F(NeighborhoodTest, MissingLinksAreToldSpineBySpine) {
+  AddRootsAndLeaves(3, {{0, 2}, {1, 2}, {0, 2}, {0, 1, 2}});
+  ASSERT_EQ(GroupFromRoots(3), 0);
+  const std::string start = "Neighborhood " + Id(0, 0) + ": missing link between switches ";
+  EXPECT_THAT(ErrorLines(),
+              ElementsAre(start + "(root0) and (leaf1)", start + "(root1) and (leaf0)",
+                          start + "(root1) and (leaf2)"));
+}
+
+TEST_F(NeighborhoodTest, SpineIsNamedFirstWhereverItStandsInTheModel) {
+  AddSwitches("leaf", 2);
+  AddSwitches("root", 2);
+  AddCables("leaf", "root", {{0, 1}, {0}});
+  ASSERT_EQ(GroupFromRoots(2), 0);
+  EXPECT_THAT(ErrorLines(), ElementsAre("Neighborhood " + Id(0, 0) +
+                                        ": missing link between switches (root1) and (leaf1)"));
+}
+
+TEST_F(NeighborhoodTest, MissingLinkAboveTheLastRankIsAConnectivityGroups) {
+  AddRootsAndMids(2, {{0, 1}, {1}});
+  ASSERT_EQ(GroupFromRoots(2), 0);
+  EXPECT_THAT(ErrorLines(), ElementsAre("Connectivity group " + Id(0, 0) +
+                                        ": missing link between switches (root0) and (mid1)"));
+}
+
+TEST_F(NeighborhoodTest, SpineWithoutLinesAndLineWithoutSpinesMissNothing) {
+  AddSwitches("root", 2);
+  FTNeighborhood spinesOnly(&Topology(), 1, 0);
+  spinesOnly.AddNodes({fabric["root0"], fabric["root1"]}, true);
+  EXPECT_EQ(spinesOnly.MissingLinksReport(errors, {}), 0);
+  FTNeighborhood linesOnly(&Topology(), 1, 0);
+  linesOnly.AddNodes({fabric["root0"], fabric["root1"]}, false);
+  EXPECT_EQ(linesOnly.MissingLinksReport(errors, {}), 0);
+  EXPECT_THAT(ErrorLines(), IsEmpty());
+}
+
+TEST_F(NeighborhoodTest, SwitchesThatAreSpineAndLineAreToldOnceAPairAndNeverAlone) {
+  AddSwitches("root", 3);
+  TestPeer::Neighborhoods(Topology()).resize(1);
+  FTNeighborhood group(&Topology(), 7, 0);
+  group.AddNodes({fabric["root0"], fabric["root1"]}, true);
+  group.AddNodes({fabric["root0"], fabric["root1"], fabric["root2"]}, false);
+  EXPECT_EQ(group.MissingLinksReport(errors, {}), 0);
+  EXPECT_THAT(ErrorLines(),
+              ElementsAre("Neighborhood 7: missing link between switches (root0) and (root1)",
+                          "Neighborhood 7: missing link between switches (root0) and (root2)",
+                          "Neighborhood 7: missing link between switches (root1) and (root2)"));
+}
+
+TEST_F(NeighborhoodTest, PairMetFromItsLaterSwitchFirstIsToldFromThere) {
+  // Only root1 is a spine: the pair is not met the other way round.
+  AddSwitches("root", 2);
+  TestPeer::Neighborhoods(Topology()).resize(1);
+  FTNeighborhood group(&Topology(), 7, 0);
+  group.AddNodes({fabric["root1"]}, true);
+  group.AddNodes({fabric["root0"], fabric["root1"]}, false);
+  EXPECT_EQ(group.MissingLinksReport(errors, {}), 0);
+  EXPECT_THAT(ErrorLines(),
+              ElementsAre("Neighborhood 7: missing link between switches (root1) and (root0)"));
+}
+
+TEST_F(NeighborhoodTest, AnyFourSwitchesOnAnySidesAreToldAsIfAllVisitedPairsWereKept) {
+  AddSwitches("root", 4);
+  TestPeer::Neighborhoods(Topology()).resize(1);
+  std::vector<const IBNode*> nodes;
+  for (int i = 0; i < 4; ++i) nodes.push_back(fabric["root" + std::to_string(i)]);
+  const auto chosen = [&](unsigned mask) {
+    NodeSet set;
+    for (unsigned i = 0; i < 4; ++i) {
+      if ((mask >> i & 1) != 0) set.insert(nodes[i]);
+    }
+    return set;
+  };
+
+  for (unsigned connected = 0; connected < 64; ++connected) {
+    PairsContainer<const IBNode*> pairs;
+    for (unsigned i = 0, bit = 0; i < 4; ++i) {
+      for (unsigned j = 0; j < i; ++j, ++bit) {
+        if ((connected >> bit & 1) != 0) pairs.Add(nodes[i], nodes[j]);
+      }
+    }
+    for (unsigned spines = 0; spines < 16; ++spines) {
+      for (unsigned lines = 0; lines < 16; ++lines) {
+        FTNeighborhood group(&Topology(), 7, 0);
+        TestPeer::Spines(group) = chosen(spines);
+        TestPeer::Lines(group) = chosen(lines);
+        ASSERT_EQ(group.MissingLinksReport(errors, pairs), 0);
+        ASSERT_EQ(ErrorLines(), MissingLinks(7, group.GetSpines(), group.GetLines(), pairs))
+            << "connected " << connected << " spines " << spines << " lines " << lines;
+        for (FabricErrGeneral* error : errors) delete error;
+        errors.clear();
+      }
+    }
+  }
+}
+
+TEST_F(NeighborhoodTest, NullSpineOrLineEndsTheReportQuietly) {
+  AddSwitches("root", 2);
+  FTNeighborhood nullSpine(&Topology(), 7, 0);
+  nullSpine.AddNodes({nullptr, fabric["root0"]}, true);
+  nullSpine.AddNodes({fabric["root1"]}, false);
+  EXPECT_EQ(nullSpine.MissingLinksReport(errors, {}), 0);
+  FTNeighborhood nullLine(&Topology(), 7, 0);
+  nullLine.AddNodes({fabric["root0"]}, true);
+  nullLine.AddNodes({nullptr, fabric["root1"]}, false);
+  EXPECT_EQ(nullLine.MissingLinksReport(errors, {}), 0);
+  EXPECT_THAT(ErrorLines(), IsEmpty());
+  EXPECT_EQ(nullSpine.GetErrorText() + nullLine.GetErrorText(), "");
+}
+
+// --- Invalid links.
+
+TEST_F(NeighborhoodTest, CrossLinkNamesTheUpperSwitchsGroupFirst) {
+  AddRootsAndLeaves(5, {{2, 3, 4}, {0, 1, 2}, {0, 1, 2}, {0, 1, 2}});
+  ASSERT_EQ(GroupFromRoots(5), 0);
+  ASSERT_EQ(Topology().GetNeighborhoods()[0].size(), 2u);
+  // Root 2 is no spine of leaf0's group any more, so nothing is missing there either.
+  EXPECT_THAT(Names(Group(0, 0).GetSpines()), ElementsAre("root0", "root1", "root2"));
+  EXPECT_THAT(Names(Group(0, 1).GetSpines()), ElementsAre("root3", "root4"));
+  ASSERT_THAT(ErrorLines(),
+              ElementsAre("Invalid link between neighborhood " + Id(0, 0) +
+                          " (root2 port: 1) and neighborhood " + Id(0, 1) + " (leaf0 port: 1)"));
+  ASSERT_NE(dynamic_cast<FTInvalidLinkError*>(errors[0]), nullptr);
+  EXPECT_EQ(errors[0]->GetLevel(), EN_FABRIC_ERR_ERROR);
+}
+
+TEST_F(NeighborhoodTest, SwitchTakenOutAsACrossLinkMissesNothingInTheGroupItLeft) {
+  // Of the two leaves of the second group only leaf1 is cabled to root 2.
+  AddRootsAndLeaves(6, {{3, 4, 5}, {2, 3, 4, 5}, {0, 1, 2}, {0, 1, 2}, {0, 1, 2}});
+  ASSERT_EQ(GroupFromRoots(6), 0);
+  ASSERT_EQ(Topology().GetNeighborhoods()[0].size(), 2u);
+  EXPECT_THAT(ErrorLines(),
+              ElementsAre("Invalid link between neighborhood " + Id(0, 0) +
+                          " (root2 port: 1) and neighborhood " + Id(0, 1) + " (leaf1 port: 1)"));
+}
+
+TEST_F(NeighborhoodTest, CrossLinksAreSoughtSetBySetInKeyOrder) {
+  AddRootsAndLeaves(7, {{1, 5, 6}, {2, 3, 4}, {0, 1, 2}, {0, 1, 2}, {0, 1, 2}});
+  ASSERT_EQ(GroupFromRoots(7), 0);
+  ASSERT_EQ(Topology().GetNeighborhoods()[0].size(), 3u);
+  EXPECT_THAT(
+      ErrorLines(),
+      ElementsAre("Invalid link between neighborhood " + Id(0, 0) +
+                      " (root2 port: 1) and neighborhood " + Id(0, 1) + " (leaf1 port: 1)",
+                  "Invalid link between neighborhood " + Id(0, 0) +
+                      " (root1 port: 1) and neighborhood " + Id(0, 2) + " (leaf0 port: 1)"));
+}
+
+TEST_F(NeighborhoodTest, CrossLinkAboveTheLastRankIsBetweenConnectivityGroups) {
+  AddRootsAndMids(5, {{2, 3, 4}, {0, 1, 2}, {0, 1, 2}, {0, 1, 2}});
+  ASSERT_EQ(GroupFromRoots(5), 0);
+  ASSERT_EQ(Topology().GetNeighborhoods()[0].size(), 2u);
+  EXPECT_THAT(ErrorLines(),
+              ElementsAre("Invalid link between connectivity group " + Id(0, 0) +
+                          " (root2 port: 1) and group " + Id(0, 1) + " (mid0 port: 1)"));
+}
+
+TEST_F(NeighborhoodTest, CableBetweenLinesOfTwoGroupsNamesBothFirstSwitchFirst) {
+  // leaf0's group comes second in key order.
+  AddRootsAndLeaves(4, {{2, 3}, {0, 1}});
+  fabric.Link("leaf0", 9, "leaf1", 8);
+  ASSERT_EQ(GroupFromRoots(4), 0);
+  ASSERT_THAT(ErrorLines(),
+              ElementsAre("Invalid link between neighborhood " + Id(0, 1) +
+                          " (leaf0 port: 9) and neighborhood " + Id(0, 0) + " (leaf1 port: 8)"));
+  EXPECT_EQ(errors[0]->GetLevel(), EN_FABRIC_ERR_ERROR);
+}
+
+TEST_F(NeighborhoodTest, CableBetweenLinesOfOneGroupNamesItOnce) {
+  AddRootsAndLeaves(2, {{0, 1}, {0, 1}});
+  fabric.Link("leaf0", 9, "leaf1", 8);
+  ASSERT_EQ(GroupFromRoots(2), 0);
+  EXPECT_THAT(ErrorLines(),
+              ElementsAre("Neighborhood " + Id(0, 0) +
+                          " : invalid link between switches (leaf0 port: 9) and (leaf1 port: 8)"));
+}
+
+TEST_F(NeighborhoodTest, CableBetweenRootsIsMilder) {
+  AddRootsAndLeaves(2, {{0, 1}, {0, 1}});
+  fabric.Link("root0", 40, "root1", 41);
+  ASSERT_EQ(GroupFromRoots(2), 0);
+  ASSERT_THAT(
+      ErrorLines(),
+      ElementsAre("Neighborhood " + Id(0, 0) +
+                  " : invalid link between switches (root0 port: 40) and (root1 port: 41)"));
+  EXPECT_EQ(errors[0]->GetLevel(), EN_FABRIC_ERR_WARNING);
+}
+
+TEST_F(NeighborhoodTest, CableInsideAMiddleRankIsToldOnceAmongItsLines) {
+  AddRootsAndMids(1, {{0}, {0}});
+  fabric.Link("mid0", 9, "mid1", 8);
+  ASSERT_EQ(GroupFromRoots(1), 0);
+  EXPECT_THAT(ErrorLines(),
+              ElementsAre("Connectivity group " + Id(0, 0) +
+                          " : invalid link between switches (mid0 port: 9) and (mid1 port: 8)"));
+}
+
+TEST_F(NeighborhoodTest, InvalidLinksComeBeforeMissingLinksAndTheseGroupByGroup) {
+  AddRootsAndLeaves(4, {{2, 3}, {2}, {0, 1}, {0}});
+  fabric.Link("leaf1", 9, "leaf3", 8);
+  ASSERT_EQ(GroupFromRoots(4), 0);
+  ASSERT_EQ(Topology().GetNeighborhoods()[0].size(), 2u);
+  EXPECT_THAT(
+      ErrorLines(),
+      ElementsAre(
+          "Invalid link between neighborhood " + Id(0, 1) + " (leaf1 port: 9) and neighborhood " +
+              Id(0, 0) + " (leaf3 port: 8)",
+          "Neighborhood " + Id(0, 0) + ": missing link between switches (root1) and (leaf3)",
+          "Neighborhood " + Id(0, 1) + ": missing link between switches (root3) and (leaf1)"));
+}
+
+TEST_F(NeighborhoodTest, SwitchOfTwoGroupsIsFoundInTheFirst) {
+  // Two leaves against one: root 2 stays a spine of both groups.
+  AddRootsAndLeaves(5, {{2, 3, 4}, {0, 1, 2}, {0, 1, 2}});
+  fabric.Link("root2", 40, "root3", 40);
+  ASSERT_EQ(GroupFromRoots(5), 0);
+  ASSERT_EQ(Topology().GetNeighborhoods()[0].size(), 2u);
+  EXPECT_EQ(Group(0, 1).GetSpines().count(fabric["root2"]), 1u);
+  EXPECT_THAT(ErrorLines(),
+              ElementsAre("Invalid link between neighborhood " + Id(0, 0) +
+                          " (root2 port: 40) and neighborhood " + Id(0, 1) + " (root3 port: 40)"));
+}
+
+TEST_F(NeighborhoodTest, SwitchIsFoundAmongSpinesAndLines) {
+  AddSwitches("root", 3);
+  FTNeighborhood first(&Topology(), 0, 0);
+  first.AddNodes({fabric["root0"]}, true);
+  first.AddNodes({fabric["root1"]}, false);
+  FTNeighborhood second(&Topology(), 1, 0);
+  second.AddNodes({fabric["root1"], fabric["root2"]}, true);
+  FTUpHopHistogram histogram(Topology(), 0);
+  const Groups groups{&first, &second};
+  EXPECT_EQ(histogram.FindNeighborhood(groups, fabric["root0"]), &first);
+  EXPECT_EQ(histogram.FindNeighborhood(groups, fabric["root1"]), &first);
+  EXPECT_EQ(histogram.FindNeighborhood(groups, fabric["root2"]), &second);
+  EXPECT_EQ(histogram.GetErrorText(), "");
+}
+
+TEST_F(NeighborhoodTest, SwitchOfNoGroupIsNamedByItsGuidAndTheRank) {
+  NodeSpec stray;
+  stray.guid = 0xab12;
+  stray.name = "stray";
+  fabric.Node(stray);
+  FTUpHopHistogram histogram(Topology(), 12);
+  EXPECT_EQ(histogram.FindNeighborhood({}, fabric["stray"]), nullptr);
+  EXPECT_EQ(histogram.GetErrorText(),
+            "The provided switch ( GUID: 0x000000000000ab12 ) is not associated with any "
+            "neighborhood on the rank: 12");
+}
+
+// --- Failures.
+
+TEST_F(NeighborhoodTest, IllegalLinkToASwitchOfNoGroupFailsTheRankAndKeepsEarlierRecords) {
+  // No leaf reaches root2. Its one group is discarded; the next one tells its number.
+  AddRootsAndLeaves(3, {{0, 1}});
+  fabric.Link("root0", 40, "root1", 40).Link("root0", 41, "root2", 41);
+  EXPECT_EQ(GroupFromRoots(3), 4);
+  EXPECT_EQ(Topology().GetErrorText(),
+            "The provided switch ( GUID: 0x0000000000000003 ) is not associated with any "
+            "neighborhood on the rank: 0");
+  ASSERT_EQ(Topology().GetNeighborhoods().size(), 1u);
+  EXPECT_THAT(Topology().GetNeighborhoods()[0], IsEmpty());
+
+  FTTopology next(&fabric.Build(), &out, mergePercent);
+  TestPeer::Ranks(next) = {Nodes({"root0"}), Nodes({"leaf0"})};
+  ASSERT_EQ(next.CreateNeighborhoods(errors), 0);
+  const std::uint64_t discarded = next.GetNeighborhoods()[0][0]->GetId() - 1;
+  EXPECT_THAT(
+      ErrorLines(),
+      ElementsAre("Neighborhood " + std::to_string(discarded) +
+                  " : invalid link between switches (root0 port: 40) and (root1 port: 40)"));
+}
+
+TEST_F(NeighborhoodTest, IssueWhoseFirstSwitchIsInNoGroupFails) {
+  AddRootsAndLeaves(2, {{0}});
+  FTNeighborhood group(&Topology(), 0, 0);
+  group.AddNodes({fabric["root0"]}, true);
+  FTUpHopHistogram histogram(Topology(), 0);
+  TestPeer::LinkIssues(histogram) = {{fabric["root1"], 1, 0, fabric["root0"], 2, 0}};
+  EXPECT_EQ(histogram.InvalidLinksReport(errors, {&group}), 4);
+  EXPECT_EQ(histogram.GetErrorText(),
+            "The provided switch ( GUID: 0x0000000000000002 ) is not associated with any "
+            "neighborhood on the rank: 0");
+  EXPECT_THAT(errors, IsEmpty());
+}
+
+TEST_F(NeighborhoodTest, FailureToFillIsToldByTheTopologyAndLeavesNoGroups) {
+  AddRootsAndLeaves(1, {{0}});
+  RankFromRoots(1);
+  TestPeer::Neighborhoods(Topology()).resize(1);
+  TestPeer::Ranks(Topology())[1].insert(nullptr);
+  EXPECT_EQ(Topology().CreateNeighborhoodsOnRank(errors, 0), 4);
+  EXPECT_EQ(Topology().GetErrorText(),
+            "One of IBNodes is NULL.Cannot initialize the \"up-hop\" histogram");
+  EXPECT_THAT(Topology().GetNeighborhoods()[0], IsEmpty());
+}
+
+TEST_F(NeighborhoodTest, MissingLowerRankIsToldOnceAndLeavesNoGroups) {
+  AddRootsAndLeaves(1, {{0}});
+  RankFromRoots(1);
+  TestPeer::Neighborhoods(Topology()).resize(2);
+  EXPECT_EQ(Topology().CreateNeighborhoodsOnRank(errors, 1), 9);
+  EXPECT_EQ(Topology().GetErrorText(),
+            "Cannot get nodes on rank: 2 Total ranks in the Fat-tree: 2");
+  EXPECT_THAT(Topology().GetNeighborhoods()[1], IsEmpty());
+}
+
+TEST_F(NeighborhoodTest, TooManyUpperSwitchesAreToldByTheTopology) {
+  AddRootsAndLeaves(2049, {{0}});
+  EXPECT_EQ(GroupFromRoots(2049), 9);
+  EXPECT_EQ(Topology().GetErrorText(), "Bit-set is too short to story 2049bits");
+}
+
+TEST_F(NeighborhoodTest, RankBeyondTheTopologysGroupsIsPassedUp) {
+  AddRootsAndLeaves(1, {{0}});
+  RankFromRoots(1);
+  EXPECT_EQ(Topology().CreateNeighborhoodsOnRank(errors, 0), 9);
+  EXPECT_EQ(Topology().GetErrorText(),
+            "Cannot set neighborhoods/connectivity groups on rank: 0 container size: 0");
+}
+
+TEST_F(NeighborhoodTest, SetWithAnUnknownUpperSwitchHandsOverNoGroup) {
+  AddRootsAndLeaves(2, {{0}, {1}});
+  RankFromRoots(2);
+  TestPeer::Neighborhoods(Topology()).resize(1);
+  FTUpHopHistogram histogram(Topology(), 0);
+  ASSERT_EQ(histogram.Init(), 0);
+  TestPeer::IndexToNode(histogram).erase(1);
+  EXPECT_EQ(histogram.SetsToNeighborhoods(errors), 4);
+  EXPECT_EQ(histogram.GetErrorText(), "Failed to find IBNode associated with the index: 1");
+  EXPECT_THAT(Topology().GetNeighborhoods()[0], IsEmpty());
+}
+
+TEST_F(NeighborhoodTest, FailedSearchForCrossLinksIsPassedUpBeforeAnyGroupIsMade) {
+  // leaf0 is made to stand for roots that it has no cables to.
+  AddRootsAndLeaves(6, {{5}});
+  RankFromRoots(6);
+  TestPeer::Neighborhoods(Topology()).resize(1);
+  FTUpHopHistogram histogram(Topology(), 0);
+  ASSERT_EQ(histogram.Init(), 0);
+  auto& sets = TestPeer::UpHopSets(histogram);
+  sets.clear();
+  sets["0000111"].encountered = 3;
+  sets["0000111"].upSet = Bits({0, 1, 2});
+  sets["0011100"].encountered = 1;
+  sets["0011100"].upSet = Bits({2, 3, 4});
+  sets["0011100"].downNodes = {fabric["leaf0"]};
+  EXPECT_EQ(histogram.CreateNeighborhoods(errors), 9);
+  EXPECT_EQ(histogram.GetErrorText(),
+            "The switch GUID: 0x0000000000000003is not connected to any switch from the down nodes"
+            " provided for Invalid Link Issue");
+  EXPECT_THAT(Topology().GetNeighborhoods()[0], IsEmpty());
+  EXPECT_THAT(errors, IsEmpty());
+}
+
+}  // namespace fabscope

@@ -1,0 +1,644 @@
+#include "fat_tree/up_hop_histogram.h"
+
+#include <gmock/gmock.h>
+#include <initializer_list>
+#include <list>
+#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "support/stage_fixture.h"
+
+namespace fabscope {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::Pair;
+
+using Indices = std::initializer_list<std::size_t>;
+
+UpHopBits Bits(Indices indices) {
+  UpHopBits bits;
+  for (const std::size_t index : indices) bits.set(index);
+  return bits;
+}
+
+// A set as filling leaves it and with its switches counted.
+FTUpHopSet CountedSet(Indices indices, std::int32_t encountered) {
+  FTUpHopSet set;
+  set.encountered = encountered;
+  set.upSet = Bits(indices);
+  set.InitEncounteredMap(MaxUpperSwitches);
+  return set;
+}
+
+std::vector<std::string> Keys(FTUpHopHistogram& histogram) {
+  std::vector<std::string> keys;
+  for (const auto& [key, set] : TestPeer::UpHopSets(histogram)) keys.push_back(key);
+  return keys;
+}
+
+}  // namespace
+
+class UpHopHistogramTest : public StageTest {
+ protected:
+  // "root<i>" and "leaf<l>"; leaf l is cabled to the roots of l-th list, in that order.
+  void AddRootsAndLeaves(int roots, const std::vector<std::vector<int>>& upLinks) {
+    for (int r = 0; r < roots; ++r) fabric.Switch("root" + std::to_string(r));
+    for (std::size_t l = 0; l < upLinks.size(); ++l) fabric.Switch("leaf" + std::to_string(l));
+    for (std::size_t l = 0; l < upLinks.size(); ++l) {
+      for (const int r : upLinks[l]) {
+        fabric.Cable("leaf" + std::to_string(l), "root" + std::to_string(r));
+      }
+    }
+  }
+
+  void RankFromRoots(int roots) {
+    std::vector<std::string> names;
+    for (int r = 0; r < roots; ++r) names.push_back("root" + std::to_string(r));
+    RankFrom(names);
+  }
+
+  // The sets that are left when the pass is over, "leaf0 leaf2" each.
+  std::vector<std::string> MergedDownNodes(FTUpHopHistogram& histogram) {
+    EXPECT_EQ(histogram.Init(), 0);
+    EXPECT_EQ(TestPeer::MergeSets(histogram), 0);
+    return DownNodes(histogram);
+  }
+
+  std::vector<std::string> DownNodes(FTUpHopHistogram& histogram) {
+    std::vector<std::string> sets;
+    for (const auto& [key, set] : TestPeer::UpHopSets(histogram)) {
+      std::string names;
+      for (const IBNode* node : set.downNodes) names += (names.empty() ? "" : " ") + node->name;
+      sets.push_back(names);
+    }
+    return sets;
+  }
+
+  // Whether a set goes into a target on a rank of 16 switches.
+  bool Merges(int percent, Indices candidate, Indices target) {
+    FTTopology topology(&fabric.Build(), &out, percent);
+    FTUpHopHistogram histogram(topology, 0);
+    TestPeer::BitSetSize(histogram) = 16;
+    FTUpHopSet from = CountedSet(candidate, 1);
+    FTUpHopSet into = CountedSet(target, 1);
+    bool merged = false;
+    EXPECT_EQ(histogram.TryMergeTwoSets(from, into, merged), 0);
+    // Accepting and taking in are one thing.
+    EXPECT_EQ(into.upSet, merged ? Bits(target) | Bits(candidate) : Bits(target));
+    return merged;
+  }
+};
+
+// --- One set.
+
+TEST_F(UpHopHistogramTest, NewSetIsEmpty) {
+  const FTUpHopSet set;
+  EXPECT_EQ(set.encountered, 0);
+  EXPECT_TRUE(set.upSet.none());
+  EXPECT_EQ(set.upSet.size(), 2048u);
+  EXPECT_THAT(set.downNodes, IsEmpty());
+  EXPECT_THAT(set.encounteredMap, IsEmpty());
+}
+
+TEST_F(UpHopHistogramTest, EachUpperSwitchBelowTheSizeCountsTheLowerSwitchesThatJoined) {
+  FTUpHopSet set;
+  set.encountered = 3;
+  set.upSet = Bits({0, 2, 5});
+  set.encounteredMap[2] = 8;
+  set.InitEncounteredMap(5);
+  EXPECT_THAT(set.encounteredMap, ElementsAre(Pair(0, 3), Pair(2, 3)));
+}
+
+TEST_F(UpHopHistogramTest, DeltaIsWhatTheOtherSetHasBelowTheSizeAndThisOneLacks) {
+  const FTUpHopSet set = CountedSet({0, 1}, 1);
+  const FTUpHopSet other = CountedSet({1, 2, 8, 9, 2047}, 1);
+  EXPECT_EQ(set.Delta(other, 9), Bits({2, 8}));
+  EXPECT_EQ(other.Delta(set, 9), Bits({0}));
+  EXPECT_EQ(set.Delta(other, 2048), Bits({2, 8, 9, 2047}));
+  EXPECT_EQ(set.Delta(other, 0), Bits({}));
+}
+
+TEST_F(UpHopHistogramTest, MergeAddsCountsOfSharedUpperSwitchesAndTakesOverTheRest) {
+  AddRootsAndLeaves(0, {{}, {}, {}, {}});
+  FTUpHopSet target = CountedSet({0, 1}, 3);
+  target.downNodes = {fabric["leaf3"], fabric["leaf0"]};
+  FTUpHopSet set = CountedSet({1, 2}, 2);
+  set.downNodes = {fabric["leaf2"], fabric["leaf1"]};
+
+  target.Merge(set, 3);
+
+  EXPECT_EQ(target.upSet, Bits({0, 1, 2}));
+  EXPECT_THAT(target.encounteredMap, ElementsAre(Pair(0, 3), Pair(1, 5), Pair(2, 2)));
+  EXPECT_THAT(target.downNodes,
+              ElementsAre(fabric["leaf3"], fabric["leaf0"], fabric["leaf2"], fabric["leaf1"]));
+  EXPECT_EQ(target.encountered, 3);
+}
+
+TEST_F(UpHopHistogramTest, MergeCountsOnlyBelowTheSizeButUnitesAllBits) {
+  FTUpHopSet target = CountedSet({0}, 1);
+  target.Merge(CountedSet({1, 3, 2047}, 1), 3);
+  EXPECT_EQ(target.upSet, Bits({0, 1, 3, 2047}));
+  EXPECT_THAT(target.encounteredMap, ElementsAre(Pair(0, 1), Pair(1, 1)));
+}
+
+TEST_F(UpHopHistogramTest, MergeAddsToNothingWhereTheTargetHasNoCount) {
+  FTUpHopSet target;
+  target.upSet = Bits({1});
+  target.Merge(CountedSet({1}, 4), 3);
+  EXPECT_THAT(target.encounteredMap, ElementsAre(Pair(1, 4)));
+}
+
+TEST_F(UpHopHistogramTest, MergeReplacesACountWhoseBitIsClear) {
+  FTUpHopSet target;
+  target.encounteredMap[1] = 7;
+  target.Merge(CountedSet({1}, 4), 3);
+  EXPECT_THAT(target.encounteredMap, ElementsAre(Pair(1, 4)));
+}
+
+TEST_F(UpHopHistogramTest, TakingOutAnUpperSwitchClearsItsBitAndItsCount) {
+  FTUpHopSet set = CountedSet({1, 2}, 5);
+  EXPECT_EQ(set.TakeOutUpNode(1), 0);
+  EXPECT_EQ(set.upSet, Bits({2}));
+  EXPECT_THAT(set.encounteredMap, ElementsAre(Pair(2, 5)));
+}
+
+TEST_F(UpHopHistogramTest, TakingOutAnUncountedUpperSwitchFailsButClearsItsBit) {
+  FTUpHopSet set;
+  set.upSet = Bits({1, 2});
+  EXPECT_EQ(set.TakeOutUpNode(1), 4);
+  EXPECT_EQ(set.upSet, Bits({2}));
+}
+
+TEST_F(UpHopHistogramTest, CountOfAnUpperSwitchIsFoundOnlyWhenItIsCounted) {
+  const FTUpHopSet set = CountedSet({1}, 5);
+  std::int32_t count = 0;
+  EXPECT_EQ(set.GetNodeEncountered(1, count), 0);
+  EXPECT_EQ(count, 5);
+  EXPECT_EQ(set.GetNodeEncountered(2, count), 4);
+}
+
+// --- Indices and keys.
+
+TEST_F(UpHopHistogramTest, UpperSwitchesAreNumberedInModelOrder) {
+  AddRootsAndLeaves(3, {});
+  FTUpHopHistogram histogram(Topology(), 0);
+  histogram.InitNodeToIndexConverters(Nodes({"root2", "root0", "root1"}));
+  EXPECT_THAT(
+      TestPeer::IndexToNode(histogram),
+      ElementsAre(Pair(0, fabric["root0"]), Pair(1, fabric["root1"]), Pair(2, fabric["root2"])));
+  for (std::uint64_t expected = 0; expected < 3; ++expected) {
+    std::uint64_t index = 99;
+    EXPECT_EQ(histogram.NodeToIndex(index, fabric["root" + std::to_string(expected)]), 0);
+    EXPECT_EQ(index, expected);
+    EXPECT_EQ(histogram.IndexToNode(expected), fabric["root" + std::to_string(expected)]);
+  }
+  EXPECT_EQ(histogram.GetErrorText(), "");
+}
+
+TEST_F(UpHopHistogramTest, NumberingAgainOverwrites) {
+  AddRootsAndLeaves(3, {});
+  FTUpHopHistogram histogram(Topology(), 0);
+  histogram.InitNodeToIndexConverters(Nodes({"root0", "root1"}));
+  histogram.InitNodeToIndexConverters(Nodes({"root1", "root2"}));
+  EXPECT_THAT(TestPeer::IndexToNode(histogram),
+              ElementsAre(Pair(0, fabric["root1"]), Pair(1, fabric["root2"])));
+  EXPECT_THAT(
+      TestPeer::NodeToIndex(histogram),
+      ElementsAre(Pair(fabric["root0"], 0), Pair(fabric["root1"], 0), Pair(fabric["root2"], 1)));
+}
+
+TEST_F(UpHopHistogramTest, SwitchWithoutIndexIsNamedByItsGuid) {
+  NodeSpec spec;
+  spec.guid = 0xabc0;
+  spec.name = "stray";
+  fabric.Node(spec);
+  FTUpHopHistogram histogram(Topology(), 0);
+  std::uint64_t index = 0;
+  EXPECT_EQ(histogram.NodeToIndex(index, fabric["stray"]), 4);
+  EXPECT_EQ(histogram.GetErrorText(),
+            "Failed to find index for the switch ( GUID: 0x000000000000abc0 )");
+}
+
+TEST_F(UpHopHistogramTest, IndexWithoutSwitchIsTold) {
+  FTUpHopHistogram histogram(Topology(), 0);
+  EXPECT_EQ(histogram.IndexToNode(12), nullptr);
+  EXPECT_EQ(histogram.GetErrorText(), "Failed to find IBNode associated with the index: 12");
+}
+
+TEST_F(UpHopHistogramTest, BitsBecomeSwitchesInIndexOrder) {
+  AddRootsAndLeaves(4, {});
+  FTUpHopHistogram histogram(Topology(), 0);
+  histogram.InitNodeToIndexConverters(Nodes({"root0", "root1", "root2", "root3"}));
+  TestPeer::BitSetSize(histogram) = 3;
+  std::list<const IBNode*> nodes{fabric["root1"]};
+  EXPECT_EQ(histogram.BitSetToNodes(Bits({2, 0, 3}), nodes), 0);
+  // Appended, and without the bit beyond the rank's switches.
+  EXPECT_THAT(nodes, ElementsAre(fabric["root1"], fabric["root0"], fabric["root2"]));
+}
+
+TEST_F(UpHopHistogramTest, BitWithoutSwitchStopsTheListThere) {
+  AddRootsAndLeaves(1, {});
+  FTUpHopHistogram histogram(Topology(), 0);
+  histogram.InitNodeToIndexConverters(Nodes({"root0"}));
+  TestPeer::BitSetSize(histogram) = 4;
+  std::list<const IBNode*> nodes;
+  EXPECT_EQ(histogram.BitSetToNodes(Bits({0, 2, 3}), nodes), 4);
+  EXPECT_THAT(nodes, ElementsAre(fabric["root0"]));
+  EXPECT_EQ(histogram.GetErrorText(), "Failed to find IBNode associated with the index: 2");
+}
+
+TEST_F(UpHopHistogramTest, NoBitIsLookedAtBeforeTheSizeIsKnown) {
+  FTUpHopHistogram histogram(Topology(), 0);
+  std::list<const IBNode*> nodes;
+  EXPECT_EQ(histogram.BitSetToNodes(Bits({0}), nodes), 0);
+  EXPECT_THAT(nodes, IsEmpty());
+  EXPECT_EQ(histogram.GetErrorText(), "");
+}
+
+TEST_F(UpHopHistogramTest, KeyHasHighestIndexFirstAndOneCharacterMoreThanSwitches) {
+  FTUpHopHistogram histogram(Topology(), 0);
+  EXPECT_EQ(histogram.GetHashCode(Bits({})), "0");
+  TestPeer::BitSetSize(histogram) = 3;
+  EXPECT_EQ(histogram.GetHashCode(Bits({0, 2})), "0101");
+  EXPECT_EQ(histogram.GetHashCode(Bits({1})), "0010");
+  EXPECT_EQ(histogram.GetHashCode(Bits({})), "0000");
+  TestPeer::BitSetSize(histogram) = 2047;
+  EXPECT_EQ(histogram.GetHashCode(Bits({0, 2046})), "01" + std::string(2045, '0') + "1");
+}
+
+TEST_F(UpHopHistogramTest, KeyOfAFullRankHasNoExtraCharacter) {
+  FTUpHopHistogram histogram(Topology(), 0);
+  TestPeer::BitSetSize(histogram) = 2048;
+  EXPECT_EQ(histogram.GetHashCode(Bits({1, 2047})), "1" + std::string(2045, '0') + "10");
+}
+
+// --- Filling.
+
+TEST_F(UpHopHistogramTest, LowerSwitchWithTheFirstAndThirdUpperSwitchHasKey0101) {
+  AddRootsAndLeaves(3, {{0, 2}});
+  RankFromRoots(3);
+  FTUpHopHistogram histogram(Topology(), 0);
+  EXPECT_EQ(TestPeer::BitSetSize(histogram), 0u);
+  ASSERT_EQ(histogram.Init(), 0);
+  EXPECT_EQ(TestPeer::BitSetSize(histogram), 3u);
+  ASSERT_THAT(Keys(histogram), ElementsAre("0101"));
+  EXPECT_EQ(TestPeer::UpHopSets(histogram)["0101"].upSet, Bits({0, 2}));
+}
+
+TEST_F(UpHopHistogramTest, EqualUpperSwitchesMakeOneSetWhateverTheNumberOfCables) {
+  AddRootsAndLeaves(2, {{0, 1, 1, 1}, {1, 0}});
+  RankFromRoots(2);
+  FTUpHopHistogram histogram(Topology(), 0);
+  ASSERT_EQ(histogram.Init(), 0);
+  ASSERT_THAT(Keys(histogram), ElementsAre("011"));
+  const FTUpHopSet& set = TestPeer::UpHopSets(histogram)["011"];
+  EXPECT_EQ(set.encountered, 2);
+  EXPECT_EQ(set.upSet, Bits({0, 1}));
+  EXPECT_THAT(set.downNodes, ElementsAre(fabric["leaf0"], fabric["leaf1"]));
+  EXPECT_THAT(set.encounteredMap, IsEmpty());
+}
+
+TEST_F(UpHopHistogramTest, SetsStandInTheOrderOfTheirBitsReadAsNumbers) {
+  AddRootsAndLeaves(3, {{2}, {0, 1}, {1}, {2}, {0}});
+  RankFromRoots(3);
+  FTUpHopHistogram histogram(Topology(), 0);
+  ASSERT_EQ(histogram.Init(), 0);
+  EXPECT_THAT(Keys(histogram), ElementsAre("0001", "0010", "0011", "0100"));
+  EXPECT_THAT(DownNodes(histogram), ElementsAre("leaf4", "leaf2", "leaf1", "leaf0 leaf3"));
+}
+
+TEST_F(UpHopHistogramTest, PairsWithACableAreConnectedAndNoOthers) {
+  AddRootsAndLeaves(2, {{0, 1, 0}, {1}});
+  RankFromRoots(2);
+  FTUpHopHistogram histogram(Topology(), 0);
+  ASSERT_EQ(histogram.Init(), 0);
+  const auto& pairs = TestPeer::ConnectedPairs(histogram);
+  EXPECT_EQ(pairs.Size(), 3u);
+  EXPECT_TRUE(pairs.Contains(fabric["root0"], fabric["leaf0"]));
+  EXPECT_TRUE(pairs.Contains(fabric["root1"], fabric["leaf0"]));
+  EXPECT_TRUE(pairs.Contains(fabric["root1"], fabric["leaf1"]));
+}
+
+TEST_F(UpHopHistogramTest, OnlyCablesToTheUpperRankMakeASet) {
+  // The first mid lies on rank 1 with cables to a host, to a leaf of rank 2 and to a switch of
+  // another plane that has no rank.
+  NodeSpec elsewhere;
+  elsewhere.name = "elsewhere";
+  elsewhere.numPorts = 4;
+  elsewhere.suitablePlane = 2;
+  fabric.Switch("root0").Switch("mid0").Switch("mid1").Switch("leaf0").Node(elsewhere);
+  fabric.Host("host");
+  fabric.Cable("mid0", "host").Cable("mid0", "leaf0").Cable("mid0", "elsewhere");
+  fabric.Cable("mid0", "root0").Cable("mid1", "root0");
+  RankFrom({"root0"});
+  FTUpHopHistogram histogram(Topology(), 0);
+  ASSERT_EQ(histogram.Init(), 0);
+  EXPECT_THAT(Keys(histogram), ElementsAre("01"));
+  EXPECT_THAT(DownNodes(histogram), ElementsAre("mid0 mid1"));
+  EXPECT_EQ(TestPeer::ConnectedPairs(histogram).Size(), 2u);
+  EXPECT_THAT(TestPeer::LinkIssues(histogram), IsEmpty());
+}
+
+TEST_F(UpHopHistogramTest, CableThatSkipsARankIsIgnored) {
+  fabric.Switch("root0").Switch("mid0").Switch("leaf0");
+  fabric.Cable("leaf0", "root0").Cable("leaf0", "mid0").Cable("mid0", "root0");
+  TestPeer::Ranks(Topology()) = {Nodes({"root0"}), Nodes({"mid0"}), Nodes({"leaf0"})};
+  FTUpHopHistogram histogram(Topology(), 1);
+  ASSERT_EQ(histogram.Init(), 0);
+  EXPECT_THAT(DownNodes(histogram), ElementsAre("leaf0"));
+  EXPECT_EQ(TestPeer::ConnectedPairs(histogram).Size(), 1u);
+  EXPECT_TRUE(TestPeer::ConnectedPairs(histogram).Contains(fabric["mid0"], fabric["leaf0"]));
+  EXPECT_THAT(TestPeer::LinkIssues(histogram), IsEmpty());
+}
+
+TEST_F(UpHopHistogramTest, LowerSwitchWithoutUpLinkMakesTheAllZeroSet) {
+  // leaf0 is ranked through the root's side of a cable that it does not count itself.
+  AddRootsAndLeaves(2, {{0}, {0, 1}});
+  fabric.Cable("leaf0", "leaf1");
+  PortSpec fnm;
+  fnm.num = 1;
+  fnm.fnm = true;
+  fabric.Port("leaf0", fnm);
+  RankFromRoots(2);
+  FTUpHopHistogram histogram(Topology(), 0);
+  ASSERT_EQ(histogram.Init(), 0);
+  ASSERT_THAT(Keys(histogram), ElementsAre("000", "011"));
+  EXPECT_EQ(TestPeer::UpHopSets(histogram)["000"].upSet, Bits({}));
+  EXPECT_EQ(TestPeer::UpHopSets(histogram)["000"].encountered, 1);
+  EXPECT_THAT(DownNodes(histogram), ElementsAre("leaf0", "leaf1"));
+
+  ASSERT_EQ(TestPeer::LinkIssues(histogram).size(), 1u);
+  const FTLinkIssue& issue = TestPeer::LinkIssues(histogram)[0];
+  EXPECT_EQ(issue.node1, fabric["leaf0"]);
+  EXPECT_EQ(issue.port1, 2);
+  EXPECT_EQ(issue.rank1, 1u);
+  EXPECT_EQ(issue.node2, fabric["leaf1"]);
+  EXPECT_EQ(issue.port2, 3);
+  EXPECT_EQ(issue.rank2, 1u);
+}
+
+TEST_F(UpHopHistogramTest, LastPortOfALowerSwitchIsLookedAt) {
+  fabric.Switch("root0", 255).Switch("leaf0", 255).Link("root0", 255, "leaf0", 255);
+  RankFrom({"root0"});
+  FTUpHopHistogram histogram(Topology(), 0);
+  ASSERT_EQ(histogram.Init(), 0);
+  EXPECT_THAT(Keys(histogram), ElementsAre("01"));
+}
+
+TEST_F(UpHopHistogramTest, EmptyLowerRankHasNoSets) {
+  AddRootsAndLeaves(2, {});
+  TestPeer::Ranks(Topology()) = {Nodes({"root0", "root1"}), {}};
+  FTUpHopHistogram histogram(Topology(), 0);
+  ASSERT_EQ(histogram.Init(), 0);
+  EXPECT_THAT(Keys(histogram), IsEmpty());
+  EXPECT_EQ(TestPeer::BitSetSize(histogram), 2u);
+  EXPECT_EQ(TestPeer::NodeToIndex(histogram).size(), 2u);
+  EXPECT_EQ(TestPeer::MergeSets(histogram), 0);
+}
+
+TEST_F(UpHopHistogramTest, LastRankHasNoLowerRank) {
+  AddRootsAndLeaves(1, {{0}});
+  RankFromRoots(1);
+  FTUpHopHistogram histogram(Topology(), 1);
+  EXPECT_EQ(histogram.Init(), 9);
+  EXPECT_EQ(histogram.GetErrorText(), "");
+  EXPECT_EQ(Topology().GetErrorText(),
+            "Cannot get nodes on rank: 2 Total ranks in the Fat-tree: 2");
+  EXPECT_EQ(TestPeer::BitSetSize(histogram), 0u);
+}
+
+TEST_F(UpHopHistogramTest, LowerRankIsNotAskedForWhenTheUpperOneIsMissing) {
+  AddRootsAndLeaves(1, {{0}});
+  RankFromRoots(1);
+  FTUpHopHistogram histogram(Topology(), 7);
+  EXPECT_EQ(histogram.Init(), 9);
+  EXPECT_EQ(Topology().GetErrorText(),
+            "Cannot get nodes on rank: 7 Total ranks in the Fat-tree: 2");
+}
+
+TEST_F(UpHopHistogramTest, NullLowerSwitchFails) {
+  AddRootsAndLeaves(1, {{0}});
+  RankFromRoots(1);
+  TestPeer::Ranks(Topology())[1].insert(nullptr);
+  FTUpHopHistogram histogram(Topology(), 0);
+  EXPECT_EQ(histogram.Init(), 4);
+  EXPECT_EQ(histogram.GetErrorText(),
+            "One of IBNodes is NULL.Cannot initialize the \"up-hop\" histogram");
+}
+
+TEST_F(UpHopHistogramTest, Rank2048SwitchesWideIsTaken) {
+  AddRootsAndLeaves(2048, {{2047, 1}, {0}});
+  RankFromRoots(2048);
+  FTUpHopHistogram histogram(Topology(), 0);
+  ASSERT_EQ(histogram.Init(), 0);
+  EXPECT_EQ(histogram.GetErrorText(), "");
+  EXPECT_EQ(TestPeer::BitSetSize(histogram), 2048u);
+  EXPECT_THAT(Keys(histogram),
+              ElementsAre(std::string(2047, '0') + "1", "1" + std::string(2045, '0') + "10"));
+
+  EXPECT_EQ(TestPeer::MergeSets(histogram), 0);
+  EXPECT_THAT(DownNodes(histogram), ElementsAre("leaf1", "leaf0"));
+  EXPECT_THAT(TestPeer::UpHopSets(histogram).rbegin()->second.encounteredMap,
+              ElementsAre(Pair(1, 1), Pair(2047, 1)));
+  std::list<const IBNode*> nodes;
+  EXPECT_EQ(histogram.BitSetToNodes(Bits({2047}), nodes), 0);
+  EXPECT_THAT(nodes, ElementsAre(fabric["root2047"]));
+}
+
+TEST_F(UpHopHistogramTest, Rank2049SwitchesWideIsTooWide) {
+  AddRootsAndLeaves(2049, {{0}});
+  RankFromRoots(2049);
+  FTUpHopHistogram histogram(Topology(), 0);
+  EXPECT_EQ(histogram.Init(), 9);
+  EXPECT_EQ(histogram.GetErrorText(), "Bit-set is too short to story 2049bits");
+  EXPECT_THAT(Keys(histogram), IsEmpty());
+  EXPECT_THAT(TestPeer::IndexToNode(histogram), IsEmpty());
+}
+
+// --- The merge rule.
+
+TEST_F(UpHopHistogramTest, ToleranceOfTenPercentTakesAllButDisjointSets) {
+  EXPECT_TRUE(Merges(10, {0, 1, 2}, {0, 1, 2, 3}));
+  EXPECT_FALSE(Merges(10, {4}, {0}));
+  EXPECT_TRUE(Merges(10, {0, 1, 2, 4}, {0, 1, 2, 3}));
+}
+
+TEST_F(UpHopHistogramTest, ExtraSwitchesMustBeFewerThanTheTolerance) {
+  // One of four is extra: 25 percent.
+  EXPECT_TRUE(Merges(74, {0, 1, 2, 4}, {0, 1, 2, 3}));
+  EXPECT_FALSE(Merges(75, {0, 1, 2, 4}, {0, 1, 2, 3}));
+}
+
+TEST_F(UpHopHistogramTest, RatioIsRoundedDown) {
+  // Two of three are extra: 66 percent.
+  EXPECT_TRUE(Merges(33, {0, 4, 5}, {0, 1, 2}));
+  EXPECT_FALSE(Merges(34, {0, 4, 5}, {0, 1, 2}));
+}
+
+TEST_F(UpHopHistogramTest, RatioIsTakenOfTheTarget) {
+  // One extra switch is 25 percent of four and 33 percent of three.
+  EXPECT_TRUE(Merges(70, {0, 1, 4}, {0, 1, 2, 3}));
+  EXPECT_FALSE(Merges(70, {0, 1, 2, 4}, {0, 1, 2}));
+}
+
+TEST_F(UpHopHistogramTest, SwitchesThatTheCandidateLacksDoNotCount) {
+  EXPECT_TRUE(Merges(99, {0}, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9}));
+  EXPECT_FALSE(Merges(99, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9}, {0}));
+}
+
+TEST_F(UpHopHistogramTest, ToleranceOfNothingMergesNotEvenContainedSets) {
+  EXPECT_FALSE(Merges(100, {0}, {0, 1}));
+  EXPECT_FALSE(Merges(100, {}, {0, 1}));
+  EXPECT_FALSE(Merges(100, {0}, {}));
+  // Below nothing: the difference is negative, not huge.
+  EXPECT_FALSE(Merges(101, {0}, {0, 1}));
+}
+
+TEST_F(UpHopHistogramTest, DisjointSetsOfEqualSizeMergeAtNoPercentage) {
+  for (const int percent : {0, 1, 50, 100}) {
+    EXPECT_FALSE(Merges(percent, {0, 1}, {2, 3})) << percent;
+  }
+  EXPECT_TRUE(Merges(0, {0, 1}, {2, 3, 4}));
+}
+
+TEST_F(UpHopHistogramTest, EmptyTargetTakesAnySet) {
+  EXPECT_TRUE(Merges(99, {0, 1, 2}, {}));
+  EXPECT_TRUE(Merges(99, {}, {0, 1, 2}));
+}
+
+TEST_F(UpHopHistogramTest, SetIsNotATargetForItself) {
+  FTUpHopHistogram histogram(Topology(), 0);
+  TestPeer::BitSetSize(histogram) = 3;
+  FTUpHopSet& set = TestPeer::UpHopSets(histogram)["0011"];
+  set = CountedSet({0, 1}, 1);
+  bool merged = false;
+  EXPECT_EQ(histogram.TryMergeSet_2(set, merged), 0);
+  EXPECT_FALSE(merged);
+  EXPECT_THAT(set.encounteredMap, ElementsAre(Pair(0, 1), Pair(1, 1)));
+}
+
+TEST_F(UpHopHistogramTest, AnotherSetWithTheSameSwitchesIsATarget) {
+  FTUpHopHistogram histogram(Topology(), 0);
+  TestPeer::BitSetSize(histogram) = 3;
+  FTUpHopSet& set = TestPeer::UpHopSets(histogram)["0011"];
+  FTUpHopSet& equal = TestPeer::UpHopSets(histogram)["0111"];
+  set = CountedSet({0, 1}, 1);
+  equal = set;
+  bool merged = false;
+  EXPECT_EQ(histogram.TryMergeSet_2(set, merged), 0);
+  EXPECT_TRUE(merged);
+  EXPECT_THAT(equal.encounteredMap, ElementsAre(Pair(0, 2), Pair(1, 2)));
+}
+
+// --- The merge pass.
+
+TEST_F(UpHopHistogramTest, SetGoesIntoTheFirstTargetInKeyOrder) {
+  // {0,1,2} is contained in leaf0's set, but leaf1's stands before it and takes one extra switch.
+  AddRootsAndLeaves(9, {{0, 1, 2, 6, 7, 8}, {0, 1, 4, 5}, {0, 1, 2}});
+  RankFromRoots(9);
+  FTUpHopHistogram histogram(Topology(), 0);
+  EXPECT_THAT(MergedDownNodes(histogram), ElementsAre("leaf1 leaf2", "leaf0"));
+  EXPECT_THAT(Keys(histogram), ElementsAre("0000110011", "0111000111"));
+}
+
+TEST_F(UpHopHistogramTest, SetMayGoIntoOneThatWasVisitedBefore) {
+  // Of {0,1,4} one switch is extra to the four of {0,1,2,3}; the other way it is two of three.
+  AddRootsAndLeaves(5, {{0, 1, 4}, {0, 1, 2, 3}});
+  RankFromRoots(5);
+  FTUpHopHistogram histogram(Topology(), 0);
+  EXPECT_THAT(MergedDownNodes(histogram), ElementsAre("leaf1 leaf0"));
+  const FTUpHopSet& set = TestPeer::UpHopSets(histogram)["001111"];
+  EXPECT_EQ(set.upSet, Bits({0, 1, 2, 3, 4}));
+  EXPECT_THAT(set.encounteredMap,
+              ElementsAre(Pair(0, 2), Pair(1, 2), Pair(2, 1), Pair(3, 1), Pair(4, 1)));
+}
+
+TEST_F(UpHopHistogramTest, SetCarriesOnWhatItTookIn) {
+  AddRootsAndLeaves(4, {{0}, {0, 1, 2}, {0, 1, 2, 3}, {0}, {0, 1, 2, 3}});
+  RankFromRoots(4);
+  FTUpHopHistogram histogram(Topology(), 0);
+  EXPECT_THAT(MergedDownNodes(histogram), ElementsAre("leaf2 leaf4 leaf1 leaf0 leaf3"));
+  ASSERT_THAT(Keys(histogram), ElementsAre("01111"));
+  const FTUpHopSet& set = TestPeer::UpHopSets(histogram)["01111"];
+  EXPECT_THAT(set.encounteredMap, ElementsAre(Pair(0, 5), Pair(1, 3), Pair(2, 3), Pair(3, 2)));
+  EXPECT_EQ(set.encountered, 2);
+}
+
+TEST_F(UpHopHistogramTest, SetIsVisitedOnlyOnce) {
+  // When {2,3} is visited, {0,1,4,5} does not take it. With leaf1's root 3 in it, it would.
+  AddRootsAndLeaves(6, {{2, 3}, {0, 3, 4}, {0, 1, 4, 5}});
+  RankFromRoots(6);
+  FTUpHopHistogram histogram(Topology(), 0);
+  EXPECT_THAT(MergedDownNodes(histogram), ElementsAre("leaf0", "leaf2 leaf1"));
+  EXPECT_TRUE(Merges(70, {2, 3}, {0, 1, 3, 4, 5}));
+}
+
+TEST_F(UpHopHistogramTest, SetWithoutUpLinksGoesIntoTheFirstOther) {
+  FTUpHopHistogram histogram(Topology(), 0);
+  TestPeer::BitSetSize(histogram) = 3;
+  TestPeer::UpHopSets(histogram)["0000"].encountered = 1;
+  TestPeer::UpHopSets(histogram)["0010"] = CountedSet({1}, 2);
+  TestPeer::UpHopSets(histogram)["0100"] = CountedSet({2}, 2);
+  EXPECT_EQ(TestPeer::MergeSets(histogram), 0);
+  EXPECT_THAT(Keys(histogram), ElementsAre("0010", "0100"));
+  EXPECT_THAT(TestPeer::UpHopSets(histogram)["0010"].encounteredMap, ElementsAre(Pair(1, 2)));
+}
+
+TEST_F(UpHopHistogramTest, MergePassCountsSetsThatMergeWithNoOther) {
+  AddRootsAndLeaves(2, {{0}, {0}, {1}});
+  RankFromRoots(2);
+  FTUpHopHistogram histogram(Topology(), 0);
+  EXPECT_THAT(MergedDownNodes(histogram), ElementsAre("leaf0 leaf1", "leaf2"));
+  EXPECT_THAT(TestPeer::UpHopSets(histogram)["001"].encounteredMap, ElementsAre(Pair(0, 2)));
+  EXPECT_THAT(TestPeer::UpHopSets(histogram)["010"].encounteredMap, ElementsAre(Pair(1, 1)));
+}
+
+// --- The set in words.
+
+TEST_F(UpHopHistogramTest, SetInWordsNamesItsFirstLowerSwitchAndItsUpperSwitches) {
+  NodeSpec spec;
+  spec.numPorts = 4;
+  spec.guid = 0xb0b;
+  spec.name = "upper0";
+  fabric.Node(spec);
+  spec.guid = 0xfeed;
+  spec.name = "upper1";
+  fabric.Node(spec);
+  spec.guid = 0xa1;
+  spec.name = "lower0";
+  fabric.Node(spec);
+  spec.guid = 0xa2;
+  spec.name = "lower1";
+  fabric.Node(spec);
+  FTUpHopHistogram histogram(Topology(), 0);
+  histogram.InitNodeToIndexConverters(Nodes({"upper0", "upper1"}));
+  // Index 2 has no switch, index 3 is beyond the rank.
+  TestPeer::BitSetSize(histogram) = 3;
+  FTUpHopSet set = CountedSet({0, 1, 2, 3}, 10);
+  set.downNodes = {fabric["lower1"], fabric["lower0"]};
+
+  std::ostringstream expected;
+  expected << "\nFTUpHopSet (ptr) " << static_cast<const void*>(&set) << "\n"
+           << "initiated from: 0x00000000000000a2\n"
+           << "encountered: 10\n"
+           << "up_set: 0x0000000000000b0b 0x000000000000feed ";
+  EXPECT_EQ(histogram.UpHopSetToString(set), expected.str());
+}
+
+TEST_F(UpHopHistogramTest, SetInWordsWithoutUpperSwitches) {
+  AddRootsAndLeaves(1, {{0}});
+  FTUpHopHistogram histogram(Topology(), 0);
+  FTUpHopSet set;
+  set.encountered = 1;
+  set.downNodes = {fabric["leaf0"]};
+  std::ostringstream expected;
+  expected << "\nFTUpHopSet (ptr) " << static_cast<const void*>(&set) << "\n"
+           << "initiated from: 0x0000000000000002\nencountered: 1\nup_set: ";
+  EXPECT_EQ(histogram.UpHopSetToString(set), expected.str());
+}
+
+}  // namespace fabscope

@@ -1,0 +1,61 @@
+#include "platform/reg_exp.h"
+
+#include <gtest/gtest.h>
+
+namespace fabscope {
+namespace {
+
+TEST(RegExpTest, KeepsItsSourceText) {
+  const regExp expression("^core-[0-9]+$");
+  EXPECT_TRUE(expression.IsValid());
+  EXPECT_EQ(expression.GetError(), "");
+  EXPECT_EQ(expression.GetExpression(), "^core-[0-9]+$");
+}
+
+TEST(RegExpTest, MatchesAnywhereInTheText) {
+  const regExp expression("core");
+  EXPECT_TRUE(expression.Matches("core"));
+  EXPECT_TRUE(expression.Matches("rack7-core-3"));
+  EXPECT_FALSE(expression.Matches("rack7-cor-3"));
+}
+
+TEST(RegExpTest, AnchorsHoldTheMatchToTheEnds) {
+  const regExp expression("^core$");
+  EXPECT_TRUE(expression.Matches("core"));
+  EXPECT_FALSE(expression.Matches("core1"));
+  EXPECT_FALSE(expression.Matches("1core"));
+}
+
+TEST(RegExpTest, SpeaksTheExtendedSyntax) {
+  const regExp expression("^(core|spine)[0-9]{2}+$");
+  EXPECT_TRUE(expression.Matches("core01"));
+  EXPECT_TRUE(expression.Matches("spine42"));
+  EXPECT_FALSE(expression.Matches("leaf42"));
+  EXPECT_FALSE(expression.Matches("core1"));
+}
+
+TEST(RegExpTest, TakesManySubExpressions) {
+  const regExp expression("^(a)(b)(c)(d)(e)(f)(g)(h)(i)(j)(k)(l)$");
+  EXPECT_TRUE(expression.Matches("abcdefghijkl"));
+  EXPECT_FALSE(expression.Matches("abcdefghijk"));
+}
+
+TEST(RegExpTest, DistinguishesUpperAndLowerCase) { EXPECT_FALSE(regExp("core").Matches("CORE")); }
+
+TEST(RegExpTest, MatchesByteForByte) {
+  const regExp twoBytes("^..$");
+  EXPECT_TRUE(twoBytes.Matches("\xc3\xa9"));  // one letter of UTF-8
+  EXPECT_TRUE(twoBytes.Matches("\xff\xfe"));  // not UTF-8 at all
+  EXPECT_FALSE(twoBytes.Matches("\xff"));
+}
+
+TEST(RegExpTest, AnExpressionThatDoesNotCompileSaysWhyAndMatchesNothing) {
+  const regExp expression("core(");
+  EXPECT_FALSE(expression.IsValid());
+  EXPECT_NE(expression.GetError(), "");  // the words are the C library's
+  EXPECT_EQ(expression.GetExpression(), "core(");
+  EXPECT_FALSE(expression.Matches("core("));
+}
+
+}  // namespace
+}  // namespace fabscope
