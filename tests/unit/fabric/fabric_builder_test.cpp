@@ -1,1 +1,295 @@
+#include "fabric/fabric_builder.h"
+
+#include <cstdint>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+#include "fabric/guid.h"
+
+namespace fabscope {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
+
+NodeSpec Switch(std::uint64_t guid, std::uint8_t numPorts = 4) {
+  NodeSpec spec;
+  spec.guid = guid;
+  spec.numPorts = numPorts;
+  return spec;
+}
+
+NodeSpec Host(std::uint64_t guid) {
+  NodeSpec spec = Switch(guid, 1);
+  spec.type = NodeTypeCA;
+  return spec;
+}
+
+PortSpec Port(std::uint8_t num) {
+  PortSpec spec;
+  spec.num = num;
+  return spec;
+}
+
+// Answers are compared as texts; an empty one is a success.
+std::string Text(const FabricBuilder::Problem& problem) { return problem.value_or(""); }
+
+// A builder that has the switches 1 and 2 of 4 ports each and the host 3.
+class FabricBuilderTest : public ::testing::Test {
+ protected:
+  FabricBuilderTest() {
+    EXPECT_EQ(Text(builder.AddNode(Switch(1))), "");
+    EXPECT_EQ(Text(builder.AddNode(Switch(2))), "");
+    EXPECT_EQ(Text(builder.AddNode(Host(3))), "");
+  }
+
+  std::string Link(PortRef a, PortRef b) { return Text(builder.AddLink({a, b, 0x400, true})); }
+  std::string APort(const std::vector<PortRef>& ports, std::uint64_t asymmetry = 0) {
+    return Text(builder.AddAPort(ports, asymmetry));
+  }
+
+  FabricBuilder builder;
+};
+
+TEST_F(FabricBuilderTest, AbsentValuesOfANodeFollowAnother) {
+  NodeSpec spec = Switch(9);
+  spec.name = "leaf";
+  spec.suitablePlane = 3;
+  ASSERT_EQ(Text(builder.AddNode(spec)), "");
+  const auto fabric = builder.Build();
+  const IBNode* node = fabric->getNodeByGuid(9);
+  EXPECT_EQ(node->systemGuid, 9U);
+  EXPECT_EQ(node->displayName, "leaf");
+  EXPECT_THAT(node->planes, ElementsAre(3));
+}
+
+TEST_F(FabricBuilderTest, GivenValuesOfANodeStand) {
+  NodeSpec spec = Switch(9);
+  spec.name = "leaf";
+  spec.systemGuid = 0;
+  spec.displayName = "";
+  spec.planes = std::vector<std::int32_t>{};
+  spec.flids = {5, 1, 5};
+  ASSERT_EQ(Text(builder.AddNode(spec)), "");
+  const auto fabric = builder.Build();
+  const IBNode* node = fabric->getNodeByGuid(9);
+  EXPECT_EQ(node->systemGuid, 0U);
+  EXPECT_EQ(node->displayName, "");
+  EXPECT_THAT(node->planes, IsEmpty());
+  EXPECT_THAT(node->flids, ElementsAre(1, 5));
+}
+
+TEST_F(FabricBuilderTest, ANodeGuidIsNotZeroAndBelongsToOneNode) {
+  EXPECT_EQ(Text(builder.AddNode(Switch(0))), "a node's GUID must not be 0");
+  EXPECT_EQ(Text(builder.AddNode(Host(1))), "node GUID 0x0000000000000001 is given twice");
+  EXPECT_EQ(builder.GetNodeCount(), 3U);
+  EXPECT_TRUE(builder.IsSwitch(1));
+}
+
+TEST_F(FabricBuilderTest, OnlySwitchesAreSwitches) {
+  EXPECT_TRUE(builder.IsSwitch(2));
+  EXPECT_FALSE(builder.IsSwitch(3));
+  EXPECT_FALSE(builder.IsSwitch(4));
+  EXPECT_TRUE(builder.HasNode(3));
+  EXPECT_FALSE(builder.HasNode(4));
+}
+
+TEST_F(FabricBuilderTest, PortsAreNumberedFromOneToThePortCount) {
+  EXPECT_EQ(Text(builder.CheckPort({1, 1})), "");
+  EXPECT_EQ(Text(builder.CheckPort({1, 4})), "");
+  EXPECT_EQ(Text(builder.CheckPort({1, 0})),
+            "port 0 of node 0x0000000000000001 does not exist: it has 4 ports");
+  EXPECT_EQ(Text(builder.CheckPort({1, 5})),
+            "port 5 of node 0x0000000000000001 does not exist: it has 4 ports");
+  EXPECT_EQ(Text(builder.CheckPort({3, 2})),
+            "port 2 of node 0x0000000000000003 does not exist: it has 1 port");
+  EXPECT_EQ(Text(builder.CheckPort({7, 1})), "unknown node 0x0000000000000007");
+}
+
+TEST_F(FabricBuilderTest, ANodeOf255PortsHasThemAll) {
+  ASSERT_EQ(Text(builder.AddNode(Switch(9, 255))), "");
+  EXPECT_EQ(Link({9, 255}, {1, 1}), "");
+  EXPECT_TRUE(builder.HasLink({9, 255}));
+  const auto fabric = builder.Build();
+  EXPECT_THAT(fabric->getNodeByGuid(9)->ports, SizeIs(256));
+  EXPECT_EQ(fabric->getNodeByGuid(9)->getPort(255)->num, 255);
+}
+
+TEST_F(FabricBuilderTest, ANodeWithoutPortsHasNone) {
+  ASSERT_EQ(Text(builder.AddNode(Switch(9, 0))), "");
+  EXPECT_EQ(Link({9, 1}, {1, 1}),
+            "port 1 of node 0x0000000000000009 does not exist: it has 0 ports");
+  EXPECT_EQ(builder.Build()->getNodeByGuid(9)->getPort(0), nullptr);
+}
+
+TEST_F(FabricBuilderTest, ALinkIsRefusedWhereItCannotBe) {
+  ASSERT_EQ(Link({1, 1}, {2, 1}), "");
+  EXPECT_EQ(Link({7, 1}, {2, 2}), "unknown node 0x0000000000000007");
+  EXPECT_EQ(Link({1, 2}, {7, 1}), "unknown node 0x0000000000000007");
+  EXPECT_EQ(Link({1, 2}, {3, 2}),
+            "port 2 of node 0x0000000000000003 does not exist: it has 1 port");
+  EXPECT_EQ(Link({1, 2}, {1, 2}), "port 2 of node 0x0000000000000001 is linked to itself");
+  EXPECT_EQ(Link({1, 1}, {2, 2}), "port 1 of node 0x0000000000000001 has a link already");
+  EXPECT_EQ(Link({1, 2}, {2, 1}), "port 1 of node 0x0000000000000002 has a link already");
+}
+
+TEST_F(FabricBuilderTest, ARefusedLinkLeavesBothPortsFree) {
+  ASSERT_EQ(Link({1, 1}, {2, 1}), "");
+  ASSERT_NE(Link({1, 2}, {2, 1}), "");
+  ASSERT_NE(Link({1, 3}, {3, 2}), "");
+  EXPECT_FALSE(builder.HasLink({1, 2}));
+  EXPECT_FALSE(builder.HasLink({1, 3}));
+  EXPECT_TRUE(builder.HasLink({1, 1}));
+  EXPECT_TRUE(builder.HasLink({2, 1}));
+  EXPECT_FALSE(builder.HasLink({7, 1}));
+  EXPECT_EQ(Link({1, 2}, {3, 1}), "");
+}
+
+TEST_F(FabricBuilderTest, TwoPortsOfANodeMayBeLinked) {
+  EXPECT_EQ(Link({1, 1}, {1, 2}), "");
+  const auto fabric = builder.Build();
+  const IBNode* node = fabric->getNodeByGuid(1);
+  EXPECT_EQ(node->getPort(1)->remotePort, node->getPort(2));
+  EXPECT_EQ(node->getPort(2)->remotePort, node->getPort(1));
+}
+
+TEST_F(FabricBuilderTest, AttributesOfAPortAreGivenOnce) {
+  EXPECT_EQ(Text(builder.SetPort(1, Port(2))), "");
+  EXPECT_EQ(Text(builder.SetPort(1, Port(2))), "port 2 of node 0x0000000000000001 is given twice");
+  EXPECT_EQ(Text(builder.SetPort(2, Port(2))), "");
+  EXPECT_EQ(Text(builder.SetPort(3, Port(2))),
+            "port 2 of node 0x0000000000000003 does not exist: it has 1 port");
+  EXPECT_EQ(Text(builder.SetPort(8, Port(2))), "unknown node 0x0000000000000008");
+}
+
+TEST_F(FabricBuilderTest, AttributesOverrideTheLinkWhicheverComesFirst) {
+  PortSpec early = Port(1);
+  early.speed = 0x1;
+  PortSpec late = Port(1);
+  late.symmetric = false;
+  ASSERT_EQ(Text(builder.SetPort(1, early)), "");
+  ASSERT_EQ(Link({1, 1}, {2, 1}), "");
+  ASSERT_EQ(Text(builder.SetPort(2, late)), "");
+  const auto fabric = builder.Build();
+  const IBPort* a = fabric->getNodeByGuid(1)->getPort(1);
+  const IBPort* b = fabric->getNodeByGuid(2)->getPort(1);
+  EXPECT_EQ(a->speed, 0x1U);
+  EXPECT_TRUE(a->symmetric);
+  EXPECT_EQ(b->speed, 0x400U);
+  EXPECT_FALSE(b->symmetric);
+}
+
+TEST_F(FabricBuilderTest, APortIsInOneAggregatedPort) {
+  EXPECT_EQ(APort({{1, 1}, {1, 1}}),
+            "port 1 of node 0x0000000000000001 is in an aggregated port already");
+  EXPECT_EQ(APort({{1, 1}, {2, 1}}), "");
+  EXPECT_EQ(APort({{1, 2}, {2, 1}}),
+            "port 1 of node 0x0000000000000002 is in an aggregated port already");
+  EXPECT_EQ(APort({{1, 2}, {1, 9}}),
+            "port 9 of node 0x0000000000000001 does not exist: it has 4 ports");
+}
+
+TEST_F(FabricBuilderTest, ARefusedAggregatedPortLeavesItsPortsFree) {
+  ASSERT_EQ(APort({{1, 1}}), "");
+  ASSERT_NE(APort({{1, 2}, {1, 1}}), "");
+  ASSERT_NE(APort({{1, 2}, {1, 9}}), "");
+  EXPECT_EQ(APort({{1, 2}}, 7), "");
+  const auto fabric = builder.Build();
+  ASSERT_THAT(fabric->GetAPorts(), SizeIs(2));
+  EXPECT_EQ(fabric->getNodeByGuid(1)->getPort(1)->aport, &fabric->GetAPorts()[0]);
+  EXPECT_EQ(fabric->getNodeByGuid(1)->getPort(2)->aport, &fabric->GetAPorts()[1]);
+  EXPECT_EQ(fabric->GetAPorts()[1].asymmetry, 7U);
+}
+
+TEST_F(FabricBuilderTest, RanksOfAllNodesCanBeTakenAwayAndGivenAnew) {
+  NodeSpec ranked = Switch(9);
+  ranked.smdbRank = 3;
+  ASSERT_EQ(Text(builder.AddNode(ranked)), "");
+  builder.ClearRanks();
+  builder.SetRank(1, 0);
+  const auto fabric = builder.Build();
+  EXPECT_EQ(fabric->getNodeByGuid(9)->smdbRank, 255);
+  EXPECT_EQ(fabric->getNodeByGuid(1)->smdbRank, 0);
+}
+
+TEST_F(FabricBuilderTest, FlidsAreAddedOnceAndInOrder) {
+  for (const int flid : {300, 7, 300, 65535, 0}) {
+    builder.AddFlid(1, static_cast<std::uint16_t>(flid));
+  }
+  EXPECT_THAT(builder.Build()->getNodeByGuid(1)->flids, ElementsAre(0, 7, 300, 65535));
+}
+
+TEST_F(FabricBuilderTest, NodesStandInTheOrderInWhichTheyWereAdded) {
+  ASSERT_EQ(Text(builder.AddNode(Switch(99))), "");
+  ASSERT_EQ(Text(builder.AddNode(Switch(5))), "");
+  const auto fabric = builder.Build();
+  std::vector<std::uint64_t> guids;
+  for (const IBNode& node : fabric->GetNodes()) guids.push_back(node.guid);
+  EXPECT_THAT(guids, ElementsAre(1, 2, 3, 99, 5));
+  std::vector<std::uint64_t> switches;
+  for (const IBNode* node : fabric->switches) switches.push_back(node->guid);
+  EXPECT_THAT(switches, ElementsAre(1, 2, 99, 5));
+}
+
+TEST_F(FabricBuilderTest, PortsStandByNodeAndNumber) {
+  ASSERT_EQ(Link({2, 4}, {1, 3}), "");
+  ASSERT_EQ(Link({3, 1}, {1, 1}), "");
+  ASSERT_EQ(Text(builder.SetPort(2, Port(2))), "");
+  const auto fabric = builder.Build();
+  std::vector<std::pair<std::uint64_t, int>> ports;
+  for (const IBPort& port : fabric->GetPorts()) ports.emplace_back(port.node->guid, port.num);
+  using ::testing::Pair;
+  EXPECT_THAT(ports, ElementsAre(Pair(1, 1), Pair(1, 3), Pair(2, 2), Pair(2, 4), Pair(3, 1)));
+}
+
+TEST_F(FabricBuilderTest, APortWithoutCableOrAttributeHasNoObject) {
+  ASSERT_EQ(Link({1, 2}, {3, 1}), "");
+  const auto fabric = builder.Build();
+  const IBNode* node = fabric->getNodeByGuid(1);
+  EXPECT_EQ(node->getPort(0), nullptr);
+  EXPECT_EQ(node->getPort(1), nullptr);
+  EXPECT_NE(node->getPort(2), nullptr);
+  EXPECT_EQ(node->getPort(4), nullptr);
+  EXPECT_EQ(node->getPort(200), nullptr);
+  EXPECT_EQ(fabric->getNodeByGuid(3)->getPort(0), nullptr);
+}
+
+TEST_F(FabricBuilderTest, ASwitchWithoutAnyPortObjectStillHasAPlaceForItsManagementPort) {
+  const auto fabric = builder.Build();
+  EXPECT_THAT(fabric->getNodeByGuid(1)->ports, SizeIs(1));
+  EXPECT_EQ(fabric->getNodeByGuid(1)->getPort(0), nullptr);
+  EXPECT_THAT(fabric->getNodeByGuid(3)->ports, IsEmpty());
+}
+
+TEST_F(FabricBuilderTest, TheBuilderIsEmptyAfterwards) {
+  ASSERT_EQ(Link({1, 1}, {2, 1}), "");
+  ASSERT_EQ(Text(builder.SetPort(1, Port(2))), "");
+  ASSERT_EQ(APort({{1, 1}}), "");
+  builder.Build();
+  EXPECT_EQ(builder.GetNodeCount(), 0U);
+  EXPECT_FALSE(builder.HasNode(1));
+  ASSERT_EQ(Text(builder.AddNode(Switch(1))), "");
+  EXPECT_FALSE(builder.HasLink({1, 1}));
+  EXPECT_EQ(Text(builder.SetPort(1, Port(2))), "");
+  EXPECT_EQ(APort({{1, 1}}), "");
+  const auto fabric = builder.Build();
+  EXPECT_THAT(fabric->GetNodes(), SizeIs(1));
+  EXPECT_THAT(fabric->GetAPorts(), SizeIs(1));
+  EXPECT_EQ(fabric->getNodeByGuid(1)->getPort(1)->remotePort, nullptr);
+}
+
+TEST_F(FabricBuilderTest, AnUnknownGuidHasNoNode) {
+  EXPECT_EQ(builder.Build()->getNodeByGuid(77), nullptr);
+}
+
+TEST_F(FabricBuilderTest, GuidsAreShownInSixteenDigits) {
+  EXPECT_EQ(GuidText(0), "0x0000000000000000");
+  EXPECT_EQ(GuidText(0x2c9AbC), "0x00000000002c9abc");
+  EXPECT_EQ(GuidText(0xfedcba9876543210), "0xfedcba9876543210");
+}
+
+}  // namespace
+}  // namespace fabscope

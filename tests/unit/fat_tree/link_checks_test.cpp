@@ -38,14 +38,14 @@ class LinkChecksTest : public StageTest {
   }
 
   // `count` switches "a0", "a1", ... with so many links up.
-  static std::vector<Counted> Alike(int count, std::int32_t up) {
-    std::vector<Counted> switches;
-    for (int i = 0; i < count; ++i) switches.push_back({"a" + std::to_string(i), {up, 0}});
+  static std::vector<Counted> Alike(std::size_t count, std::int32_t up) {
+    std::vector<Counted> switches(count, {"a", {up, 0}});
+    for (std::size_t i = 0; i < count; ++i) switches[i].name += std::to_string(i);
     return switches;
   }
 
   // The report on the up-links of a neighborhood's lines.
-  std::string LineUplinksReport(std::vector<Counted> lines) {
+  std::string LineUplinksReport(const std::vector<Counted>& lines) {
     FTNeighborhood& group = Neighborhood({}, lines);
     EXPECT_EQ(group.CheckSetLinks(group.GetLines(), 2, true, errors, out), StatusSuccess);
     return TakeOutput();

@@ -41,7 +41,8 @@ class RankAssignmentTest : public StageTest {
         fabric.Switch(upper + root).Cable(upper + root, "root" + root);
       }
       for (const std::string& i : two) {
-        const std::string pod = group + "." + i;
+        std::string pod = group;
+        pod.append(".").append(i);
         fabric.Switch("mid" + pod).Switch("leaf" + pod + ".0").Switch("leaf" + pod + ".1");
         fabric.Cable("mid" + pod, "leaf" + pod + ".0").Cable("mid" + pod, "leaf" + pod + ".1");
         fabric.Cable("mid" + pod, upper + "0").Cable("mid" + pod, upper + "1");

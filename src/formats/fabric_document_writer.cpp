@@ -1,0 +1,172 @@
+#include <fmt/format.h>
+#include <iterator>
+#include <map>
+#include <vector>
+
+#include "fabric/guid.h"
+#include "formats/fabric_document.h"
+#include "formats/json_text.h"
+#include "formats/link_speeds.h"
+
+namespace fabscope {
+namespace {
+
+constexpr std::uint32_t stateDown = 1;
+constexpr std::uint32_t stateActive = 4;
+
+// One object or array, its members separated by commas.
+class Members {
+ public:
+  Members(std::string& json, char open, char close) : json_(json), close_(close) { json_ += open; }
+  Members(const Members&) = delete;
+  Members& operator=(const Members&) = delete;
+  ~Members() { json_ += close_; }
+
+  std::string& Next() {
+    if (!first_) json_ += ',';
+    first_ = false;
+    return json_;
+  }
+  std::string& Key(std::string_view key) {
+    Next() += '"';
+    return json_.append(key).append("\":");
+  }
+  template <typename T>
+  void Number(std::string_view key, T number) {
+    Key(key) += std::to_string(number);
+  }
+  void Flag(std::string_view key, bool flag) { Key(key) += flag ? "true" : "false"; }
+  void Text(std::string_view key, std::string_view text) { AppendJsonString(Key(key), text); }
+  void Guid(std::string_view key, std::uint64_t guid) {
+    Key(key).append("\"").append(GuidText(guid)).append("\"");
+  }
+  template <typename Numbers>
+  void NumberArray(std::string_view key, const Numbers& numbers) {
+    Members array(Key(key), '[', ']');
+    for (const auto number : numbers) array.Next() += std::to_string(number);
+  }
+  void Speed(std::uint32_t code) {
+    if (const std::string_view name = SpeedName(code); !name.empty()) {
+      Text("speed", name);
+    } else {
+      Number("speed", code);
+    }
+  }
+
+ private:
+  std::string& json_;
+  char close_;
+  bool first_ = true;
+};
+
+const char* TypeName(std::uint32_t type) {
+  if (type == NodeTypeSwitch) return "switch";
+  return type == NodeTypeCA ? "ca" : "router";
+}
+
+// A link is written at the end that comes first in the model, with that end's attributes.
+bool IsFirstEnd(const IBPort& port) { return &port < port.remotePort; }
+
+const IBPort& FirstEnd(const IBPort& port) { return IsFirstEnd(port) ? port : *port.remotePort; }
+
+void AppendPort(std::string& json, const IBPort& port) {
+  const bool linked = port.remotePort != nullptr;
+  const std::uint32_t linkSpeed = linked ? FirstEnd(port).speed : 0;
+  const bool linkSymmetric = linked ? FirstEnd(port).symmetric : true;
+  Members members(json, '{', '}');
+  members.Number("num", port.num);
+  if (port.state != (linked ? stateActive : stateDown)) members.Number("state", port.state);
+  if (port.speed != linkSpeed) members.Speed(port.speed);
+  if (port.symmetric != linkSymmetric) members.Flag("symmetric", port.symmetric);
+  if (port.fnm) members.Flag("fnm", true);
+  if (port.fnm1) members.Flag("fnm1", true);
+  if (!port.inSubFabric) members.Flag("inSubFabric", false);
+  if (port.planeMultiplicity != 1) members.Number("planeMultiplicity", port.planeMultiplicity);
+  if (port.group) members.Number("group", port.group->number);
+}
+
+void AppendPorts(Members& node, const IBNode& owner) {
+  std::vector<std::string> ports;
+  for (const IBPort* port : owner.ports) {
+    if (port == nullptr) continue;
+    std::string json;
+    AppendPort(json, *port);
+    // A port of which only the number would be told is told by its link.
+    if (json.find(',') != std::string::npos) ports.push_back(std::move(json));
+  }
+  if (ports.empty()) return;
+  Members array(node.Key("ports"), '[', ']');
+  for (const std::string& port : ports) array.Next() += port;
+}
+
+void AppendNode(std::string& json, const IBNode& node) {
+  Members members(json, '{', '}');
+  members.Guid("guid", node.guid);
+  members.Text("type", TypeName(node.nodeType));
+  members.Text("name", node.name);
+  members.Number("numPorts", node.numPorts);
+  if (node.systemGuid != node.guid) members.Guid("systemGuid", node.systemGuid);
+  if (node.displayName != node.name) members.Text("displayName", node.displayName);
+  if (node.smdbRank != 255) members.Number("smdbRank", node.smdbRank);
+  if (node.special) members.Flag("special", true);
+  if (node.multiAsic) members.Flag("multiAsic", true);
+  if (!node.asic.empty()) members.Text("asic", node.asic);
+  if (node.planesNumber != 1) members.Number("planesNumber", node.planesNumber);
+  if (node.suitablePlane != 1) members.Number("suitablePlane", node.suitablePlane);
+  if (node.planes != std::vector{node.suitablePlane}) members.NumberArray("planes", node.planes);
+  if (!node.flids.empty()) members.NumberArray("flids", node.flids);
+  AppendPorts(members, node);
+}
+
+void AppendLink(std::string& json, const IBPort& port) {
+  Members members(json, '{', '}');
+  members.Guid("a", port.node->guid);
+  members.Number("aPort", port.num);
+  members.Guid("b", port.remotePort->node->guid);
+  members.Number("bPort", port.remotePort->num);
+  if (port.speed != 0) members.Speed(port.speed);
+  if (!port.symmetric) members.Flag("symmetric", false);
+}
+
+void AppendAPort(std::string& json, const APort& aport, const std::vector<const IBPort*>& ports) {
+  Members members(json, '{', '}');
+  {
+    Members array(members.Key("ports"), '[', ']');
+    for (const IBPort* port : ports) {
+      array.Next() += fmt::format(R"(["{}",{}])", GuidText(port->node->guid), port->num);
+    }
+  }
+  if (aport.asymmetry != 0) members.Number("asymmetry", aport.asymmetry);
+}
+
+}  // namespace
+
+std::string FabricDocumentText(const IBFabric& fabric) {
+  std::string json = "{\"format\":\"fabscope-fabric\",\"version\":1,\n\"nodes\":";
+  {
+    Members nodes(json, '[', ']');
+    for (const IBNode& node : fabric.GetNodes()) AppendNode(nodes.Next() += '\n', node);
+  }
+  json += ",\n\"links\":";
+  {
+    Members links(json, '[', ']');
+    for (const IBPort& port : fabric.GetPorts()) {
+      if (port.remotePort == nullptr || !IsFirstEnd(port)) continue;
+      AppendLink(links.Next() += '\n', port);
+    }
+  }
+  std::map<const APort*, std::vector<const IBPort*>> members;
+  for (const IBPort& port : fabric.GetPorts()) {
+    if (port.aport != nullptr) members[port.aport].push_back(&port);
+  }
+  json += ",\n\"aports\":";
+  {
+    Members aports(json, '[', ']');
+    for (const APort& aport : fabric.GetAPorts()) {
+      AppendAPort(aports.Next() += '\n', aport, members[&aport]);
+    }
+  }
+  return json + "}\n";
+}
+
+}  // namespace fabscope

@@ -1,0 +1,40 @@
+#include "formats/link_speeds.h"
+
+#include <array>
+
+namespace fabscope {
+namespace {
+
+struct Speed {
+  std::string_view name;
+  std::uint32_t code;
+};
+
+constexpr std::array<Speed, 10> speeds{{{"SDR", 0x1},
+                                        {"DDR", 0x2},
+                                        {"QDR", 0x4},
+                                        {"FDR", 0x100},
+                                        {"EDR", 0x200},
+                                        {"HDR", 0x400},
+                                        {"NDR", 0x800},
+                                        {"FDR10", 0x10000},
+                                        {"EDR20", 0x20000},
+                                        {"XDR", 0x1000000}}};
+
+}  // namespace
+
+std::optional<std::uint32_t> SpeedCode(std::string_view name) {
+  for (const Speed& speed : speeds) {
+    if (speed.name == name) return speed.code;
+  }
+  return std::nullopt;
+}
+
+std::string_view SpeedName(std::uint32_t code) {
+  for (const Speed& speed : speeds) {
+    if (speed.code == code) return speed.name;
+  }
+  return {};
+}
+
+}  // namespace fabscope

@@ -1,0 +1,127 @@
+#include "formats/text_fields.h"
+
+#include <cstdint>
+#include <gtest/gtest.h>
+#include <limits>
+#include <optional>
+#include <string>
+
+#include "formats/link_speeds.h"
+
+namespace fabscope {
+namespace {
+
+constexpr std::uint64_t all = std::numeric_limits<std::uint64_t>::max();
+
+TEST(TextFieldsTest, ControlCharactersBecomeQuestionMarks) {
+  for (int i = 0; i < 256; ++i) {
+    const std::string text = {'a', static_cast<char>(i), 'b'};
+    const bool isControl = i < 0x20 || i == 0x7f;
+    EXPECT_EQ(CleanText(text), isControl ? "a?b" : text) << i;
+  }
+  EXPECT_EQ(CleanText(""), "");
+}
+
+TEST(TextFieldsTest, BlanksAreTrimmedAtBothEnds) {
+  EXPECT_EQ(Trimmed(" \t\r a b \r\t"), "a b");
+  EXPECT_EQ(Trimmed(" \t"), "");
+  EXPECT_EQ(Trimmed(""), "");
+  EXPECT_EQ(Trimmed("\na\n"), "\na\n");
+}
+
+TEST(TextFieldsTest, AHexNumberHasOneToSixteenDigits) {
+  EXPECT_EQ(ParseHex("0"), 0U);
+  EXPECT_EQ(ParseHex("aF9"), 0xaf9U);
+  EXPECT_EQ(ParseHex("ffffffffffffffff"), all);
+  EXPECT_EQ(ParseHex("0000000000000001"), 1U);
+  EXPECT_EQ(ParseHex("00000000000000001"), std::nullopt);
+  EXPECT_EQ(ParseHex(""), std::nullopt);
+  EXPECT_EQ(ParseHex("0x1"), std::nullopt);
+  EXPECT_EQ(ParseHex("12 "), std::nullopt);
+  EXPECT_EQ(ParseHex("-1"), std::nullopt);
+}
+
+TEST(TextFieldsTest, HexDigitsAreThoseOfBothCases) {
+  for (int i = 0; i < 256; ++i) {
+    const auto c = static_cast<char>(i);
+    const std::string digits = "0123456789abcdefABCDEF";
+    const std::size_t place = digits.find(c);
+    const int value =
+        place == std::string::npos ? -1 : static_cast<int>(place > 15 ? place - 6 : place);
+    EXPECT_EQ(HexDigit(c), value) << i;
+  }
+}
+
+TEST(TextFieldsTest, AGuidBeginsWith0x) {
+  EXPECT_EQ(ParseGuid("0x2c9"), 0x2c9U);
+  EXPECT_EQ(ParseGuid("0x0"), 0U);
+  EXPECT_EQ(ParseGuid("0xFFFFFFFFFFFFFFFF"), all);
+  EXPECT_EQ(ParseGuid("2c9"), std::nullopt);
+  EXPECT_EQ(ParseGuid("0X2c9"), std::nullopt);
+  EXPECT_EQ(ParseGuid("0x"), std::nullopt);
+  EXPECT_EQ(ParseGuid(""), std::nullopt);
+  EXPECT_EQ(ParseGuid("0x10000000000000000"), std::nullopt);
+}
+
+TEST(TextFieldsTest, ANumberIsDecimalAndAtMostItsLimit) {
+  EXPECT_EQ(ParseNumber("0", 0), 0U);
+  EXPECT_EQ(ParseNumber("255", 255), 255U);
+  EXPECT_EQ(ParseNumber("0255", 255), 255U);
+  EXPECT_EQ(ParseNumber("256", 255), std::nullopt);
+  EXPECT_EQ(ParseNumber("18446744073709551615", all), all);
+  EXPECT_EQ(ParseNumber("18446744073709551616", all), std::nullopt);
+  EXPECT_EQ(ParseNumber("", 255), std::nullopt);
+  EXPECT_EQ(ParseNumber("-1", 255), std::nullopt);
+  EXPECT_EQ(ParseNumber("+1", 255), std::nullopt);
+  EXPECT_EQ(ParseNumber(" 1", 255), std::nullopt);
+  EXPECT_EQ(ParseNumber("1 ", 255), std::nullopt);
+  EXPECT_EQ(ParseNumber("0x1", 255), std::nullopt);
+}
+
+TEST(TextFieldsTest, ACursorWalksAlongItsLine) {
+  LineCursor cursor("ab  \t12x", 100);
+  EXPECT_EQ(cursor.Offset(), 100U);
+  EXPECT_FALSE(cursor.Take('b'));
+  EXPECT_TRUE(cursor.Take('a'));
+  EXPECT_EQ(cursor.TakeWord(), "b");
+  cursor.SkipBlanks();
+  EXPECT_EQ(cursor.Offset(), 105U);
+  EXPECT_EQ(cursor.Peek(), '1');
+  EXPECT_EQ(cursor.TakeWhile(IsDigit), "12");
+  EXPECT_EQ(cursor.Rest(), "x");
+  EXPECT_FALSE(cursor.Take("xy"));
+  EXPECT_TRUE(cursor.Take("x"));
+  EXPECT_TRUE(cursor.AtEnd());
+}
+
+TEST(TextFieldsTest, ACursorStopsAtTheEndOfItsLine) {
+  LineCursor cursor("", 7);
+  EXPECT_TRUE(cursor.AtEnd());
+  EXPECT_EQ(cursor.Peek(), '\0');
+  EXPECT_FALSE(cursor.Take('\0'));
+  EXPECT_EQ(cursor.TakeWord(), "");
+  cursor.SkipBlanks();
+  EXPECT_EQ(cursor.Offset(), 7U);
+}
+
+TEST(TextFieldsTest, ANulByteIsACharacterLikeOthers) {
+  LineCursor cursor(std::string_view("\0a", 2), 0);
+  EXPECT_FALSE(cursor.AtEnd());
+  EXPECT_TRUE(cursor.Take('\0'));
+  EXPECT_EQ(cursor.Rest(), "a");
+}
+
+TEST(TextFieldsTest, SpeedsAreKnownByNameAndByCode) {
+  EXPECT_EQ(SpeedCode("FDR"), 0x100U);
+  EXPECT_EQ(SpeedCode("FDR10"), 0x10000U);
+  EXPECT_EQ(SpeedCode("FDR1"), std::nullopt);
+  EXPECT_EQ(SpeedCode("hdr"), std::nullopt);
+  EXPECT_EQ(SpeedCode(""), std::nullopt);
+  EXPECT_EQ(SpeedName(0x100), "FDR");
+  EXPECT_EQ(SpeedName(0x1000000), "XDR");
+  EXPECT_EQ(SpeedName(0), "");
+  EXPECT_EQ(SpeedName(0x3), "");
+}
+
+}  // namespace
+}  // namespace fabscope

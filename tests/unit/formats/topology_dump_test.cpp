@@ -1,0 +1,557 @@
+#include "formats/topology_dump.h"
+
+#include <algorithm>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <memory>
+#include <random>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "formats/fabric_document.h"
+#include "formats/load_fabric.h"
+
+namespace fabscope {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
+
+std::string DataPath(const std::string& name) { return FABSCOPE_TEST_DATA "/" + name; }
+
+std::string TypeText(const IBNode& node) {
+  if (node.nodeType == NodeTypeSwitch) return "switch";
+  return node.nodeType == NodeTypeCA ? "ca" : "router";
+}
+
+// A line for each node in model order, then one for each cable; what is usual is left out.
+std::string ModelText(const IBFabric& fabric) {
+  std::ostringstream text;
+  text << std::hex;
+  for (const IBNode& node : fabric.GetNodes()) {
+    text << TypeText(node) << " 0x" << node.guid << " \"" << node.name << "\" ports "
+         << std::to_string(node.numPorts);
+    if (node.systemGuid != node.guid) text << " system 0x" << node.systemGuid;
+    if (node.displayName != node.name) text << " shown as \"" << node.displayName << '"';
+    text << (node.special ? " special\n" : "\n");
+  }
+  for (const IBPort& port : fabric.GetPorts()) {
+    const IBPort* far = port.remotePort;
+    if (far == nullptr || &port > far) continue;
+    text << "0x" << port.node->guid << ':' << std::to_string(port.num) << " - 0x" << far->node->guid
+         << ':' << std::to_string(far->num) << " speed 0x" << port.speed;
+    if (far->speed != port.speed) text << " and 0x" << far->speed;
+    text << (port.symmetric && far->symmetric ? "\n" : " not symmetric\n");
+  }
+  return text.str();
+}
+
+class TopologyDumpTest : public ::testing::Test {
+ protected:
+  std::string Load(const std::string& bytes) {
+    FabricBuilder builder;
+    Warnings found;
+    const InputText input{"net.topo", bytes};
+    return Finish(LoadTopologyDump(input, &names, &specialNodes, builder, found), builder, found);
+  }
+
+  std::string LoadFile(const std::string& name) {
+    FabricBuilder builder;
+    Warnings found;
+    return Finish(LoadFabric(DataPath(name), &names, &specialNodes, builder, found), builder,
+                  found);
+  }
+
+  NodeNameMap names;
+  regExp specialNodes{"Aggregation Node"};
+  std::unique_ptr<IBFabric> fabric;
+  std::vector<std::string> warnings;
+
+ private:
+  std::string Finish(const MaybeError& error, FabricBuilder& builder, const Warnings& found) {
+    warnings = found.Lines("net.topo");
+    if (error) return error->Text();
+    fabric = builder.Build();
+    return ModelText(*fabric);
+  }
+};
+
+// What lines/plain.topo and all its disguises hold.
+constexpr const char* plainModel = R"(ca 0x21 "h1" ports 1
+ca 0x22 "h2" ports 1
+switch 0x11 "leaf" ports 4
+0x21:1 - 0x11:1 speed 0x400
+0x22:1 - 0x11:2 speed 0x400
+)";
+
+TEST_F(TopologyDumpTest, ASwitchWithTwoHosts) {
+  EXPECT_EQ(LoadFile("lines/plain.topo"), plainModel);
+  EXPECT_THAT(warnings, IsEmpty());
+}
+
+TEST_F(TopologyDumpTest, NoHeaderCommentIsNeeded) {
+  EXPECT_EQ(LoadFile("lines/no-header-comments.topo"), plainModel);
+  EXPECT_THAT(warnings, IsEmpty());
+}
+
+TEST_F(TopologyDumpTest, CommentsMayStandAnywhere) {
+  EXPECT_EQ(LoadFile("lines/comments-anywhere.topo"), plainModel);
+  EXPECT_THAT(warnings, IsEmpty());
+}
+
+TEST_F(TopologyDumpTest, NoBlankLineIsNeededBetweenRecords) {
+  EXPECT_EQ(LoadFile("lines/no-blank-lines.topo"), plainModel);
+  EXPECT_THAT(warnings, IsEmpty());
+}
+
+TEST_F(TopologyDumpTest, ARecordMayBeginWithItsNodeLine) {
+  EXPECT_EQ(LoadFile("lines/no-head-lines.topo"), plainModel);
+  EXPECT_THAT(warnings, IsEmpty());
+}
+
+TEST_F(TopologyDumpTest, LineEndsMayHaveACarriageReturn) {
+  EXPECT_EQ(LoadFile("lines/crlf.topo"), plainModel);
+  EXPECT_THAT(warnings, IsEmpty());
+}
+
+TEST_F(TopologyDumpTest, AByteOrderMarkMayStandInFront) {
+  EXPECT_EQ(LoadFile("lines/byte-order-mark.topo"), plainModel);
+  EXPECT_THAT(warnings, IsEmpty());
+}
+
+TEST_F(TopologyDumpTest, AByteOrderMarkMayStandInFrontOfARecord) {
+  EXPECT_EQ(Load("\xef\xbb\xbf"
+                 "Ca\t1 \"H-0000000000000021\"\t\t# \"h1\"\n"),
+            "ca 0x21 \"h1\" ports 1\n");
+  EXPECT_THAT(warnings, IsEmpty());
+}
+
+TEST_F(TopologyDumpTest, TabsSeparate) {
+  EXPECT_EQ(LoadFile("lines/tabs.topo"), plainModel);
+  EXPECT_THAT(warnings, IsEmpty());
+}
+
+TEST_F(TopologyDumpTest, RunsOfBlanksSeparate) {
+  EXPECT_EQ(LoadFile("lines/blanks.topo"), plainModel);
+  EXPECT_THAT(warnings, IsEmpty());
+}
+
+TEST_F(TopologyDumpTest, TheLastLineEndMayBeMissing) {
+  EXPECT_EQ(LoadFile("lines/no-final-line-end.topo"), plainModel);
+  EXPECT_THAT(warnings, IsEmpty());
+}
+
+TEST_F(TopologyDumpTest, AMissingSystemGuidIsTheNodesOwn) {
+  EXPECT_EQ(LoadFile("lines/no-sysimgguid.topo"),
+            "switch 0x11 \"aggregated\" ports 2 system 0x77\n"
+            "switch 0x12 \"alone\" ports 2\n");
+  EXPECT_THAT(warnings, IsEmpty());
+}
+
+TEST_F(TopologyDumpTest, TheSystemGuidOfARecordWithoutNodeLineIsNotTheNextRecords) {
+  EXPECT_EQ(Load("vendid=0x2c9\n"
+                 "sysimgguid=0x77\n"
+                 "\n"
+                 "vendid=0x2c9\n"
+                 "switchguid=0x11(11)\n"
+                 "Switch\t4 \"S-0000000000000011\"\t\t# \"leaf\" base port 0 lid 1 lmc 0\n"),
+            "switch 0x11 \"leaf\" ports 4\n");
+}
+
+TEST_F(TopologyDumpTest, GuidsAreNumbersHoweverTheyArePadded) {
+  EXPECT_EQ(LoadFile("lines/unpadded-guids.topo"), R"(ca 0x2c9000b "h1" ports 1
+switch 0x2c9000a "leaf" ports 2
+0x2c9000b:1 - 0x2c9000a:1 speed 0x400
+)");
+  EXPECT_THAT(warnings, IsEmpty());
+}
+
+TEST_F(TopologyDumpTest, ADescriptionReachesFromTheFirstToTheLastQuote) {
+  EXPECT_EQ(LoadFile("lines/descriptions.topo"), R"(ca 0x26 "" ports 1
+ca 0x24 "  spaced  " ports 1
+ca 0x27 """ ports 1
+ca 0x23 "a;b:c/d" ports 1
+switch 0x11 "leaf; "north" # 1" ports 8
+ca 0x21 "rack 3 # 7" ports 1
+ca 0x28 "room "lid 9" ports 1
+ca 0x22 "the "blue" one" ports 1
+ca 0x25 "up lid 4 4xSDR" ports 1
+0x26:1 - 0x11:6 speed 0x400
+0x24:1 - 0x11:4 speed 0x400
+0x27:1 - 0x11:7 speed 0x400
+0x23:1 - 0x11:3 speed 0x400
+0x11:1 - 0x21:1 speed 0x400
+0x11:2 - 0x22:1 speed 0x400
+0x11:5 - 0x25:1 speed 0x400
+0x11:8 - 0x28:1 speed 0x400
+)");
+  EXPECT_THAT(warnings, IsEmpty());
+}
+
+TEST_F(TopologyDumpTest, NamesAreNoKeys) {
+  EXPECT_EQ(LoadFile("lines/same-names.topo"), R"(switch 0x11 "unmanaged 36-port switch" ports 4
+switch 0x12 "unmanaged 36-port switch" ports 4
+switch 0x13 "unmanaged 36-port switch" ports 4
+0x11:1 - 0x13:1 speed 0x400
+0x11:2 - 0x12:1 speed 0x400
+)");
+  EXPECT_THAT(warnings, IsEmpty());
+}
+
+TEST_F(TopologyDumpTest, AMarkInParenthesesMayEndALine) {
+  EXPECT_EQ(LoadFile("lines/scp-marks.topo"), R"(ca 0x21 "h1" ports 1
+ca 0x22 "h2" ports 1
+switch 0x11 "leaf" ports 4
+0x21:1 - 0x11:1 speed 0x400
+0x22:1 - 0x11:2 speed 0x0
+)");
+  EXPECT_THAT(warnings, IsEmpty());
+}
+
+TEST_F(TopologyDumpTest, ExternalPortMarksDoNotChangeThePortNumber) {
+  EXPECT_EQ(LoadFile("lines/external-ports.topo"), R"(ca 0x21 "h1" ports 1
+switch 0x12 "line" ports 36
+switch 0x11 "spine" ports 36
+0x21:1 - 0x11:20 speed 0x4
+0x12:20 - 0x11:19 speed 0x4
+)");
+  EXPECT_THAT(warnings, IsEmpty());
+}
+
+TEST_F(TopologyDumpTest, ChassisGroupingChangesNothing) {
+  EXPECT_EQ(LoadFile("lines/chassis.topo"), R"(switch 0x12 "core/L11/U1" ports 24 system 0x77
+switch 0x11 "core/S01/U1" ports 24 system 0x77
+ca 0x21 "h1" ports 1
+0x12:1 - 0x21:1 speed 0x2
+0x12:13 - 0x11:1 speed 0x2
+)");
+  EXPECT_THAT(warnings, IsEmpty());
+}
+
+TEST_F(TopologyDumpTest, EverySpeedHasItsCode) {
+  EXPECT_EQ(LoadFile("lines/speeds.topo"), R"(switch 0x11 "a" ports 10
+switch 0x12 "b" ports 10
+0x11:1 - 0x12:1 speed 0x1
+0x11:2 - 0x12:2 speed 0x2
+0x11:3 - 0x12:3 speed 0x4
+0x11:4 - 0x12:4 speed 0x10000
+0x11:5 - 0x12:5 speed 0x100
+0x11:6 - 0x12:6 speed 0x200
+0x11:7 - 0x12:7 speed 0x400
+0x11:8 - 0x12:8 speed 0x800
+0x11:9 - 0x12:9 speed 0x1000000
+0x11:10 - 0x12:10 speed 0x20000
+)");
+  EXPECT_THAT(warnings, IsEmpty());
+}
+
+TEST_F(TopologyDumpTest, TheSpeedStandsBehindAnyWidthOrNone) {
+  EXPECT_EQ(LoadFile("lines/widths.topo"), R"(switch 0x11 "a" ports 8
+switch 0x12 "b" ports 8
+0x11:1 - 0x12:1 speed 0x400
+0x11:2 - 0x12:2 speed 0x400
+0x11:3 - 0x12:3 speed 0x400
+0x11:4 - 0x12:4 speed 0x400
+0x11:5 - 0x12:5 speed 0x400
+0x11:6 - 0x12:6 speed 0x400
+0x11:7 - 0x12:7 speed 0x400
+0x11:8 - 0x12:8 speed 0x400
+)");
+  EXPECT_THAT(warnings, IsEmpty());
+}
+
+TEST_F(TopologyDumpTest, WidthAndSpeedMayBeMissing) {
+  EXPECT_EQ(LoadFile("lines/width-or-speed-missing.topo"), R"(switch 0x11 "a" ports 5
+switch 0x12 "b" ports 5
+0x11:1 - 0x12:1 speed 0x0
+0x11:2 - 0x12:2 speed 0x400
+0x11:3 - 0x12:3 speed 0x0
+0x11:4 - 0x12:4 speed 0x0
+0x11:5 - 0x12:5 speed 0x0
+)");
+  EXPECT_THAT(warnings, IsEmpty());
+}
+
+TEST_F(TopologyDumpTest, LidsMayBeZeroNegativeOrBlank) {
+  EXPECT_EQ(LoadFile("lines/lids.topo"), R"(switch 0x11 "a" ports 6
+switch 0x12 "b" ports 6
+0x11:1 - 0x12:1 speed 0x400
+0x11:2 - 0x12:2 speed 0x400
+0x11:3 - 0x12:3 speed 0x400
+0x11:4 - 0x12:4 speed 0x400
+0x11:5 - 0x12:5 speed 0x400
+0x11:6 - 0x12:6 speed 0x0
+)");
+  EXPECT_THAT(warnings, IsEmpty());
+}
+
+TEST_F(TopologyDumpTest, WhatFollowsTheSpeedDoesNotCount) {
+  EXPECT_EQ(LoadFile("lines/suffixes.topo"), R"(switch 0x11 "a" ports 7
+switch 0x12 "b" ports 7
+0x11:1 - 0x12:1 speed 0x400
+0x11:2 - 0x12:2 speed 0x400
+0x11:3 - 0x12:3 speed 0x400
+0x11:4 - 0x12:4 speed 0x0
+0x11:5 - 0x12:5 speed 0x0
+0x11:6 - 0x12:6 speed 0x0
+0x11:7 - 0x12:7 speed 0x0
+)");
+  EXPECT_THAT(warnings, IsEmpty());
+}
+
+TEST_F(TopologyDumpTest, ParallelCablesAreLinksOfTheirOwnAndOneMayBeMissing) {
+  EXPECT_EQ(LoadFile("lines/parallel-cables.topo"), R"(switch 0x11 "a" ports 8
+switch 0x12 "b" ports 8
+0x11:1 - 0x12:1 speed 0x400
+0x11:2 - 0x12:2 speed 0x400
+0x11:4 - 0x12:4 speed 0x400
+)");
+  EXPECT_THAT(warnings, IsEmpty());
+}
+
+TEST_F(TopologyDumpTest, ACableMayJoinTwoPortsOfOneSwitch) {
+  EXPECT_EQ(LoadFile("lines/self-loop-cables.topo"), R"(switch 0x11 "leaf" ports 8
+0x11:1 - 0x11:2 speed 0x400
+0x11:3 - 0x11:7 speed 0x400
+)");
+  EXPECT_THAT(warnings, IsEmpty());
+}
+
+TEST_F(TopologyDumpTest, AFabricMayBeOneAdapter) {
+  EXPECT_EQ(LoadFile("lines/lone-adapter.topo"), "ca 0x21 \"mgmt\" ports 2\n");
+  EXPECT_THAT(warnings, IsEmpty());
+  ASSERT_NE(fabric, nullptr);
+  EXPECT_THAT(fabric->switches, IsEmpty());
+}
+
+TEST_F(TopologyDumpTest, ManagementPortsMayBeEnhancedOrNumberedOne) {
+  EXPECT_EQ(LoadFile("lines/enhanced-port.topo"), R"(switch 0x11 "a" ports 4
+switch 0x12 "b" ports 4
+switch 0x13 "c" ports 4
+)");
+  EXPECT_THAT(warnings, IsEmpty());
+}
+
+TEST_F(TopologyDumpTest, ARouterIsANodeWithLinks) {
+  EXPECT_EQ(LoadFile("lines/router.topo"), R"(router 0x31 "gate" ports 2
+switch 0x11 "leaf" ports 4
+0x31:2 - 0x11:1 speed 0x400
+)");
+  EXPECT_THAT(warnings, IsEmpty());
+}
+
+// An aggregation engine hangs on the last port of its switch; a switch is never one itself.
+TEST_F(TopologyDumpTest, AdaptersOfASpecialNameAreSpecial) {
+  EXPECT_EQ(LoadFile("lines/aggregation-nodes.topo"),
+            R"(switch 0x12 "Aggregation Node of rack 2" ports 65
+ca 0x22 "h1" ports 1
+switch 0x11 "leaf" ports 41
+ca 0x21 "rack1 Aggregation Node" ports 1 special
+switch 0x13 "spine" ports 129
+0x22:1 - 0x11:1 speed 0x400
+0x11:41 - 0x21:1 speed 0x400
+)");
+  EXPECT_THAT(warnings, IsEmpty());
+}
+
+TEST_F(TopologyDumpTest, WithoutAnExpressionNoAdapterIsSpecial) {
+  FabricBuilder builder;
+  Warnings found;
+  const std::string path = DataPath("lines/aggregation-nodes.topo");
+  ASSERT_EQ(LoadFabric(path, nullptr, nullptr, builder, found), std::nullopt);
+  const auto loaded = builder.Build();
+  EXPECT_FALSE(loaded->getNodeByGuid(0x21)->isSpecialNode());
+}
+
+TEST_F(TopologyDumpTest, HostsMayHangOnAnySwitch) {
+  EXPECT_EQ(LoadFile("lines/hosts-above-leaves.topo"), R"(ca 0x22 "h1" ports 1
+switch 0x12 "leaf" ports 4
+ca 0x21 "mgmt" ports 1
+switch 0x11 "spine" ports 4
+0x22:1 - 0x12:2 speed 0x400
+0x12:1 - 0x11:1 speed 0x400
+0x21:1 - 0x11:2 speed 0x400
+)");
+  EXPECT_THAT(warnings, IsEmpty());
+}
+
+TEST_F(TopologyDumpTest, ANodeMayHaveNoPortLine) {
+  EXPECT_EQ(LoadFile("lines/no-port-lines.topo"), R"(switch 0x12 "dark" ports 0
+ca 0x21 "h1" ports 1
+switch 0x11 "leaf" ports 4
+)");
+  EXPECT_THAT(warnings, IsEmpty());
+}
+
+TEST_F(TopologyDumpTest, AnAdapterMayHaveSeveralPorts) {
+  EXPECT_EQ(LoadFile("lines/two-port-adapter.topo"), R"(switch 0x11 "a" ports 4
+switch 0x12 "b" ports 4
+ca 0x21 "h1" ports 2
+0x11:1 - 0x21:1 speed 0x400
+0x12:1 - 0x21:2 speed 0x400
+)");
+  EXPECT_THAT(warnings, IsEmpty());
+}
+
+TEST_F(TopologyDumpTest, PortLinesMayComeInAnyOrder) {
+  EXPECT_EQ(Load("Switch\t4 \"S-0000000000000011\"\t\t# \"a\" base port 0 lid 1 lmc 0\n"
+                 "[3]\t\"S-0000000000000012\"[1]\t\t# \"b\" lid 2 4xHDR\n"
+                 "[1]\t\"S-0000000000000012\"[4]\t\t# \"b\" lid 2 4xEDR\n"
+                 "Switch\t4 \"S-0000000000000012\"\t\t# \"b\" base port 0 lid 2 lmc 0\n"
+                 "[4]\t\"S-0000000000000011\"[1]\t\t# \"a\" lid 1 4xEDR\n"
+                 "[1]\t\"S-0000000000000011\"[3]\t\t# \"a\" lid 1 4xHDR\n"),
+            R"(switch 0x11 "a" ports 4
+switch 0x12 "b" ports 4
+0x11:1 - 0x12:4 speed 0x200
+0x11:3 - 0x12:1 speed 0x400
+)");
+  EXPECT_THAT(warnings, IsEmpty());
+}
+
+// Width and speed are not what makes two ends agree: a link can tell its speed at one end only.
+TEST_F(TopologyDumpTest, EndsOfDifferentSpeedTakeThatOfTheFirstLine) {
+  EXPECT_EQ(LoadFile("lines/ends-of-different-speed.topo"), R"(switch 0x11 "a" ports 4
+switch 0x12 "b" ports 4
+0x11:1 - 0x12:1 speed 0x400
+)");
+}
+
+TEST_F(TopologyDumpTest, TheSecondLineTellsTheSpeedWhenTheFirstDoesNot) {
+  EXPECT_EQ(Load("Switch\t4 \"S-0000000000000011\"\t\t# \"a\" base port 0 lid 1 lmc 0\n"
+                 "[1]\t\"S-0000000000000012\"[1]\t\t# \"b\" lid 2 4x\n"
+                 "Switch\t4 \"S-0000000000000012\"\t\t# \"b\" base port 0 lid 2 lmc 0\n"
+                 "[1]\t\"S-0000000000000011\"[1]\t\t# \"a\" lid 1 4xEDR\n"),
+            R"(switch 0x11 "a" ports 4
+switch 0x12 "b" ports 4
+0x11:1 - 0x12:1 speed 0x200
+)");
+}
+
+TEST_F(TopologyDumpTest, ControlCharactersOfNamesBecomeQuestionMarks) {
+  EXPECT_EQ(LoadFile("lines/control-characters.topo"), R"(ca 0x21 "h?1?x?" ports 1
+switch 0x11 "le?[31maf?" ports 4
+)");
+}
+
+TEST_F(TopologyDumpTest, NamesNeedNotBeUtf8) {
+  EXPECT_EQ(LoadFile("lines/not-utf8.topo"), "switch 0x11 \"caf\xe9\" ports 4\n");
+}
+
+TEST_F(TopologyDumpTest, NodesAreOrderedByNameDigitsAsNumbersThenByGuid) {
+  EXPECT_EQ(LoadFile("lines/digits-in-names.topo"), R"(switch 0x15 "Leaf2" ports 1
+switch 0x18 "leaf" ports 1
+switch 0x17 "leaf02" ports 1
+switch 0x13 "leaf1" ports 1
+switch 0x16 "leaf2" ports 1
+switch 0x19 "leaf2" ports 1
+switch 0x12 "leaf9" ports 1
+switch 0x11 "leaf10" ports 1
+switch 0x14 "spine" ports 1
+)");
+}
+
+TEST_F(TopologyDumpTest, GuidsOrderNodesOfOneNameAsNumbers) {
+  EXPECT_EQ(Load("Switch\t4 \"S-0000000000000100\"\t\t# \"a\" base port 0 lid 1 lmc 0\n"
+                 "Switch\t4 \"S-9\"\t\t# \"a\" base port 0 lid 2 lmc 0\n"
+                 "Switch\t4 \"S-ffffffffffffffff\"\t\t# \"a\" base port 0 lid 2 lmc 0\n"),
+            "switch 0x9 \"a\" ports 4\n"
+            "switch 0x100 \"a\" ports 4\n"
+            "switch 0xffffffffffffffff \"a\" ports 4\n");
+}
+
+TEST_F(TopologyDumpTest, GivenNamesReplaceThoseOfTheFabricBeforeTheNodesAreOrdered) {
+  names = {{0x11, "aisle 1"}, {0x22, "zone 7"}, {0x99, "elsewhere"}};
+  EXPECT_EQ(LoadFile("lines/plain.topo"), R"(switch 0x11 "aisle 1" ports 4
+ca 0x21 "h1" ports 1
+ca 0x22 "zone 7" ports 1
+0x11:1 - 0x21:1 speed 0x400
+0x11:2 - 0x22:1 speed 0x400
+)");
+}
+
+TEST_F(TopologyDumpTest, AGivenNameDecidesWhetherAnAdapterIsSpecial) {
+  names = {{0x21, "engine"}, {0x22, "my Aggregation Node"}};
+  LoadFile("lines/aggregation-nodes.topo");
+  ASSERT_NE(fabric, nullptr);
+  EXPECT_FALSE(fabric->getNodeByGuid(0x21)->isSpecialNode());
+  EXPECT_TRUE(fabric->getNodeByGuid(0x22)->isSpecialNode());
+}
+
+TEST_F(TopologyDumpTest, WhatADumpDoesNotTellTakesItsDefault) {
+  LoadFile("lines/plain.topo");
+  ASSERT_NE(fabric, nullptr);
+  const IBNode* leaf = fabric->getNodeByGuid(0x11);
+  EXPECT_EQ(leaf->systemGuid, 0x11U);
+  EXPECT_EQ(leaf->displayName, "leaf");
+  EXPECT_EQ(leaf->smdbRank, 255);
+  EXPECT_FALSE(leaf->special);
+  EXPECT_FALSE(leaf->multiAsic);
+  EXPECT_EQ(leaf->asic, "");
+  EXPECT_EQ(leaf->planesNumber, 1);
+  EXPECT_EQ(leaf->suitablePlane, 1);
+  EXPECT_THAT(leaf->planes, ElementsAre(1));
+  EXPECT_THAT(leaf->flids, IsEmpty());
+  EXPECT_THAT(fabric->GetAPorts(), IsEmpty());
+
+  const IBPort* port = leaf->getPort(2);
+  ASSERT_NE(port, nullptr);
+  EXPECT_EQ(port->num, 2);
+  EXPECT_EQ(port->state, 4U);
+  EXPECT_FALSE(port->fnm);
+  EXPECT_FALSE(port->fnm1);
+  EXPECT_TRUE(port->inSubFabric);
+  EXPECT_EQ(port->planeMultiplicity, 1);
+  EXPECT_EQ(port->group, std::nullopt);
+  EXPECT_EQ(port->aport, nullptr);
+}
+
+// The records of a dump, its comments left out.
+std::vector<std::string> Records(const std::string& path) {
+  InputText input;
+  EXPECT_EQ(ReadInput(path, input), std::nullopt);
+  std::vector<std::string> records;
+  for (std::size_t start = 0; start < input.bytes.size();) {
+    const std::size_t end = std::min(input.bytes.find("\n\n", start), input.bytes.size() - 2) + 2;
+    if (input.bytes[start] != '#') records.push_back(input.bytes.substr(start, end - start));
+    start = end;
+  }
+  return records;
+}
+
+std::string Joined(const std::vector<std::string>& records) {
+  std::string text;
+  for (const std::string& record : records) text += record + "\n";
+  return text;
+}
+
+TEST_F(TopologyDumpTest, TheOrderOfTheRecordsDoesNotMatter) {
+  std::vector<std::string> records = Records(DataPath("tree-32h.topo"));
+  ASSERT_THAT(records, SizeIs(52));
+  LoadFile("tree-32h.topo");
+  ASSERT_NE(fabric, nullptr);
+  const std::string document = FabricDocumentText(*fabric);
+
+  std::mt19937 random(7);
+  for (int i = 0; i < 20; ++i) {
+    std::shuffle(records.begin(), records.end(), random);
+    fabric.reset();
+    const std::string model = Load(Joined(records));
+    ASSERT_NE(fabric, nullptr) << model;
+    EXPECT_EQ(FabricDocumentText(*fabric), document);
+    EXPECT_THAT(warnings, IsEmpty());
+  }
+}
+
+TEST_F(TopologyDumpTest, PackedAndPlainDumpsGiveTheSame) {
+  // The large dumps are kept packed.
+  LoadFile("tree-11664h.topo.gz");
+  ASSERT_NE(fabric, nullptr);
+  EXPECT_THAT(fabric->GetNodes(), SizeIs(11664 + 1620));
+  EXPECT_THAT(fabric->GetPorts(), SizeIs(2 * 34992));
+  EXPECT_THAT(warnings, IsEmpty());
+}
+
+}  // namespace
+}  // namespace fabscope
