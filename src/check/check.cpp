@@ -1,0 +1,130 @@
+#include "check/check.h"
+
+#include <iterator>
+#include <sstream>
+#include <utility>
+
+#include "fabric/fabric_builder.h"
+#include "fat_tree/status.h"
+#include "formats/load_fabric.h"
+#include "formats/side_files.h"
+
+namespace fabscope {
+namespace {
+
+class CheckRun {
+ public:
+  explicit CheckRun(const CheckOptions& options) : options_(options) {}
+
+  CheckResult Run() {
+    if (!Load()) return std::move(result_);
+    if (Build() && Validate() && options_.wantDump) Dump();
+    Collect();
+    return std::move(result_);
+  }
+
+ private:
+  bool Load();
+  bool Build();
+  bool Validate();
+  void Dump();
+  void Collect();
+
+  // Reads one of the files that go with a fabric, and keeps its warnings.
+  template <typename Read>
+  bool LoadFile(const std::string& path, Read read) {
+    Warnings warnings;
+    result_.inputError = read(warnings);
+    if (result_.inputError) return false;
+    std::vector<std::string> lines = warnings.Lines(path == "-" ? "<stdin>" : path);
+    std::move(lines.begin(), lines.end(), std::back_inserter(result_.warnings));
+    return true;
+  }
+
+  std::string TakeOutput() {
+    std::string text = output_.str();
+    output_.str({});
+    return text;
+  }
+
+  const CheckOptions& options_;
+  CheckResult result_;
+  std::ostringstream output_;
+  std::vector<FabricErrGeneral*> records_;
+};
+
+// The name map comes first: its names decide the order of a dump's nodes.
+bool CheckRun::Load() {
+  NodeNameMap names;
+  if (!options_.nodeNameMap.empty()) {
+    result_.inputError = LoadNodeNameMap(options_.nodeNameMap, names);
+    if (result_.inputError) return false;
+  }
+  FabricBuilder builder;
+  const bool loaded = LoadFile(options_.fabric, [&](Warnings& warnings) {
+    return LoadFabric(options_.fabric, &names, options_.specialNodes.get(), builder, warnings);
+  });
+  if (!loaded) return false;
+  if (!options_.ranks.empty() && !LoadFile(options_.ranks, [&](Warnings& warnings) {
+        return LoadRanks(options_.ranks, builder, warnings);
+      })) {
+    return false;
+  }
+  if (!options_.flids.empty() && !LoadFile(options_.flids, [&](Warnings& warnings) {
+        return LoadFlids(options_.flids, builder, warnings);
+      })) {
+    return false;
+  }
+  result_.fabric = builder.Build();
+  return true;
+}
+
+bool CheckRun::Build() {
+  FTTopology::Show_GUID = options_.showGuid;
+  result_.topology =
+      std::make_unique<FTTopology>(result_.fabric.get(), &output_, options_.mergePercent);
+  FTTopology& topology = *result_.topology;
+  int status = StatusSuccess;
+  switch (options_.roots) {
+    case RootsFrom::Auto:
+      status = topology.Build(records_, result_.message, options_.retries,
+                              options_.equalClassifications);
+      break;
+    case RootsFrom::Smdb:
+      status = topology.Build(records_, result_.message);
+      break;
+    case RootsFrom::Regex:
+      status = topology.Build(records_, result_.message, *options_.rootRegex);
+      break;
+  }
+  result_.buildOutput = TakeOutput();
+  if (status != StatusSuccess) {
+    result_.status = CheckStatus::NotBuilt;
+    return false;
+  }
+  result_.levelsReport = topology.LevelsReport();
+  return true;
+}
+
+bool CheckRun::Validate() {
+  const int status = result_.topology->Validate(records_, result_.message);
+  result_.validateOutput = TakeOutput();
+  result_.status = status == StatusSuccess ? CheckStatus::Done : CheckStatus::NotValidated;
+  return status == StatusSuccess;
+}
+
+void CheckRun::Dump() {
+  result_.topology->Dump();
+  result_.dump = TakeOutput();
+}
+
+void CheckRun::Collect() {
+  for (FabricErrGeneral* record : records_) result_.records.emplace_back(record);
+  result_.issuesCount = result_.topology->GetIssuesCount();
+}
+
+}  // namespace
+
+CheckResult RunCheck(const CheckOptions& options) { return CheckRun(options).Run(); }
+
+}  // namespace fabscope

@@ -1,0 +1,66 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "fabric/ib_fabric.h"
+#include "fat_tree/topology.h"
+#include "formats/diagnostics.h"
+#include "platform/reg_exp.h"
+
+namespace fabscope {
+
+enum class RootsFrom { Auto, Smdb, Regex };
+
+// One check as the user asked for it. Paths may be "-" for standard input; an empty path means that
+// the file was not given.
+struct CheckOptions {
+  std::string fabric;
+  std::string ranks;
+  std::string flids;
+  std::string nodeNameMap;
+  RootsFrom roots = RootsFrom::Auto;
+  std::shared_ptr<regExp> rootRegex;     // set when roots is Regex
+  std::shared_ptr<regExp> specialNodes;  // may be null: no channel adapter is special
+  int retries = 10;
+  int equalClassifications = 2;
+  int mergePercent = 70;
+  int showGuid = 0;
+  bool wantDump = false;
+};
+
+enum class CheckStatus {
+  BadInput,      // nothing was loaded: only inputError is set
+  NotBuilt,      // buildOutput and message are set
+  NotValidated,  // all but the dump, until the failure
+  Done,
+};
+
+// Everything a report may tell of one check. What the stage wrote stands as it wrote it.
+struct CheckResult {
+  CheckStatus status = CheckStatus::BadInput;
+  MaybeError inputError;
+  std::vector<std::string> warnings;  // oddities of the input files, a line each
+  std::string message;                // why building or validating failed
+
+  std::string buildOutput;
+  std::string levelsReport;
+  std::string validateOutput;
+  std::string dump;  // empty unless it was asked for
+  std::vector<std::unique_ptr<FabricErrGeneral>> records;
+  std::uint64_t issuesCount = 0;
+
+  // The records and texts above do not need them.
+  std::unique_ptr<IBFabric> fabric;
+  std::unique_ptr<FTTopology> topology;
+
+  bool HasFindings() const { return !records.empty() || issuesCount != 0; }
+};
+
+// Loads a fabric, builds its tree, validates it and collects what was found.
+CheckResult RunCheck(const CheckOptions& options);
+
+}  // namespace fabscope

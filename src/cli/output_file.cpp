@@ -1,0 +1,115 @@
+#include "cli/output_file.h"
+
+#include <array>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <streambuf>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+
+namespace fabscope {
+namespace {
+
+// A stream buffer over a file descriptor that remembers why a write failed.
+class DescriptorBuffer final : public std::streambuf {
+ public:
+  explicit DescriptorBuffer(int fd) : fd_(fd) {
+    setp(bytes_.data(), bytes_.data() + bytes_.size());
+  }
+
+  int GetError() const { return error_; }
+
+ protected:
+  int_type overflow(int_type c) override {
+    if (sync() != 0) return traits_type::eof();
+    if (!traits_type::eq_int_type(c, traits_type::eof())) {
+      *pptr() = traits_type::to_char_type(c);
+      pbump(1);
+    }
+    return traits_type::not_eof(c);
+  }
+
+  int sync() override {
+    const char* at = pbase();
+    while (at != pptr() && error_ == 0) {
+      const ssize_t written = ::write(fd_, at, static_cast<std::size_t>(pptr() - at));
+      if (written >= 0) {
+        at += written;
+      } else if (errno != EINTR) {
+        error_ = errno;
+      }
+    }
+    setp(bytes_.data(), bytes_.data() + bytes_.size());
+    return error_ == 0 ? 0 : -1;
+  }
+
+ private:
+  int fd_;
+  int error_ = 0;
+  std::array<char, std::size_t{1} << 16> bytes_{};
+};
+
+// 0, or the errno of what went wrong.
+int WriteDescriptor(int fd, const WriteTo& write) {
+  DescriptorBuffer buffer(fd);
+  std::ostream stream(&buffer);
+  write(stream);
+  stream.flush();
+  return buffer.GetError();
+}
+
+int WriteInPlace(const std::string& path, const WriteTo& write) {
+  const int fd = open(path.c_str(), O_WRONLY | O_CLOEXEC);
+  if (fd < 0) return errno;
+  int error = WriteDescriptor(fd, write);
+  if (close(fd) != 0 && error == 0) error = errno;
+  return error;
+}
+
+// What a new file may be read and written by, as for every other tool.
+mode_t NewFileMode() {
+  const mode_t mask = umask(0);
+  umask(mask);
+  return 0666 & ~mask;
+}
+
+int WriteBeside(const std::string& target, mode_t mode, const WriteTo& write) {
+  std::string temporary = target + ".XXXXXX";
+  const int fd = mkostemp(temporary.data(), O_CLOEXEC);
+  if (fd < 0) return errno;
+  int error = WriteDescriptor(fd, write);
+  if (error == 0 && fchmod(fd, mode) != 0) error = errno;
+  if (close(fd) != 0 && error == 0) error = errno;
+  if (error == 0 && rename(temporary.c_str(), target.c_str()) != 0) error = errno;
+  if (error != 0) unlink(temporary.c_str());
+  return error;
+}
+
+std::optional<std::string> Failure(const std::string& file, int error) {
+  if (error == 0) return std::nullopt;
+  return "cannot write " + file + ": " + std::strerror(error);
+}
+
+}  // namespace
+
+std::optional<std::string> WriteFile(const std::string& path, const WriteTo& write) {
+  struct stat info {};
+  if (stat(path.c_str(), &info) != 0) return Failure(path, WriteBeside(path, NewFileMode(), write));
+  if (S_ISDIR(info.st_mode)) return Failure(path, EISDIR);
+  if (!S_ISREG(info.st_mode)) return Failure(path, WriteInPlace(path, write));
+
+  char* resolved = realpath(path.c_str(), nullptr);
+  if (resolved == nullptr) return Failure(path, errno);
+  const std::string target(resolved);
+  std::free(resolved);
+  return Failure(path, WriteBeside(target, info.st_mode & 07777, write));
+}
+
+std::optional<std::string> WriteStandardOutput(const WriteTo& write) {
+  return Failure("standard output", WriteDescriptor(STDOUT_FILENO, write));
+}
+
+}  // namespace fabscope

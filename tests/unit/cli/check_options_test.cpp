@@ -1,0 +1,98 @@
+#include "cli/check_options.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace fabscope {
+namespace {
+
+using ::testing::Eq;
+using ::testing::Optional;
+
+class CheckOptionsTest : public ::testing::Test {
+ protected:
+  std::optional<std::string> Take(const std::string& name, const std::string& value) {
+    for (const CheckOption& option : CheckOptionTable()) {
+      if (name == option.name) return option.take(arguments, value);
+    }
+    return "no such option";
+  }
+  std::optional<std::string> Settle() { return SettleArguments(arguments); }
+
+  CheckArguments arguments;
+};
+
+TEST_F(CheckOptionsTest, DefaultsAreThoseOfTheContract) {
+  ASSERT_EQ(Settle(), std::nullopt);
+  EXPECT_EQ(arguments.options.roots, RootsFrom::Auto);
+  EXPECT_EQ(arguments.options.retries, 10);
+  EXPECT_EQ(arguments.options.equalClassifications, 2);
+  EXPECT_EQ(arguments.options.mergePercent, 70);
+  EXPECT_EQ(arguments.options.showGuid, 0);
+  EXPECT_EQ(arguments.options.specialNodes->GetExpression(), "Aggregation Node");
+  EXPECT_FALSE(arguments.options.wantDump);
+}
+
+TEST_F(CheckOptionsTest, NumbersAreTakenAtBothLimitsOfTheirRange) {
+  EXPECT_EQ(Take("--retries", "0"), std::nullopt);
+  EXPECT_EQ(arguments.options.retries, 0);
+  EXPECT_EQ(Take("--retries", "2147483647"), std::nullopt);
+  EXPECT_EQ(Take("--equal", "1"), std::nullopt);
+  EXPECT_EQ(arguments.options.equalClassifications, 1);
+  EXPECT_EQ(Take("--merge-percent", "0"), std::nullopt);
+  EXPECT_EQ(Take("--merge-percent", "100"), std::nullopt);
+  EXPECT_EQ(arguments.options.mergePercent, 100);
+}
+
+TEST_F(CheckOptionsTest, NumbersBeyondTheirRangeAndOtherTextAreRefused) {
+  for (const char* value : {"101", "-1", "", "7x", " 7", "99999999999", "0x10"}) {
+    EXPECT_THAT(Take("--merge-percent", value),
+                Optional(Eq("expected a whole number from 0 to 100")))
+        << value;
+  }
+  EXPECT_NE(Take("--equal", "0"), std::nullopt);
+  EXPECT_NE(Take("--retries", "-1"), std::nullopt);
+  EXPECT_NE(Take("--retries", "2147483648"), std::nullopt);
+}
+
+TEST_F(CheckOptionsTest, ShowGuidNamesItsThreeForms) {
+  EXPECT_EQ(Take("--show-guid", "system"), std::nullopt);
+  EXPECT_EQ(arguments.options.showGuid, 1);
+  EXPECT_EQ(Take("--show-guid", "node"), std::nullopt);
+  EXPECT_EQ(arguments.options.showGuid, 2);
+  EXPECT_EQ(Take("--show-guid", "none"), std::nullopt);
+  EXPECT_EQ(arguments.options.showGuid, 0);
+  EXPECT_THAT(Take("--show-guid", "both"), Optional(Eq("expected none, system or node")));
+}
+
+TEST_F(CheckOptionsTest, RootRegexImpliesRootsByRegex) {
+  EXPECT_EQ(Take("--root-regex", "^spine"), std::nullopt);
+  ASSERT_EQ(Settle(), std::nullopt);
+  EXPECT_EQ(arguments.options.roots, RootsFrom::Regex);
+}
+
+TEST_F(CheckOptionsTest, RanksImplyRootsBySubnetManager) {
+  EXPECT_EQ(Take("--ranks", "ranks.csv"), std::nullopt);
+  ASSERT_EQ(Settle(), std::nullopt);
+  EXPECT_EQ(arguments.options.roots, RootsFrom::Smdb);
+}
+
+TEST_F(CheckOptionsTest, RootsBySubnetManagerNeedNoFile) {
+  EXPECT_EQ(Take("--roots", "smdb"), std::nullopt);
+  ASSERT_EQ(Settle(), std::nullopt);
+  EXPECT_EQ(arguments.options.roots, RootsFrom::Smdb);
+}
+
+TEST_F(CheckOptionsTest, RootsByRegexNeedTheExpression) {
+  EXPECT_EQ(Take("--roots", "regex"), std::nullopt);
+  EXPECT_THAT(Settle(), Optional(Eq("--roots regex needs --root-regex ERE")));
+}
+
+TEST_F(CheckOptionsTest, DumpFileAsksForTheDump) {
+  EXPECT_EQ(Take("--dump", "dump.txt"), std::nullopt);
+  ASSERT_EQ(Settle(), std::nullopt);
+  EXPECT_TRUE(arguments.options.wantDump);
+}
+
+}  // namespace
+}  // namespace fabscope
