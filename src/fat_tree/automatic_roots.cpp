@@ -96,8 +96,9 @@ const IBNode* FTClassification::GetLeafToClassify(const std::vector<FTClassifica
         if (*entry == this) continue;
         bool isFar = false;
         if ((*entry)->CheckDistanceTo(*node, isFar) != StatusSuccess) {
-          errStream << cannotFind << "Failed to find a distance to the Switch (GUID: "
-                    << GuidText(node->guid) << ')';
+          errStream << cannotFind
+                    << "Failed to find a distance to the Switch (GUID: " << GuidText(node->guid)
+                    << ')';
           return nullptr;
         }
         allAgree = allAgree && isFar;
