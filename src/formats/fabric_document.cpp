@@ -63,6 +63,20 @@ std::string JoinedKeys(Keys keys) {
   return joined;
 }
 
+// Where a string of the text meets a control character (a line end, mostly) or the text's end.
+std::size_t BadStringEnd(std::string_view text) {
+  bool inString = false;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    if (inString && static_cast<unsigned char>(text[at]) < 0x20) return at;
+    if (inString && text[at] == '\\') {
+      ++at;
+    } else if (text[at] == '"') {
+      inString = !inString;
+    }
+  }
+  return text.size();
+}
+
 // Every Read operation answers false when it failed, with the reason in error_.
 class DocumentLoader {
  public:
@@ -102,10 +116,9 @@ class DocumentLoader {
   bool ReadText(ondemand::value value, std::string& text);
   bool ReadBool(ondemand::value value, bool& flag);
   template <typename T>
-  bool ReadNumber(ondemand::value value, T& number, std::uint64_t limit);
-  template <typename T>
-  bool ReadUnsigned(ondemand::value value, T& number) {
-    return ReadNumber(value, number, std::numeric_limits<T>::max());
+  bool ReadUnsigned(ondemand::value value, T& number, T least = 0);
+  bool ReadPortNumber(ondemand::value value, std::uint8_t& number) {
+    return ReadUnsigned<std::uint8_t>(value, number, 1);
   }
   bool ReadSigned(ondemand::value value, std::int32_t& number);
   bool ReadGuid(ondemand::value value, std::uint64_t& guid);
@@ -135,16 +148,22 @@ class DocumentLoader {
 };
 
 bool DocumentLoader::FailJson(simdjson::error_code code) {
-  std::size_t offset = input_.bytes.size();
-  if (code == simdjson::UTF8_ERROR) {
-    offset = FirstInvalidUtf8(input_.bytes);
-    return Fail(offset, "malformed JSON: not valid UTF-8");
+  const std::string_view text = input_.bytes;
+  switch (code) {
+    case simdjson::UTF8_ERROR:
+      return Fail(FirstInvalidUtf8(text), "malformed JSON: not valid UTF-8");
+    case simdjson::UNESCAPED_CHARS:
+    case simdjson::UNCLOSED_STRING:
+      return Fail(BadStringEnd(text), "malformed JSON: a string that does not end on its line");
+    case simdjson::INCOMPLETE_ARRAY_OR_OBJECT:
+      return Fail(text.size(), "malformed JSON: the text does not end with the closing brace");
+    default:
+      break;
   }
-  // A text that was refused as a whole has no location; one that ends early is reported at its
-  // start, where nobody would look.
-  const bool endsEarly = code == simdjson::INCOMPLETE_ARRAY_OR_OBJECT;
+  // A text that was refused as a whole has no location.
+  std::size_t offset = text.size();
   const char* place = nullptr;
-  if (isOpen_ && !endsEarly && document_.current_location().get(place) == simdjson::SUCCESS) {
+  if (isOpen_ && document_.current_location().get(place) == simdjson::SUCCESS) {
     offset = OffsetOf(place);
   }
   return Fail(offset, std::string("malformed JSON: ") + simdjson::error_message(code));
@@ -231,11 +250,13 @@ bool DocumentLoader::ReadBool(ondemand::value value, bool& flag) {
 }
 
 template <typename T>
-bool DocumentLoader::ReadNumber(ondemand::value value, T& number, std::uint64_t limit) {
+bool DocumentLoader::ReadUnsigned(ondemand::value value, T& number, T least) {
+  constexpr T greatest = std::numeric_limits<T>::max();
   const std::size_t offset = OffsetOf(value);
   std::uint64_t wide = 0;
-  if (value.get_uint64().get(wide) != simdjson::SUCCESS || wide > limit) {
-    return Fail(offset, "expected a whole number from 0 to " + std::to_string(limit));
+  if (value.get_uint64().get(wide) != simdjson::SUCCESS || wide < least || wide > greatest) {
+    return Fail(offset, "expected a whole number from " + std::to_string(least) + " to " +
+                            std::to_string(greatest));
   }
   number = static_cast<T>(wide);
   return true;
@@ -365,7 +386,7 @@ bool DocumentLoader::ReadPort(ondemand::value value, PlacedPort& port) {
   PortSpec& spec = port.spec;
   return ReadObject(value, "a port", portKeys, 1,
                     [&](std::string_view key, ondemand::value member) {
-                      if (key == "num") return ReadUnsigned(member, spec.num);
+                      if (key == "num") return ReadPortNumber(member, spec.num);
                       if (key == "state") return ReadUnsigned(member, spec.state.emplace());
                       if (key == "speed") return ReadSpeed(member, spec.speed.emplace());
                       if (key == "symmetric") return ReadBool(member, spec.symmetric.emplace());
@@ -385,9 +406,9 @@ bool DocumentLoader::ReadLink(ondemand::value value) {
   return ReadObject(value, "a link", linkKeys, 4,
                     [&](std::string_view key, ondemand::value member) {
                       if (key == "a") return ReadGuid(member, spec.a.guid);
-                      if (key == "aPort") return ReadUnsigned(member, spec.a.num);
+                      if (key == "aPort") return ReadPortNumber(member, spec.a.num);
                       if (key == "b") return ReadGuid(member, spec.b.guid);
-                      if (key == "bPort") return ReadUnsigned(member, spec.b.num);
+                      if (key == "bPort") return ReadPortNumber(member, spec.b.num);
                       if (key == "speed") return ReadSpeed(member, spec.speed);
                       return ReadBool(member, spec.symmetric);
                     });
@@ -399,7 +420,7 @@ bool DocumentLoader::ReadPortRef(ondemand::value value, PortRef& port) {
   const bool read = ReadArray(value, [&](ondemand::value item) {
     ++count;
     if (count == 1) return ReadGuid(item, port.guid);
-    return count > 2 || ReadUnsigned(item, port.num);
+    return count > 2 || ReadPortNumber(item, port.num);
   });
   if (read && count != 2) return Fail(offset, "expected a port as [GUID, port number]");
   return read;

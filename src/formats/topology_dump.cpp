@@ -193,7 +193,8 @@ MaybeError DumpLoader::ReadPort(std::string_view line, std::size_t offset) {
   DumpNode& node = nodes_.back();
   if (parsed.port > node.numPorts) {
     return input_.ErrorAt(parsed.portOffset, "port number out of range, the node has " +
-                                                 std::to_string(node.numPorts) + " ports");
+                                                 std::to_string(node.numPorts) +
+                                                 (node.numPorts == 1 ? " port" : " ports"));
   }
   if (portsSeen_.test(parsed.port)) {
     Warn(WarningKind::RepeatedPort, offset,
@@ -336,7 +337,9 @@ InputError DumpLoader::NoNodeError() const {
     return InputError{input_.file, 1, 1, std::move(message)};
   };
 
-  if (Trimmed(input_.bytes).empty()) return error("the file is empty");
+  if (input_.bytes.find_first_not_of(" \t\r\n", input_.Start()) == std::string::npos) {
+    return error("the file is empty");
+  }
   if (input_.bytes.find('\0') != std::string::npos) {
     return error("the file is binary, expected a fabric document (JSON) or a topology dump");
   }

@@ -36,6 +36,9 @@ struct NodeKeyword {
 constexpr std::array<NodeKeyword, 3> nodeKeywords{
     {{"Switch", NodeTypeSwitch}, {"Ca", NodeTypeCA}, {"Rt", NodeTypeRouter}}};
 
+// What the tool prints for a speed that it does not know.
+constexpr std::string_view unknownSpeed = "???";
+
 constexpr const char* notAGuid = "not a GUID, expected 1 to 16 hexadecimal digits";
 
 // <word> <digits> "
@@ -119,7 +122,7 @@ std::string_view WidthAndSpeed(std::string_view comment) {
 
 // "4xHDR" -> "HDR"; either part may be missing.
 std::string_view SpeedText(std::string_view widthAndSpeed) {
-  if (widthAndSpeed == "???") return widthAndSpeed;
+  if (widthAndSpeed == unknownSpeed) return widthAndSpeed;
   LineCursor cursor(widthAndSpeed, 0);
   if (cursor.Take("??")) return cursor.Rest();
   if (!cursor.TakeWhile(IsDigit).empty() && cursor.Take('x')) return cursor.Rest();
@@ -229,8 +232,9 @@ bool IsCutLine(std::string_view line) {
     }
     case DumpLineKind::Port: {
       const std::size_t hash = line.find('#');
-      return hash == std::string_view::npos ||
-             !SpeedCode(SpeedText(WidthAndSpeed(line.substr(hash))));
+      if (hash == std::string_view::npos) return true;
+      const std::string_view speed = SpeedText(WidthAndSpeed(line.substr(hash)));
+      return speed != unknownSpeed && !SpeedCode(speed);
     }
     case DumpLineKind::Unknown:
       for (const Keyword& keyword : fieldKeywords) {

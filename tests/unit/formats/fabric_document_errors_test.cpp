@@ -227,9 +227,18 @@ TEST(FabricDocumentErrorsTest, NumbersBelow256) {
     const std::string text(number);
     EXPECT_EQ(ErrorOfNodes(R"({"numPorts":)" + text + "}"), "net.json:2:13" + message) << text;
     EXPECT_EQ(ErrorOfMember(R"("smdbRank":)" + text), "net.json:2:68" + message) << text;
+  }
+}
+
+TEST(FabricDocumentErrorsTest, PortNumbersAreFrom1To255) {
+  const std::string message = ": expected a whole number from 1 to 255";
+  for (const std::string_view number : {"0", "256", "-1", "1.5", "\"1\"", "null"}) {
+    const std::string text(number);
     EXPECT_EQ(ErrorOfMember(R"("ports":[{"num":)" + text + "}]"), "net.json:2:73" + message);
     EXPECT_EQ(ErrorBehindNodes(R"("links":[{"aPort":)" + text + "}]"), "net.json:2:19" + message);
     EXPECT_EQ(ErrorBehindNodes(R"("links":[{"bPort":)" + text + "}]"), "net.json:2:19" + message);
+    EXPECT_EQ(ErrorBehindNodes(R"("aports":[{"ports":[["0x1",)" + text + "]]}]"),
+              "net.json:2:28" + message);
   }
 }
 
@@ -283,7 +292,7 @@ TEST(FabricDocumentErrorsTest, AMemberOfAnAggregatedPortIsAPair) {
   EXPECT_EQ(ErrorBehindNodes(R"("aports":[{"ports":[[1,"0x1"]]}])"),
             "net.json:2:22: expected a string");
   EXPECT_EQ(ErrorBehindNodes(R"("aports":[{"ports":[["0x1","1"]]}])"),
-            "net.json:2:28: expected a whole number from 0 to 255");
+            "net.json:2:28: expected a whole number from 1 to 255");
 }
 
 // What the fabric refuses.
@@ -299,8 +308,6 @@ TEST(FabricDocumentErrorsTest, ANodeGuidIsNotZeroAndGivenOnce) {
 
 TEST(FabricDocumentErrorsTest, APortNumberIsOneToTheNumberOfPortsAndGivenOnce) {
   const std::string port = "net.json:2:66: port ";
-  EXPECT_EQ(ErrorOfMember(R"("ports":[{"num":0}])"),
-            port + "0 of node 0x0000000000000001 does not exist: it has 8 ports");
   EXPECT_EQ(ErrorOfMember(R"("ports":[{"num":9}])"),
             port + "9 of node 0x0000000000000001 does not exist: it has 8 ports");
   EXPECT_EQ(ErrorOfMember(R"("ports":[{"num":8},{"num":8}])"),
@@ -315,8 +322,8 @@ std::string ErrorOfEnds(const std::string& a, int aPort, const std::string& b, i
 TEST(FabricDocumentErrorsTest, ALinkJoinsPortsThatExist) {
   EXPECT_EQ(ErrorOfEnds("0x3", 1, "0x2", 1), "net.json:2:10: unknown node 0x0000000000000003");
   EXPECT_EQ(ErrorOfEnds("0x1", 1, "0x0", 1), "net.json:2:10: unknown node 0x0000000000000000");
-  EXPECT_EQ(ErrorOfEnds("0x1", 0, "0x2", 1),
-            "net.json:2:10: port 0 of node 0x0000000000000001 does not exist: it has 8 ports");
+  EXPECT_EQ(ErrorOfEnds("0x1", 9, "0x2", 1),
+            "net.json:2:10: port 9 of node 0x0000000000000001 does not exist: it has 8 ports");
   EXPECT_EQ(ErrorOfEnds("0x1", 8, "0x2", 2),
             "net.json:2:10: port 2 of node 0x0000000000000002 does not exist: it has 1 port");
 }
@@ -354,8 +361,7 @@ TEST(FabricDocumentErrorsTest, APortIsInOneAggregatedPort) {
 // Malformed JSON.
 
 constexpr const char* nothing = "malformed JSON: Empty: no JSON found";
-constexpr const char* endsEarly =
-    "malformed JSON: JSON document ended early in the middle of an object or array.";
+constexpr const char* endsEarly = "malformed JSON: the text does not end with the closing brace";
 constexpr const char* badStructure =
     "malformed JSON: The JSON document has an improper structure: missing or superfluous commas, "
     "braces, missing keys, etc.";
@@ -374,14 +380,21 @@ TEST(FabricDocumentErrorsTest, EscapesAreKnown) {
   EXPECT_EQ(ErrorOfNodes(R"({"guid":"0\x31"})"), message);
 }
 
+TEST(FabricDocumentErrorsTest, AStringEndsOnItsLine) {
+  const std::string message = "malformed JSON: a string that does not end on its line";
+  EXPECT_EQ(Error("{\"format\":\n\"a\\\"b\nc\"}"), "net.json:2:6: " + message);
+  EXPECT_EQ(Error("{\"format\":\"a\tb\"}"), "net.json:1:13: " + message);
+  EXPECT_EQ(Error("{\"format\":\"a}"), "net.json:1:14: " + message);
+}
+
 TEST(FabricDocumentErrorsTest, NothingFollowsTheDocument) {
   const std::string whole = std::string(head) + "[]}";
   const std::string message = "net.json:1:52: malformed JSON: something stands behind the document";
   EXPECT_EQ(Error(whole + "}"), message);
   EXPECT_EQ(Error(whole + ",{}"), message);
   EXPECT_EQ(Error(whole + whole), message);
-  EXPECT_NE(Error(whole + " x"), "");
-  EXPECT_NE(Error(whole + "]"), "");
+  EXPECT_EQ(Error(whole + " x"), std::string("net.json:1:54: ") + endsEarly);
+  EXPECT_EQ(Error(whole + "]"), std::string("net.json:1:53: ") + endsEarly);
 }
 
 TEST(FabricDocumentErrorsTest, AnEmptyTextIsNoDocument) {

@@ -246,7 +246,8 @@ TEST(TopologyDumpErrorsTest, ALastLineWithAllItNeedsIsNotCut) {
         "Switch\t4 \"S-12\"\t# \"leaf\" base port 0 lid 1 lmc 0",
         "Switch\t4 \"S-12\"\t# \"leaf\" base port 0 lid 1 lmc 0 (scp)", "Ca\t1 \"H-21\"\t# \"h1\"",
         "Ca\t1 \"H-21\"\t# \"h1\" (scp)", "Rt\t1 \"R-21\"\t# \"gate\"",
-        "[2]\t\"S-99\"[1]\t# \"h1\" lid 2 4xHDR", "[2]\t\"S-99\"[1]\t# \"h1\" lid 2 HDR s=",
+        "[2]\t\"S-99\"[1]\t# \"h1\" lid 2 4xHDR",
+        "[2]\t\"S-99\"[1]\t# \"h1\" lid 2 HDR s=", "[2]\t\"S-99\"[1]\t# \"h1\" lid 2 4x???",
         "[2]\t\"S-99\"[1]\t# \"a # b\" lid 2 4xFDR10 slot 3"}) {
     EXPECT_EQ(Error(leaf + std::string(line)), "") << line;
   }
