@@ -2,13 +2,16 @@
 
 namespace fabscope {
 
-IBNode* GetRemoteSwitch(const IBPort* port) {
+IBNode* GetLinkedNode(const IBPort* port) {
   if (port == nullptr) return nullptr;
   if (port->isFNMPort() || port->isFNM1Port()) return nullptr;
   if (!port->isSymmetricLink()) return nullptr;
-  IBNode* remote = port->get_remote_node();
-  if (remote == nullptr) return nullptr;
-  return remote->nodeType == NodeTypeSwitch ? remote : nullptr;
+  return port->get_remote_node();
+}
+
+IBNode* GetRemoteSwitch(const IBPort* port) {
+  IBNode* remote = GetLinkedNode(port);
+  return remote != nullptr && remote->nodeType == NodeTypeSwitch ? remote : nullptr;
 }
 
 std::string GetSwitchASIC(const IBNode* node) {

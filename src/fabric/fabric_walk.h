@@ -1,14 +1,26 @@
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
+#include <span>
 #include <string>
 
 #include "fabric/ib_node.h"
 
 namespace fabscope {
 
-// The switch at the other end of a port that counts as a tree link, else null: ports of the two
-// FNM kinds, asymmetric links and peers other than switches carry no tree link. A null port has no
-// far end.
+// The ports that can take part in a tree, in order: port 1 to the node's last. Entries may be null.
+// Port 0, a switch's management port, never takes part.
+inline std::span<IBPort* const> GetTreePorts(const IBNode& node) {
+  const std::size_t end = std::min<std::size_t>(std::size_t{node.numPorts} + 1, node.ports.size());
+  return end > 1 ? node.ports.subspan(1, end - 1) : std::span<IBPort*>();
+}
+
+// The node at the other end of a port whose link counts, else null: ports of the two FNM kinds and
+// asymmetric links carry neither hosts nor tree links. A null port has no far end.
+IBNode* GetLinkedNode(const IBPort* port);
+
+// The same for tree links, whose far end is a switch.
 IBNode* GetRemoteSwitch(const IBPort* port);
 
 // "/" and the ASIC designation of a switch of the multi-ASIC family, or nothing.

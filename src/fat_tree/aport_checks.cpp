@@ -4,6 +4,7 @@
 // of a cable; towards the hosts each aggregated port of a leaf counts once, and the host's own is
 // not looked at.
 
+#include "fabric/fabric_walk.h"
 #include "fat_tree/group_label.h"
 #include "fat_tree/neighborhood.h"
 #include "fat_tree/status.h"
@@ -35,8 +36,7 @@ int FTNeighborhood::CheckInternalAPorts(std::ostream& stream) {
                 << GroupLabel(IsNeighborhood(), id) << ". One of its IB-Nodes is NULL";
       return StatusLookupFailed;
     }
-    for (unsigned num = 1; num <= spine->numPorts; ++num) {
-      const IBPort* port = spine->getPort(static_cast<std::uint8_t>(num));
+    for (const IBPort* port : GetTreePorts(*spine)) {
       if (!IsEligible(port) || !lines.contains(port->remotePort->node)) continue;
       for (const APort* aport : {port->aport, port->remotePort->aport}) {
         if (!IsAsymmetric(aport)) continue;
@@ -62,8 +62,7 @@ int FTNeighborhood::CheckExternalAPorts(std::ostream& stream) {
       return StatusLookupFailed;
     }
     std::set<const APort*> counted;
-    for (unsigned num = 1; num <= line->numPorts; ++num) {
-      const IBPort* port = line->getPort(static_cast<std::uint8_t>(num));
+    for (const IBPort* port : GetTreePorts(*line)) {
       if (!IsEligible(port) || port->remotePort->node->nodeType != NodeTypeCA) continue;
       if (!IsAsymmetric(port->aport) || !counted.insert(port->aport).second) continue;
       ++found;

@@ -11,6 +11,7 @@
 
 #include <functional>
 
+#include "fabric/fabric_walk.h"
 #include "fabric/guid.h"
 #include "fat_tree/status.h"
 #include "fat_tree/topology.h"
@@ -20,11 +21,8 @@ namespace {
 
 FTClassification::NodeData CountLinks(const IBNode& node) {
   FTClassification::NodeData data;
-  for (unsigned num = 1; num <= node.numPorts; ++num) {
-    const IBPort* port = node.getPort(static_cast<std::uint8_t>(num));
-    if (port == nullptr || port->isFNMPort() || port->isFNM1Port()) continue;
-    if (!port->isSymmetricLink()) continue;
-    const IBNode* remote = port->get_remote_node();
+  for (const IBPort* port : GetTreePorts(node)) {
+    const IBNode* remote = GetLinkedNode(port);
     if (remote == nullptr) continue;
     if (remote->nodeType == NodeTypeCA && !remote->isSpecialNode()) ++data.caLinks;
     if (remote->nodeType == NodeTypeSwitch) ++data.switchLinks;

@@ -33,8 +33,8 @@ void FTClassification::ClassifyByDistance(const IBNode& leaf) {
     // A switch may be queued by several neighbours; the first visit is the nearest.
     if (!nodeToDistance.emplace(node, distance).second) continue;
     distanceToNodes[distance].push_back(node);
-    for (unsigned num = 1; num <= node->numPorts; ++num) {
-      const IBNode* remote = GetRemoteSwitch(node->getPort(static_cast<std::uint8_t>(num)));
+    for (const IBPort* port : GetTreePorts(*node)) {
+      const IBNode* remote = GetRemoteSwitch(port);
       if (remote == nullptr) continue;
       // Only chips of the multi-ASIC family reach into other planes.
       if (node->isVortaSwitch() && !remote->isOnSamePlane(plane)) continue;

@@ -24,8 +24,7 @@ void FTUpHopHistogram::AddIllegalLinkIssue(const FTLinkIssue& issue) {
 }
 
 void FTUpHopHistogram::CheckRootSwitchConnections(const IBNode& root) {
-  for (unsigned num = 1; num <= root.numPorts; ++num) {
-    const IBPort* port = root.getPort(static_cast<std::uint8_t>(num));
+  for (const IBPort* port : GetTreePorts(root)) {
     const IBNode* remote = GetRemoteSwitch(port);
     if (remote == nullptr || topology.GetNodeRank(remote) != 0) continue;
     AddIllegalLinkIssue({&root, port->num, 0, remote, port->remotePort->num, 0});
@@ -39,8 +38,7 @@ int FTUpHopHistogram::AddIllegalLinkIssues(std::uint64_t index,
 
   bool found = false;
   for (const IBNode* node : downNodes) {
-    for (unsigned num = 1; num <= node->numPorts; ++num) {
-      const IBPort* port = node->getPort(static_cast<std::uint8_t>(num));
+    for (const IBPort* port : GetTreePorts(*node)) {
       if (GetRemoteSwitch(port) != upper) continue;
       // Every cable counts here, so the registry of pairs is left alone.
       linkIssues.push_back({upper, port->remotePort->num, rank, node, port->num, rank + 1});

@@ -11,6 +11,7 @@
 
 #include <cstdlib>
 
+#include "fabric/fabric_walk.h"
 #include "fat_tree/status.h"
 #include "fat_tree/topology.h"
 
@@ -44,8 +45,7 @@ double LaneSpeed(std::uint32_t speedCode) {
 }
 
 double FirstConnectedPortSpeed(const IBNode& node) {
-  for (unsigned num = 1; num <= node.numPorts; ++num) {
-    const IBPort* port = node.getPort(static_cast<std::uint8_t>(num));
+  for (const IBPort* port : GetTreePorts(node)) {
     if (port != nullptr && port->remotePort != nullptr) return LaneSpeed(port->speed);
   }
   return 0.0;
@@ -69,11 +69,8 @@ UpDownLinks FTTopology::CalculateSwitchUpDownLinks(std::uint64_t rank, const IBN
   const bool isLeaf = !isRoot && rank + 1 == ranks.size();
   // A rank that the tree does not have is the caller's mistake, never the fabric's.
   if (rank >= ranks.size() || (isRoot && ranks.size() < 2)) std::abort();
-  for (unsigned num = 1; num <= node.numPorts; ++num) {
-    const IBPort* port = node.getPort(static_cast<std::uint8_t>(num));
-    if (port == nullptr || port->isFNMPort() || port->isFNM1Port()) continue;
-    if (!port->isSymmetricLink()) continue;
-    const IBNode* remote = port->get_remote_node();
+  for (const IBPort* port : GetTreePorts(node)) {
+    const IBNode* remote = GetLinkedNode(port);
     if (remote == nullptr) continue;
 
     if (remote->nodeType == NodeTypeSwitch) {

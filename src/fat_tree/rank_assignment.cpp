@@ -23,8 +23,8 @@ namespace {
 // Whether some neighbouring switch satisfies the predicate.
 template <typename Predicate>
 bool AnyNeighbour(const IBNode& node, Predicate predicate) {
-  for (unsigned num = 1; num <= node.numPorts; ++num) {
-    const IBNode* remote = GetRemoteSwitch(node.getPort(static_cast<std::uint8_t>(num)));
+  for (const IBPort* port : GetTreePorts(node)) {
+    const IBNode* remote = GetRemoteSwitch(port);
     if (remote != nullptr && predicate(remote)) return true;
   }
   return false;

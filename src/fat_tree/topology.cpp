@@ -106,8 +106,8 @@ int FTTopology::FillRanksFromRoots(NodeSet& roots) {
   for (;;) {
     NodeSet next;
     for (const IBNode* node : ranks.back()) {
-      for (unsigned num = 1; num <= node->numPorts; ++num) {
-        const IBNode* remote = GetRemoteSwitch(node->getPort(static_cast<std::uint8_t>(num)));
+      for (const IBPort* port : GetTreePorts(*node)) {
+        const IBNode* remote = GetRemoteSwitch(port);
         if (remote == nullptr) continue;
         if (!remote->isVortaSwitch() && !remote->isOnSamePlane(plane)) continue;
         if (ranked.insert(remote).second) next.insert(remote);

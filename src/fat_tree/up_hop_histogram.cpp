@@ -106,8 +106,7 @@ int FTUpHopHistogram::Init() {
 int FTUpHopHistogram::AddLowerSwitch(const IBNode& node, NodeSet& checkedRoots) {
   const auto upperRank = static_cast<int>(rank);
   UpHopBits bits;
-  for (unsigned num = 1; num <= node.numPorts; ++num) {
-    const IBPort* port = node.getPort(static_cast<std::uint8_t>(num));
+  for (const IBPort* port : GetTreePorts(node)) {
     const IBNode* remote = GetRemoteSwitch(port);
     if (remote == nullptr) continue;
     const int remoteRank = topology.GetNodeRank(remote);

@@ -170,6 +170,45 @@ TEST(GetPortDeathTest, ASwitchWithoutPortArrayHasNoPortZero) {
   EXPECT_EXIT(node.getPort(0), ::testing::KilledBySignal(SIGABRT), "");
 }
 
+TEST(GetTreePortsTest, RunFromPortOneToTheLastAndLeaveOutPortZero) {
+  std::array<IBPort, 4> objects{};
+  std::array<IBPort*, 4> slots{&objects[0], &objects[1], nullptr, &objects[3]};
+  IBNode node;
+  node.numPorts = 3;
+  node.ports = slots;
+  const auto ports = GetTreePorts(node);
+  ASSERT_EQ(ports.size(), 3U);
+  EXPECT_EQ(ports[0], &objects[1]);
+  EXPECT_EQ(ports[1], nullptr);
+  EXPECT_EQ(ports[2], &objects[3]);
+}
+
+TEST(GetTreePortsTest, EndAtThePortCountEvenWithMoreSlots) {
+  std::array<IBPort*, 4> slots{};
+  IBNode node;
+  node.numPorts = 2;
+  node.ports = slots;
+  EXPECT_EQ(GetTreePorts(node).size(), 2U);
+}
+
+TEST(GetTreePortsTest, EndWithTheSlotsEvenWithMorePorts) {
+  std::array<IBPort*, 2> slots{};
+  IBNode node;
+  node.numPorts = 255;
+  node.ports = slots;
+  EXPECT_EQ(GetTreePorts(node).size(), 1U);
+  node.ports = {};
+  EXPECT_TRUE(GetTreePorts(node).empty());
+}
+
+TEST(GetTreePortsTest, ReachPort255) {
+  std::array<IBPort*, 256> slots{};
+  IBNode node;
+  node.numPorts = 255;
+  node.ports = slots;
+  EXPECT_EQ(GetTreePorts(node).size(), 255U);
+}
+
 TEST(GetSwitchASICTest, IsBehindASlash) {
   IBNode node;
   node.asic = "2";
