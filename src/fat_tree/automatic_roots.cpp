@@ -81,19 +81,20 @@ const IBNode* FTClassification::GetLeafToClassify(const std::vector<FTClassifica
     if (data != nullptr) byLinks[*data].push_back(node);
   }
 
+  const std::vector<const FTClassification*> newestFirst(all.rbegin(), all.rend());
   for (const auto& [data, nodes] : byLinks) {
     for (const IBNode* node : nodes) {
       // Every classification is asked, also behind one that disagrees: one that never reached the
       // switch ends the search.
       bool allAgree = true;
-      for (auto entry = all.rbegin(); entry != all.rend(); ++entry) {
-        if (*entry == nullptr) {
+      for (const FTClassification* entry : newestFirst) {
+        if (entry == nullptr) {
           errStream << cannotFind << "One of FT-Classifications is NULL";
           return nullptr;
         }
-        if (*entry == this) continue;
+        if (entry == this) continue;
         bool isFar = false;
-        if ((*entry)->CheckDistanceTo(*node, isFar) != StatusSuccess) {
+        if (entry->CheckDistanceTo(*node, isFar) != StatusSuccess) {
           errStream << cannotFind
                     << "Failed to find a distance to the Switch (GUID: " << GuidText(node->guid)
                     << ')';

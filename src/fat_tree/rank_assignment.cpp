@@ -13,6 +13,8 @@
 // A cable in a wrong place puts some switches at wrong distances; one classification is therefore
 // never trusted by itself (automatic_roots.cpp).
 
+#include <algorithm>
+
 #include "fabric/fabric_walk.h"
 #include "fat_tree/classification.h"
 #include "fat_tree/status.h"
@@ -23,11 +25,11 @@ namespace {
 // Whether some neighbouring switch satisfies the predicate.
 template <typename Predicate>
 bool AnyNeighbour(const IBNode& node, Predicate predicate) {
-  for (const IBPort* port : GetTreePorts(node)) {
+  const auto ports = GetTreePorts(node);
+  return std::any_of(ports.begin(), ports.end(), [&](const IBPort* port) {
     const IBNode* remote = GetRemoteSwitch(port);
-    if (remote != nullptr && predicate(remote)) return true;
-  }
-  return false;
+    return remote != nullptr && predicate(remote);
+  });
 }
 
 }  // namespace

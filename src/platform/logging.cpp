@@ -2,6 +2,7 @@
 
 #include <cstdarg>
 #include <cstdio>
+#include <cstdlib>
 #include <string>
 #include <utility>
 
@@ -19,13 +20,11 @@ LogSink& LogFileSink() {
 }
 
 std::string Format(const char* format, std::va_list arguments) {
-  std::va_list measured;
-  va_copy(measured, arguments);
-  const int length = std::vsnprintf(nullptr, 0, format, measured);
-  va_end(measured);
-  if (length <= 0) return {};
-  std::string text(static_cast<std::size_t>(length), '\0');
-  (void)std::vsnprintf(text.data(), text.size() + 1, format, arguments);
+  char* formatted = nullptr;
+  const int length = vasprintf(&formatted, format, arguments);
+  if (length < 0) return {};
+  std::string text(formatted, static_cast<std::size_t>(length));
+  std::free(formatted);
   return text;
 }
 

@@ -118,7 +118,7 @@ class GetPortTest : public ::testing::Test {
   }
 
   std::array<IBPort, 3> objects;
-  std::array<IBPort*, 3> slots{&objects[0], nullptr, &objects[2]};
+  std::array<IBPort*, 3> slots{objects.data(), nullptr, &objects[2]};
   IBNode node;
 };
 
@@ -137,7 +137,7 @@ TEST_F(GetPortTest, ThePortCountIsNotAsked) {
 }
 
 TEST_F(GetPortTest, PortZeroOfASwitchIsItsManagementPort) {
-  EXPECT_EQ(node.getPort(0), &objects[0]);
+  EXPECT_EQ(node.getPort(0), objects.data());
   slots[0] = nullptr;
   EXPECT_EQ(node.getPort(0), nullptr);
 }
@@ -172,7 +172,7 @@ TEST(GetPortDeathTest, ASwitchWithoutPortArrayHasNoPortZero) {
 
 TEST(GetTreePortsTest, RunFromPortOneToTheLastAndLeaveOutPortZero) {
   std::array<IBPort, 4> objects{};
-  std::array<IBPort*, 4> slots{&objects[0], &objects[1], nullptr, &objects[3]};
+  std::array<IBPort*, 4> slots{objects.data(), &objects[1], nullptr, &objects[3]};
   IBNode node;
   node.numPorts = 3;
   node.ports = slots;

@@ -173,7 +173,7 @@ TEST_F(CrossLinksTest, LookingAtARootAgainRecordsNothingNew) {
   FTUpHopHistogram histogram(Topology(), 0);
   histogram.CheckRootSwitchConnections(*fabric["root0"]);
   const std::vector<std::string> first = Issues(histogram);
-  EXPECT_EQ(first.size(), 2u);
+  EXPECT_EQ(first.size(), 2U);
   histogram.CheckRootSwitchConnections(*fabric["root0"]);
   histogram.CheckRootSwitchConnections(*fabric["root1"]);
   EXPECT_EQ(Issues(histogram), first);
@@ -201,14 +201,14 @@ TEST_F(CrossLinksTest, FillingRecordsWhatLookingAtARootForEveryCableRecords) {
     FTTopology sameTopology(&tangle.Build(), &out, 70);
     ASSERT_EQ(topology.FillRanksFromRoots(roots), 0);
     ASSERT_EQ(sameTopology.FillRanksFromRoots(sameRoots), 0);
-    ASSERT_GE(topology.GetRanks().size(), 2u);
+    ASSERT_GE(topology.GetRanks().size(), 2U);
 
     FTUpHopHistogram histogram(topology, 0);
     ASSERT_EQ(histogram.Init(), 0);
     EXPECT_EQ(Issues(histogram), IssuesLookingAtEveryCable(sameTopology));
     issues += Issues(histogram).size();
   }
-  EXPECT_GT(issues, 300u);  // or the fabrics are no test
+  EXPECT_GT(issues, 300U);  // or the fabrics are no test
 }
 
 TEST_F(CrossLinksTest, CableBetweenTwoLowerSwitchesIsRecordedOnceFromTheFirst) {
@@ -293,7 +293,7 @@ TEST_F(CrossLinksTest, UpperSwitchReachedMoreThanTwiceAsOftenFromAnotherSetIsTak
   FTUpHopHistogram histogram(Topology(), 0);
   CheckAllSets(histogram);
   EXPECT_EQ(TestPeer::UpHopSets(histogram)["011100"].upSet, Bits({3, 4}));
-  EXPECT_EQ(TestPeer::UpHopSets(histogram)["011100"].encounteredMap.count(2), 0u);
+  EXPECT_EQ(TestPeer::UpHopSets(histogram)["011100"].encounteredMap.count(2), 0U);
   EXPECT_EQ(TestPeer::UpHopSets(histogram)["000111"].upSet, Bits({0, 1, 2}));
   EXPECT_THAT(Issues(histogram), ElementsAre("root2 port 1 rank 0 - leaf0 port 1 rank 1"));
 }
@@ -350,7 +350,7 @@ TEST_F(CrossLinksTest, MergedSetsCountTogether) {
   RankFromRoots(5);
   FTUpHopHistogram histogram(Topology(), 0);
   CheckAllSets(histogram);
-  EXPECT_EQ(TestPeer::UpHopSets(histogram).size(), 2u);
+  EXPECT_EQ(TestPeer::UpHopSets(histogram).size(), 2U);
   EXPECT_THAT(Issues(histogram), ElementsAre("root2 port 1 rank 0 - leaf0 port 1 rank 1"));
 }
 
@@ -390,7 +390,7 @@ TEST_F(CrossLinksTest, OtherSetsAreComparedInKeyOrderAndTheirSwitchesInIndexOrde
   RankFromRoots(14);
   FTUpHopHistogram histogram(Topology(), 0);
   CheckAllSets(histogram);
-  ASSERT_EQ(TestPeer::UpHopSets(histogram).size(), 3u);
+  ASSERT_EQ(TestPeer::UpHopSets(histogram).size(), 3U);
   EXPECT_THAT(Issues(histogram), ElementsAre("root3 port 1 rank 0 - leaf0 port 3 rank 1",
                                              "root0 port 1 rank 0 - leaf0 port 2 rank 1",
                                              "root1 port 1 rank 0 - leaf0 port 1 rank 1"));

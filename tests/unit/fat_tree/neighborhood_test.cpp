@@ -117,12 +117,12 @@ class NeighborhoodTest : public StageTest {
 
 TEST_F(NeighborhoodTest, NewGroupIsEmpty) {
   FTNeighborhood group(&Topology(), 17, 3);
-  EXPECT_EQ(group.GetId(), 17u);
-  EXPECT_EQ(group.GetRank(), 3u);
+  EXPECT_EQ(group.GetId(), 17U);
+  EXPECT_EQ(group.GetRank(), 3U);
   EXPECT_THAT(group.GetSpines(), IsEmpty());
   EXPECT_THAT(group.GetLines(), IsEmpty());
-  EXPECT_EQ(group.GetTotalSpineUplinks(), 0u);
-  EXPECT_EQ(group.GetTotalInternalLinks(), 0u);
+  EXPECT_EQ(group.GetTotalSpineUplinks(), 0U);
+  EXPECT_EQ(group.GetTotalInternalLinks(), 0U);
   EXPECT_EQ(group.GetErrorText(), "");
 }
 
@@ -141,13 +141,13 @@ TEST_F(NeighborhoodTest, SwitchesAreAddedOnceToTheChosenSide) {
 TEST_F(NeighborhoodTest, EachSetBecomesAGroupInKeyOrder) {
   AddRootsAndLeaves(4, {{2, 3}, {0, 1}, {3, 2}});
   ASSERT_EQ(GroupFromRoots(4), 0);
-  ASSERT_EQ(Topology().GetNeighborhoods().size(), 1u);
-  ASSERT_EQ(Topology().GetNeighborhoods()[0].size(), 2u);
+  ASSERT_EQ(Topology().GetNeighborhoods().size(), 1U);
+  ASSERT_EQ(Topology().GetNeighborhoods()[0].size(), 2U);
   EXPECT_THAT(Names(Group(0, 0).GetSpines()), ElementsAre("root0", "root1"));
   EXPECT_THAT(Names(Group(0, 0).GetLines()), ElementsAre("leaf1"));
   EXPECT_THAT(Names(Group(0, 1).GetSpines()), ElementsAre("root2", "root3"));
   EXPECT_THAT(Names(Group(0, 1).GetLines()), ElementsAre("leaf0", "leaf2"));
-  EXPECT_EQ(Group(0, 0).GetRank(), 0u);
+  EXPECT_EQ(Group(0, 0).GetRank(), 0U);
   EXPECT_EQ(Group(0, 1).GetId(), Group(0, 0).GetId() + 1);
   EXPECT_THAT(ErrorLines(), IsEmpty());
   EXPECT_EQ(Topology().GetErrorText(), "");
@@ -156,15 +156,15 @@ TEST_F(NeighborhoodTest, EachSetBecomesAGroupInKeyOrder) {
 TEST_F(NeighborhoodTest, GroupsStandOnTheRankOfTheirSpines) {
   AddThreeLevelTree(fabric, 2, 2, 2, 1, 1);
   ASSERT_EQ(GroupFromRoots(2), 0);
-  ASSERT_EQ(Topology().GetNeighborhoods().size(), 2u);
-  ASSERT_EQ(Topology().GetNeighborhoods()[0].size(), 2u);
-  ASSERT_EQ(Topology().GetNeighborhoods()[1].size(), 2u);
+  ASSERT_EQ(Topology().GetNeighborhoods().size(), 2U);
+  ASSERT_EQ(Topology().GetNeighborhoods()[0].size(), 2U);
+  ASSERT_EQ(Topology().GetNeighborhoods()[1].size(), 2U);
   EXPECT_THAT(Names(Group(0, 1).GetSpines()), ElementsAre("root1"));
   EXPECT_THAT(Names(Group(0, 1).GetLines()), ElementsAre("mid0.1", "mid1.1"));
-  EXPECT_EQ(Group(0, 1).GetRank(), 0u);
+  EXPECT_EQ(Group(0, 1).GetRank(), 0U);
   EXPECT_THAT(Names(Group(1, 1).GetSpines()), ElementsAre("mid1.0", "mid1.1"));
   EXPECT_THAT(Names(Group(1, 1).GetLines()), ElementsAre("leaf1.0", "leaf1.1"));
-  EXPECT_EQ(Group(1, 1).GetRank(), 1u);
+  EXPECT_EQ(Group(1, 1).GetRank(), 1U);
   EXPECT_THAT(ErrorLines(), IsEmpty());
 }
 
@@ -196,7 +196,7 @@ TEST_F(NeighborhoodTest, NumbersOfDiscardedGroupsAreNotGivenAgain) {
     return expected == 0 ? Ids(topology, 0) : std::vector<std::uint64_t>();
   };
   const std::vector<std::uint64_t> before = group({"root0", "root1"}, 0);
-  ASSERT_EQ(before.size(), 2u);
+  ASSERT_EQ(before.size(), 2U);
   group({"root0", "root1", "root2"}, 4);
   EXPECT_THAT(group({"root0", "root1"}, 0), ElementsAre(before[1] + 3, before[1] + 4));
 }
@@ -204,7 +204,7 @@ TEST_F(NeighborhoodTest, NumbersOfDiscardedGroupsAreNotGivenAgain) {
 TEST_F(NeighborhoodTest, UpperSwitchThatNoLowerSwitchReachesIsInNoGroup) {
   AddRootsAndLeaves(3, {{0, 2}});
   ASSERT_EQ(GroupFromRoots(3), 0);
-  ASSERT_EQ(Topology().GetNeighborhoods()[0].size(), 1u);
+  ASSERT_EQ(Topology().GetNeighborhoods()[0].size(), 1U);
   EXPECT_THAT(Names(Group(0, 0).GetSpines()), ElementsAre("root0", "root2"));
   EXPECT_THAT(ErrorLines(), IsEmpty());
 }
@@ -218,7 +218,7 @@ TEST_F(NeighborhoodTest, LowerSwitchesWithoutUpLinksAreAGroupWithoutSpines) {
   fnm.fnm = true;
   fabric.Port("leaf1", fnm);
   ASSERT_EQ(GroupFromRoots(1), 0);
-  ASSERT_EQ(Topology().GetNeighborhoods()[0].size(), 2u);
+  ASSERT_EQ(Topology().GetNeighborhoods()[0].size(), 2U);
   EXPECT_THAT(Group(0, 0).GetSpines(), IsEmpty());
   EXPECT_THAT(Names(Group(0, 0).GetLines()), ElementsAre("leaf1"));
   EXPECT_THAT(Names(Group(0, 1).GetSpines()), ElementsAre("root0"));
@@ -233,7 +233,7 @@ TEST_F(NeighborhoodTest, LowerSwitchWithoutUpLinksMissesEverySpineOfTheGroupThat
   fnm.fnm = true;
   fabric.Port("leaf1", fnm);
   ASSERT_EQ(GroupFromRoots(2), 0);
-  ASSERT_EQ(Topology().GetNeighborhoods()[0].size(), 1u);
+  ASSERT_EQ(Topology().GetNeighborhoods()[0].size(), 1U);
   EXPECT_THAT(ErrorLines(), ElementsAre("Neighborhood " + Id(0, 0) +
                                             ": missing link between switches (root0) and (leaf1)",
                                         "Neighborhood " + Id(0, 0) +
@@ -244,7 +244,7 @@ TEST_F(NeighborhoodTest, RankWithoutLowerSwitchesHasNoGroups) {
   AddSwitches("root", 1);
   TestPeer::Ranks(Topology()) = {Nodes({"root0"}), {}};
   EXPECT_EQ(Topology().CreateNeighborhoods(errors), 0);
-  ASSERT_EQ(Topology().GetNeighborhoods().size(), 1u);
+  ASSERT_EQ(Topology().GetNeighborhoods().size(), 1U);
   EXPECT_THAT(Topology().GetNeighborhoods()[0], IsEmpty());
 }
 
@@ -262,7 +262,7 @@ TEST_F(NeighborhoodTest, LineCabledToOneOfTwoSpinesMissesOneLink) {
 TEST_F(NeighborhoodTest, GroupThatIsFullyCabledMissesNothing) {
   AddTwoLevelTree(fabric, 3, 4, 2);
   ASSERT_EQ(GroupFromRoots(3), 0);
-  ASSERT_EQ(Topology().GetNeighborhoods()[0].size(), 1u);
+  ASSERT_EQ(Topology().GetNeighborhoods()[0].size(), 1U);
   EXPECT_THAT(ErrorLines(), IsEmpty());
 }
 
@@ -381,7 +381,7 @@ TEST_F(NeighborhoodTest, NullSpineOrLineEndsTheReportQuietly) {
 TEST_F(NeighborhoodTest, CrossLinkNamesTheUpperSwitchsGroupFirst) {
   AddRootsAndLeaves(5, {{2, 3, 4}, {0, 1, 2}, {0, 1, 2}, {0, 1, 2}});
   ASSERT_EQ(GroupFromRoots(5), 0);
-  ASSERT_EQ(Topology().GetNeighborhoods()[0].size(), 2u);
+  ASSERT_EQ(Topology().GetNeighborhoods()[0].size(), 2U);
   // Root 2 is no spine of leaf0's group any more, so nothing is missing there either.
   EXPECT_THAT(Names(Group(0, 0).GetSpines()), ElementsAre("root0", "root1", "root2"));
   EXPECT_THAT(Names(Group(0, 1).GetSpines()), ElementsAre("root3", "root4"));
@@ -396,7 +396,7 @@ TEST_F(NeighborhoodTest, SwitchTakenOutAsACrossLinkMissesNothingInTheGroupItLeft
   // Of the two leaves of the second group only leaf1 is cabled to root 2.
   AddRootsAndLeaves(6, {{3, 4, 5}, {2, 3, 4, 5}, {0, 1, 2}, {0, 1, 2}, {0, 1, 2}});
   ASSERT_EQ(GroupFromRoots(6), 0);
-  ASSERT_EQ(Topology().GetNeighborhoods()[0].size(), 2u);
+  ASSERT_EQ(Topology().GetNeighborhoods()[0].size(), 2U);
   EXPECT_THAT(ErrorLines(),
               ElementsAre("Invalid link between neighborhood " + Id(0, 0) +
                           " (root2 port: 1) and neighborhood " + Id(0, 1) + " (leaf1 port: 1)"));
@@ -405,7 +405,7 @@ TEST_F(NeighborhoodTest, SwitchTakenOutAsACrossLinkMissesNothingInTheGroupItLeft
 TEST_F(NeighborhoodTest, CrossLinksAreSoughtSetBySetInKeyOrder) {
   AddRootsAndLeaves(7, {{1, 5, 6}, {2, 3, 4}, {0, 1, 2}, {0, 1, 2}, {0, 1, 2}});
   ASSERT_EQ(GroupFromRoots(7), 0);
-  ASSERT_EQ(Topology().GetNeighborhoods()[0].size(), 3u);
+  ASSERT_EQ(Topology().GetNeighborhoods()[0].size(), 3U);
   EXPECT_THAT(
       ErrorLines(),
       ElementsAre("Invalid link between neighborhood " + Id(0, 0) +
@@ -417,7 +417,7 @@ TEST_F(NeighborhoodTest, CrossLinksAreSoughtSetBySetInKeyOrder) {
 TEST_F(NeighborhoodTest, CrossLinkAboveTheLastRankIsBetweenConnectivityGroups) {
   AddRootsAndMids(5, {{2, 3, 4}, {0, 1, 2}, {0, 1, 2}, {0, 1, 2}});
   ASSERT_EQ(GroupFromRoots(5), 0);
-  ASSERT_EQ(Topology().GetNeighborhoods()[0].size(), 2u);
+  ASSERT_EQ(Topology().GetNeighborhoods()[0].size(), 2U);
   EXPECT_THAT(ErrorLines(),
               ElementsAre("Invalid link between connectivity group " + Id(0, 0) +
                           " (root2 port: 1) and group " + Id(0, 1) + " (mid0 port: 1)"));
@@ -467,7 +467,7 @@ TEST_F(NeighborhoodTest, InvalidLinksComeBeforeMissingLinksAndTheseGroupByGroup)
   AddRootsAndLeaves(4, {{2, 3}, {2}, {0, 1}, {0}});
   fabric.Link("leaf1", 9, "leaf3", 8);
   ASSERT_EQ(GroupFromRoots(4), 0);
-  ASSERT_EQ(Topology().GetNeighborhoods()[0].size(), 2u);
+  ASSERT_EQ(Topology().GetNeighborhoods()[0].size(), 2U);
   EXPECT_THAT(
       ErrorLines(),
       ElementsAre(
@@ -482,8 +482,8 @@ TEST_F(NeighborhoodTest, SwitchOfTwoGroupsIsFoundInTheFirst) {
   AddRootsAndLeaves(5, {{2, 3, 4}, {0, 1, 2}, {0, 1, 2}});
   fabric.Link("root2", 40, "root3", 40);
   ASSERT_EQ(GroupFromRoots(5), 0);
-  ASSERT_EQ(Topology().GetNeighborhoods()[0].size(), 2u);
-  EXPECT_EQ(Group(0, 1).GetSpines().count(fabric["root2"]), 1u);
+  ASSERT_EQ(Topology().GetNeighborhoods()[0].size(), 2U);
+  EXPECT_EQ(Group(0, 1).GetSpines().count(fabric["root2"]), 1U);
   EXPECT_THAT(ErrorLines(),
               ElementsAre("Invalid link between neighborhood " + Id(0, 0) +
                           " (root2 port: 40) and neighborhood " + Id(0, 1) + " (root3 port: 40)"));
@@ -526,7 +526,7 @@ TEST_F(NeighborhoodTest, IllegalLinkToASwitchOfNoGroupFailsTheRankAndKeepsEarlie
   EXPECT_EQ(Topology().GetErrorText(),
             "The provided switch ( GUID: 0x0000000000000003 ) is not associated with any "
             "neighborhood on the rank: 0");
-  ASSERT_EQ(Topology().GetNeighborhoods().size(), 1u);
+  ASSERT_EQ(Topology().GetNeighborhoods().size(), 1U);
   EXPECT_THAT(Topology().GetNeighborhoods()[0], IsEmpty());
 
   FTTopology next(&fabric.Build(), &out, mergePercent);

@@ -99,7 +99,7 @@ TEST_F(UpHopHistogramTest, NewSetIsEmpty) {
   const FTUpHopSet set;
   EXPECT_EQ(set.encountered, 0);
   EXPECT_TRUE(set.upSet.none());
-  EXPECT_EQ(set.upSet.size(), 2048u);
+  EXPECT_EQ(set.upSet.size(), 2048U);
   EXPECT_THAT(set.downNodes, IsEmpty());
   EXPECT_THAT(set.encounteredMap, IsEmpty());
 }
@@ -282,9 +282,9 @@ TEST_F(UpHopHistogramTest, LowerSwitchWithTheFirstAndThirdUpperSwitchHasKey0101)
   AddRootsAndLeaves(3, {{0, 2}});
   RankFromRoots(3);
   FTUpHopHistogram histogram(Topology(), 0);
-  EXPECT_EQ(TestPeer::BitSetSize(histogram), 0u);
+  EXPECT_EQ(TestPeer::BitSetSize(histogram), 0U);
   ASSERT_EQ(histogram.Init(), 0);
-  EXPECT_EQ(TestPeer::BitSetSize(histogram), 3u);
+  EXPECT_EQ(TestPeer::BitSetSize(histogram), 3U);
   ASSERT_THAT(Keys(histogram), ElementsAre("0101"));
   EXPECT_EQ(TestPeer::UpHopSets(histogram)["0101"].upSet, Bits({0, 2}));
 }
@@ -317,7 +317,7 @@ TEST_F(UpHopHistogramTest, PairsWithACableAreConnectedAndNoOthers) {
   FTUpHopHistogram histogram(Topology(), 0);
   ASSERT_EQ(histogram.Init(), 0);
   const auto& pairs = TestPeer::ConnectedPairs(histogram);
-  EXPECT_EQ(pairs.Size(), 3u);
+  EXPECT_EQ(pairs.Size(), 3U);
   EXPECT_TRUE(pairs.Contains(fabric["root0"], fabric["leaf0"]));
   EXPECT_TRUE(pairs.Contains(fabric["root1"], fabric["leaf0"]));
   EXPECT_TRUE(pairs.Contains(fabric["root1"], fabric["leaf1"]));
@@ -339,7 +339,7 @@ TEST_F(UpHopHistogramTest, OnlyCablesToTheUpperRankMakeASet) {
   ASSERT_EQ(histogram.Init(), 0);
   EXPECT_THAT(Keys(histogram), ElementsAre("01"));
   EXPECT_THAT(DownNodes(histogram), ElementsAre("mid0 mid1"));
-  EXPECT_EQ(TestPeer::ConnectedPairs(histogram).Size(), 2u);
+  EXPECT_EQ(TestPeer::ConnectedPairs(histogram).Size(), 2U);
   EXPECT_THAT(TestPeer::LinkIssues(histogram), IsEmpty());
 }
 
@@ -350,7 +350,7 @@ TEST_F(UpHopHistogramTest, CableThatSkipsARankIsIgnored) {
   FTUpHopHistogram histogram(Topology(), 1);
   ASSERT_EQ(histogram.Init(), 0);
   EXPECT_THAT(DownNodes(histogram), ElementsAre("leaf0"));
-  EXPECT_EQ(TestPeer::ConnectedPairs(histogram).Size(), 1u);
+  EXPECT_EQ(TestPeer::ConnectedPairs(histogram).Size(), 1U);
   EXPECT_TRUE(TestPeer::ConnectedPairs(histogram).Contains(fabric["mid0"], fabric["leaf0"]));
   EXPECT_THAT(TestPeer::LinkIssues(histogram), IsEmpty());
 }
@@ -371,14 +371,14 @@ TEST_F(UpHopHistogramTest, LowerSwitchWithoutUpLinkMakesTheAllZeroSet) {
   EXPECT_EQ(TestPeer::UpHopSets(histogram)["000"].encountered, 1);
   EXPECT_THAT(DownNodes(histogram), ElementsAre("leaf0", "leaf1"));
 
-  ASSERT_EQ(TestPeer::LinkIssues(histogram).size(), 1u);
+  ASSERT_EQ(TestPeer::LinkIssues(histogram).size(), 1U);
   const FTLinkIssue& issue = TestPeer::LinkIssues(histogram)[0];
   EXPECT_EQ(issue.node1, fabric["leaf0"]);
   EXPECT_EQ(issue.port1, 2);
-  EXPECT_EQ(issue.rank1, 1u);
+  EXPECT_EQ(issue.rank1, 1U);
   EXPECT_EQ(issue.node2, fabric["leaf1"]);
   EXPECT_EQ(issue.port2, 3);
-  EXPECT_EQ(issue.rank2, 1u);
+  EXPECT_EQ(issue.rank2, 1U);
 }
 
 TEST_F(UpHopHistogramTest, LastPortOfALowerSwitchIsLookedAt) {
@@ -395,8 +395,8 @@ TEST_F(UpHopHistogramTest, EmptyLowerRankHasNoSets) {
   FTUpHopHistogram histogram(Topology(), 0);
   ASSERT_EQ(histogram.Init(), 0);
   EXPECT_THAT(Keys(histogram), IsEmpty());
-  EXPECT_EQ(TestPeer::BitSetSize(histogram), 2u);
-  EXPECT_EQ(TestPeer::NodeToIndex(histogram).size(), 2u);
+  EXPECT_EQ(TestPeer::BitSetSize(histogram), 2U);
+  EXPECT_EQ(TestPeer::NodeToIndex(histogram).size(), 2U);
   EXPECT_EQ(TestPeer::MergeSets(histogram), 0);
 }
 
@@ -408,7 +408,7 @@ TEST_F(UpHopHistogramTest, LastRankHasNoLowerRank) {
   EXPECT_EQ(histogram.GetErrorText(), "");
   EXPECT_EQ(Topology().GetErrorText(),
             "Cannot get nodes on rank: 2 Total ranks in the Fat-tree: 2");
-  EXPECT_EQ(TestPeer::BitSetSize(histogram), 0u);
+  EXPECT_EQ(TestPeer::BitSetSize(histogram), 0U);
 }
 
 TEST_F(UpHopHistogramTest, LowerRankIsNotAskedForWhenTheUpperOneIsMissing) {
@@ -436,7 +436,7 @@ TEST_F(UpHopHistogramTest, Rank2048SwitchesWideIsTaken) {
   FTUpHopHistogram histogram(Topology(), 0);
   ASSERT_EQ(histogram.Init(), 0);
   EXPECT_EQ(histogram.GetErrorText(), "");
-  EXPECT_EQ(TestPeer::BitSetSize(histogram), 2048u);
+  EXPECT_EQ(TestPeer::BitSetSize(histogram), 2048U);
   EXPECT_THAT(Keys(histogram),
               ElementsAre(std::string(2047, '0') + "1", "1" + std::string(2045, '0') + "10"));
 

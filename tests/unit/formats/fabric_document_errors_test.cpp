@@ -215,7 +215,7 @@ TEST(FabricDocumentErrorsTest, GuidsBeginWith0xAndHaveOneToSixteenDigits) {
 
 TEST(FabricDocumentErrorsTest, ATypeIsOneOfThree) {
   const std::string message =
-      "net.json:2:9: unknown node type, expected \"switch\", \"ca\" or \"router\"";
+      R"(net.json:2:9: unknown node type, expected "switch", "ca" or "router")";
   EXPECT_EQ(ErrorOfNodes(R"({"type":"Switch"})"), message);
   EXPECT_EQ(ErrorOfNodes(R"({"type":""})"), message);
 }

@@ -1,5 +1,6 @@
 #include "formats/input_text.h"
 
+#include <array>
 #include <fcntl.h>
 #include <fstream>
 #include <gmock/gmock.h>
@@ -126,8 +127,8 @@ TEST_F(InputTextTest, ADashIsStandardInput) {
 
 TEST_F(InputTextTest, StandardInputMayBeAPipe) {
   const std::string bytes = LongText(50000);
-  int ends[2];
-  ASSERT_EQ(pipe(ends), 0);
+  std::array<int, 2> ends{};
+  ASSERT_EQ(pipe(ends.data()), 0);
   std::thread writer([&] {
     for (std::size_t at = 0; at < bytes.size();) {
       at += static_cast<std::size_t>(write(ends[1], bytes.data() + at, bytes.size() - at));
@@ -157,7 +158,8 @@ TEST_F(InputTextTest, GzipIsUnpackedWhateverTheNameOfTheFile) {
 }
 
 TEST_F(InputTextTest, GzipMayUnpackToManyTimesItsSize) {
-  const std::string blanks(10000000, ' ');
+  std::string blanks;
+  blanks.resize(10000000, ' ');
   EXPECT_TRUE(Read(Packed(blanks)) == blanks);
   const std::string text = LongText(100000);
   EXPECT_TRUE(Read(Packed(text)) == text);

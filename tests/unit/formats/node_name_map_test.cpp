@@ -16,7 +16,7 @@ using ::testing::UnorderedElementsAre;
 
 class NodeNameMapTest : public ::testing::Test {
  protected:
-  ~NodeNameMapTest() override { std::remove(path.c_str()); }
+  ~NodeNameMapTest() override { (void)std::remove(path.c_str()); }
 
   // The error without the path in front of it; an empty text when there is none.
   std::string Load(const std::string& bytes) {

@@ -23,7 +23,7 @@ class SideFilesTest : public ::testing::Test {
     Add(0x12, NodeTypeSwitch, 2);
     Add(0x21, NodeTypeCA, 9);
   }
-  ~SideFilesTest() override { std::remove(path.c_str()); }
+  ~SideFilesTest() override { (void)std::remove(path.c_str()); }
 
   // The error without the path in front of it; an empty text when there is none.
   std::string Ranks(const std::string& bytes) { return Load(LoadRanks, bytes); }
