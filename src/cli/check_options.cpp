@@ -2,6 +2,7 @@
 
 #include <array>
 #include <charconv>
+#include <filesystem>
 #include <limits>
 #include <utility>
 #include <vector>
@@ -132,6 +133,17 @@ Problem SettleRoots(CheckArguments& arguments) {
   return std::nullopt;
 }
 
+// Whether two names are of one file, however they are spelled. Devices may be named twice.
+bool IsSameFile(const std::string& a, const std::string& b) {
+  namespace fs = std::filesystem;
+  if (a.empty() || b.empty()) return false;
+  std::error_code error;
+  const fs::file_status status = fs::status(a, error);
+  if (fs::exists(status) && !fs::is_regular_file(status)) return false;
+  return fs::weakly_canonical(fs::absolute(a), error) ==
+         fs::weakly_canonical(fs::absolute(b), error);
+}
+
 Problem SettleFiles(const CheckArguments& arguments) {
   const CheckOptions& options = arguments.options;
   int readers = 0;
@@ -140,9 +152,17 @@ Problem SettleFiles(const CheckArguments& arguments) {
     if (*path == "-") ++readers;
   }
   if (readers > 1) return "standard input (-) can be read only once";
-  if (!arguments.dumpFile.empty() && arguments.dumpFile == arguments.csvFile) {
+  if (IsSameFile(arguments.dumpFile, arguments.csvFile)) {
     return "--dump " + arguments.dumpFile + " and --csv " + arguments.csvFile +
            " contradict each other: each needs a file of its own";
+  }
+  for (const auto& [option, output] :
+       {std::pair("--dump ", &arguments.dumpFile), std::pair("--csv ", &arguments.csvFile)}) {
+    for (const std::string* input :
+         {&options.fabric, &options.ranks, &options.flids, &options.nodeNameMap}) {
+      if (*output == "-" || !IsSameFile(*output, *input)) continue;
+      return option + *output + " would overwrite the input " + *input;
+    }
   }
   return std::nullopt;
 }

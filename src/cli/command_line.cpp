@@ -1,8 +1,11 @@
 #include "cli/command_line.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <iostream>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "cli/check_command.h"
@@ -14,24 +17,12 @@
 namespace fabscope {
 namespace {
 
-constexpr const char* description = "Finds the wrong cables of an InfiniBand fat tree.";
 constexpr const char* statusNote =
     "Exit status: 0 nothing found, 1 something found, 2 the work could not be done.";
 
 int WrongUsage(const std::string& problem) {
   std::cerr << "fabscope: " << problem << " (see fabscope --help)\n";
   return ExitFailed;
-}
-
-// The parser names all arguments that it could not place, good ones among them; the user wants the
-// one at fault.
-std::string UnexpectedArgument(const std::vector<std::string>& remaining, bool haveCommand) {
-  for (const std::string& argument : remaining) {
-    if (argument.size() > 1 && argument[0] == '-') return "unknown option " + argument;
-  }
-  const std::string& first = remaining.front();
-  return haveCommand ? "unexpected argument " + first + ", expected one FABRIC"
-                     : "unknown command " + first + ", expected check";
 }
 
 int PrintAndLeave(const std::string& text) {
@@ -41,57 +32,96 @@ int PrintAndLeave(const std::string& text) {
   return ExitFailed;
 }
 
-void AddCheck(CLI::App& command, CheckArguments& arguments) {
-  command
-      .add_option("FABRIC", arguments.options.fabric,
-                  "Fabric document (JSON) or topology dump of ibnetdiscover, plain or gzip; - for "
-                  "standard input")
-      ->type_name("");
+void AddVersionAndNote(CLI::App& app) {
+  app.set_version_flag("--version", "fabscope " FABSCOPE_VERSION);
+  app.footer(statusNote);
+}
+
+void AddCheckOptions(CLI::App& app, CheckArguments& arguments) {
+  app.add_option("FABRIC", arguments.options.fabric,
+                 "Fabric document (JSON) or topology dump of ibnetdiscover, plain or gzip; - for "
+                 "standard input")
+      ->type_name("")
+      ->required();
   for (const CheckOption& option : CheckOptionTable()) {
-    command
-        .add_option_function<std::string>(
-            option.name,
-            [&option, &arguments](const std::string& value) {
-              const auto problem = option.take(arguments, value);
-              if (problem) {
-                throw CLI::ValidationError(option.name,
-                                           "\"" + value + "\" is not allowed, " + *problem);
-              }
-            },
-            option.help)
+    app.add_option_function<std::string>(
+           option.name,
+           [&option, &arguments](const std::string& value) {
+             const auto problem = option.take(arguments, value);
+             if (problem) {
+               throw CLI::ValidationError(option.name,
+                                          "\"" + value + "\" is not allowed, " + *problem);
+             }
+           },
+           option.help)
         ->type_name(option.metavar)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
   }
 }
 
-}  // namespace
-
-int RunCommandLine(int argc, const char* const* argv) {
-  CheckArguments arguments;
-  CLI::App app(description, "fabscope");
-  app.set_version_flag("--version", "fabscope " FABSCOPE_VERSION);
-  app.footer(statusNote);
-  CLI::App* check = app.add_subcommand("check", "Checks the cabling of a fabric and reports");
-  check->footer(statusNote);
-  AddCheck(*check, arguments);
-
+// Parses and answers nothing, or prints what was asked for or is wrong and answers the exit status.
+// `expected` names what an argument that has no place should have been.
+std::optional<int> Parse(CLI::App& app, std::vector<std::string> words,
+                         const std::string& expected) {
   try {
-    app.parse(argc, argv);
+    std::reverse(words.begin(), words.end());  // as the parser wants them
+    app.parse(std::move(words));
   } catch (const CLI::CallForHelp&) {
     return PrintAndLeave(app.help());
   } catch (const CLI::CallForVersion& version) {
     return PrintAndLeave(std::string(version.what()) + "\n");
   } catch (const CLI::ExtrasError&) {
-    return WrongUsage(UnexpectedArgument(app.remaining(true), check->parsed()));
+    // The parser names all arguments that it could not place; an option is the likelier mistake.
+    const std::vector<std::string> remaining = app.remaining();
+    for (const std::string& word : remaining) {
+      if (word.size() > 1 && word[0] == '-') return WrongUsage("unknown option " + word);
+    }
+    return WrongUsage("unexpected argument " + remaining.front() + ", expected " + expected);
   } catch (const CLI::ParseError& error) {
     return WrongUsage(error.what());
   }
-  if (!check->parsed()) return WrongUsage("no command given, expected check");
-  if (arguments.options.fabric.empty()) return WrongUsage("check needs the name of a FABRIC file");
+  return std::nullopt;
+}
+
+int RunCheckLine(const std::vector<std::string>& words) {
+  CheckArguments arguments;
+  CLI::App app("Checks the cabling of a fabric and reports what is wrong.", "fabscope check");
+  AddVersionAndNote(app);
+  AddCheckOptions(app, arguments);
+  if (const auto status = Parse(app, words, "one FABRIC")) return *status;
   if (const auto problem = SettleArguments(arguments)) return WrongUsage(*problem);
 
   SetScreenSink([](std::string_view text) { std::cerr << text; });
   return RunCheckCommand(arguments);
+}
+
+// "--csv=" is an empty value; the parser would take the next argument for it.
+std::vector<std::string> Words(int argc, const char* const* argv) {
+  std::vector<std::string> words;
+  for (int i = 1; i < argc; ++i) {
+    std::string word = argv[i];
+    const bool hasEmptyValue = word.starts_with("--") && word.find('=') == word.size() - 1;
+    if (hasEmptyValue) word.pop_back();
+    words.push_back(std::move(word));
+    if (hasEmptyValue) words.emplace_back();
+  }
+  return words;
+}
+
+}  // namespace
+
+int RunCommandLine(int argc, const char* const* argv) {
+  std::vector<std::string> words = Words(argc, argv);
+  if (!words.empty() && words.front() == "check") {
+    words.erase(words.begin());
+    return RunCheckLine(words);
+  }
+  CLI::App app("Finds the wrong cables of an InfiniBand fat tree.", "fabscope");
+  AddVersionAndNote(app);
+  // For the help only: the command's own line was taken care of above.
+  app.add_subcommand("check", "Checks the cabling of a fabric (fabscope check --help)");
+  if (const auto status = Parse(app, words, "the command check")) return *status;
+  return WrongUsage("no command given, expected check");
 }
 
 }  // namespace fabscope

@@ -2,9 +2,9 @@
 
 #include <array>
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <filesystem>
 #include <streambuf>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -88,6 +88,25 @@ int WriteBeside(const std::string& target, mode_t mode, const WriteTo& write) {
   return error;
 }
 
+// What a path names once all symbolic links are followed; the last target need not exist.
+std::string LinkTarget(const std::string& path) {
+  namespace fs = std::filesystem;
+  constexpr int maxLinks = 40;  // as many as the system follows
+  fs::path target = path;
+  std::error_code error;
+  for (int i = 0; i < maxLinks && fs::is_symlink(fs::symlink_status(target, error)); ++i) {
+    const fs::path next = fs::read_symlink(target, error);
+    if (error) break;
+    target = target.parent_path() / next;
+  }
+  return target;
+}
+
+bool IsOpenAs(const struct stat& file, int fd) {
+  struct stat open {};
+  return fstat(fd, &open) == 0 && open.st_dev == file.st_dev && open.st_ino == file.st_ino;
+}
+
 std::optional<std::string> Failure(const std::string& file, int error) {
   if (error == 0) return std::nullopt;
   return "cannot write " + file + ": " + std::strerror(error);
@@ -97,14 +116,16 @@ std::optional<std::string> Failure(const std::string& file, int error) {
 
 std::optional<std::string> WriteFile(const std::string& path, const WriteTo& write) {
   struct stat info {};
-  if (stat(path.c_str(), &info) != 0) return Failure(path, WriteBeside(path, NewFileMode(), write));
+  const std::string target = LinkTarget(path);
+  if (stat(target.c_str(), &info) != 0) {
+    if (errno != ENOENT) return Failure(path, errno);
+    return Failure(path, WriteBeside(target, NewFileMode(), write));
+  }
   if (S_ISDIR(info.st_mode)) return Failure(path, EISDIR);
-  if (!S_ISREG(info.st_mode)) return Failure(path, WriteInPlace(path, write));
-
-  char* resolved = realpath(path.c_str(), nullptr);
-  if (resolved == nullptr) return Failure(path, errno);
-  const std::string target(resolved);
-  std::free(resolved);
+  // /dev/stdout is a name of whatever file our output goes to, which must not be replaced.
+  if (IsOpenAs(info, STDOUT_FILENO)) return Failure(path, WriteDescriptor(STDOUT_FILENO, write));
+  if (IsOpenAs(info, STDERR_FILENO)) return Failure(path, WriteDescriptor(STDERR_FILENO, write));
+  if (!S_ISREG(info.st_mode)) return Failure(path, WriteInPlace(target, write));
   return Failure(path, WriteBeside(target, info.st_mode & 07777, write));
 }
 

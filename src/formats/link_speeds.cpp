@@ -1,5 +1,6 @@
 #include "formats/link_speeds.h"
 
+#include <algorithm>
 #include <array>
 
 namespace fabscope {
@@ -28,6 +29,11 @@ std::optional<std::uint32_t> SpeedCode(std::string_view name) {
     if (speed.name == name) return speed.code;
   }
   return std::nullopt;
+}
+
+bool IsPrefixOfSpeed(std::string_view text) {
+  return std::any_of(speeds.begin(), speeds.end(),
+                     [&](const Speed& speed) { return speed.name.starts_with(text); });
 }
 
 std::string_view SpeedName(std::uint32_t code) {

@@ -129,6 +129,13 @@ std::string_view SpeedText(std::string_view widthAndSpeed) {
   return widthAndSpeed;
 }
 
+// No speed, a width, or the beginning of a known speed. What is neither is some new hardware's.
+bool IsCutSpeed(std::string_view speed) {
+  if (speed == unknownSpeed || SpeedCode(speed)) return false;
+  const auto isLetter = [](char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); };
+  return IsPrefixOfSpeed(speed) || std::none_of(speed.begin(), speed.end(), isLetter);
+}
+
 }  // namespace
 
 DumpLineKind KindOfDumpLine(std::string_view line) {
@@ -226,15 +233,15 @@ bool IsCutLine(std::string_view line) {
     case DumpLineKind::NodeGuid:
       return true;
     case DumpLineKind::Node: {
-      const bool isSwitch = line.starts_with("Switch");
-      return isSwitch ? line.find(" lmc ", line.rfind('"')) == std::string_view::npos
-                      : !line.ends_with('"') && !line.ends_with("(scp)");
+      // The node and its description, both in quotes; of a switch always the lmc behind them.
+      if (std::count(line.begin(), line.end(), '"') < 4) return true;
+      return line.starts_with("Switch") &&
+             line.find(" lmc ", line.rfind('"')) == std::string_view::npos;
     }
     case DumpLineKind::Port: {
       const std::size_t hash = line.find('#');
       if (hash == std::string_view::npos) return true;
-      const std::string_view speed = SpeedText(WidthAndSpeed(line.substr(hash)));
-      return speed != unknownSpeed && !SpeedCode(speed);
+      return IsCutSpeed(SpeedText(WidthAndSpeed(line.substr(hash))));
     }
     case DumpLineKind::Unknown:
       for (const Keyword& keyword : fieldKeywords) {

@@ -78,6 +78,21 @@ TEST_F(OutputFileTest, SymbolicLinkStaysOneAndItsTargetIsReplaced) {
   EXPECT_EQ(Read(folder / "real"), "new");
 }
 
+TEST_F(OutputFileTest, TargetOfADanglingSymbolicLinkIsMade) {
+  fs::create_symlink("later", folder / "link");
+  EXPECT_EQ(WriteFile(folder / "link", Text("new")), std::nullopt);
+  EXPECT_TRUE(fs::is_symlink(folder / "link"));
+  EXPECT_EQ(Read(folder / "later"), "new");
+}
+
+TEST_F(OutputFileTest, SymbolicLinksThatGoRoundAreAProblem) {
+  fs::create_symlink("b", folder / "a");
+  fs::create_symlink("a", folder / "b");
+  EXPECT_NE(WriteFile(folder / "a", Text("x")), std::nullopt);
+  EXPECT_THAT(Names(), ElementsAre("a", "b"));
+  EXPECT_TRUE(fs::is_symlink(folder / "a"));
+}
+
 TEST_F(OutputFileTest, DeviceIsWrittenToAndNotReplaced) {
   EXPECT_EQ(WriteFile("/dev/null", Text("x")), std::nullopt);
   EXPECT_TRUE(fs::is_character_file("/dev/null"));

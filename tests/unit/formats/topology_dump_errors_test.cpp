@@ -222,6 +222,8 @@ TEST(TopologyDumpErrorsTest, ALastLineThatLacksAPartWasCut) {
                                       "Switch\t3",
                                       "Ca",
                                       "Ca\t1 \"H-21",
+                                      "Ca\t1 \"H-21\"",
+                                      "[2]\t\"S-11\"[1]\t# \"h1\" lid 2 4",
                                       "Rt\t1 \"R-21\"\t# \"ga",
                                       "[",
                                       "[2",
@@ -236,7 +238,7 @@ TEST(TopologyDumpErrorsTest, ALastLineThatLacksAPartWasCut) {
 }
 
 TEST(TopologyDumpErrorsTest, ANodeLineCutBehindTheGuidHasNoDescription) {
-  EXPECT_EQ(Error("Ca\t1 \"H-21\""),
+  EXPECT_EQ(Error("Ca\t1 \"H-21\"\n"),
             "net.topo:1:12: expected # and the node's description in double quotes");
 }
 
@@ -246,8 +248,8 @@ TEST(TopologyDumpErrorsTest, ALastLineWithAllItNeedsIsNotCut) {
         "Switch\t4 \"S-12\"\t# \"leaf\" base port 0 lid 1 lmc 0",
         "Switch\t4 \"S-12\"\t# \"leaf\" base port 0 lid 1 lmc 0 (scp)", "Ca\t1 \"H-21\"\t# \"h1\"",
         "Ca\t1 \"H-21\"\t# \"h1\" (scp)", "Rt\t1 \"R-21\"\t# \"gate\"",
-        "[2]\t\"S-99\"[1]\t# \"h1\" lid 2 4xHDR",
-        "[2]\t\"S-99\"[1]\t# \"h1\" lid 2 HDR s=", "[2]\t\"S-99\"[1]\t# \"h1\" lid 2 4x???",
+        "[2]\t\"S-99\"[1]\t# \"h1\" lid 2 4xHDR", "[2]\t\"S-99\"[1]\t# \"h1\" lid 2 HDR s=",
+        "[2]\t\"S-99\"[1]\t# \"h1\" lid 2 4x???", "[2]\t\"S-99\"[1]\t# \"h1\" lid 2 4xGDR",
         "[2]\t\"S-99\"[1]\t# \"a # b\" lid 2 4xFDR10 slot 3"}) {
     EXPECT_EQ(Error(leaf + std::string(line)), "") << line;
   }
