@@ -420,7 +420,7 @@ TEST_F(TopologyTest, FillingAgainReplacesAllRanks) {
 TEST_F(TopologyTest, NodesOnRankAreThoseOfTheRank) {
   fabric.Switch("root").Switch("leaf").Cable("root", "leaf");
   RankFrom({"root"});
-  EXPECT_EQ(Topology().GetNodesOnRank(0), &Topology().GetRanks()[0]);
+  EXPECT_EQ(Topology().GetNodesOnRank(0), &Topology().GetRanks().front());
   EXPECT_EQ(Topology().GetNodesOnRank(1), &Topology().GetRanks()[1]);
   EXPECT_EQ(Topology().GetErrorText(), "");
 }
