@@ -5,7 +5,7 @@
 
 #include "fabric/guid.h"
 #include "formats/fabric_document.h"
-#include "formats/json_text.h"
+#include "formats/json_members.h"
 #include "formats/link_speeds.h"
 
 namespace fabscope {
@@ -14,50 +14,13 @@ namespace {
 constexpr std::uint32_t stateDown = 1;
 constexpr std::uint32_t stateActive = 4;
 
-// One object or array, its members separated by commas.
-class Members {
- public:
-  Members(std::string& json, char open, char close) : json_(json), close_(close) { json_ += open; }
-  Members(const Members&) = delete;
-  Members& operator=(const Members&) = delete;
-  ~Members() { json_ += close_; }
-
-  std::string& Next() {
-    if (!first_) json_ += ',';
-    first_ = false;
-    return json_;
+void AppendSpeed(JsonMembers& members, std::uint32_t code) {
+  if (const std::string_view name = SpeedName(code); !name.empty()) {
+    members.Text("speed", name);
+  } else {
+    members.Number("speed", code);
   }
-  std::string& Key(std::string_view key) {
-    Next() += '"';
-    return json_.append(key).append("\":");
-  }
-  template <typename T>
-  void Number(std::string_view key, T number) {
-    Key(key) += std::to_string(number);
-  }
-  void Flag(std::string_view key, bool flag) { Key(key) += flag ? "true" : "false"; }
-  void Text(std::string_view key, std::string_view text) { AppendJsonString(Key(key), text); }
-  void Guid(std::string_view key, std::uint64_t guid) {
-    Key(key).append("\"").append(GuidText(guid)).append("\"");
-  }
-  template <typename Numbers>
-  void NumberArray(std::string_view key, const Numbers& numbers) {
-    Members array(Key(key), '[', ']');
-    for (const auto number : numbers) array.Next() += std::to_string(number);
-  }
-  void Speed(std::uint32_t code) {
-    if (const std::string_view name = SpeedName(code); !name.empty()) {
-      Text("speed", name);
-    } else {
-      Number("speed", code);
-    }
-  }
-
- private:
-  std::string& json_;
-  char close_;
-  bool first_ = true;
-};
+}
 
 const char* TypeName(std::uint32_t type) {
   if (type == NodeTypeSwitch) return "switch";
@@ -73,10 +36,10 @@ void AppendPort(std::string& json, const IBPort& port) {
   const bool linked = port.remotePort != nullptr;
   const std::uint32_t linkSpeed = linked ? FirstEnd(port).speed : 0;
   const bool linkSymmetric = linked ? FirstEnd(port).symmetric : true;
-  Members members(json, '{', '}');
+  JsonMembers members(json, '{', '}');
   members.Number("num", port.num);
   if (port.state != (linked ? stateActive : stateDown)) members.Number("state", port.state);
-  if (port.speed != linkSpeed) members.Speed(port.speed);
+  if (port.speed != linkSpeed) AppendSpeed(members, port.speed);
   if (port.symmetric != linkSymmetric) members.Flag("symmetric", port.symmetric);
   if (port.fnm) members.Flag("fnm", true);
   if (port.fnm1) members.Flag("fnm1", true);
@@ -85,7 +48,7 @@ void AppendPort(std::string& json, const IBPort& port) {
   if (port.group) members.Number("group", port.group->number);
 }
 
-void AppendPorts(Members& node, const IBNode& owner) {
+void AppendPorts(JsonMembers& node, const IBNode& owner) {
   std::vector<std::string> ports;
   for (const IBPort* port : owner.ports) {
     if (port == nullptr) continue;
@@ -95,12 +58,12 @@ void AppendPorts(Members& node, const IBNode& owner) {
     if (json.find(',') != std::string::npos) ports.push_back(std::move(json));
   }
   if (ports.empty()) return;
-  Members array(node.Key("ports"), '[', ']');
+  JsonMembers array(node.Key("ports"), '[', ']');
   for (const std::string& port : ports) array.Next() += port;
 }
 
 void AppendNode(std::string& json, const IBNode& node) {
-  Members members(json, '{', '}');
+  JsonMembers members(json, '{', '}');
   members.Guid("guid", node.guid);
   members.Text("type", TypeName(node.nodeType));
   members.Text("name", node.name);
@@ -119,19 +82,19 @@ void AppendNode(std::string& json, const IBNode& node) {
 }
 
 void AppendLink(std::string& json, const IBPort& port) {
-  Members members(json, '{', '}');
+  JsonMembers members(json, '{', '}');
   members.Guid("a", port.node->guid);
   members.Number("aPort", port.num);
   members.Guid("b", port.remotePort->node->guid);
   members.Number("bPort", port.remotePort->num);
-  if (port.speed != 0) members.Speed(port.speed);
+  if (port.speed != 0) AppendSpeed(members, port.speed);
   if (!port.symmetric) members.Flag("symmetric", false);
 }
 
 void AppendAPort(std::string& json, const APort& aport, const std::vector<const IBPort*>& ports) {
-  Members members(json, '{', '}');
+  JsonMembers members(json, '{', '}');
   {
-    Members array(members.Key("ports"), '[', ']');
+    JsonMembers array(members.Key("ports"), '[', ']');
     for (const IBPort* port : ports) {
       array.Next() += fmt::format(R"(["{}",{}])", GuidText(port->node->guid), port->num);
     }
@@ -144,12 +107,12 @@ void AppendAPort(std::string& json, const APort& aport, const std::vector<const 
 std::string FabricDocumentText(const IBFabric& fabric) {
   std::string json = "{\"format\":\"fabscope-fabric\",\"version\":1,\n\"nodes\":";
   {
-    Members nodes(json, '[', ']');
+    JsonMembers nodes(json, '[', ']');
     for (const IBNode& node : fabric.GetNodes()) AppendNode(nodes.Next() += '\n', node);
   }
   json += ",\n\"links\":";
   {
-    Members links(json, '[', ']');
+    JsonMembers links(json, '[', ']');
     for (const IBPort& port : fabric.GetPorts()) {
       if (port.remotePort == nullptr || !IsFirstEnd(port)) continue;
       AppendLink(links.Next() += '\n', port);
@@ -161,7 +124,7 @@ std::string FabricDocumentText(const IBFabric& fabric) {
   }
   json += ",\n\"aports\":";
   {
-    Members aports(json, '[', ']');
+    JsonMembers aports(json, '[', ']');
     for (const APort& aport : fabric.GetAPorts()) {
       AppendAPort(aports.Next() += '\n', aport, members[&aport]);
     }
