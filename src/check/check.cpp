@@ -2,6 +2,8 @@
 
 #include <iterator>
 #include <sstream>
+#include <string_view>
+#include <unordered_map>
 #include <utility>
 
 #include "fabric/fabric_builder.h"
@@ -12,9 +14,19 @@
 namespace fabscope {
 namespace {
 
+std::size_t CountSwitchesOfSharedName(const IBFabric& fabric) {
+  std::unordered_map<std::string_view, std::size_t> counts;
+  for (const IBNode* node : fabric.switches) ++counts[node->name];
+  std::size_t shared = 0;
+  for (const auto& [name, count] : counts) shared += count > 1 ? count : 0;
+  return shared;
+}
+
 class CheckRun {
  public:
-  explicit CheckRun(const CheckOptions& options) : options_(options) {}
+  explicit CheckRun(const CheckOptions& options) : options_(options) {
+    result_.input = options.fabric;
+  }
 
   CheckResult Run() {
     if (!Load()) return std::move(result_);
@@ -76,6 +88,7 @@ bool CheckRun::Load() {
     return false;
   }
   result_.fabric = builder.Build();
+  result_.switchesOfSharedName = CountSwitchesOfSharedName(*result_.fabric);
   return true;
 }
 

@@ -42,9 +42,12 @@ enum class CheckStatus {
 // Everything a report may tell of one check. What the stage wrote stands as it wrote it.
 struct CheckResult {
   CheckStatus status = CheckStatus::BadInput;
+  std::string input;  // the fabric as the user named it
   MaybeError inputError;
   std::vector<std::string> warnings;  // oddities of the input files, a line each
-  std::string message;                // why building or validating failed
+  // How many switches a name alone does not tell from another switch.
+  std::size_t switchesOfSharedName = 0;
+  std::string message;  // why building or validating failed
 
   std::string buildOutput;
   std::string levelsReport;

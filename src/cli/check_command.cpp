@@ -1,10 +1,10 @@
 #include "cli/check_command.h"
 
-#include <iostream>
-
 #include "cli/exit_status.h"
+#include "cli/messages.h"
 #include "cli/output_file.h"
 #include "reports/csv_report.h"
+#include "reports/json_report.h"
 #include "reports/text_report.h"
 
 namespace fabscope {
@@ -12,49 +12,86 @@ namespace {
 
 constexpr const char* standardOutput = "-";
 
-void Complain(const std::string& line) { std::cerr << "fabscope: " << line << '\n'; }
+class CheckCommand {
+ public:
+  explicit CheckCommand(const CheckArguments& arguments) : arguments_(arguments) {}
 
-// Whether all outputs arrived; says so for each that did not.
-bool WriteOutputs(const CheckArguments& arguments, const CheckResult& result) {
-  const auto write = [](const std::string& file, const WriteTo& writeTo) {
+  int Run() {
+    const CheckResult result = RunCheck(arguments_.options);
+    int status = ExitFailed;
+    if (result.inputError) {
+      // What was odd before the input turned out to be unreadable would only hide the reason.
+      messages_.Tell(result.inputError->Text());
+    } else {
+      status = Report(result);
+    }
+    return WriteLog() ? status : ExitFailed;
+  }
+
+ private:
+  int Report(const CheckResult& result);
+  bool WriteReports(const CheckResult& result);
+
+  // Whether the output arrived; says so if it did not.
+  bool Write(const std::string& file, const WriteTo& writeTo) {
     const auto problem =
         file == standardOutput ? WriteStandardOutput(writeTo) : WriteFile(file, writeTo);
-    if (problem) Complain(*problem);
+    if (problem) messages_.Tell(*problem);
     return !problem;
-  };
+  }
+  // Last of all, since it tells of the other files too.
+  bool WriteLog() {
+    if (arguments_.logFile.empty()) return true;
+    return Write(arguments_.logFile, [&](std::ostream& stream) { stream << messages_.GetLog(); });
+  }
+
+  const CheckArguments& arguments_;
+  Messages messages_;
+};
+
+int CheckCommand::Report(const CheckResult& result) {
+  for (const std::string& warning : result.warnings) messages_.Tell(warning);
+  if (result.switchesOfSharedName != 0 && arguments_.options.showGuid == 0) {
+    messages_.Tell(std::to_string(result.switchesOfSharedName) +
+                   " switches share their name with another switch: --show-guid node shows which "
+                   "is meant, --node-name-map FILE gives them names of their own");
+  }
+  const bool written = WriteReports(result);
+  if (result.status != CheckStatus::Done) messages_.Tell(result.message);
+  if (!written || result.status != CheckStatus::Done) return ExitFailed;
+  return result.HasFindings() ? ExitFindings : ExitClean;
+}
+
+bool CheckCommand::WriteReports(const CheckResult& result) {
+  TextStyle style;
+  style.withDump = arguments_.dumpFile == standardOutput;
+  style.quiet = arguments_.quiet;
 
   bool written = true;
-  if (arguments.csvFile != standardOutput) {
-    written &= write(standardOutput, [&](std::ostream& stream) {
-      WriteTextReport(result, arguments.dumpFile == standardOutput, stream);
+  if (arguments_.csvFile != standardOutput && arguments_.jsonFile != standardOutput) {
+    written &= Write(standardOutput, [&](std::ostream& stream) {
+      TextStyle screenStyle = style;
+      screenStyle.color = WantsColor(arguments_.color);
+      WriteTextReport(result, screenStyle, stream);
     });
   }
-  if (!arguments.csvFile.empty() && result.status != CheckStatus::NotBuilt) {
+  if (!arguments_.csvFile.empty() && result.status != CheckStatus::NotBuilt) {
     written &=
-        write(arguments.csvFile, [&](std::ostream& stream) { WriteCsvReport(result, stream); });
+        Write(arguments_.csvFile, [&](std::ostream& stream) { WriteCsvReport(result, stream); });
   }
-  const bool dumpToFile = !arguments.dumpFile.empty() && arguments.dumpFile != standardOutput;
+  if (!arguments_.jsonFile.empty()) {
+    written &= Write(arguments_.jsonFile,
+                     [&](std::ostream& stream) { WriteJsonReport(result, style, stream); });
+  }
+  const bool dumpToFile = !arguments_.dumpFile.empty() && arguments_.dumpFile != standardOutput;
   if (dumpToFile && result.status == CheckStatus::Done) {
-    written &= write(arguments.dumpFile, [&](std::ostream& stream) { stream << result.dump; });
+    written &= Write(arguments_.dumpFile, [&](std::ostream& stream) { stream << result.dump; });
   }
   return written;
 }
 
 }  // namespace
 
-int RunCheckCommand(const CheckArguments& arguments) {
-  const CheckResult result = RunCheck(arguments.options);
-  if (result.inputError) {
-    // What was odd before the input turned out to be unreadable would only hide the reason.
-    Complain(result.inputError->Text());
-    return ExitFailed;
-  }
-  for (const std::string& warning : result.warnings) Complain(warning);
-
-  const bool written = WriteOutputs(arguments, result);
-  if (result.status != CheckStatus::Done) Complain(result.message);
-  if (!written || result.status != CheckStatus::Done) return ExitFailed;
-  return result.HasFindings() ? ExitFindings : ExitClean;
-}
+int RunCheckCommand(const CheckArguments& arguments) { return CheckCommand(arguments).Run(); }
 
 }  // namespace fabscope

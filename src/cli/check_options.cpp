@@ -1,11 +1,11 @@
 #include "cli/check_options.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <filesystem>
 #include <limits>
 #include <utility>
-#include <vector>
 
 namespace fabscope {
 namespace {
@@ -41,7 +41,7 @@ Problem TakePath(std::string& target, const std::string& value) {
 
 constexpr int anyCount = std::numeric_limits<int>::max();
 
-constexpr std::array<CheckOption, 12> table{{
+constexpr std::array<CheckOption, 16> table{{
     {"--roots", "auto|smdb|regex",
      "How the roots are found: by themselves (the default), from the subnet manager's ranks, or by "
      "--root-regex",
@@ -107,6 +107,35 @@ constexpr std::array<CheckOption, 12> table{{
      [](CheckArguments& arguments, const std::string& value) {
        return TakePath(arguments.csvFile, value);
      }},
+    {"--json", "FILE",
+     "Also write the whole result as JSON (- for standard output, instead of the report)",
+     [](CheckArguments& arguments, const std::string& value) {
+       return TakePath(arguments.jsonFile, value);
+     }},
+    {"--log", "FILE", "Also write all messages of standard error (- for standard output)",
+     [](CheckArguments& arguments, const std::string& value) {
+       return TakePath(arguments.logFile, value);
+     }},
+    {"-q,--quiet", "", "The report without its -I- lines",
+     [](CheckArguments& arguments, const std::string&) -> Problem {
+       arguments.quiet = true;
+       return std::nullopt;
+     }},
+    {"--color", "auto|always|never",
+     "Tags of the report in colour: on a terminal, unless NO_COLOR is set (auto, the default), "
+     "always or never",
+     [](CheckArguments& arguments, const std::string& value) -> Problem {
+       if (value == "auto") {
+         arguments.color = ColorWhen::Auto;
+       } else if (value == "always") {
+         arguments.color = ColorWhen::Always;
+       } else if (value == "never") {
+         arguments.color = ColorWhen::Never;
+       } else {
+         return "expected auto, always or never";
+       }
+       return std::nullopt;
+     }},
 }};
 
 // --root-regex and --ranks each say how the roots are found; --roots may only say the same.
@@ -146,22 +175,30 @@ bool IsSameFile(const std::string& a, const std::string& b) {
 
 Problem SettleFiles(const CheckArguments& arguments) {
   const CheckOptions& options = arguments.options;
-  int readers = 0;
-  for (const std::string* path :
-       {&options.fabric, &options.ranks, &options.flids, &options.nodeNameMap}) {
-    if (*path == "-") ++readers;
+  const std::array<const std::string*, 4> inputs{&options.fabric, &options.ranks, &options.flids,
+                                                 &options.nodeNameMap};
+  struct Output {
+    const char* option;
+    const std::string& file;
+  };
+  const std::array<Output, 4> outputs{{{"--dump ", arguments.dumpFile},
+                                       {"--csv ", arguments.csvFile},
+                                       {"--json ", arguments.jsonFile},
+                                       {"--log ", arguments.logFile}}};
+
+  const auto isStandardInput = [](const std::string* path) { return *path == "-"; };
+  if (std::count_if(inputs.begin(), inputs.end(), isStandardInput) > 1) {
+    return "standard input (-) can be read only once";
   }
-  if (readers > 1) return "standard input (-) can be read only once";
-  if (IsSameFile(arguments.dumpFile, arguments.csvFile)) {
-    return "--dump " + arguments.dumpFile + " and --csv " + arguments.csvFile +
-           " contradict each other: each needs a file of its own";
-  }
-  for (const auto& [option, output] :
-       {std::pair("--dump ", &arguments.dumpFile), std::pair("--csv ", &arguments.csvFile)}) {
-    for (const std::string* input :
-         {&options.fabric, &options.ranks, &options.flids, &options.nodeNameMap}) {
-      if (*output == "-" || !IsSameFile(*output, *input)) continue;
-      return option + *output + " would overwrite the input " + *input;
+  for (auto output = outputs.begin(); output != outputs.end(); ++output) {
+    for (auto other = outputs.begin(); other != output; ++other) {
+      if (!IsSameFile(other->file, output->file)) continue;
+      return other->option + other->file + " and " + output->option + output->file +
+             " contradict each other: each needs a file of its own";
+    }
+    for (const std::string* input : inputs) {
+      if (output->file == "-" || !IsSameFile(output->file, *input)) continue;
+      return output->option + output->file + " would overwrite the input " + *input;
     }
   }
   return std::nullopt;

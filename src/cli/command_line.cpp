@@ -12,7 +12,7 @@
 #include "cli/check_options.h"
 #include "cli/exit_status.h"
 #include "cli/output_file.h"
-#include "platform/logging.h"
+#include "platform/version.h"
 
 namespace fabscope {
 namespace {
@@ -33,7 +33,7 @@ int PrintAndLeave(const std::string& text) {
 }
 
 void AddVersionAndNote(CLI::App& app) {
-  app.set_version_flag("--version", "fabscope " FABSCOPE_VERSION);
+  app.set_version_flag("--version", GetToolVersion());
   app.footer(statusNote);
 }
 
@@ -44,18 +44,20 @@ void AddCheckOptions(CLI::App& app, CheckArguments& arguments) {
       ->type_name("")
       ->required();
   for (const CheckOption& option : CheckOptionTable()) {
-    app.add_option_function<std::string>(
-           option.name,
-           [&option, &arguments](const std::string& value) {
-             const auto problem = option.take(arguments, value);
-             if (problem) {
-               throw CLI::ValidationError(option.name,
-                                          "\"" + value + "\" is not allowed, " + *problem);
-             }
-           },
-           option.help)
-        ->type_name(option.metavar)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
+    const auto take = [&option, &arguments](const std::string& value) {
+      const auto problem = option.take(arguments, value);
+      if (problem) {
+        throw CLI::ValidationError(option.name, "\"" + value + "\" is not allowed, " + *problem);
+      }
+    };
+    if (*option.metavar == '\0') {
+      app.add_flag_callback(
+          option.name, [take] { take({}); }, option.help);
+    } else {
+      app.add_option_function<std::string>(option.name, take, option.help)
+          ->type_name(option.metavar)
+          ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
+    }
   }
 }
 
@@ -83,7 +85,21 @@ std::optional<int> Parse(CLI::App& app, std::vector<std::string> words,
   return std::nullopt;
 }
 
+// The parser would take "--quiet=no" for --quiet.
+std::optional<std::string> FlagWithValue(const std::vector<std::string>& words) {
+  const auto endOfOptions = std::find(words.begin(), words.end(), "--");
+  for (const CheckOption& option : CheckOptionTable()) {
+    if (*option.metavar != '\0') continue;
+    const std::string names = option.name;
+    const std::string flag = names.substr(names.find("--"));
+    const auto hasValue = [&](const std::string& word) { return word.starts_with(flag + "="); };
+    if (std::any_of(words.begin(), endOfOptions, hasValue)) return flag + " takes no value";
+  }
+  return std::nullopt;
+}
+
 int RunCheckLine(const std::vector<std::string>& words) {
+  if (const auto problem = FlagWithValue(words)) return WrongUsage(*problem);
   CheckArguments arguments;
   CLI::App app("Checks the cabling of a fabric and reports what is wrong.", "fabscope check");
   AddVersionAndNote(app);
@@ -91,7 +107,6 @@ int RunCheckLine(const std::vector<std::string>& words) {
   if (const auto status = Parse(app, words, "one FABRIC")) return *status;
   if (const auto problem = SettleArguments(arguments)) return WrongUsage(*problem);
 
-  SetScreenSink([](std::string_view text) { std::cerr << text; });
   return RunCheckCommand(arguments);
 }
 

@@ -7,6 +7,9 @@
 namespace fabscope {
 namespace {
 
+constexpr const char* missingLinkEvent = "MISSING_LINK";
+constexpr const char* invalidLinkEvent = "INVALID_LINK";
+
 // The identifier fields are zero: the record belongs to no single node or port.
 std::string CsvLine(const char* event, const std::string& description) {
   return std::string("CLUSTER,0x0,0x0,0x0,") + event + ",\"" + DescToCsvDesc(description) + '"';
@@ -25,7 +28,7 @@ FTMissingLinkError::FTMissingLinkError(std::uint64_t id, const FTLinkIssue& issu
                 GetNodeRecord(issue.node2) + ")";
 }
 
-std::string FTMissingLinkError::GetCSVErrorLine() { return CsvLine("MISSING_LINK", description); }
+std::string FTMissingLinkError::GetCSVErrorLine() { return CsvLine(missingLinkEvent, description); }
 std::string FTMissingLinkError::GetErrorLine() { return description; }
 
 FTInvalidLinkError::FTInvalidLinkError(std::uint64_t id1, std::uint64_t id2,
@@ -45,7 +48,12 @@ FTInvalidLinkError::FTInvalidLinkError(std::uint64_t id1, std::uint64_t id2,
   if (issue.rank1 == 0 && issue.rank2 == 0) level = EN_FABRIC_ERR_WARNING;
 }
 
-std::string FTInvalidLinkError::GetCSVErrorLine() { return CsvLine("INVALID_LINK", description); }
+std::string FTInvalidLinkError::GetCSVErrorLine() { return CsvLine(invalidLinkEvent, description); }
 std::string FTInvalidLinkError::GetErrorLine() { return description; }
+
+const char* GetEventName(const FabricErrGeneral& record) {
+  const bool isMissing = dynamic_cast<const FTMissingLinkError*>(&record) != nullptr;
+  return isMissing ? missingLinkEvent : invalidLinkEvent;
+}
 
 }  // namespace fabscope

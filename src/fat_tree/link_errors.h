@@ -40,4 +40,7 @@ class FTInvalidLinkError final : public FabricErrGeneral {
   std::string GetErrorLine() override;
 };
 
+// What CSV and JSON call the kind of a record of this stage: "MISSING_LINK" or "INVALID_LINK".
+const char* GetEventName(const FabricErrGeneral& record);
+
 }  // namespace fabscope

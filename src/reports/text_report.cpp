@@ -1,18 +1,70 @@
 #include "reports/text_report.h"
 
-namespace fabscope {
+#include <string>
 
-void WriteTextReport(const CheckResult& result, bool withDump, std::ostream& stream) {
-  stream << result.buildOutput << result.levelsReport << result.validateOutput;
-  if (!result.records.empty()) stream << '\n';
+namespace fabscope {
+namespace {
+
+void SplitLines(std::string_view text, const TakeLine& take) {
+  while (!text.empty()) {
+    const std::size_t end = text.find('\n');
+    take(text.substr(0, end));
+    if (end == std::string_view::npos) return;
+    text.remove_prefix(end + 1);
+  }
+}
+
+constexpr std::string_view informationTag = "-I- ";
+constexpr std::size_t tagLength = 3;
+
+// The escape sequence that gives a line's tag its colour; empty when the line has no tag.
+std::string_view TagColor(std::string_view line) {
+  if (line.starts_with("-E- ")) return "\033[31m";
+  if (line.starts_with("-W- ")) return "\033[33m";
+  if (line.starts_with(informationTag)) return "\033[36m";
+  return {};
+}
+
+void WriteColored(std::string_view line, std::ostream& stream) {
+  if (const std::string_view color = TagColor(line); !color.empty()) {
+    stream << color << line.substr(0, tagLength) << "\033[0m";
+    line.remove_prefix(tagLength);
+  }
+  stream << line << '\n';
+}
+
+void TakeAllLines(const CheckResult& result, bool withDump, const TakeLine& take) {
+  SplitLines(result.buildOutput, take);
+  SplitLines(result.levelsReport, take);
+  SplitLines(result.validateOutput, take);
+  if (!result.records.empty()) take({});
   for (const auto& record : result.records) {
     const bool isWarning = record->GetLevel() == EN_FABRIC_ERR_WARNING;
-    stream << (isWarning ? "-W- " : "-E- ") << record->GetErrorLine() << '\n';
+    take((isWarning ? "-W- " : "-E- ") + record->GetErrorLine());
   }
   if (result.status != CheckStatus::Done) return;
-  if (withDump) stream << result.dump;
-  stream << "\n-I- Fat-tree check: " << result.records.size() << " error records, "
-         << result.issuesCount << " issues\n";
+  if (withDump) SplitLines(result.dump, take);
+  take({});
+  take("-I- Fat-tree check: " + std::to_string(result.records.size()) + " error records, " +
+       std::to_string(result.issuesCount) + " issues");
+}
+
+}  // namespace
+
+void ForEachReportLine(const CheckResult& result, const TextStyle& style, const TakeLine& take) {
+  TakeAllLines(result, style.withDump, [&](std::string_view line) {
+    if (!style.quiet || !line.starts_with(informationTag)) take(line);
+  });
+}
+
+void WriteTextReport(const CheckResult& result, const TextStyle& style, std::ostream& stream) {
+  ForEachReportLine(result, style, [&](std::string_view line) {
+    if (style.color) {
+      WriteColored(line, stream);
+    } else {
+      stream << line << '\n';
+    }
+  });
 }
 
 }  // namespace fabscope

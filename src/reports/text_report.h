@@ -1,15 +1,26 @@
 #pragma once
 
+#include <functional>
 #include <ostream>
+#include <string_view>
 
 #include "check/check.h"
 
 namespace fabscope {
 
+struct TextStyle {
+  bool withDump = false;  // the dump, if the result holds one, stands before the closing line
+  bool quiet = false;     // without the "-I- " lines
+  bool color = false;     // tags in colour, for a terminal
+};
+
 // The report that people read and scripts grep: what the stage wrote, the levels, the records with
-// their tags, the dump if the result holds one and `withDump` is set, and the closing line. When
-// the tree could not be built or validated it ends where the work ended; the reason is not part of
-// it.
-void WriteTextReport(const CheckResult& result, bool withDump, std::ostream& stream);
+// their tags, the dump and the closing line. When the tree could not be built or validated it ends
+// where the work ended; the reason is not part of it.
+void WriteTextReport(const CheckResult& result, const TextStyle& style, std::ostream& stream);
+
+// The same line by line, without line ends and colour.
+using TakeLine = std::function<void(std::string_view line)>;
+void ForEachReportLine(const CheckResult& result, const TextStyle& style, const TakeLine& take);
 
 }  // namespace fabscope

@@ -147,7 +147,7 @@ std::string ReadFile(const std::string& path) {
 
 std::string ReportOf(const std::string& path) {
   std::ostringstream report;
-  WriteTextReport(CheckFile(path), false, report);
+  WriteTextReport(CheckFile(path), {.withDump = false}, report);
   return WithoutGroupIds(report.str());
 }
 

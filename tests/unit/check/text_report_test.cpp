@@ -31,7 +31,7 @@ CheckResult FinishedCheck() {
 
 std::string TextOf(const CheckResult& result, bool withDump) {
   std::ostringstream stream;
-  WriteTextReport(result, withDump, stream);
+  WriteTextReport(result, {.withDump = withDump}, stream);
   return stream.str();
 }
 
@@ -71,6 +71,27 @@ TEST(TextReportTest, OfATreeThatWasNotValidatedEndsWithTheRecordsUntilThen) {
   result.status = CheckStatus::NotValidated;
   result.records.push_back(std::make_unique<Record>("wrong", EN_FABRIC_ERR_ERROR));
   EXPECT_EQ(TextOf(result, true), "built\nlevels\nvalidated\n\n-E- wrong\n");
+}
+
+std::string TextOf(const TextStyle& style) {
+  CheckResult result = FinishedCheck();
+  result.validateOutput = "-I- all well\n-W- odd\n\t -I- a name\n-E- wrong\n";
+  result.records.push_back(std::make_unique<Record>("-I- wrong", EN_FABRIC_ERR_ERROR));
+  std::ostringstream stream;
+  WriteTextReport(result, style, stream);
+  return stream.str();
+}
+
+TEST(TextReportTest, WhenQuietLacksTheInformationLinesAndNothingElse) {
+  EXPECT_EQ(TextOf({.quiet = true}),
+            "built\nlevels\n-W- odd\n\t -I- a name\n-E- wrong\n\n-E- -I- wrong\n\n");
+}
+
+TEST(TextReportTest, InColourPaintsTheTagAtTheStartOfALineOnly) {
+  EXPECT_EQ(TextOf({.color = true}),
+            "built\nlevels\n\033[36m-I-\033[0m all well\n\033[33m-W-\033[0m odd\n\t -I- a name\n"
+            "\033[31m-E-\033[0m wrong\n\n\033[31m-E-\033[0m -I- wrong\n\n"
+            "\033[36m-I-\033[0m Fat-tree check: 1 error records, 0 issues\n");
 }
 
 TEST(CsvReportTest, IsAHeaderAndALineForEachRecord) {

@@ -88,6 +88,41 @@ TEST_F(CheckOptionsTest, RootsByRegexNeedTheExpression) {
   EXPECT_THAT(Settle(), Optional(Eq("--roots regex needs --root-regex ERE")));
 }
 
+TEST_F(CheckOptionsTest, ColorNamesItsThreeWays) {
+  EXPECT_EQ(arguments.color, ColorWhen::Auto);
+  EXPECT_EQ(Take("--color", "always"), std::nullopt);
+  EXPECT_EQ(arguments.color, ColorWhen::Always);
+  EXPECT_EQ(Take("--color", "never"), std::nullopt);
+  EXPECT_EQ(arguments.color, ColorWhen::Never);
+  EXPECT_EQ(Take("--color", "auto"), std::nullopt);
+  EXPECT_EQ(arguments.color, ColorWhen::Auto);
+  EXPECT_THAT(Take("--color", "red"), Optional(Eq("expected auto, always or never")));
+}
+
+TEST_F(CheckOptionsTest, EveryOutputNeedsAFileOfItsOwn) {
+  const std::vector<std::string> outputs{"--dump", "--csv", "--json", "--log"};
+  for (std::size_t second = 1; second < outputs.size(); ++second) {
+    for (std::size_t first = 0; first < second; ++first) {
+      arguments = {};
+      EXPECT_EQ(Take(outputs[first], "out"), std::nullopt);
+      EXPECT_EQ(Take(outputs[second], "./out"), std::nullopt);
+      EXPECT_EQ(Settle(), outputs[first] + " out and " + outputs[second] +
+                              " ./out contradict each other: each needs a file of its own");
+    }
+  }
+}
+
+TEST_F(CheckOptionsTest, NoOutputMayOverwriteAnInput) {
+  for (const char* output : {"--dump", "--csv", "--json", "--log"}) {
+    for (const char* input : {"--ranks", "--flids", "--node-name-map"}) {
+      arguments = {};
+      EXPECT_EQ(Take(input, "in"), std::nullopt);
+      EXPECT_EQ(Take(output, "./in"), std::nullopt);
+      EXPECT_EQ(Settle(), std::string(output) + " ./in would overwrite the input in");
+    }
+  }
+}
+
 TEST_F(CheckOptionsTest, DumpFileAsksForTheDump) {
   EXPECT_EQ(Take("--dump", "dump.txt"), std::nullopt);
   ASSERT_EQ(Settle(), std::nullopt);

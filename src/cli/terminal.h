@@ -1,0 +1,11 @@
+#pragma once
+
+namespace fabscope {
+
+enum class ColorWhen { Auto, Always, Never };
+
+// Whether what goes to standard output is to be coloured. With Auto: on a terminal that can show
+// colours, unless the environment's NO_COLOR is set to something.
+bool WantsColor(ColorWhen when);
+
+}  // namespace fabscope

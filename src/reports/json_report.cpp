@@ -1,0 +1,115 @@
+#include "reports/json_report.h"
+
+#include <string>
+
+#include "fat_tree/group_label.h"
+#include "fat_tree/link_errors.h"
+#include "fat_tree/neighborhood.h"
+#include "formats/json_members.h"
+#include "platform/version.h"
+
+namespace fabscope {
+namespace {
+
+const char* StatusName(const CheckResult& result) {
+  if (result.status != CheckStatus::Done) return "failed";
+  return result.HasFindings() ? "findings" : "clean";
+}
+
+void AppendGuids(std::string& json, const NodeSet& nodes) {
+  JsonMembers array(json, '[', ']');
+  for (const IBNode* node : nodes) array.Guid(node->guid);
+}
+
+void AppendGroup(std::string& json, const FTNeighborhood& group, bool isNeighborhood) {
+  JsonMembers members(json, '{', '}');
+  members.Text("kind", GroupName(isNeighborhood));
+  members.Number("id", group.GetId());
+  members.Number("rank", group.GetRank());
+  AppendGuids(members.Key("spines"), group.GetSpines());
+  AppendGuids(members.Key("lines"), group.GetLines());
+  members.Number("totalSpineUplinks", group.GetTotalSpineUplinks());
+  members.Number("totalInternalLinks", group.GetTotalInternalLinks());
+}
+
+void AppendRecord(std::string& json, FabricErrGeneral& record) {
+  JsonMembers members(json, '{', '}');
+  members.Text("event", GetEventName(record));
+  members.Number("level", static_cast<int>(record.GetLevel()));
+  members.Text("description", record.GetErrorLine());
+}
+
+// Writes a document piece by piece: a result can hold millions of records.
+class JsonReport {
+ public:
+  JsonReport(const CheckResult& result, std::ostream& stream) : result_(result), stream_(stream) {}
+
+  void Write(const TextStyle& style) {
+    JsonMembers members(json_, '{', '}');
+    members.Text("format", "fabscope-result");
+    members.Number("version", 1);
+    members.Text("tool", GetToolVersion());
+    members.Text("input", result_.input);
+    members.Text("status", StatusName(result_));
+    members.Text("message", result_.message);
+    WriteRanks(members.Key("ranks"));
+    WriteGroups(members.Key("groups"));
+    WriteRecords(members.Key("records"));
+    members.Number("issues", result_.issuesCount);
+    WriteLines(members.Key("report"), style);
+  }
+  void End() {
+    json_ += '\n';
+    Flush();
+  }
+
+ private:
+  void Flush() {
+    stream_ << json_;
+    json_.clear();
+  }
+  // A member of a list that may be long, on a line of its own.
+  std::string& NextLine(JsonMembers& list) {
+    list.Next() += '\n';
+    if (json_.size() > flushSize) Flush();
+    return json_;
+  }
+
+  void WriteRanks(std::string& json) {
+    JsonMembers ranks(json, '[', ']');
+    for (const NodeSet& rank : result_.topology->GetRanks()) AppendGuids(NextLine(ranks), rank);
+  }
+  void WriteGroups(std::string& json) {
+    JsonMembers list(json, '[', ']');
+    for (const auto& groups : result_.topology->GetNeighborhoods()) {
+      for (const FTNeighborhood* group : groups) {
+        const bool isNeighborhood = result_.topology->IsLastRankNeighborhood(group->GetRank());
+        AppendGroup(NextLine(list), *group, isNeighborhood);
+      }
+    }
+  }
+  void WriteRecords(std::string& json) {
+    JsonMembers list(json, '[', ']');
+    for (const auto& record : result_.records) AppendRecord(NextLine(list), *record);
+  }
+  void WriteLines(std::string& json, const TextStyle& style) {
+    JsonMembers list(json, '[', ']');
+    ForEachReportLine(result_, style,
+                      [&](std::string_view line) { AppendJsonString(NextLine(list), line); });
+  }
+
+  static constexpr std::size_t flushSize = std::size_t{1} << 16;
+  const CheckResult& result_;
+  std::ostream& stream_;
+  std::string json_;
+};
+
+}  // namespace
+
+void WriteJsonReport(const CheckResult& result, const TextStyle& style, std::ostream& stream) {
+  JsonReport report(result, stream);
+  report.Write(style);
+  report.End();
+}
+
+}  // namespace fabscope

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <ostream>
+
+#include "check/check.h"
+#include "reports/text_report.h"
+
+namespace fabscope {
+
+// The whole result as one JSON document, also when the tree could not be built or validated: ranks,
+// groups, records, counts, and the lines of the text report in the style that it has in this run.
+// docs/check-result.schema.json describes it.
+void WriteJsonReport(const CheckResult& result, const TextStyle& style, std::ostream& stream);
+
+}  // namespace fabscope

@@ -1,0 +1,152 @@
+#include "reports/json_report.h"
+
+#include <gtest/gtest.h>
+#include <sstream>
+
+#include "platform/version.h"
+#include "support/stage_fixture.h"
+
+namespace fabscope {
+namespace {
+
+// A check of a fabric that the test describes, from roots that it names.
+class JsonReportTest : public StageTest {
+ protected:
+  void Check(const std::string& rootRegex) {
+    result.input = "dir/my \"fabric\".json";
+    result.topology = std::make_unique<FTTopology>(&fabric.Build(), &out, mergePercent);
+    regExp regex(rootRegex);
+    result.status = CheckStatus::NotBuilt;
+    const int built = result.topology->Build(errors, result.message, regex);
+    result.buildOutput = TakeOutput();
+    if (built == 0) {
+      result.levelsReport = result.topology->LevelsReport();
+      const int validated = result.topology->Validate(errors, result.message);
+      result.status = validated == 0 ? CheckStatus::Done : CheckStatus::NotValidated;
+      result.validateOutput = TakeOutput();
+    }
+    for (FabricErrGeneral* error : errors) result.records.emplace_back(error);
+    errors.clear();
+    result.issuesCount = result.topology->GetIssuesCount();
+  }
+
+  std::string Json(const TextStyle& style = {}) {
+    std::ostringstream json;
+    WriteJsonReport(result, style, json);
+    return json.str();
+  }
+
+  // The number of a group of the checked tree.
+  std::string Id(std::size_t rank) {
+    return std::to_string(result.topology->GetNeighborhoods()[rank][0]->GetId());
+  }
+
+  const std::string head = std::string(R"({"format":"fabscope-result","version":1,"tool":")") +
+                           GetToolVersion() + R"(","input":"dir/my \"fabric\".json",)";
+  CheckResult result;
+};
+
+TEST_F(JsonReportTest, TellsRanksGroupsAndTheReportOfACleanFabric) {
+  AddThreeLevelTree(fabric, 1, 1, 1, 1, 1);
+  Check("^root");
+  const std::string group = Id(0);
+  const std::string hood = Id(1);
+  EXPECT_EQ(Json(), head + R"("status":"clean","message":"","ranks":[
+["0x0000000000000001"],
+["0x0000000000000002"],
+["0x0000000000000003"]],"groups":[
+{"kind":"connectivity group","id":)" +
+                        group + R"(,"rank":0,"spines":["0x0000000000000001"],)" +
+                        R"("lines":["0x0000000000000002"],)" +
+                        R"("totalSpineUplinks":0,"totalInternalLinks":0},
+{"kind":"neighborhood","id":)" +
+                        hood + R"(,"rank":1,"spines":["0x0000000000000002"],)" +
+                        R"("lines":["0x0000000000000003"],)" +
+                        R"("totalSpineUplinks":1,"totalInternalLinks":1}],"records":[],)" +
+                        R"("issues":0,"report":[
+"-I- Detecting roots by the regular exp: ^root",
+"3 level Fat-Tree was discovered: ",
+"\u0009 rank: 0(Roots) #switches: 1",
+"\u0009 rank: 1 #switches: 1",
+"\u0009 rank: 2 #switches: 1",
+"",
+"-I- Connectivity group )" +
+                        group + R"(: all spines have the same number of downlinks: 1",
+"-I- Connectivity group )" +
+                        group + R"(: all lines have the same number of uplinks: 1",
+"-I- Connectivity group )" +
+                        group + R"(: all lines have the same number of downlinks: 1",
+"",
+"-I- Neighborhood )" + hood +
+                        R"(: all spines have the same number of uplinks: 1",
+"-I- Neighborhood )" + hood +
+                        R"(: all spines have the same number of downlinks: 1",
+"-I- Neighborhood )" + hood +
+                        R"(: all lines have the same number of uplinks: 1",
+"-I- Neighborhood )" + hood +
+                        R"(: all lines have the same number of downlinks: 1",
+"",
+"",
+"",
+"-I- Fat-tree check: 0 error records, 0 issues"]}
+)");
+}
+
+TEST_F(JsonReportTest, TellsRecordsWithEventAndLevel) {
+  AddTwoLevelTree(fabric, 2, 3, 0);
+  fabric.Switch("leaf").Cable("root0", "root1").Cable("leaf", "root0");
+  Check("^root");
+  const std::string hood = Id(0);
+  const std::string json = Json({.quiet = true});
+  EXPECT_EQ(json.substr(0, json.find(R"("report")")).substr(json.find(R"("records")")),
+            R"("records":[
+{"event":"INVALID_LINK","level":2,"description":"Neighborhood )" +
+                hood + R"j( : invalid link between switches (root0 port: 4) and (root1 port: 4)"},
+{"event":"MISSING_LINK","level":3,"description":"Neighborhood )j" +
+                hood + R"j(: missing link between switches (root1) and (leaf)"}],"issues":4,)j");
+  EXPECT_EQ(json.substr(0, json.find(R"("ranks")")), head + R"("status":"findings","message":"",)");
+}
+
+TEST_F(JsonReportTest, OfATreeThatWasNotBuiltHoldsTheMessage) {
+  fabric.Switch("a");
+  Check("^nothing");
+  EXPECT_EQ(Json(), head + R"("status":"failed","message":"Cannot build Fat-Tree topology. )"
+                           R"(Failed to fill tree's ranks by the regular expression: )"
+                           R"(No root was provided for creating topology",)"
+                           R"("ranks":[],"groups":[],"records":[],"issues":0,"report":[
+"-I- Detecting roots by the regular exp: ^nothing"]}
+)");
+}
+
+TEST_F(JsonReportTest, OfATreeThatWasNotValidatedHoldsWhatThereWasUntilThen) {
+  fabric.Switch("a");
+  Check("a");
+  EXPECT_EQ(Json(), head + R"("status":"failed","message":"Cannot validate Fat-Tree topology. )"
+                           R"(Cannot calculate Up/Down links. It is not a Fat-Tree topology",)"
+                           R"("ranks":[
+["0x0000000000000001"]],"groups":[],"records":[],"issues":0,"report":[
+"-I- Detecting roots by the regular exp: a",
+"1 level Fat-Tree was discovered: ",
+"\u0009 rank: 0(Roots) #switches: 1"]}
+)");
+}
+
+TEST_F(JsonReportTest, ReplacesBytesThatAreNoText) {
+  fabric.Switch("a");
+  Check("a");
+  result.message = "no\xff";
+  EXPECT_NE(Json().find("\"message\":\"no\xef\xbf\xbd\","), std::string::npos);
+}
+
+TEST_F(JsonReportTest, ReportHasTheStyleOfTheRunButNoColour) {
+  fabric.Switch("a");
+  Check("a");
+  const std::string json = Json({.quiet = true, .color = true});
+  EXPECT_EQ(json.substr(json.find(R"("report")")), R"("report":[
+"1 level Fat-Tree was discovered: ",
+"\u0009 rank: 0(Roots) #switches: 1"]}
+)");
+}
+
+}  // namespace
+}  // namespace fabscope
