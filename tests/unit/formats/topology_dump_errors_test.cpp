@@ -132,6 +132,9 @@ TEST(TopologyDumpErrorsTest, PortNumbersStandInBrackets) {
 TEST(TopologyDumpErrorsTest, APortNumberIsAtMostTheNumberOfPorts) {
   EXPECT_EQ(ErrorOfFile("lines/port-out-of-range.topo"),
             "lines/port-out-of-range.topo:6:2: port number out of range, the node has 4 ports");
+  EXPECT_EQ(Error("Ca\t1 \"H-21\"\t\t# \"h1\"\n"
+                  "[2](121) \t\"S-11\"[1]\t\t# lid 2 lmc 0 \"leaf\" lid 1 4xHDR\n"),
+            "net.topo:2:2: port number out of range, the node has 1 port");
 }
 
 TEST(TopologyDumpErrorsTest, APeersPortNumberIsAtMostItsNumberOfPorts) {
