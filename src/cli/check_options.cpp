@@ -162,6 +162,15 @@ Problem SettleRoots(CheckArguments& arguments) {
   return std::nullopt;
 }
 
+// A path from the root with all links followed; empty when the system cannot tell.
+std::filesystem::path WholePath(const std::string& name) {
+  std::error_code error;
+  const std::filesystem::path absolute = std::filesystem::absolute(name, error);
+  if (error) return {};
+  std::filesystem::path whole = std::filesystem::weakly_canonical(absolute, error);
+  return error ? std::filesystem::path() : whole;
+}
+
 // Whether two names are of one file, however they are spelled. Devices may be named twice.
 bool IsSameFile(const std::string& a, const std::string& b) {
   namespace fs = std::filesystem;
@@ -169,8 +178,8 @@ bool IsSameFile(const std::string& a, const std::string& b) {
   std::error_code error;
   const fs::file_status status = fs::status(a, error);
   if (fs::exists(status) && !fs::is_regular_file(status)) return false;
-  return fs::weakly_canonical(fs::absolute(a), error) ==
-         fs::weakly_canonical(fs::absolute(b), error);
+  const fs::path fileA = WholePath(a);
+  return !fileA.empty() && fileA == WholePath(b);
 }
 
 Problem SettleFiles(const CheckArguments& arguments) {

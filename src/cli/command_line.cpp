@@ -61,6 +61,19 @@ void AddCheckOptions(CLI::App& app, CheckArguments& arguments) {
   }
 }
 
+constexpr const char* endOfOptions = "--";
+
+// What to say of words that the parser could not place. An option is the likeliest mistake.
+std::string UnplacedWord(const std::vector<std::string>& remaining, const std::string& expected) {
+  const auto end = std::find(remaining.begin(), remaining.end(), endOfOptions);
+  for (auto word = remaining.begin(); word != end; ++word) {
+    if (word->size() > 1 && word->front() == '-') return "unknown option " + *word;
+  }
+  const bool onlyBehind = end == remaining.begin();
+  return "unexpected argument " + *(onlyBehind ? std::next(end) : remaining.begin()) +
+         ", expected " + expected;
+}
+
 // Parses and answers nothing, or prints what was asked for or is wrong and answers the exit status.
 // `expected` names what an argument that has no place should have been.
 std::optional<int> Parse(CLI::App& app, std::vector<std::string> words,
@@ -73,12 +86,7 @@ std::optional<int> Parse(CLI::App& app, std::vector<std::string> words,
   } catch (const CLI::CallForVersion& version) {
     return PrintAndLeave(std::string(version.what()) + "\n");
   } catch (const CLI::ExtrasError&) {
-    // The parser names all arguments that it could not place; an option is the likelier mistake.
-    const std::vector<std::string> remaining = app.remaining();
-    for (const std::string& word : remaining) {
-      if (word.size() > 1 && word[0] == '-') return WrongUsage("unknown option " + word);
-    }
-    return WrongUsage("unexpected argument " + remaining.front() + ", expected " + expected);
+    return WrongUsage(UnplacedWord(app.remaining(), expected));
   } catch (const CLI::ParseError& error) {
     return WrongUsage(error.what());
   }
@@ -87,15 +95,31 @@ std::optional<int> Parse(CLI::App& app, std::vector<std::string> words,
 
 // The parser would take "--quiet=no" for --quiet.
 std::optional<std::string> FlagWithValue(const std::vector<std::string>& words) {
-  const auto endOfOptions = std::find(words.begin(), words.end(), "--");
+  const auto end = std::find(words.begin(), words.end(), endOfOptions);
   for (const CheckOption& option : CheckOptionTable()) {
     if (*option.metavar != '\0') continue;
     const std::string names = option.name;
     const std::string flag = names.substr(names.find("--"));
     const auto hasValue = [&](const std::string& word) { return word.starts_with(flag + "="); };
-    if (std::any_of(words.begin(), endOfOptions, hasValue)) return flag + " takes no value";
+    if (std::any_of(words.begin(), end, hasValue)) return flag + " takes no value";
   }
   return std::nullopt;
+}
+
+// "--csv=" is an empty value; the parser would take the next argument for it.
+std::vector<std::string> WithEmptyValues(const std::vector<std::string>& words) {
+  std::vector<std::string> result;
+  bool isOption = true;
+  for (const std::string& word : words) {
+    isOption = isOption && word != endOfOptions;
+    if (isOption && word.starts_with("--") && word.find('=') == word.size() - 1) {
+      result.push_back(word.substr(0, word.size() - 1));
+      result.emplace_back();
+    } else {
+      result.push_back(word);
+    }
+  }
+  return result;
 }
 
 int RunCheckLine(const std::vector<std::string>& words) {
@@ -104,29 +128,15 @@ int RunCheckLine(const std::vector<std::string>& words) {
   CLI::App app("Checks the cabling of a fabric and reports what is wrong.", "fabscope check");
   AddVersionAndNote(app);
   AddCheckOptions(app, arguments);
-  if (const auto status = Parse(app, words, "one FABRIC")) return *status;
+  if (const auto status = Parse(app, WithEmptyValues(words), "one FABRIC")) return *status;
   if (const auto problem = SettleArguments(arguments)) return WrongUsage(*problem);
-
   return RunCheckCommand(arguments);
-}
-
-// "--csv=" is an empty value; the parser would take the next argument for it.
-std::vector<std::string> Words(int argc, const char* const* argv) {
-  std::vector<std::string> words;
-  for (int i = 1; i < argc; ++i) {
-    std::string word = argv[i];
-    const bool hasEmptyValue = word.starts_with("--") && word.find('=') == word.size() - 1;
-    if (hasEmptyValue) word.pop_back();
-    words.push_back(std::move(word));
-    if (hasEmptyValue) words.emplace_back();
-  }
-  return words;
 }
 
 }  // namespace
 
 int RunCommandLine(int argc, const char* const* argv) {
-  std::vector<std::string> words = Words(argc, argv);
+  std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
   if (!words.empty() && words.front() == "check") {
     words.erase(words.begin());
     return RunCheckLine(words);

@@ -116,17 +116,17 @@ std::optional<std::string> Failure(const std::string& file, int error) {
 
 std::optional<std::string> WriteFile(const std::string& path, const WriteTo& write) {
   struct stat info {};
-  const std::string target = LinkTarget(path);
-  if (stat(target.c_str(), &info) != 0) {
+  if (stat(path.c_str(), &info) != 0) {
     if (errno != ENOENT) return Failure(path, errno);
-    return Failure(path, WriteBeside(target, NewFileMode(), write));
+    return Failure(path, WriteBeside(LinkTarget(path), NewFileMode(), write));
   }
   if (S_ISDIR(info.st_mode)) return Failure(path, EISDIR);
   // /dev/stdout is a name of whatever file our output goes to, which must not be replaced.
   if (IsOpenAs(info, STDOUT_FILENO)) return Failure(path, WriteDescriptor(STDOUT_FILENO, write));
   if (IsOpenAs(info, STDERR_FILENO)) return Failure(path, WriteDescriptor(STDERR_FILENO, write));
-  if (!S_ISREG(info.st_mode)) return Failure(path, WriteInPlace(target, write));
-  return Failure(path, WriteBeside(target, info.st_mode & 07777, write));
+  // The system follows links to pipes and terminals; those of /dev/fd have no target to be read.
+  if (!S_ISREG(info.st_mode)) return Failure(path, WriteInPlace(path, write));
+  return Failure(path, WriteBeside(LinkTarget(path), info.st_mode & 07777, write));
 }
 
 std::optional<std::string> WriteStandardOutput(const WriteTo& write) {

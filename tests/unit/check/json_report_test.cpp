@@ -37,7 +37,7 @@ class JsonReportTest : public StageTest {
   }
 
   // The number of a group of the checked tree.
-  std::string Id(std::size_t rank) {
+  std::string Id(std::size_t rank) const {
     return std::to_string(result.topology->GetNeighborhoods()[rank][0]->GetId());
   }
 
@@ -92,6 +92,18 @@ TEST_F(JsonReportTest, TellsRanksGroupsAndTheReportOfACleanFabric) {
 )");
 }
 
+TEST_F(JsonReportTest, TellsUplinksAndInternalLinksOfAGroupApart) {
+  AddThreeLevelTree(fabric, 1, 1, 1, 2, 1);
+  Check("^root");
+  const std::string json = Json();
+  const std::size_t hood = json.find(R"({"kind":"neighborhood")");
+  EXPECT_EQ(json.substr(hood, json.find('\n', hood) - hood),
+            R"({"kind":"neighborhood","id":)" + Id(1) +
+                R"(,"rank":1,"spines":["0x0000000000000003"],"lines":["0x0000000000000004"],)" +
+                R"("totalSpineUplinks":2,"totalInternalLinks":1}],"records":[],"issues":0,)" +
+                R"("report":[)");
+}
+
 TEST_F(JsonReportTest, TellsRecordsWithEventAndLevel) {
   AddTwoLevelTree(fabric, 2, 3, 0);
   fabric.Switch("leaf").Cable("root0", "root1").Cable("leaf", "root0");
@@ -105,6 +117,23 @@ TEST_F(JsonReportTest, TellsRecordsWithEventAndLevel) {
 {"event":"MISSING_LINK","level":3,"description":"Neighborhood )j" +
                 hood + R"j(: missing link between switches (root1) and (leaf)"}],"issues":4,)j");
   EXPECT_EQ(json.substr(0, json.find(R"("ranks")")), head + R"("status":"findings","message":"",)");
+}
+
+TEST_F(JsonReportTest, RecordsOrIssuesAloneAreFindings) {
+  AddTwoLevelTree(fabric, 1, 2, 0);
+  Check("^root");
+  const auto status = [this] {
+    const std::string json = Json();
+    const std::size_t key = json.find(R"("status")");
+    return json.substr(key, json.find(',', key) - key);
+  };
+  EXPECT_EQ(status(), R"("status":"clean")");
+  result.issuesCount = 1;
+  EXPECT_EQ(status(), R"("status":"findings")");
+  result.issuesCount = 0;
+  const FTLinkIssue issue{fabric["root0"], 0, 0, fabric["leaf0"], 0, 1};
+  result.records.push_back(std::make_unique<FTMissingLinkError>(0, issue, true));
+  EXPECT_EQ(status(), R"("status":"findings")");
 }
 
 TEST_F(JsonReportTest, OfATreeThatWasNotBuiltHoldsTheMessage) {
@@ -146,6 +175,35 @@ TEST_F(JsonReportTest, ReportHasTheStyleOfTheRunButNoColour) {
 "1 level Fat-Tree was discovered: ",
 "\u0009 rank: 0(Roots) #switches: 1"]}
 )");
+}
+
+TEST_F(JsonReportTest, ReportHoldsTheDumpWhereTheRunShowsIt) {
+  AddTwoLevelTree(fabric, 1, 1, 0);
+  Check("^root");
+  result.dump = "dumped\n\tall of it\n";
+  const auto end = [](const std::string& json) { return json.substr(json.rfind("\"\",\n\"")); };
+  EXPECT_EQ(end(Json({.withDump = true, .quiet = true})), R"("",
+"dumped",
+"\u0009all of it",
+""]}
+)");
+}
+
+TEST_F(JsonReportTest, OfManyRecordsHoldsEachOfThemOnce) {
+  AddTwoLevelTree(fabric, 1, 1, 0);
+  Check("^root");
+  const FTLinkIssue issue{fabric["root0"], 0, 0, fabric["leaf0"], 0, 1};
+  constexpr std::size_t count = 3000;
+  std::string records;
+  for (std::size_t i = 0; i < count; ++i) {
+    result.records.push_back(std::make_unique<FTMissingLinkError>(i, issue, true));
+    records += (i == 0 ? "\n" : ",\n") +
+               std::string(R"({"event":"MISSING_LINK","level":3,"description":"Neighborhood )") +
+               std::to_string(i) + R"j(: missing link between switches (root0) and (leaf0)"})j";
+  }
+  const std::string json = Json();
+  const std::size_t start = json.find(R"("records":[)") + 11;
+  EXPECT_EQ(json.substr(start, json.find(R"(],"issues")") - start), records);
 }
 
 }  // namespace

@@ -73,6 +73,14 @@ TEST(TextReportTest, OfATreeThatWasNotValidatedEndsWithTheRecordsUntilThen) {
   EXPECT_EQ(TextOf(result, true), "built\nlevels\nvalidated\n\n-E- wrong\n");
 }
 
+TEST(TextReportTest, ShowsALineThatDoesNotEndAllTheSame) {
+  CheckResult result = FinishedCheck();
+  result.validateOutput = "validated\nuntil here";
+  EXPECT_EQ(TextOf(result, false),
+            "built\nlevels\nvalidated\nuntil here\n"
+            "\n-I- Fat-tree check: 0 error records, 0 issues\n");
+}
+
 std::string TextOf(const TextStyle& style) {
   CheckResult result = FinishedCheck();
   result.validateOutput = "-I- all well\n-W- odd\n\t -I- a name\n-E- wrong\n";

@@ -55,6 +55,51 @@ TEST_F(CheckOptionsTest, NumbersBeyondTheirRangeAndOtherTextAreRefused) {
   EXPECT_NE(Take("--retries", "2147483648"), std::nullopt);
 }
 
+TEST_F(CheckOptionsTest, LeadingZerosDoNotMakeANumberLarger) {
+  EXPECT_EQ(Take("--retries", "0000000000000000000007"), std::nullopt);
+  EXPECT_EQ(arguments.options.retries, 7);
+}
+
+TEST_F(CheckOptionsTest, RootsNamesItsThreeWays) {
+  for (const char* value : {"auto", "smdb", "regex"}) {
+    EXPECT_EQ(Take("--roots", value), std::nullopt);
+    EXPECT_EQ(arguments.roots, value);
+  }
+  for (const char* value : {"", "Auto", "regexp"}) {
+    EXPECT_THAT(Take("--roots", value), Optional(Eq("expected auto, smdb or regex"))) << value;
+  }
+}
+
+TEST_F(CheckOptionsTest, AnExpressionThatDoesNotCompileIsRefusedWithTheReason) {
+  const std::string reason = regExp("(").GetError();  // the words are the C library's
+  for (const char* option : {"--root-regex", "--special-nodes"}) {
+    EXPECT_EQ(Take(option, "("), "expected a POSIX extended regular expression: " + reason);
+  }
+  EXPECT_EQ(arguments.options.rootRegex, nullptr);
+  EXPECT_EQ(arguments.options.specialNodes, nullptr);
+}
+
+TEST_F(CheckOptionsTest, EachExpressionIsKeptForItsOwnUse) {
+  EXPECT_EQ(Take("--root-regex", "^spine"), std::nullopt);
+  EXPECT_EQ(Take("--special-nodes", "^sharp"), std::nullopt);
+  ASSERT_EQ(Settle(), std::nullopt);
+  EXPECT_EQ(arguments.options.rootRegex->GetExpression(), "^spine");
+  EXPECT_EQ(arguments.options.specialNodes->GetExpression(), "^sharp");
+}
+
+TEST_F(CheckOptionsTest, AFileHasAName) {
+  for (const char* option :
+       {"--ranks", "--flids", "--node-name-map", "--dump", "--csv", "--json", "--log"}) {
+    EXPECT_THAT(Take(option, ""), Optional(Eq("expected the name of a file"))) << option;
+  }
+}
+
+TEST_F(CheckOptionsTest, QuietIsAskedFor) {
+  EXPECT_FALSE(arguments.quiet);
+  EXPECT_EQ(Take("-q,--quiet", ""), std::nullopt);
+  EXPECT_TRUE(arguments.quiet);
+}
+
 TEST_F(CheckOptionsTest, ShowGuidNamesItsThreeForms) {
   EXPECT_EQ(Take("--show-guid", "system"), std::nullopt);
   EXPECT_EQ(arguments.options.showGuid, 1);
@@ -86,6 +131,43 @@ TEST_F(CheckOptionsTest, RootsBySubnetManagerNeedNoFile) {
 TEST_F(CheckOptionsTest, RootsByRegexNeedTheExpression) {
   EXPECT_EQ(Take("--roots", "regex"), std::nullopt);
   EXPECT_THAT(Settle(), Optional(Eq("--roots regex needs --root-regex ERE")));
+}
+
+TEST_F(CheckOptionsTest, RootsComeFromOnePlace) {
+  EXPECT_EQ(Take("--root-regex", "^spine"), std::nullopt);
+  EXPECT_EQ(Take("--ranks", "ranks.csv"), std::nullopt);
+  EXPECT_THAT(Settle(), Optional(Eq("--root-regex and --ranks contradict each other: roots come "
+                                    "from one of them")));
+}
+
+TEST_F(CheckOptionsTest, RootsMaySayWhatTheOtherOptionSays) {
+  EXPECT_EQ(Take("--root-regex", "^spine"), std::nullopt);
+  EXPECT_EQ(Take("--roots", "regex"), std::nullopt);
+  EXPECT_EQ(Settle(), std::nullopt);
+  EXPECT_EQ(arguments.options.roots, RootsFrom::Regex);
+
+  arguments = {};
+  EXPECT_EQ(Take("--ranks", "ranks.csv"), std::nullopt);
+  EXPECT_EQ(Take("--roots", "smdb"), std::nullopt);
+  EXPECT_EQ(Settle(), std::nullopt);
+  EXPECT_EQ(arguments.options.roots, RootsFrom::Smdb);
+}
+
+TEST_F(CheckOptionsTest, RootsMayNotSayOtherwise) {
+  for (const std::string value : {"auto", "smdb"}) {
+    arguments = {};
+    EXPECT_EQ(Take("--root-regex", "^spine"), std::nullopt);
+    EXPECT_EQ(Take("--roots", value), std::nullopt);
+    EXPECT_EQ(Settle(), "--roots " + value +
+                            " and --root-regex contradict each other: allowed is --roots regex");
+  }
+  for (const std::string value : {"auto", "regex"}) {
+    arguments = {};
+    EXPECT_EQ(Take("--ranks", "ranks.csv"), std::nullopt);
+    EXPECT_EQ(Take("--roots", value), std::nullopt);
+    EXPECT_EQ(Settle(),
+              "--roots " + value + " and --ranks contradict each other: allowed is --roots smdb");
+  }
 }
 
 TEST_F(CheckOptionsTest, ColorNamesItsThreeWays) {
@@ -121,6 +203,40 @@ TEST_F(CheckOptionsTest, NoOutputMayOverwriteAnInput) {
       EXPECT_EQ(Settle(), std::string(output) + " ./in would overwrite the input in");
     }
   }
+}
+
+TEST_F(CheckOptionsTest, NoOutputMayOverwriteTheFabric) {
+  arguments.options.fabric = "./fabric.topo";
+  EXPECT_EQ(Take("--csv", "fabric.topo"), std::nullopt);
+  EXPECT_THAT(Settle(), Optional(Eq("--csv fabric.topo would overwrite the input ./fabric.topo")));
+}
+
+TEST_F(CheckOptionsTest, StandardInputIsReadOnceButMayGoToStandardOutput) {
+  arguments.options.fabric = "-";
+  EXPECT_EQ(Take("--csv", "-"), std::nullopt);
+  EXPECT_EQ(Settle(), std::nullopt);
+  for (const char* option : {"--ranks", "--flids", "--node-name-map"}) {
+    arguments = {};
+    arguments.options.fabric = "-";
+    EXPECT_EQ(Take(option, "-"), std::nullopt);
+    EXPECT_THAT(Settle(), Optional(Eq("standard input (-) can be read only once")));
+  }
+}
+
+TEST_F(CheckOptionsTest, ADeviceMayTakeSeveralOutputsAndAnInput) {
+  arguments.options.fabric = "/dev/null";
+  EXPECT_EQ(Take("--csv", "/dev/null"), std::nullopt);
+  EXPECT_EQ(Take("--json", "/dev/null"), std::nullopt);
+  EXPECT_EQ(Settle(), std::nullopt);
+}
+
+// The outputs will fail, but for what is really the matter with them.
+TEST_F(CheckOptionsTest, FilesThatCannotBeLookedAtAreNotTakenForOne) {
+  const std::string longName(300, 'x');
+  arguments.options.fabric = longName + ".topo";
+  EXPECT_EQ(Take("--csv", longName + ".csv"), std::nullopt);
+  EXPECT_EQ(Take("--json", longName + ".json"), std::nullopt);
+  EXPECT_EQ(Settle(), std::nullopt);
 }
 
 TEST_F(CheckOptionsTest, DumpFileAsksForTheDump) {

@@ -125,6 +125,14 @@ TEST_F(InputTextTest, ADashIsStandardInput) {
   EXPECT_EQ(input.file, "<stdin>");
 }
 
+TEST_F(InputTextTest, StandardInputStaysOpen) {
+  Write("x");
+  const StandardInput redirected(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  InputText input;
+  ASSERT_EQ(ReadInput("-", input), std::nullopt);
+  EXPECT_NE(fcntl(STDIN_FILENO, F_GETFD), -1);
+}
+
 TEST_F(InputTextTest, StandardInputMayBeAPipe) {
   const std::string bytes = LongText(50000);
   std::array<int, 2> ends{};

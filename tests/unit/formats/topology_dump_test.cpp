@@ -160,6 +160,16 @@ TEST_F(TopologyDumpTest, TheSystemGuidOfARecordWithoutNodeLineIsNotTheNextRecord
             "switch 0x11 \"leaf\" ports 4\n");
 }
 
+TEST_F(TopologyDumpTest, ARecordMayBeginWithItsDevice) {
+  EXPECT_EQ(Load("devid=0xd2f0\n"
+                 "sysimgguid=0x77\n"
+                 "\n"
+                 "devid=0xd2f0\n"
+                 "switchguid=0x11(11)\n"
+                 "Switch\t4 \"S-0000000000000011\"\t\t# \"leaf\" base port 0 lid 1 lmc 0\n"),
+            "switch 0x11 \"leaf\" ports 4\n");
+}
+
 TEST_F(TopologyDumpTest, GuidsAreNumbersHoweverTheyArePadded) {
   EXPECT_EQ(LoadFile("lines/unpadded-guids.topo"), R"(ca 0x2c9000b "h1" ports 1
 switch 0x2c9000a "leaf" ports 2
@@ -354,6 +364,17 @@ switch 0x13 "spine" ports 129
 0x11:41 - 0x21:1 speed 0x400
 )");
   EXPECT_THAT(warnings, IsEmpty());
+}
+
+TEST_F(TopologyDumpTest, OnlyAdaptersAreSpecial) {
+  const regExp anything(".");
+  FabricBuilder builder;
+  Warnings found;
+  ASSERT_EQ(LoadFabric(DataPath("lines/router.topo"), nullptr, &anything, builder, found),
+            std::nullopt);
+  const auto loaded = builder.Build();
+  EXPECT_FALSE(loaded->getNodeByGuid(0x11)->isSpecialNode());
+  EXPECT_FALSE(loaded->getNodeByGuid(0x31)->isSpecialNode());
 }
 
 TEST_F(TopologyDumpTest, WithoutAnExpressionNoAdapterIsSpecial) {

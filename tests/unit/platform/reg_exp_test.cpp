@@ -26,6 +26,12 @@ TEST(RegExpTest, AnchorsHoldTheMatchToTheEnds) {
   EXPECT_FALSE(expression.Matches("1core"));
 }
 
+TEST(RegExpTest, ALineEndIsACharacterLikeAnyOther) {
+  EXPECT_TRUE(regExp("a.b").Matches("a\nb"));
+  EXPECT_FALSE(regExp("^b").Matches("a\nb"));
+  EXPECT_FALSE(regExp("a$").Matches("a\nb"));
+}
+
 TEST(RegExpTest, SpeaksTheExtendedSyntax) {
   const regExp expression("^(core|spine)[0-9]{2}+$");
   EXPECT_TRUE(expression.Matches("core01"));
