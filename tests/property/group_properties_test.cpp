@@ -67,8 +67,11 @@ std::string InvalidLinkText(const StageRun& run, std::size_t rank, const IBPort&
                             const IBPort& second) {
   const auto& groups = run.topology->GetNeighborhoods()[rank];
   const bool isLast = rank + 1 == run.topology->GetNeighborhoods().size();
-  const std::uint64_t id1 = FirstGroupWith(groups, first.node)->GetId();
-  const std::uint64_t id2 = FirstGroupWith(groups, second.node)->GetId();
+  const FTNeighborhood* group1 = FirstGroupWith(groups, first.node);
+  const FTNeighborhood* group2 = FirstGroupWith(groups, second.node);
+  if (group1 == nullptr || group2 == nullptr) return "a switch in no group";
+  const std::uint64_t id1 = group1->GetId();
+  const std::uint64_t id2 = group2->GetId();
   if (id1 == id2) {
     return (isLast ? "Neighborhood " : "Connectivity group ") + std::to_string(id1) +
            " : invalid link between switches (" + EndText(first) + ") and (" + EndText(second) +
@@ -90,7 +93,7 @@ std::vector<std::string> CrossCableTexts(const StageRun& run, const Recount& rec
     for (const IBPort* port : PortsOf(*line)) {
       const IBNode* far = CountedSwitch(*port);
       if (far == nullptr || recount.RankOf(far) != static_cast<int>(rank)) continue;
-      if (group->GetSpines().contains(far)) continue;
+      if (group != nullptr && group->GetSpines().contains(far)) continue;
       texts.push_back(InvalidLinkText(run, rank, *port->remotePort, *port));
     }
   }

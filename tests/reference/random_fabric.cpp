@@ -187,7 +187,9 @@ PlainOptions AnyOptions(RandomSource& random, int automaticPercent) {
   if (options.roots == PlainRoots::Regex) options.rootRegex = AnyRegex(random);
   options.retries = random.Pick<int>({0, 1, 2, 10, 10, 10, 10});
   options.equal = random.Pick<int>({1, 2, 2, 2, 2, 3, 4});
-  options.mergePercent = random.Pick<int>({0, 10, 50, 70, 70, 70, 90, 100});
+  // 66 tells whether a third, 33.3 percent, is rounded.
+  options.mergePercent = random.Pick<int>({0, 10, 50, 66, 66, 70, 70, 70, 90, 100});
+  if (random.Chance(10)) options.mergePercent = random.Between(0, 100);
   options.showGuid = random.Below(3);
   return options;
 }

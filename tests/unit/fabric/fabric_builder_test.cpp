@@ -82,6 +82,52 @@ TEST_F(FabricBuilderTest, GivenValuesOfANodeStand) {
   EXPECT_THAT(node->flids, ElementsAre(1, 5));
 }
 
+TEST_F(FabricBuilderTest, ANodeAnswersWhatItWasMadeFrom) {
+  NodeSpec spec = Switch(9, 36);
+  spec.name = "leaf";
+  spec.systemGuid = 8;
+  spec.displayName = "chassis/A1";
+  spec.smdbRank = 3;
+  spec.special = true;
+  spec.multiAsic = true;
+  spec.asic = "2";
+  spec.planesNumber = 4;
+  spec.suitablePlane = 3;
+  spec.planes = std::vector<std::int32_t>{1, 2};
+  ASSERT_EQ(Text(builder.AddNode(spec)), "");
+  const auto fabric = builder.Build();
+  const IBNode* node = fabric->getNodeByGuid(9);
+  EXPECT_EQ(node->guid, 9U);
+  EXPECT_EQ(node->systemGuid, 8U);
+  EXPECT_EQ(node->nodeType, 2U);
+  EXPECT_EQ(node->numPorts, 36);
+  EXPECT_EQ(node->name, "leaf");
+  EXPECT_EQ(node->getAlternativeName(), "chassis/A1");
+  EXPECT_EQ(node->smdbRank, 3);
+  EXPECT_TRUE(node->isSpecialNode());
+  EXPECT_TRUE(node->isVortaSwitch());
+  EXPECT_EQ(node->getVortaSwitchASIC(), "2");
+  EXPECT_EQ(node->getPlanesNumber(), 4);
+  EXPECT_EQ(node->getSuitablePlane(), 3);
+  EXPECT_TRUE(node->isOnSamePlane(1));
+  EXPECT_TRUE(node->isOnSamePlane(2));
+  EXPECT_FALSE(node->isOnSamePlane(3));
+}
+
+TEST_F(FabricBuilderTest, ANodeIsOrdinaryUnlessToldOtherwise) {
+  const auto fabric = builder.Build();
+  const IBNode* node = fabric->getNodeByGuid(1);
+  EXPECT_EQ(node->smdbRank, 255);
+  EXPECT_FALSE(node->isSpecialNode());
+  EXPECT_FALSE(node->isVortaSwitch());
+  EXPECT_EQ(node->getVortaSwitchASIC(), "");
+  EXPECT_EQ(node->getPlanesNumber(), 1);
+  EXPECT_EQ(node->getSuitablePlane(), 1);
+  EXPECT_TRUE(node->isOnSamePlane(1));
+  EXPECT_THAT(node->flids, IsEmpty());
+  EXPECT_EQ(fabric->getNodeByGuid(3)->nodeType, 1U);
+}
+
 TEST_F(FabricBuilderTest, ANodeGuidIsNotZeroAndBelongsToOneNode) {
   EXPECT_EQ(Text(builder.AddNode(Switch(0))), "a node's GUID must not be 0");
   EXPECT_EQ(Text(builder.AddNode(Host(1))), "node GUID 0x0000000000000001 is given twice");
@@ -163,6 +209,71 @@ TEST_F(FabricBuilderTest, AttributesOfAPortAreGivenOnce) {
   EXPECT_EQ(Text(builder.SetPort(3, Port(2))),
             "port 2 of node 0x0000000000000003 does not exist: it has 1 port");
   EXPECT_EQ(Text(builder.SetPort(8, Port(2))), "unknown node 0x0000000000000008");
+}
+
+TEST_F(FabricBuilderTest, APortAnswersWhatItWasGiven) {
+  PortSpec spec = Port(2);
+  spec.state = 3;
+  spec.speed = 0x800;
+  spec.symmetric = false;
+  spec.fnm = true;
+  spec.fnm1 = true;
+  spec.inSubFabric = false;
+  spec.planeMultiplicity = -2;
+  spec.group = -1;
+  ASSERT_EQ(Text(builder.SetPort(1, spec)), "");
+  const auto fabric = builder.Build();
+  const IBPort* port = fabric->getNodeByGuid(1)->getPort(2);
+  ASSERT_NE(port, nullptr);
+  EXPECT_EQ(port->num, 2);
+  EXPECT_EQ(port->node, fabric->getNodeByGuid(1));
+  EXPECT_EQ(port->state, 3U);
+  EXPECT_EQ(port->speed, 0x800U);
+  EXPECT_FALSE(port->isSymmetricLink());
+  EXPECT_TRUE(port->isFNMPort());
+  EXPECT_TRUE(port->isFNM1Port());
+  EXPECT_FALSE(port->getInSubFabric());
+  EXPECT_EQ(port->planeMultiplicity, -2);
+  ASSERT_TRUE(port->group.has_value());
+  EXPECT_EQ(port->group->number, -1);
+}
+
+TEST_F(FabricBuilderTest, TheTwoKindsOfFNMPortsAreKeptApart) {
+  PortSpec fnm = Port(1);
+  fnm.fnm = true;
+  PortSpec fnm1 = Port(2);
+  fnm1.fnm1 = true;
+  ASSERT_EQ(Text(builder.SetPort(1, fnm)), "");
+  ASSERT_EQ(Text(builder.SetPort(1, fnm1)), "");
+  const auto fabric = builder.Build();
+  EXPECT_TRUE(fabric->getNodeByGuid(1)->getPort(1)->isFNMPort());
+  EXPECT_FALSE(fabric->getNodeByGuid(1)->getPort(1)->isFNM1Port());
+  EXPECT_FALSE(fabric->getNodeByGuid(1)->getPort(2)->isFNMPort());
+  EXPECT_TRUE(fabric->getNodeByGuid(1)->getPort(2)->isFNM1Port());
+}
+
+TEST_F(FabricBuilderTest, APortIsOrdinaryUnlessToldOtherwise) {
+  ASSERT_EQ(Link({1, 1}, {2, 1}), "");
+  ASSERT_EQ(Text(builder.SetPort(1, Port(1))), "");
+  ASSERT_EQ(Text(builder.SetPort(1, Port(2))), "");
+  const auto fabric = builder.Build();
+  const IBPort* cabled = fabric->getNodeByGuid(1)->getPort(1);
+  const IBPort* uncabled = fabric->getNodeByGuid(1)->getPort(2);
+  EXPECT_EQ(cabled->state, 4U);
+  EXPECT_EQ(cabled->speed, 0x400U);
+  EXPECT_EQ(cabled->get_remote_node(), fabric->getNodeByGuid(2));
+  EXPECT_EQ(uncabled->state, 1U);
+  EXPECT_EQ(uncabled->speed, 0U);
+  EXPECT_EQ(uncabled->get_remote_node(), nullptr);
+  for (const IBPort* port : {cabled, uncabled}) {
+    EXPECT_TRUE(port->isSymmetricLink());
+    EXPECT_FALSE(port->isFNMPort());
+    EXPECT_FALSE(port->isFNM1Port());
+    EXPECT_TRUE(port->getInSubFabric());
+    EXPECT_EQ(port->planeMultiplicity, 1);
+    EXPECT_FALSE(port->group.has_value());
+    EXPECT_EQ(port->aport, nullptr);
+  }
 }
 
 TEST_F(FabricBuilderTest, AttributesOverrideTheLinkWhicheverComesFirst) {

@@ -3,6 +3,7 @@
 #include <array>
 #include <csignal>
 #include <gtest/gtest.h>
+#include <span>
 
 #include "support/test_fabric.h"
 
@@ -114,11 +115,12 @@ class GetPortTest : public ::testing::Test {
   GetPortTest() {
     node.nodeType = NodeTypeSwitch;
     node.numPorts = 3;
-    node.ports = slots;
+    node.ports = std::span(slots).first(3);
   }
 
-  std::array<IBPort, 3> objects;
-  std::array<IBPort*, 3> slots{objects.data(), nullptr, &objects[2]};
+  std::array<IBPort, 4> objects;
+  // The last one belongs to the next node of the fabric.
+  std::array<IBPort*, 4> slots{objects.data(), nullptr, &objects[2], &objects[3]};
   IBNode node;
 };
 

@@ -163,6 +163,26 @@ TEST_F(AportChecksTest, EveryAggregatedPortTowardsHostsCounts) {
   EXPECT_EQ(Topology().GetIssuesCount(), 2U);
 }
 
+TEST_F(AportChecksTest, LeavesThatShareNothingAreCountedTogether) {
+  for (const std::uint8_t num : std::vector<std::uint8_t>{1, 2, 3, 4}) {
+    const auto second = static_cast<std::uint8_t>(num + 4);
+    PlaneCable("line0", "host", num);
+    PlaneCable("line1", "host", second);
+  }
+  fabric.AggregatedPort({{"line0", 1}, {"line0", 2}, {"line0", 3}, {"line0", 4}}, 1);
+  fabric.AggregatedPort({{"line1", 5}, {"line1", 6}, {"line1", 7}, {"line1", 8}}, 1);
+  EXPECT_EQ(Report(Neighborhood()),
+            "-W- Neighborhood 5: found 2 asymmetric APorts connected to CAs\n");
+  EXPECT_EQ(Topology().GetIssuesCount(), 2U);
+}
+
+TEST_F(AportChecksTest, CheckOfCablesToHostsCallsEveryGroupANeighborhood) {
+  PlaneCable("line0", "host", 1);
+  fabric.AggregatedPort({{"line0", 1}}, 1);
+  EXPECT_EQ(ConnectivityGroup().CheckExternalAPorts(out), StatusSuccess);
+  EXPECT_EQ(TakeOutput(), "-W- Neighborhood 5: found 1 asymmetric APort connected to CAs\n");
+}
+
 TEST_F(AportChecksTest, AggregatedPortOverTwoLeavesCountsForEachOfThem) {
   PlaneCable("line0", "host", 1);
   PlaneCable("line1", "host", 2);

@@ -496,6 +496,29 @@ TEST_F(AutomaticRootsTest, ReasonForHavingNoNextLeafIsToldBehindThePrefix) {
             "Wrong Classification. Unexpected maximal distance: 0");
 }
 
+TEST_F(AutomaticRootsTest, EarlierErrorTextHasNoPartInAMissingNextLeaf) {
+  AddLeaf("lonely", 1);
+  Topology().GetNodesOnRank(7);
+  const std::string earlier = Topology().GetErrorText();
+  EXPECT_EQ(BuildTree(1, 2), StatusBadData);
+  EXPECT_EQ(message,
+            "Cannot build Fat-Tree topology. "
+            "Wrong Classification. Unexpected maximal distance: 0");
+  EXPECT_EQ(Topology().GetErrorText(), earlier);
+}
+
+TEST_F(AutomaticRootsTest, NextLeafIsLookedForFromTheNewestClassification) {
+  // The search starts in pod 0, which has one leaf more than pod 1, and goes on in pod 1: from
+  // there the three leaves of pod 0 are the farthest, and all of them are near the first one.
+  AddThreeLevelTree(fabric, 2, 2, 2, 1, 1);
+  AddLeaf("leaf0.2", 1);
+  fabric.Cable("leaf0.2", "mid0.0").Cable("leaf0.2", "mid0.1");
+  EXPECT_EQ(BuildTree(10, 3), StatusBadData);
+  EXPECT_EQ(message,
+            "Cannot build Fat-Tree topology. "
+            "Failed to find next leaf to classify out of 3 possible nodes");
+}
+
 TEST_F(AutomaticRootsTest, ThirdLeafMustBeFarFromBothUsedOnes) {
   AddThreeLevelTree(fabric, 2, 2, 2, 1, 1);
   EXPECT_EQ(BuildTree(10, 3), StatusBadData);

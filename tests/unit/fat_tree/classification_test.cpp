@@ -140,6 +140,19 @@ TEST_F(ClassificationTest, SwitchQueuedByTwoNeighboursIsListedOnce) {
             (DistanceClasses{{0, List({"leaf"})}, {1, List({"a", "b"})}, {2, List({"far"})}}));
 }
 
+TEST_F(ClassificationTest, SwitchQueuedFromItsOwnClassKeepsTheDistanceOfItsFirstVisit) {
+  // "b" waits at distance 1 when "a" queues it again, at distance 2.
+  fabric.Switch("leaf").Switch("a").Switch("b");
+  fabric.Cable("leaf", "a").Cable("leaf", "b").Cable("a", "b");
+  FTClassification classification(Topology());
+  classification.ClassifyByDistance(*fabric["leaf"]);
+  EXPECT_EQ(TestPeer::DistanceToNodes(classification),
+            (DistanceClasses{{0, List({"leaf"})}, {1, List({"a", "b"})}}));
+  EXPECT_EQ(TestPeer::NodeToDistance(classification),
+            (std::map<const IBNode*, std::int32_t>{
+                {fabric["leaf"], 0}, {fabric["a"], 1}, {fabric["b"], 1}}));
+}
+
 TEST_F(ClassificationTest, LastPortOfASwitchIsSearchedToo) {
   fabric.Switch("leaf", 255).Switch("a", 3).Switch("b");
   fabric.Link("leaf", 255, "a", 1).Link("a", 3, "b", 16);
@@ -184,9 +197,9 @@ TEST_F(ClassificationTest, LinksThatAreNoTreeLinksAreNotFollowed) {
 }
 
 TEST_F(ClassificationTest, MultiAsicSwitchIsNotLeftForAnotherPlane) {
-  AddSwitch("leaf", true, 1);
-  AddSwitch("samePlane", false, 1);
-  AddSwitch("otherPlane", false, 2);
+  AddSwitch("leaf", true, 2);
+  AddSwitch("samePlane", false, 2);
+  AddSwitch("otherPlane", false, 1);
   fabric.Cable("leaf", "otherPlane").Cable("leaf", "samePlane");
   FTClassification classification(Topology());
   classification.ClassifyByDistance(*fabric["leaf"]);
@@ -329,6 +342,15 @@ TEST_F(ClassificationTest, OneDifferingRootMakesUnequal) {
   FTClassification other(Topology());
   SetRanks(one, {Nodes({"a", "b"}), Nodes({"leaf"})});
   SetRanks(other, {Nodes({"a", "c"}), Nodes({"leaf"})});
+  EXPECT_FALSE(one.EqualsTo(other));
+}
+
+TEST_F(ClassificationTest, OneDifferingLeafMakesUnequal) {
+  fabric.Switch("root").Switch("a").Switch("b").Switch("c");
+  FTClassification one(Topology());
+  FTClassification other(Topology());
+  SetRanks(one, {Nodes({"root"}), Nodes({"a", "b"})});
+  SetRanks(other, {Nodes({"root"}), Nodes({"a", "c"})});
   EXPECT_FALSE(one.EqualsTo(other));
 }
 

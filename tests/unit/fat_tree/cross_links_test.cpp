@@ -1,13 +1,13 @@
 #include <gmock/gmock.h>
-#include <initializer_list>
 #include <random>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "fabric/fabric_walk.h"
 #include "fat_tree/up_hop_histogram.h"
-#include "support/stage_fixture.h"
+#include "support/up_hop_fixture.h"
 
 namespace fabscope {
 namespace {
@@ -33,36 +33,8 @@ std::string Numbered(const std::string& name, std::size_t number) {
   return name + std::to_string(number);
 }
 
-UpHopBits Bits(std::initializer_list<std::size_t> indices) {
-  UpHopBits bits;
-  for (const std::size_t index : indices) bits.set(index);
-  return bits;
-}
-
-}  // namespace
-
-class CrossLinksTest : public StageTest {
+class CrossLinksTest : public UpHopTest {
  protected:
-  void AddRoots(std::size_t count) {
-    for (std::size_t r = 0; r < count; ++r) fabric.Switch(Numbered("root", r), 64);
-  }
-
-  // "leaf<l>", cabled to the roots of the l-th list, in that order.
-  void AddLeaves(const std::vector<std::vector<std::size_t>>& upLinks) {
-    for (std::size_t l = 0; l < upLinks.size(); ++l) fabric.Switch(Numbered("leaf", l), 64);
-    for (std::size_t l = 0; l < upLinks.size(); ++l) {
-      for (const std::size_t r : upLinks[l]) {
-        fabric.Cable(Numbered("leaf", l), Numbered("root", r));
-      }
-    }
-  }
-
-  void RankFromRoots(std::size_t count) {
-    std::vector<std::string> names;
-    for (std::size_t r = 0; r < count; ++r) names.push_back(Numbered("root", r));
-    RankFrom(names);
-  }
-
   // Fills the histogram and looks at each set that is left after merging, as forming groups does.
   void CheckAllSets(FTUpHopHistogram& histogram) {
     ASSERT_EQ(histogram.Init(), 0);
@@ -94,8 +66,7 @@ class CrossLinksTest : public StageTest {
 // --- Links inside a rank.
 
 TEST_F(CrossLinksTest, CableBetweenTwoRootsIsRecordedOnceFromTheRootMetFirst) {
-  AddRoots(2);
-  AddLeaves({{0, 1}, {0, 1}});
+  AddRootsAndLeaves(2, {{0, 1}, {0, 1}});
   fabric.Link("root0", 40, "root1", 41);
   RankFromRoots(2);
   FTUpHopHistogram histogram(Topology(), 0);
@@ -104,8 +75,7 @@ TEST_F(CrossLinksTest, CableBetweenTwoRootsIsRecordedOnceFromTheRootMetFirst) {
 }
 
 TEST_F(CrossLinksTest, CableBetweenTwoRootsIsRecordedFromTheSecondWhenThatIsMetFirst) {
-  AddRoots(2);
-  AddLeaves({{1, 0}, {0, 1}});
+  AddRootsAndLeaves(2, {{1, 0}, {0, 1}});
   fabric.Link("root0", 40, "root1", 41);
   RankFromRoots(2);
   FTUpHopHistogram histogram(Topology(), 0);
@@ -114,8 +84,7 @@ TEST_F(CrossLinksTest, CableBetweenTwoRootsIsRecordedFromTheSecondWhenThatIsMetF
 }
 
 TEST_F(CrossLinksTest, SeveralCablesBetweenTwoRootsAreOneIssueWithTheLowestPort) {
-  AddRoots(2);
-  AddLeaves({{0, 1}});
+  AddRootsAndLeaves(2, {{0, 1}});
   fabric.Link("root0", 42, "root1", 40).Link("root0", 41, "root1", 43);
   RankFromRoots(2);
   FTUpHopHistogram histogram(Topology(), 0);
@@ -124,8 +93,7 @@ TEST_F(CrossLinksTest, SeveralCablesBetweenTwoRootsAreOneIssueWithTheLowestPort)
 }
 
 TEST_F(CrossLinksTest, RootsAreLookedAtInTheOrderOfTheCablesThatReachThem) {
-  AddRoots(4);
-  AddLeaves({{2}, {0}});
+  AddRootsAndLeaves(4, {{2}, {0}});
   fabric.Link("root0", 50, "root3", 40).Link("root0", 40, "root1", 40);
   fabric.Link("root2", 40, "root3", 41);
   RankFromRoots(4);
@@ -137,8 +105,7 @@ TEST_F(CrossLinksTest, RootsAreLookedAtInTheOrderOfTheCablesThatReachThem) {
 }
 
 TEST_F(CrossLinksTest, CableBetweenRootsThatNoLeafReachesIsNotSeen) {
-  AddRoots(3);
-  AddLeaves({{0}});
+  AddRootsAndLeaves(3, {{0}});
   fabric.Cable("root1", "root2");
   RankFromRoots(3);
   FTUpHopHistogram histogram(Topology(), 0);
@@ -156,18 +123,18 @@ TEST_F(CrossLinksTest, LastPortOfARootIsLookedAt) {
 }
 
 TEST_F(CrossLinksTest, OnlyCablesToOtherRootsAreARootsIllegalLinks) {
-  AddRoots(2);
-  AddLeaves({{0, 1}});
+  AddRootsAndLeaves(2, {{0, 1}});
   fabric.Host("host").Cable("root0", "host");
-  fabric.Link("root0", 40, "root1", 40, /*symmetric=*/false);
+  fabric.Link("root0", 40, "root1", 40, /*symmetric=*/false).Link("root0", 41, "root1", 41);
   RankFromRoots(2);
+  std::swap(fabric["root0"]->ports[0], fabric["root0"]->ports[41]);  // the management port
   FTUpHopHistogram histogram(Topology(), 0);
   histogram.CheckRootSwitchConnections(*fabric["root0"]);
   EXPECT_THAT(Issues(histogram), IsEmpty());
 }
 
 TEST_F(CrossLinksTest, LookingAtARootAgainRecordsNothingNew) {
-  AddRoots(3);
+  AddRootsAndLeaves(3, {});
   fabric.Cable("root0", "root1").Cable("root0", "root2");
   RankFromRoots(3);
   FTUpHopHistogram histogram(Topology(), 0);
@@ -212,8 +179,7 @@ TEST_F(CrossLinksTest, FillingRecordsWhatLookingAtARootForEveryCableRecords) {
 }
 
 TEST_F(CrossLinksTest, CableBetweenTwoLowerSwitchesIsRecordedOnceFromTheFirst) {
-  AddRoots(1);
-  AddLeaves({{0}, {0}});
+  AddRootsAndLeaves(1, {{0}, {0}});
   fabric.Link("leaf0", 9, "leaf1", 7);
   RankFromRoots(1);
   FTUpHopHistogram histogram(Topology(), 0);
@@ -222,8 +188,7 @@ TEST_F(CrossLinksTest, CableBetweenTwoLowerSwitchesIsRecordedOnceFromTheFirst) {
 }
 
 TEST_F(CrossLinksTest, SeveralCablesBetweenTwoLowerSwitchesAreOneIssueWithTheLowestPort) {
-  AddRoots(1);
-  AddLeaves({{0}, {0}});
+  AddRootsAndLeaves(1, {{0}, {0}});
   fabric.Link("leaf0", 9, "leaf1", 7).Link("leaf0", 8, "leaf1", 17);
   RankFromRoots(1);
   FTUpHopHistogram histogram(Topology(), 0);
@@ -231,9 +196,18 @@ TEST_F(CrossLinksTest, SeveralCablesBetweenTwoLowerSwitchesAreOneIssueWithTheLow
   EXPECT_THAT(Issues(histogram), ElementsAre("leaf0 port 8 rank 1 - leaf1 port 17 rank 1"));
 }
 
+TEST_F(CrossLinksTest, CableFromASwitchToItselfIsRecordedOnce) {
+  AddRootsAndLeaves(1, {{0}});
+  fabric.Link("root0", 41, "root0", 40).Link("leaf0", 8, "leaf0", 9);
+  RankFromRoots(1);
+  FTUpHopHistogram histogram(Topology(), 0);
+  ASSERT_EQ(histogram.Init(), 0);
+  EXPECT_THAT(Issues(histogram), ElementsAre("root0 port 40 rank 0 - root0 port 41 rank 0",
+                                             "leaf0 port 8 rank 1 - leaf0 port 9 rank 1"));
+}
+
 TEST_F(CrossLinksTest, IssuesInsideTheLowerRankAndBetweenRootsStandInPortOrder) {
-  AddRoots(2);
-  AddLeaves({{0}, {1}});
+  AddRootsAndLeaves(2, {{0}, {1}});
   fabric.Link("leaf0", 2, "leaf1", 2).Link("root0", 40, "root1", 40);
   RankFromRoots(2);
   FTUpHopHistogram histogram(Topology(), 0);
@@ -243,8 +217,7 @@ TEST_F(CrossLinksTest, IssuesInsideTheLowerRankAndBetweenRootsStandInPortOrder) 
 }
 
 TEST_F(CrossLinksTest, LinkThatIsNoTreeLinkIsNoIllegalLinkEither) {
-  AddRoots(1);
-  AddLeaves({{0}, {0}});
+  AddRootsAndLeaves(1, {{0}, {0}});
   fabric.Link("leaf0", 9, "leaf1", 9, /*symmetric=*/false);
   RankFromRoots(1);
   FTUpHopHistogram histogram(Topology(), 0);
@@ -266,7 +239,7 @@ TEST_F(CrossLinksTest, UpperSwitchesAreLookedAtOnRankZeroOnly) {
 }
 
 TEST_F(CrossLinksTest, IllegalLinkIsEnteredInTheRegistryOfTheTopology) {
-  AddRoots(3);
+  AddRootsAndLeaves(3, {});
   FTUpHopHistogram histogram(Topology(), 0);
   EXPECT_FALSE(Topology().IsReportedLinkIssue(fabric["root1"], fabric["root0"]));
   histogram.AddIllegalLinkIssue({fabric["root0"], 1, 0, fabric["root1"], 2, 0});
@@ -276,7 +249,7 @@ TEST_F(CrossLinksTest, IllegalLinkIsEnteredInTheRegistryOfTheTopology) {
 }
 
 TEST_F(CrossLinksTest, PairInTheRegistryIsNotRecordedAgainInAnyHistogram) {
-  AddRoots(2);
+  AddRootsAndLeaves(2, {});
   Topology().AddNewLinkIssue(fabric["root0"], fabric["root1"]);
   FTUpHopHistogram histogram(Topology(), 0);
   histogram.AddIllegalLinkIssue({fabric["root0"], 1, 0, fabric["root1"], 2, 0});
@@ -287,8 +260,7 @@ TEST_F(CrossLinksTest, PairInTheRegistryIsNotRecordedAgainInAnyHistogram) {
 // --- Cross links. Set {2,3,4} of one leaf and {0,1,2} of others do not merge.
 
 TEST_F(CrossLinksTest, UpperSwitchReachedMoreThanTwiceAsOftenFromAnotherSetIsTakenOut) {
-  AddRoots(5);
-  AddLeaves({{2, 3, 4}, {0, 1, 2}, {0, 1, 2}, {0, 1, 2}});
+  AddRootsAndLeaves(5, {{2, 3, 4}, {0, 1, 2}, {0, 1, 2}, {0, 1, 2}});
   RankFromRoots(5);
   FTUpHopHistogram histogram(Topology(), 0);
   CheckAllSets(histogram);
@@ -299,8 +271,7 @@ TEST_F(CrossLinksTest, UpperSwitchReachedMoreThanTwiceAsOftenFromAnotherSetIsTak
 }
 
 TEST_F(CrossLinksTest, UpperSwitchReachedExactlyTwiceAsOftenStaysInBothSets) {
-  AddRoots(5);
-  AddLeaves({{2, 3, 4}, {0, 1, 2}, {0, 1, 2}});
+  AddRootsAndLeaves(5, {{2, 3, 4}, {0, 1, 2}, {0, 1, 2}});
   RankFromRoots(5);
   FTUpHopHistogram histogram(Topology(), 0);
   CheckAllSets(histogram);
@@ -310,8 +281,7 @@ TEST_F(CrossLinksTest, UpperSwitchReachedExactlyTwiceAsOftenStaysInBothSets) {
 }
 
 TEST_F(CrossLinksTest, UpperSwitchReachedEquallyOftenStaysInBothSets) {
-  AddRoots(5);
-  AddLeaves({{2, 3, 4}, {0, 1, 2}});
+  AddRootsAndLeaves(5, {{2, 3, 4}, {0, 1, 2}});
   RankFromRoots(5);
   FTUpHopHistogram histogram(Topology(), 0);
   CheckAllSets(histogram);
@@ -320,8 +290,7 @@ TEST_F(CrossLinksTest, UpperSwitchReachedEquallyOftenStaysInBothSets) {
 }
 
 TEST_F(CrossLinksTest, OnlyTheSetThatIsLookedAtLosesSwitches) {
-  AddRoots(5);
-  AddLeaves({{2, 3, 4}, {0, 1, 2}, {0, 1, 2}, {0, 1, 2}});
+  AddRootsAndLeaves(5, {{2, 3, 4}, {0, 1, 2}, {0, 1, 2}, {0, 1, 2}});
   RankFromRoots(5);
   FTUpHopHistogram histogram(Topology(), 0);
   ASSERT_EQ(histogram.Init(), 0);
@@ -332,8 +301,7 @@ TEST_F(CrossLinksTest, OnlyTheSetThatIsLookedAtLosesSwitches) {
 }
 
 TEST_F(CrossLinksTest, LowerSwitchesAreCountedAndNotTheirCables) {
-  AddRoots(5);
-  AddLeaves({{2, 2, 2, 3, 4}, {0, 1, 2}, {0, 1, 2}, {0, 1, 2}});
+  AddRootsAndLeaves(5, {{2, 2, 2, 3, 4}, {0, 1, 2}, {0, 1, 2}, {0, 1, 2}});
   RankFromRoots(5);
   FTUpHopHistogram histogram(Topology(), 0);
   CheckAllSets(histogram);
@@ -345,8 +313,7 @@ TEST_F(CrossLinksTest, LowerSwitchesAreCountedAndNotTheirCables) {
 
 TEST_F(CrossLinksTest, MergedSetsCountTogether) {
   // {1,2} goes into {0,1,2}, so root 2 is reached from three leaves there.
-  AddRoots(5);
-  AddLeaves({{2, 3, 4}, {0, 1, 2}, {0, 1, 2}, {1, 2}});
+  AddRootsAndLeaves(5, {{2, 3, 4}, {0, 1, 2}, {0, 1, 2}, {1, 2}});
   RankFromRoots(5);
   FTUpHopHistogram histogram(Topology(), 0);
   CheckAllSets(histogram);
@@ -355,8 +322,8 @@ TEST_F(CrossLinksTest, MergedSetsCountTogether) {
 }
 
 TEST_F(CrossLinksTest, IssuesFollowTheLowerSwitchesInTheirOrderOfJoining) {
-  AddRoots(5);
-  AddLeaves({{3, 2, 4}, {0, 1, 2}, {0, 1, 2}, {0, 1, 2}, {0, 1, 2}, {0, 1, 2}, {2, 3, 4, 2}});
+  AddRootsAndLeaves(
+      5, {{3, 2, 4}, {0, 1, 2}, {0, 1, 2}, {0, 1, 2}, {0, 1, 2}, {0, 1, 2}, {2, 3, 4, 2}});
   RankFromRoots(5);
   FTUpHopHistogram histogram(Topology(), 0);
   ASSERT_EQ(histogram.Init(), 0);
@@ -371,8 +338,8 @@ TEST_F(CrossLinksTest, IssuesFollowTheLowerSwitchesInTheirOrderOfJoining) {
 
 TEST_F(CrossLinksTest, SwitchThatIsTakenOutIsNotTakenOutAgainForALaterSet) {
   // Root 2 is reached three times from {0,1,2} and from {2,5,6}.
-  AddRoots(7);
-  AddLeaves({{2, 3, 4}, {0, 1, 2}, {0, 1, 2}, {0, 1, 2}, {2, 5, 6}, {2, 5, 6}, {2, 5, 6}});
+  AddRootsAndLeaves(7,
+                    {{2, 3, 4}, {0, 1, 2}, {0, 1, 2}, {0, 1, 2}, {2, 5, 6}, {2, 5, 6}, {2, 5, 6}});
   RankFromRoots(7);
   FTUpHopHistogram histogram(Topology(), 0);
   CheckAllSets(histogram);
@@ -383,10 +350,9 @@ TEST_F(CrossLinksTest, SwitchThatIsTakenOutIsNotTakenOutAgainForALaterSet) {
 
 TEST_F(CrossLinksTest, OtherSetsAreComparedInKeyOrderAndTheirSwitchesInIndexOrder) {
   // leaf0 shares root 3 with the set of the lower key, and roots 0 and 1 with that of the higher.
-  AddRoots(14);
   const std::vector<std::size_t> low{2, 3, 4};
   const std::vector<std::size_t> high{0, 1, 8, 9, 10, 11, 12, 13};
-  AddLeaves({{1, 0, 3, 5, 6, 7}, low, low, low, high, high, high});
+  AddRootsAndLeaves(14, {{1, 0, 3, 5, 6, 7}, low, low, low, high, high, high});
   RankFromRoots(14);
   FTUpHopHistogram histogram(Topology(), 0);
   CheckAllSets(histogram);
@@ -394,6 +360,16 @@ TEST_F(CrossLinksTest, OtherSetsAreComparedInKeyOrderAndTheirSwitchesInIndexOrde
   EXPECT_THAT(Issues(histogram), ElementsAre("root3 port 1 rank 0 - leaf0 port 3 rank 1",
                                              "root0 port 1 rank 0 - leaf0 port 2 rank 1",
                                              "root1 port 1 rank 0 - leaf0 port 1 rank 1"));
+}
+
+TEST_F(CrossLinksTest, SetThatSharesNothingIsPassedOver) {
+  // {0,1} stands before {2,3,4}, which is the one that shares root 4 with leaf0's set.
+  AddRootsAndLeaves(7, {{4, 5, 6}, {0, 1}, {2, 3, 4}, {2, 3, 4}, {2, 3, 4}});
+  RankFromRoots(7);
+  FTUpHopHistogram histogram(Topology(), 0);
+  CheckAllSets(histogram);
+  ASSERT_EQ(TestPeer::UpHopSets(histogram).size(), 3U);
+  EXPECT_THAT(Issues(histogram), ElementsAre("root4 port 1 rank 0 - leaf0 port 1 rank 1"));
 }
 
 TEST_F(CrossLinksTest, CrossLinkOnALowerRankCarriesThatRank) {
@@ -412,8 +388,7 @@ TEST_F(CrossLinksTest, CrossLinkOnALowerRankCarriesThatRank) {
 }
 
 TEST_F(CrossLinksTest, CrossLinksNeitherAskNorFillTheRegistry) {
-  AddRoots(2);
-  AddLeaves({{0, 1, 1}});
+  AddRootsAndLeaves(2, {{0, 1, 1}});
   RankFromRoots(2);
   FTUpHopHistogram histogram(Topology(), 0);
   ASSERT_EQ(histogram.Init(), 0);
@@ -426,9 +401,24 @@ TEST_F(CrossLinksTest, CrossLinksNeitherAskNorFillTheRegistry) {
   EXPECT_FALSE(Topology().IsReportedLinkIssue(fabric["root0"], fabric["leaf0"]));
 }
 
+TEST_F(CrossLinksTest, OnlyTreeLinksOfTheLowerSwitchAreItsCrossLinks) {
+  AddRootsAndLeaves(1, {{0}});
+  fabric.Link("leaf0", 7, "root0", 7).Link("leaf0", 8, "root0", 8).Link("leaf0", 9, "root0", 9);
+  fabric.Link("leaf0", 10, "root0", 10, /*symmetric=*/false).Link("leaf0", 64, "root0", 64);
+  MakeFnmPort("leaf0", 7);
+  MakeFnmPort("root0", 8);
+  RankFromRoots(1);
+  FTUpHopHistogram histogram(Topology(), 0);
+  ASSERT_EQ(histogram.Init(), 0);
+  std::swap(fabric["leaf0"]->ports[0], fabric["leaf0"]->ports[9]);  // the management port
+  EXPECT_EQ(histogram.AddIllegalLinkIssues(0, {fabric["leaf0"]}), 0);
+  EXPECT_THAT(Issues(histogram), ElementsAre("root0 port 1 rank 0 - leaf0 port 1 rank 1",
+                                             "root0 port 8 rank 0 - leaf0 port 8 rank 1",
+                                             "root0 port 64 rank 0 - leaf0 port 64 rank 1"));
+}
+
 TEST_F(CrossLinksTest, OneConnectedLowerSwitchIsEnough) {
-  AddRoots(2);
-  AddLeaves({{1}, {0}});
+  AddRootsAndLeaves(2, {{1}, {0}});
   RankFromRoots(2);
   FTUpHopHistogram histogram(Topology(), 0);
   ASSERT_EQ(histogram.Init(), 0);
@@ -454,8 +444,7 @@ TEST_F(CrossLinksTest, UpperSwitchWithoutCableToTheLowerSwitchesFails) {
 }
 
 TEST_F(CrossLinksTest, UpperSwitchWithoutLowerSwitchesFails) {
-  AddRoots(1);
-  AddLeaves({{0}});
+  AddRootsAndLeaves(1, {{0}});
   RankFromRoots(1);
   FTUpHopHistogram histogram(Topology(), 0);
   ASSERT_EQ(histogram.Init(), 0);
@@ -466,8 +455,7 @@ TEST_F(CrossLinksTest, UpperSwitchWithoutLowerSwitchesFails) {
 }
 
 TEST_F(CrossLinksTest, IndexWithoutUpperSwitchFails) {
-  AddRoots(1);
-  AddLeaves({{0}});
+  AddRootsAndLeaves(1, {{0}});
   RankFromRoots(1);
   FTUpHopHistogram histogram(Topology(), 0);
   ASSERT_EQ(histogram.Init(), 0);
@@ -477,8 +465,7 @@ TEST_F(CrossLinksTest, IndexWithoutUpperSwitchFails) {
 
 TEST_F(CrossLinksTest, FailureToFindTheCablesEndsTheCheckWithTheSwitchTakenOut) {
   // leaf0 is made to stand for a set that it has no cables for.
-  AddRoots(3);
-  AddLeaves({{2}});
+  AddRootsAndLeaves(3, {{2}});
   RankFromRoots(3);
   FTUpHopHistogram histogram(Topology(), 0);
   ASSERT_EQ(histogram.Init(), 0);
@@ -498,7 +485,7 @@ TEST_F(CrossLinksTest, FailureToFindTheCablesEndsTheCheckWithTheSwitchTakenOut) 
 }
 
 TEST_F(CrossLinksTest, SharedSwitchThatTheOtherSetDoesNotCountFails) {
-  AddRoots(3);
+  AddRootsAndLeaves(3, {});
   FTUpHopHistogram histogram(Topology(), 0);
   TestPeer::BitSetSize(histogram) = 3;
   auto& sets = TestPeer::UpHopSets(histogram);
@@ -515,28 +502,44 @@ TEST_F(CrossLinksTest, SharedSwitchThatTheOtherSetDoesNotCountFails) {
   EXPECT_EQ(histogram.GetErrorText(), expected.str());
 }
 
-TEST_F(CrossLinksTest, SharedSwitchThatTheSetItselfDoesNotCountFails) {
-  AddRoots(3);
-  FTUpHopHistogram histogram(Topology(), 0);
-  TestPeer::BitSetSize(histogram) = 3;
-  auto& sets = TestPeer::UpHopSets(histogram);
-  FTUpHopSet& set = sets["0110"];
-  set.upSet = Bits({1, 2});
-  sets["0111"].upSet = Bits({0, 1, 2});
-  EXPECT_EQ(histogram.CheckCrossLinks(set), 4);
-  const std::string text = histogram.GetErrorText();
+TEST_F(CrossLinksTest, SharedSwitchThatTheSetItselfDoesNotCountFailsWhateverTheOtherCounts) {
+  AddRootsAndLeaves(3, {});
   const std::string start =
       "Failed to get how many times a node with index: 1 was encountered. Up-Hop set ptr: ";
-  EXPECT_EQ(text.substr(0, start.size()), start);
-  // The pointer behind it is neither of the two sets.
-  std::ostringstream pointer;
-  pointer << static_cast<const void*>(&set);
-  EXPECT_NE(text.substr(start.size()), pointer.str());
-  EXPECT_EQ(text.substr(start.size(), 2), "0x");
+  for (const bool otherCounts : {true, false}) {
+    FTUpHopHistogram histogram(Topology(), 0);
+    TestPeer::BitSetSize(histogram) = 3;
+    auto& sets = TestPeer::UpHopSets(histogram);
+    FTUpHopSet& set = sets["0110"];
+    set.upSet = Bits({1, 2});
+    FTUpHopSet& other = sets["0111"];
+    other.upSet = Bits({0, 1, 2});
+    if (otherCounts) other.encounteredMap = {{0, 1}, {1, 1}, {2, 1}};
+    EXPECT_EQ(histogram.CheckCrossLinks(set), 4);
+    const std::string text = histogram.GetErrorText();
+    EXPECT_EQ(text.substr(0, start.size()), start);
+    // The pointer behind it is neither of the two sets.
+    for (const FTUpHopSet* each : {&set, &other}) {
+      std::ostringstream pointer;
+      pointer << static_cast<const void*>(each);
+      EXPECT_NE(text.substr(start.size()), pointer.str());
+    }
+    EXPECT_EQ(text.substr(start.size(), 2), "0x");
+  }
+}
+
+TEST_F(CrossLinksTest, SetIsNotComparedWithItself) {
+  // It counts none of its switches, which only a comparison would notice.
+  FTUpHopHistogram histogram(Topology(), 0);
+  TestPeer::BitSetSize(histogram) = 3;
+  FTUpHopSet& set = TestPeer::UpHopSets(histogram)["0110"];
+  set.upSet = Bits({1, 2});
+  EXPECT_EQ(histogram.CheckCrossLinks(set), 0);
+  EXPECT_EQ(histogram.GetErrorText(), "");
 }
 
 TEST_F(CrossLinksTest, SharedSwitchesBeyondTheRankAreNotLookedAt) {
-  AddRoots(2);
+  AddRootsAndLeaves(2, {});
   FTUpHopHistogram histogram(Topology(), 0);
   TestPeer::BitSetSize(histogram) = 2;
   auto& sets = TestPeer::UpHopSets(histogram);
@@ -546,4 +549,5 @@ TEST_F(CrossLinksTest, SharedSwitchesBeyondTheRankAreNotLookedAt) {
   EXPECT_EQ(histogram.GetErrorText(), "");
 }
 
+}  // namespace
 }  // namespace fabscope

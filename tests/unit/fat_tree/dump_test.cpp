@@ -9,8 +9,14 @@ namespace {
 class DumpTest : public StageTest {
  protected:
   DumpTest() {
-    SetScreenSink([this](std::string_view text) { screen += text; });
-    SetLogFileSink([this](std::string_view text) { logFile += text; });
+    SetScreenSink([this](std::string_view text) {
+      screen += text;
+      channels.emplace_back("screen");
+    });
+    SetLogFileSink([this](std::string_view text) {
+      logFile += text;
+      channels.emplace_back("log file");
+    });
   }
   ~DumpTest() override {
     SetScreenSink({});
@@ -44,6 +50,7 @@ class DumpTest : public StageTest {
 
   std::string screen;
   std::string logFile;
+  std::vector<std::string> channels;  // in the order in which they were written to
 };
 
 // --- The whole dump.
@@ -195,6 +202,7 @@ TEST_F(DumpTest, ANullSwitchOnARankEndsTheDumpWithAMessage) {
             "\nrank: 1 size: 2\n");
   EXPECT_EQ(screen, "-E- One of IBNodes is NULL. Cannot dump it\n");
   EXPECT_EQ(logFile, "-E- One of IBNodes is NULL. Cannot dump it\n");
+  EXPECT_EQ(channels, (std::vector<std::string>{"log file", "screen"}));
 }
 
 // --- Groups.
@@ -277,6 +285,7 @@ TEST_F(DumpTest, ANullGroupEndsTheDumpWithAMessage) {
                                   "\t\t\tleaf0.1\n"));
   EXPECT_EQ(screen, "-E- One of FTNeighborhoods is NULL. Cannot dump it\n");
   EXPECT_EQ(logFile, "-E- One of FTNeighborhoods is NULL. Cannot dump it\n");
+  EXPECT_EQ(channels, (std::vector<std::string>{"log file", "screen"}));
 }
 
 TEST_F(DumpTest, ANullSpineEndsTheDumpWithoutAMessage) {

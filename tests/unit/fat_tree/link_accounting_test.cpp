@@ -115,6 +115,12 @@ TEST_F(LinkAccountingTest, MiddleSwitchCountsNeitherItsOwnRankNorFartherRanksNor
   EXPECT_EQ(Count("mid", 2), "0/0");
 }
 
+TEST_F(LinkAccountingTest, EachNeighbouringRankIsAskedByItself) {
+  fabric.Switch("both").Switch("mid").Cable("mid", "both");
+  SetRanks({{"both"}, {"mid"}, {"both"}});
+  EXPECT_EQ(Count("mid", 1), "1/1");
+}
+
 TEST_F(LinkAccountingTest, LastPortCountsToo) {
   fabric.Switch("root", 4).Switch("leaf", 255).Host("host");
   fabric.Link("root", 4, "leaf", 255).Link("leaf", 254, "host", 1);
@@ -335,6 +341,18 @@ TEST_F(LinkAccountingTest, LeastRatioIsKeptWhereverItStands) {
   AddLeaf("least", {1, 4}, 0x4);
   AddLeaf("b", {3, 1}, 0x4);
   EXPECT_EQ(MinRatio(), 2.5);
+}
+
+TEST_F(LinkAccountingTest, LeastRatioOnceSetOnlyDecreases) {
+  fabric.Switch("root").Switch("leaf").Cable("leaf", "root", 0x4);
+  TestPeer::SwitchUpDownLinks(Topology())[fabric["leaf"]] = {2, 1};
+  SetRanks({{"root"}, {"leaf"}});
+  TestPeer::MinUpDownRatio(Topology()) = 7.0;
+  EXPECT_EQ(Topology().CalculateUpDownLinksMinRatio(), StatusSuccess);
+  EXPECT_EQ(Topology().GetMinUpDownRatio(), 7.0);
+  TestPeer::MinUpDownRatio(Topology()) = 21.0;
+  EXPECT_EQ(Topology().CalculateUpDownLinksMinRatio(), StatusSuccess);
+  EXPECT_EQ(Topology().GetMinUpDownRatio(), 20.0);
 }
 
 TEST_F(LinkAccountingTest, RatioZeroCountsAsNotSetAndIsReplaced) {

@@ -1,4 +1,8 @@
+#include <functional>
+#include <ostream>
+#include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "fat_tree/status.h"
@@ -196,6 +200,13 @@ TEST_F(LinkChecksTest, TotalsAreComparedAsUnsignedNumbers) {
   EXPECT_EQ(group.CheckBlockingConfiguration(errors, out), StatusSuccess);
   EXPECT_EQ(TakeOutput(), "");
   EXPECT_EQ(group.GetTotalSpineUplinks(), 0xffffffffffffffffU);
+}
+
+TEST_F(LinkChecksTest, CountsAreSignExtendedBeforeTheyAreSummedUp) {
+  FTNeighborhood& group = Neighborhood({{"spine0", {-3, -1}}, {"spine1", {1, 5}}}, {});
+  EXPECT_EQ(group.CheckBlockingConfiguration(errors, out), StatusSuccess);
+  EXPECT_EQ(group.GetTotalSpineUplinks(), 0xfffffffffffffffeU);
+  EXPECT_EQ(group.GetTotalInternalLinks(), 4U);
 }
 
 // --- One set.
@@ -426,6 +437,66 @@ TEST_F(LinkChecksTest, NullLineEndsTheCheckBehindTheSpines) {
   // Once only: the second check of the lines was not run.
   EXPECT_EQ(group.GetErrorText(),
             "Cannot calculate Up/Down links for the neighborhood: 3. One of its IB-Nodes is NULL");
+}
+
+// A stream that acts at each flush, of which there is one behind each line. A null switch is met by
+// the first check that visits its set; to be met by a later one it must come in between.
+class HookedStream : private std::stringbuf, public std::ostream {
+ public:
+  explicit HookedStream(std::function<void(int)> hook)
+      : std::ostream(this), action(std::move(hook)) {}
+
+  std::string Text() const { return std::stringbuf::str(); }
+
+ private:
+  int sync() override {
+    action(++flushes);
+    return 0;
+  }
+
+  std::function<void(int)> action;
+  int flushes = 0;
+};
+
+TEST_F(LinkChecksTest, NullSpineBehindTheBlockingTestEndsTheCheckAtTheUplinks) {
+  FTNeighborhood& group = Neighborhood({{"spine", {1, 9}}}, {{"line", {1, 1}}});
+  HookedStream stream([&](int flushes) {
+    if (flushes == 2) TestPeer::Spines(group).insert(nullptr);
+  });
+  EXPECT_EQ(group.CheckUpDownLinks(errors, stream), StatusLookupFailed);
+  EXPECT_EQ(stream.Text(),
+            "\n"
+            "-W- Neighborhood 3: suspected blocking configuration  --  total number of spine's "
+            "uplinks 1 is less then total number of internal links 9\n");
+  // Once only: the downlinks of the spines were not checked.
+  EXPECT_EQ(group.GetErrorText(),
+            "Cannot calculate Up/Down links for the neighborhood: 3. One of its IB-Nodes is NULL");
+}
+
+TEST_F(LinkChecksTest, NullSpineBehindTheUplinksEndsTheCheckAtTheDownlinks) {
+  FTNeighborhood& group = Neighborhood({{"spine", {9, 1}}}, {{"line", {1, 1}}});
+  HookedStream stream([&](int flushes) {
+    if (flushes == 2) TestPeer::Spines(group).insert(nullptr);
+  });
+  EXPECT_EQ(group.CheckUpDownLinks(errors, stream), StatusLookupFailed);
+  EXPECT_EQ(stream.Text(),
+            "\n"
+            "-I- Neighborhood 3: all spines have the same number of uplinks: 9\n");
+}
+
+TEST_F(LinkChecksTest, NullLineBehindTheUplinksIsTheResultOfTheLastCheck) {
+  FTNeighborhood& group = ConnectivityGroup({{"root", {0, 9}}}, {{"line", {1, 1}}});
+  HookedStream stream([&](int flushes) {
+    if (flushes == 3) TestPeer::Lines(group).insert(nullptr);
+  });
+  EXPECT_EQ(group.CheckUpDownLinks(errors, stream), StatusLookupFailed);
+  EXPECT_EQ(stream.Text(),
+            "\n"
+            "-I- Connectivity group 3: all spines have the same number of downlinks: 9\n"
+            "-I- Connectivity group 3: all lines have the same number of uplinks: 1\n");
+  EXPECT_EQ(
+      group.GetErrorText(),
+      "Cannot calculate Up/Down links for the connectivity group: 3. One of its IB-Nodes is NULL");
 }
 
 }  // namespace

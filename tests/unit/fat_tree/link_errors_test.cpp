@@ -81,6 +81,9 @@ TEST_F(LinkErrorsTest, AnInvalidLinkIsMilderOnlyBetweenTwoRoots) {
   EXPECT_EQ(LevelBetweenRanks(0, 1), 3);
   EXPECT_EQ(LevelBetweenRanks(1, 0), 3);
   EXPECT_EQ(LevelBetweenRanks(1, 1), 3);
+  // Zero in their low halves only: no roots.
+  EXPECT_EQ(LevelBetweenRanks(std::uint64_t{1} << 32, 0), 3);
+  EXPECT_EQ(LevelBetweenRanks(0, std::uint64_t{1} << 32), 3);
 }
 
 TEST_F(LinkErrorsTest, AnInvalidLinkBetweenTwoRootsOfOneGroupIsMilderToo) {

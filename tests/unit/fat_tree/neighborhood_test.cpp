@@ -1,12 +1,14 @@
 #include "fat_tree/neighborhood.h"
 
+#include <cstdlib>
 #include <gmock/gmock.h>
+#include <iostream>
 #include <string>
 #include <vector>
 
 #include "fat_tree/link_errors.h"
 #include "fat_tree/up_hop_histogram.h"
-#include "support/stage_fixture.h"
+#include "support/up_hop_fixture.h"
 
 namespace fabscope {
 namespace {
@@ -30,54 +32,8 @@ std::vector<std::uint64_t> Ids(const FTTopology& topology, std::size_t rank) {
   return ids;
 }
 
-UpHopBits Bits(std::initializer_list<std::size_t> indices) {
-  UpHopBits bits;
-  for (const std::size_t index : indices) bits.set(index);
-  return bits;
-}
-
-}  // namespace
-
-class NeighborhoodTest : public StageTest {
+class NeighborhoodTest : public UpHopTest {
  protected:
-  using Cables = std::vector<std::vector<int>>;
-
-  void AddSwitches(const std::string& name, std::size_t count) {
-    for (std::size_t i = 0; i < count; ++i) fabric.Switch(name + std::to_string(i), 64);
-  }
-
-  // Cables lower switch l to the upper switches of the l-th list, in that order.
-  void AddCables(const std::string& lower, const std::string& upper, const Cables& cables) {
-    for (std::size_t l = 0; l < cables.size(); ++l) {
-      for (const int u : cables[l]) {
-        fabric.Cable(lower + std::to_string(l), upper + std::to_string(u));
-      }
-    }
-  }
-
-  void AddRootsAndLeaves(std::size_t roots, const Cables& cables) {
-    AddSwitches("root", roots);
-    AddSwitches("leaf", cables.size());
-    AddCables("leaf", "root", cables);
-  }
-
-  // Three ranks of which the upper two are as given: "edge0" hangs below all mids.
-  void AddRootsAndMids(std::size_t roots, const Cables& cables) {
-    AddSwitches("root", roots);
-    AddSwitches("mid", cables.size());
-    AddSwitches("edge", 1);
-    AddCables("mid", "root", cables);
-    for (std::size_t m = 0; m < cables.size(); ++m) {
-      fabric.Cable("edge0", "mid" + std::to_string(m));
-    }
-  }
-
-  void RankFromRoots(std::size_t count) {
-    std::vector<std::string> names;
-    for (std::size_t r = 0; r < count; ++r) names.push_back("root" + std::to_string(r));
-    RankFrom(names);
-  }
-
   // Ranks a fabric of two or three levels and groups all of it.
   int GroupFromRoots(std::size_t count) {
     RankFromRoots(count);
@@ -112,6 +68,8 @@ class NeighborhoodTest : public StageTest {
     return texts;
   }
 };
+
+using NeighborhoodDeathTest = NeighborhoodTest;
 
 // --- Groups.
 
@@ -185,6 +143,18 @@ TEST_F(NeighborhoodTest, NeighborhoodsAndConnectivityGroupsAreNumberedApartThrou
   EXPECT_THAT(Ids(second, 1), ElementsAre(neighborhood + 2, neighborhood + 3));
 }
 
+// In a process of its own: the other tests of this one have numbered groups before.
+TEST_F(NeighborhoodDeathTest, NumbersOfAProcessStartAtZero) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  AddThreeLevelTree(fabric, 2, 2, 3, 1, 1);
+  const auto tellFirst = [this] {
+    GroupFromRoots(3);
+    std::cerr << "group " << Id(0, 0) << ", neighborhood " << Id(1, 0);
+    std::exit(0);
+  };
+  EXPECT_EXIT(tellFirst(), ::testing::ExitedWithCode(0), "^group 0, neighborhood 0$");
+}
+
 TEST_F(NeighborhoodTest, NumbersOfDiscardedGroupsAreNotGivenAgain) {
   // No leaf reaches root2, so that its cable to root0 fails the rank once two groups are made.
   AddRootsAndLeaves(3, {{0}, {1}});
@@ -213,10 +183,7 @@ TEST_F(NeighborhoodTest, LowerSwitchesWithoutUpLinksAreAGroupWithoutSpines) {
   // Only the root's side of the cable to leaf1 counts; no set may take in another.
   mergePercent = 100;
   AddRootsAndLeaves(1, {{0}, {0}});
-  PortSpec fnm;
-  fnm.num = 1;
-  fnm.fnm = true;
-  fabric.Port("leaf1", fnm);
+  MakeFnmPort("leaf1", 1);
   ASSERT_EQ(GroupFromRoots(1), 0);
   ASSERT_EQ(Topology().GetNeighborhoods()[0].size(), 2U);
   EXPECT_THAT(Group(0, 0).GetSpines(), IsEmpty());
@@ -228,10 +195,7 @@ TEST_F(NeighborhoodTest, LowerSwitchesWithoutUpLinksAreAGroupWithoutSpines) {
 
 TEST_F(NeighborhoodTest, LowerSwitchWithoutUpLinksMissesEverySpineOfTheGroupThatTookIt) {
   AddRootsAndLeaves(2, {{0, 1}, {0}});
-  PortSpec fnm;
-  fnm.num = 1;
-  fnm.fnm = true;
-  fabric.Port("leaf1", fnm);
+  MakeFnmPort("leaf1", 1);
   ASSERT_EQ(GroupFromRoots(2), 0);
   ASSERT_EQ(Topology().GetNeighborhoods()[0].size(), 1U);
   EXPECT_THAT(ErrorLines(), ElementsAre("Neighborhood " + Id(0, 0) +
@@ -539,17 +503,19 @@ TEST_F(NeighborhoodTest, IllegalLinkToASwitchOfNoGroupFailsTheRankAndKeepsEarlie
                   " : invalid link between switches (root0 port: 40) and (root1 port: 40)"));
 }
 
-TEST_F(NeighborhoodTest, IssueWhoseFirstSwitchIsInNoGroupFails) {
-  AddRootsAndLeaves(2, {{0}});
+TEST_F(NeighborhoodTest, IssueWhoseFirstSwitchIsInNoGroupFailsWhereverTheSecondIs) {
+  AddRootsAndLeaves(3, {{0}});
   FTNeighborhood group(&Topology(), 0, 0);
   group.AddNodes({fabric["root0"]}, true);
-  FTUpHopHistogram histogram(Topology(), 0);
-  TestPeer::LinkIssues(histogram) = {{fabric["root1"], 1, 0, fabric["root0"], 2, 0}};
-  EXPECT_EQ(histogram.InvalidLinksReport(errors, {&group}), 4);
-  EXPECT_EQ(histogram.GetErrorText(),
-            "The provided switch ( GUID: 0x0000000000000002 ) is not associated with any "
-            "neighborhood on the rank: 0");
-  EXPECT_THAT(errors, IsEmpty());
+  for (const char* second : {"root0", "root2"}) {
+    FTUpHopHistogram histogram(Topology(), 0);
+    TestPeer::LinkIssues(histogram) = {{fabric["root1"], 1, 0, fabric[second], 2, 0}};
+    EXPECT_EQ(histogram.InvalidLinksReport(errors, {&group}), 4);
+    EXPECT_EQ(histogram.GetErrorText(),
+              "The provided switch ( GUID: 0x0000000000000002 ) is not associated with any "
+              "neighborhood on the rank: 0");
+    EXPECT_THAT(errors, IsEmpty());
+  }
 }
 
 TEST_F(NeighborhoodTest, FailureToFillIsToldByTheTopologyAndLeavesNoGroups) {
@@ -621,4 +587,5 @@ TEST_F(NeighborhoodTest, FailedSearchForCrossLinksIsPassedUpBeforeAnyGroupIsMade
   EXPECT_THAT(errors, IsEmpty());
 }
 
+}  // namespace
 }  // namespace fabscope

@@ -5,6 +5,9 @@
 namespace fabscope {
 namespace {
 
+// Taken before any test can have changed it.
+const int settingAtStart = FTTopology::Show_GUID;
+
 class NodeRecordTest : public StageTest {
  protected:
   // The record of a switch of the given display name and ASIC.
@@ -18,6 +21,8 @@ class NodeRecordTest : public StageTest {
     return GetNodeRecord(&node);
   }
 };
+
+TEST_F(NodeRecordTest, ShowsNoGuidUnlessAskedTo) { EXPECT_EQ(settingAtStart, 0); }
 
 TEST_F(NodeRecordTest, IsTheDisplayNameAndNotTheName) { EXPECT_EQ(Record("shown"), "shown"); }
 

@@ -30,6 +30,22 @@ class RankAssignmentTest : public StageTest {
     TestPeer::DistanceToNodes(Classification())[distance].push_back(fabric[name]);
   }
 
+  // Two switches with every kind of cable between them that is no tree link as the first sees it,
+  // and a host at the first.
+  void AddSwitchBesideTheTree(const std::string& name, const std::string& other) {
+    fabric.Switch(name).Switch(other).Host("host");
+    fabric.Link(name, 1, "host", 1).Link(name, 2, other, 2, /*symmetric=*/false);
+    fabric.Link(name, 3, other, 3).Link(name, 4, other, 4).Link(name, 5, other, 5);
+    PortSpec fnm;
+    fnm.num = 3;
+    fnm.fnm = true;
+    PortSpec fnm1;
+    fnm1.num = 4;
+    fnm1.fnm1 = true;
+    fabric.Port(name, fnm).Port(name, fnm1);
+    std::swap(fabric[name]->ports[0], fabric[name]->ports[5]);  // as if it were port 0
+  }
+
   // Two groups under two roots, two pods in each group, two leaves in each pod:
   // upper<group>.<root>, mid<group>.<pod>, leaf<group>.<pod>.<i>.
   void AddFourLevelTree() {
@@ -183,6 +199,14 @@ TEST_F(RankAssignmentTest, SwitchWithoutNeighboursIsALeafOfThreeLevels) {
             (Ranks{{}, {}, Nodes({"noPorts", "noCables", "onlyHost"})}));
 }
 
+TEST_F(RankAssignmentTest, OnlyTreeLinksMakeARootOfThreeLevels) {
+  AddSwitchBesideTheTree("s", "far");
+  Place("s", 2);
+  Place("far", 3);
+  EXPECT_EQ(Classification().Set3L_FTRanks(), StatusSuccess);
+  EXPECT_EQ(TestPeer::Ranks(Classification()), (Ranks{{}, Nodes({"far"}), Nodes({"s"})}));
+}
+
 // --- Four levels.
 
 TEST_F(RankAssignmentTest, FourLevelsAreToldFromAnyLeaf) {
@@ -249,6 +273,22 @@ TEST_F(RankAssignmentTest, SwitchAtDistanceThreeWithoutNeighboursIsARoot) {
   Place("noCables", 3);
   EXPECT_EQ(Classification().Set4L_FTRanks(), StatusSuccess);
   EXPECT_EQ(TestPeer::Ranks(Classification()), (Ranks{Nodes({"noPorts", "noCables"}), {}, {}, {}}));
+}
+
+TEST_F(RankAssignmentTest, OnlyTreeLinksMakeARankTwoSwitch) {
+  AddSwitchBesideTheTree("s", "far");
+  Place("s", 3);
+  EXPECT_EQ(Classification().Set4L_FTRanks(), StatusSuccess);
+  EXPECT_EQ(TestPeer::Ranks(Classification()), (Ranks{Nodes({"s"}), {}, {}, {}}));
+}
+
+TEST_F(RankAssignmentTest, OnlyTreeLinksMakeARankOneSwitch) {
+  AddSwitchBesideTheTree("s", "far");
+  Place("s", 2);
+  Place("far", 3);
+  TestPeer::Ranks(Classification()).resize(4);
+  EXPECT_EQ(Classification().Set4L_DistanceToRanks(2, 1), StatusSuccess);
+  EXPECT_EQ(TestPeer::Ranks(Classification()), (Ranks{{}, {}, {}, Nodes({"s"})}));
 }
 
 TEST_F(RankAssignmentTest, SplitLooksForANeighbourAtAnotherDistanceThanTheGivenOne) {

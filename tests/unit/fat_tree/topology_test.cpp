@@ -127,9 +127,10 @@ TEST_F(TopologyTest, AMultiAsicSmdbRootOnAnotherPlaneIsLeftOut) {
 TEST_F(TopologyTest, ANullSwitchStopsTheSearchForSmdbRoots) {
   fabric.Node(WithRank("root", 0));
   fabric.Build().switches.insert(nullptr);
-  NodeSet roots;
+  NodeSet roots = Nodes({"root"});
   EXPECT_EQ(Topology().GetRootsBySMDB(roots), 4);
   EXPECT_EQ(Topology().GetErrorText(), "NULL pointer was found in fabric's switches");
+  EXPECT_EQ(NamesOf(roots), (Names{"root"}));  // what the set held stays
 }
 
 // --- Roots by a regular expression.
@@ -153,9 +154,10 @@ TEST_F(TopologyTest, ANullSwitchStopsTheSearchByExpression) {
   fabric.Switch("core1");
   fabric.Build().switches.insert(nullptr);
   regExp expression("core");
-  NodeSet roots;
+  NodeSet roots = Nodes({"core1"});
   EXPECT_EQ(Topology().GetNodes(roots, expression), 4);
   EXPECT_EQ(Topology().GetErrorText(), "NULL pointer was found in fabric's switches");
+  EXPECT_EQ(NamesOf(roots), (Names{"core1"}));
 }
 
 // --- Building from given roots.
@@ -226,6 +228,12 @@ TEST_F(TopologyTest, AFailureMessageCarriesAllThatWentWrongBefore) {
   EXPECT_EQ(message,
             "Cannot build Fat-Tree topology. Failed to fill tree's ranks by SMDB: "
             "Cannot get nodes on rank: 5 Total ranks in the Fat-tree: 0"
+            "No root was provided for creating topology");
+  EXPECT_EQ(BuildByExpression("core"), 9);
+  EXPECT_EQ(message,
+            "Cannot build Fat-Tree topology. Failed to fill tree's ranks by the regular "
+            "expression: Cannot get nodes on rank: 5 Total ranks in the Fat-tree: 0"
+            "No root was provided for creating topology"
             "No root was provided for creating topology");
 }
 
