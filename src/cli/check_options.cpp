@@ -62,11 +62,12 @@ constexpr std::array<CheckOption, 16> table{{
      [](CheckArguments& arguments, const std::string& value) {
        return TakePath(arguments.options.ranks, value);
      }},
-    {"--retries", "N", "Automatic roots: how many further leaves may be tried (default 10)",
+    {"--retries", "N",
+     "Automatic roots: how many further leaves may be tried, 0 or more (default 10)",
      [](CheckArguments& arguments, const std::string& value) {
        return TakeNumber(arguments.options.retries, value, 0, anyCount);
      }},
-    {"--equal", "N", "Automatic roots: how many classifications must agree (default 2)",
+    {"--equal", "N", "Automatic roots: how many classifications must agree, 1 or more (default 2)",
      [](CheckArguments& arguments, const std::string& value) {
        return TakeNumber(arguments.options.equalClassifications, value, 1, anyCount);
      }},
@@ -199,15 +200,17 @@ Problem SettleFiles(const CheckArguments& arguments) {
   if (std::count_if(inputs.begin(), inputs.end(), isStandardInput) > 1) {
     return "standard input (-) can be read only once";
   }
-  for (auto output = outputs.begin(); output != outputs.end(); ++output) {
-    for (auto other = outputs.begin(); other != output; ++other) {
-      if (!IsSameFile(other->file, output->file)) continue;
-      return other->option + other->file + " and " + output->option + output->file +
+  for (std::size_t i = 0; i < outputs.size(); ++i) {
+    const Output& output = outputs[i];
+    for (std::size_t j = 0; j < i; ++j) {
+      const Output& other = outputs[j];
+      if (!IsSameFile(other.file, output.file)) continue;
+      return other.option + other.file + " and " + output.option + output.file +
              " contradict each other: each needs a file of its own";
     }
     for (const std::string* input : inputs) {
-      if (output->file == "-" || !IsSameFile(output->file, *input)) continue;
-      return output->option + output->file + " would overwrite the input " + *input;
+      if (output.file == "-" || !IsSameFile(output.file, *input)) continue;
+      return output.option + output.file + " would overwrite the input " + *input;
     }
   }
   return std::nullopt;

@@ -69,9 +69,9 @@ std::string UnplacedWord(const std::vector<std::string>& remaining, const std::s
   for (auto word = remaining.begin(); word != end; ++word) {
     if (word->size() > 1 && word->front() == '-') return "unknown option " + *word;
   }
-  const bool onlyBehind = end == remaining.begin();
-  return "unexpected argument " + *(onlyBehind ? std::next(end) : remaining.begin()) +
-         ", expected " + expected;
+  // The mark itself is at fault only when nothing else is.
+  const bool startsWithMark = end == remaining.begin() && remaining.size() > 1;
+  return "unexpected argument " + remaining[startsWithMark ? 1 : 0] + ", expected " + expected;
 }
 
 // Parses and answers nothing, or prints what was asked for or is wrong and answers the exit status.

@@ -55,6 +55,8 @@ TEST_F(TerminalTest, TheOptionOverridesTheEnvironment) {
 }
 
 TEST(NoTerminalTest, HasColoursOnlyWhenTold) {
+  unsetenv("NO_COLOR");
+  setenv("TERM", "xterm", 1);
   const int saved = dup(STDOUT_FILENO);
   int ends[2];
   ASSERT_EQ(pipe(ends), 0);
