@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 #include <map>
-#include <regex>
 #include <sstream>
 
 #include "property/recount.h"
@@ -64,6 +63,23 @@ std::vector<std::string> LinesThatBegin(const std::string& text, const std::stri
     if (line.starts_with(start)) lines.push_back(line);
   }
   return lines;
+}
+
+// The number of asymmetric aggregated ports that a line tells; 0 for any other line.
+std::uint64_t FoundAPorts(const std::string& line) {
+  const std::string label = ": found ";
+  const std::size_t at = line.find(label);
+  if (at == std::string::npos || line.find(" asymmetric APort", at) == std::string::npos) return 0;
+  return std::stoull(line.substr(at + label.size()));
+}
+
+std::string WithoutAPortLines(const std::string& text) {
+  std::string left;
+  std::istringstream stream(text);
+  for (std::string line; std::getline(stream, line);) {
+    if (FoundAPorts(line) == 0) left += line + "\n";
+  }
+  return left;
 }
 
 // The verdict on one set of switches, with the listing of those that deviate: eight names a line.
@@ -158,8 +174,8 @@ TEST(CountProperties, ReportedCountsAgreeWithARecount) {
       expected += Verdict(title, lines, "lines", true, false, recount);
       expected += Verdict(title, lines, "lines", false, isLast, recount);
     }
-    static const std::regex aportLine("-W- [^\n]*: found [0-9]+ asymmetric APorts?[^\n]*\n");
-    std::string written = std::regex_replace(run.validateText, aportLine, "");
+    expected += "\n\n";  // FLIDs follow
+    std::string written = WithoutAPortLines(run.validateText);
     written.resize(std::min(written.size(), expected.size()));
     EXPECT_EQ(written, expected);
   });
@@ -168,7 +184,6 @@ TEST(CountProperties, ReportedCountsAgreeWithARecount) {
 // Every finding that is counted is written, and the other way round.
 TEST(CountProperties, IssuesAreTheFindingsOfTheText) {
   ForEachValidated([](const StageRun& run) {
-    static const std::regex found(": found ([0-9]+) asymmetric APort");
     std::uint64_t issues = 0;
     std::istringstream stream(run.validateText);
     for (std::string line; std::getline(stream, line);) {
@@ -176,10 +191,9 @@ TEST(CountProperties, IssuesAreTheFindingsOfTheText) {
       const bool isDeviation = line.starts_with("\t ");
       const bool isBlocking = line.find("suspected blocking") != std::string::npos;
       const bool isFlid = line.starts_with("-W- FLID=");
-      std::smatch match;
       // A difference counts each of its counts: the expected one and those listed.
       if (isDifference || isDeviation || isBlocking || isFlid) ++issues;
-      if (std::regex_search(line, match, found)) issues += std::stoul(match[1]);
+      issues += FoundAPorts(line);
     }
     EXPECT_EQ(run.topology->GetIssuesCount(), issues);
   });

@@ -14,9 +14,10 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 #include <map>
-#include <regex>
 #include <set>
 #include <sstream>
+#include <string_view>
+#include <utility>
 
 #include "fat_tree/link_errors.h"
 #include "property/stage_run.h"
@@ -121,11 +122,15 @@ class Findings {
 
   // "Neighborhood 3" and "Connectivity group 3" under their lasting names.
   std::string Named(const std::string& text) const {
-    static const std::regex label("(Neighborhood |Connectivity group )([0-9]+)");
-    std::smatch match;
-    if (!std::regex_search(text, match, label)) return text;
-    const auto& names = match[1] == "Neighborhood " ? neighborhoods_ : groups_;
-    return match.prefix().str() + match[1].str() + names.at(match[2]) + match.suffix().str();
+    for (const auto& [label, names] : {std::pair{"Neighborhood ", &neighborhoods_},
+                                       std::pair{"Connectivity group ", &groups_}}) {
+      const std::size_t at = text.find(label);
+      if (at == std::string::npos) continue;
+      const std::size_t start = at + std::string_view(label).size();
+      const std::size_t end = text.find_first_not_of("0123456789", start);
+      return text.substr(0, start) + names->at(text.substr(start, end - start)) + text.substr(end);
+    }
+    return text;
   }
 
   void AddRanksAndGroups(const StageRun& run) {
@@ -138,7 +143,6 @@ class Findings {
   }
 
   void AddRecords(const StageRun& run) {
-    static const std::regex end("0x[0-9a-f]{16} -- n port: [0-9]+");
     for (FabricErrGeneral* error : run.errors) {
       const std::string text = error->GetErrorLine();
       if (GetEventName(*error) == std::string("MISSING_LINK")) {
@@ -146,9 +150,9 @@ class Findings {
         continue;
       }
       std::multiset<std::string> ends;
-      for (std::sregex_iterator match(text.begin(), text.end(), end), none; match != none;
-           ++match) {
-        ends.insert(match->str());
+      for (std::size_t at = text.find("0x"); at != std::string::npos;
+           at = text.find("0x", at + 1)) {
+        ends.insert(text.substr(at, text.find(')', at) - at));
       }
       ASSERT_EQ(ends.size(), 2U);
       texts_.insert("invalid " + std::to_string(error->GetLevel()) + ": " + *ends.begin() +

@@ -1,9 +1,10 @@
 // Groups are numbered for the whole process: what is built later goes on where the last one ended,
 // and differs from it in nothing else.
 
+#include <algorithm>
+#include <array>
 #include <gtest/gtest.h>
-#include <regex>
-#include <sstream>
+#include <string_view>
 
 #include "property/stage_run.h"
 
@@ -40,34 +41,45 @@ GroupCount CountGroups(const FTTopology& topology) {
   return count;
 }
 
+// What stands in front of the number of a group, or of a list of numbers.
+struct Label {
+  std::string_view text;
+  bool isNeighborhood;
+};
+
+constexpr std::array<Label, 8> labels{{{"Neighborhood ", true},
+                                       {"neighborhood ", true},
+                                       {"neighborhood: ", true},
+                                       {"following neighborhoods: ", true},
+                                       {"Connectivity group ", false},
+                                       {"connectivity group ", false},
+                                       {"connectivity group: ", false},
+                                       {"and group ", false}}};
+
 // A text with all numbers of groups raised.
-std::string Raised(const std::string& text, const GroupCount& by) {
-  static const std::regex numbers(
-      "((?:[Nn]eighborhood|Connectivity group|connectivity group|and group|neighborhoods)"
-      ":? )([0-9]+(?:, [0-9]+)*)");
+std::string Raised(std::string_view text, const GroupCount& by) {
+  constexpr std::string_view digits = "0123456789";
   std::string raised;
-  std::size_t end = 0;
-  for (std::sregex_iterator match(text.begin(), text.end(), numbers), none; match != none;
-       ++match) {
-    const auto start = static_cast<std::size_t>(match->position());
-    raised += text.substr(end, start - end);
-    end = start + static_cast<std::size_t>(match->length());
-    const std::string label = (*match)[1];
-    // The dump says how many groups there are in nearly the same words.
-    if (label == "neighborhoods: " && text.compare(start - 3, 3, "-- ") == 0) {
-      raised += match->str();
+  while (!text.empty()) {
+    const auto* const label = std::find_if(labels.begin(), labels.end(), [&](const Label& known) {
+      return std::string_view(raised).ends_with(known.text);
+    });
+    const std::size_t length = std::min(text.find_first_not_of(digits), text.size());
+    if (label == labels.end() || length == 0) {
+      raised += text.front();
+      text.remove_prefix(1);
       continue;
     }
-    const bool isGroup = label.find("group") != std::string::npos;
-    raised += label;
-    std::istringstream list((*match)[2].str());
-    const char* separator = "";
-    for (std::uint64_t number = 0; list >> number; list.ignore(2)) {
-      raised += separator + std::to_string(number + (isGroup ? by.groups : by.neighborhoods));
-      separator = ", ";
+    const std::uint64_t offset = label->isNeighborhood ? by.neighborhoods : by.groups;
+    for (std::size_t end = length;; end = text.find_first_not_of(digits)) {
+      raised += std::to_string(std::stoull(std::string(text.substr(0, end))) + offset);
+      text.remove_prefix(std::min(end, text.size()));
+      if (!text.starts_with(", ")) break;
+      raised += ", ";
+      text.remove_prefix(2);
     }
   }
-  return raised + text.substr(end);
+  return raised;
 }
 
 std::string AllTexts(const StageRun& run) {
