@@ -393,6 +393,7 @@ TEST_F(LinkAccountingTest, LaneSpeedsByCode) {
 
 TEST_F(LinkAccountingTest, SpeedOfASwitchIsThatOfItsFirstConnectedPort) {
   // Port 1 has a speed and no cable; port 2 leads to a host, off the tree for being an FNM port.
+  // The host's end says another speed.
   fabric.Switch("root").Switch("leaf").Host("host");
   fabric.Link("leaf", 2, "host", 1, true, 0x4).Link("leaf", 3, "root", 1, true, 0x400);
   PortSpec uncabled;
@@ -402,7 +403,10 @@ TEST_F(LinkAccountingTest, SpeedOfASwitchIsThatOfItsFirstConnectedPort) {
   PortSpec fnm;
   fnm.num = 2;
   fnm.fnm = true;
-  fabric.Port("leaf", fnm);
+  PortSpec farEnd;
+  farEnd.num = 1;
+  farEnd.speed = 0x200;
+  fabric.Port("leaf", fnm).Port("host", farEnd);
   TestPeer::SwitchUpDownLinks(Topology())[fabric["leaf"]] = {2, 4};
   SetRanks({{"root"}, {"leaf"}});
   EXPECT_EQ(Topology().CalculateUpDownLinksMinRatio(), StatusSuccess);
