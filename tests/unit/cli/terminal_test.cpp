@@ -1,5 +1,6 @@
 #include "cli/terminal.h"
 
+#include <array>
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <pty.h>
@@ -58,8 +59,8 @@ TEST(NoTerminalTest, HasColoursOnlyWhenTold) {
   unsetenv("NO_COLOR");
   setenv("TERM", "xterm", 1);
   const int saved = dup(STDOUT_FILENO);
-  int ends[2];
-  ASSERT_EQ(pipe(ends), 0);
+  std::array<int, 2> ends{};
+  ASSERT_EQ(pipe(ends.data()), 0);
   dup2(ends[1], STDOUT_FILENO);
   const bool automatic = WantsColor(ColorWhen::Auto);
   const bool always = WantsColor(ColorWhen::Always);

@@ -2,6 +2,7 @@
 
 #include "platform/logging.h"
 #include "support/stage_fixture.h"
+#include "support/streams.h"
 
 namespace fabscope {
 namespace {
@@ -327,35 +328,21 @@ TEST_F(DumpTest, ANullLineEndsTheDumpWithoutAMessage) {
 
 // --- Flushing.
 
-// Remembers what was written between one flush and the next.
-class FlushRecorder : public std::stringbuf {
- public:
-  std::vector<std::string> pieces;
-
- protected:
-  int sync() override {
-    pieces.push_back(str());
-    str("");
-    return 0;
-  }
-};
-
 TEST_F(DumpTest, EveryLineEndIsFlushedButTheEmptyLinesBeforeTheGroups) {
   fabric.Switch("root").Switch("leaf").Cable("root", "leaf");
-  FlushRecorder buffer;
-  std::ostream stream(&buffer);
+  FlushRecorder stream;
   FTTopology topology(&fabric.Build(), &stream, mergePercent);
   NodeSet roots = Nodes({"root"});
   ASSERT_EQ(topology.FillRanksFromRoots(roots), 0);
   ASSERT_EQ(topology.CreateNeighborhoods(errors), 0);
   ASSERT_EQ(topology.Dump(), 0);
   const std::string id = std::to_string(topology.GetNeighborhoods().at(0).at(0)->GetId());
-  EXPECT_EQ(buffer.pieces, (std::vector<std::string>{
-                               "\n", "\n", "\n", "rank: 0 (Roots)size: 1\n", "\troot\n", "\n",
-                               "rank: 1 (Leaves)size: 1\n", "\tleaf\n",
-                               "\n\n\non ranks (0, 1) -- neighborhoods: 1\n",
-                               "\tneighborhood: " + id + "\n", "\t\tspines: 1 switches\n",
-                               "\t\t\troot\n", "\t\tlines: 1 switches\n", "\t\t\tleaf\n", "\n"}));
+  EXPECT_EQ(stream.Pieces(), (std::vector<std::string>{
+                                 "\n", "\n", "\n", "rank: 0 (Roots)size: 1\n", "\troot\n", "\n",
+                                 "rank: 1 (Leaves)size: 1\n", "\tleaf\n",
+                                 "\n\n\non ranks (0, 1) -- neighborhoods: 1\n",
+                                 "\tneighborhood: " + id + "\n", "\t\tspines: 1 switches\n",
+                                 "\t\t\troot\n", "\t\tlines: 1 switches\n", "\t\t\tleaf\n", "\n"}));
 }
 
 }  // namespace

@@ -1,12 +1,9 @@
-#include <functional>
-#include <ostream>
-#include <sstream>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "fat_tree/status.h"
 #include "support/stage_fixture.h"
+#include "support/streams.h"
 
 namespace fabscope {
 namespace {
@@ -438,25 +435,6 @@ TEST_F(LinkChecksTest, NullLineEndsTheCheckBehindTheSpines) {
   EXPECT_EQ(group.GetErrorText(),
             "Cannot calculate Up/Down links for the neighborhood: 3. One of its IB-Nodes is NULL");
 }
-
-// A stream that acts at each flush, of which there is one behind each line. A null switch is met by
-// the first check that visits its set; to be met by a later one it must come in between.
-class HookedStream : private std::stringbuf, public std::ostream {
- public:
-  explicit HookedStream(std::function<void(int)> hook)
-      : std::ostream(this), action(std::move(hook)) {}
-
-  std::string Text() const { return std::stringbuf::str(); }
-
- private:
-  int sync() override {
-    action(++flushes);
-    return 0;
-  }
-
-  std::function<void(int)> action;
-  int flushes = 0;
-};
 
 TEST_F(LinkChecksTest, NullSpineBehindTheBlockingTestEndsTheCheckAtTheUplinks) {
   FTNeighborhood& group = Neighborhood({{"spine", {1, 9}}}, {{"line", {1, 1}}});

@@ -1,10 +1,9 @@
 #include "fat_tree/topology.h"
 
-#include <sstream>
-#include <tuple>
 #include <utility>
 
 #include "support/stage_fixture.h"
+#include "support/streams.h"
 
 namespace fabscope {
 namespace {
@@ -244,29 +243,15 @@ TEST_F(TopologyTest, AFailedBuildLeavesTheRanksAsTheyWere) {
   EXPECT_EQ(RankNames(), (std::vector<Names>{{"core"}, {"leaf"}}));
 }
 
-// Remembers what had been written at each flush.
-class FlushRecorder : public std::stringbuf {
- public:
-  std::vector<std::string> flushed;
-
- protected:
-  int sync() override {
-    flushed.push_back(str());
-    return 0;
-  }
-};
-
 TEST_F(TopologyTest, ItsReportLinesAreFlushed) {
   fabric.Node(WithRank("core", 0));
-  FlushRecorder buffer;
-  std::ostream stream(&buffer);
+  FlushRecorder stream;
   FTTopology topology(&fabric.Build(), &stream, mergePercent);
   regExp expression("core");
   ASSERT_EQ(topology.Build(errors, message), 0);
   ASSERT_EQ(topology.Build(errors, message, expression), 0);
-  EXPECT_EQ(buffer.flushed, (Names{"-I- Taking roots from the SMDB file\n",
-                                   "-I- Taking roots from the SMDB file\n"
-                                   "-I- Detecting roots by the regular exp: core\n"}));
+  EXPECT_EQ(stream.Pieces(), (Names{"-I- Taking roots from the SMDB file\n",
+                                    "-I- Detecting roots by the regular exp: core\n"}));
 }
 
 // --- Ranks from roots.
