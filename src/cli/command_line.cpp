@@ -20,8 +20,8 @@ namespace {
 constexpr const char* statusNote =
     "Exit status: 0 nothing found, 1 something found, 2 the work could not be done.";
 
-int WrongUsage(const std::string& problem) {
-  std::cerr << "fabscope: " << problem << " (see fabscope --help)\n";
+int WrongUsage(const CLI::App& app, const std::string& problem) {
+  std::cerr << "fabscope: " << problem << " (see " << app.get_name() << " --help)\n";
   return ExitFailed;
 }
 
@@ -63,22 +63,61 @@ void AddCheckOptions(CLI::App& app, CheckArguments& arguments) {
 
 constexpr const char* endOfOptions = "--";
 
-// What to say of words that the parser could not place. An option is the likeliest mistake.
-std::string UnplacedWord(const std::vector<std::string>& remaining, const std::string& expected) {
-  const auto end = std::find(remaining.begin(), remaining.end(), endOfOptions);
-  for (auto word = remaining.begin(); word != end; ++word) {
-    if (word->size() > 1 && word->front() == '-') return "unknown option " + *word;
+bool IsOption(const std::string& word) { return word.size() > 1 && word.front() == '-'; }
+
+bool TakesValue(const CLI::Option& option) { return option.get_items_expected_max() > 0; }
+
+// Whether it is flags of one letter written as one word.
+bool AreFlags(const CLI::App& app, const std::string& word) {
+  return !word.starts_with("--") && std::all_of(word.begin() + 1, word.end(), [&](char letter) {
+    const CLI::Option* option = app.get_option_no_throw(std::string("-") + letter);
+    return option != nullptr && !TakesValue(*option);
+  });
+}
+
+// Every option as a word of its own and its value as the next. The parser would take "--quiet=no"
+// for --quiet, the word behind "--csv=" for its value, and "-5" for FABRIC.
+std::vector<std::string> SeparateWords(const CLI::App& app, const std::vector<std::string>& words) {
+  std::vector<std::string> result;
+  bool optionsEnded = false;
+  for (auto word = words.begin(); word != words.end(); ++word) {
+    optionsEnded = optionsEnded || *word == endOfOptions;
+    if (optionsEnded || !IsOption(*word) || AreFlags(app, *word)) {
+      result.push_back(*word);
+      continue;
+    }
+    const std::size_t nameEnd = std::min(word->find('='), word->size());
+    const std::string name = word->substr(0, nameEnd);
+    const CLI::Option* option = app.get_option_no_throw(name);
+    if (option == nullptr) {
+      throw CLI::ParseError("unknown option " + *word, CLI::ExitCodes::ExtrasError);
+    }
+    const bool hasValue = nameEnd < word->size();
+    if (hasValue && !TakesValue(*option)) {
+      throw CLI::ParseError(name + " takes no value", CLI::ExitCodes::ConversionError);
+    }
+    result.push_back(name);
+    if (hasValue) {
+      result.push_back(word->substr(nameEnd + 1));
+    } else if (TakesValue(*option) && word + 1 != words.end()) {
+      result.push_back(*++word);
+    }
   }
-  // The mark itself is at fault only when nothing else is.
-  const bool startsWithMark = end == remaining.begin() && remaining.size() > 1;
+  return result;
+}
+
+// The mark itself is at fault only when nothing else is.
+std::string UnplacedWord(const std::vector<std::string>& remaining, const std::string& expected) {
+  const bool startsWithMark = remaining.front() == endOfOptions && remaining.size() > 1;
   return "unexpected argument " + remaining[startsWithMark ? 1 : 0] + ", expected " + expected;
 }
 
 // Parses and answers nothing, or prints what was asked for or is wrong and answers the exit status.
 // `expected` names what an argument that has no place should have been.
-std::optional<int> Parse(CLI::App& app, std::vector<std::string> words,
+std::optional<int> Parse(CLI::App& app, const std::vector<std::string>& line,
                          const std::string& expected) {
   try {
+    std::vector<std::string> words = SeparateWords(app, line);
     std::reverse(words.begin(), words.end());  // as the parser wants them
     app.parse(std::move(words));
   } catch (const CLI::CallForHelp&) {
@@ -86,50 +125,20 @@ std::optional<int> Parse(CLI::App& app, std::vector<std::string> words,
   } catch (const CLI::CallForVersion& version) {
     return PrintAndLeave(std::string(version.what()) + "\n");
   } catch (const CLI::ExtrasError&) {
-    return WrongUsage(UnplacedWord(app.remaining(), expected));
+    return WrongUsage(app, UnplacedWord(app.remaining(), expected));
   } catch (const CLI::ParseError& error) {
-    return WrongUsage(error.what());
+    return WrongUsage(app, error.what());
   }
   return std::nullopt;
-}
-
-// The parser would take "--quiet=no" for --quiet.
-std::optional<std::string> FlagWithValue(const std::vector<std::string>& words) {
-  const auto end = std::find(words.begin(), words.end(), endOfOptions);
-  for (const CheckOption& option : CheckOptionTable()) {
-    if (*option.metavar != '\0') continue;
-    const std::string names = option.name;
-    const std::string flag = names.substr(names.find("--"));
-    const auto hasValue = [&](const std::string& word) { return word.starts_with(flag + "="); };
-    if (std::any_of(words.begin(), end, hasValue)) return flag + " takes no value";
-  }
-  return std::nullopt;
-}
-
-// "--csv=" is an empty value; the parser would take the next argument for it.
-std::vector<std::string> WithEmptyValues(const std::vector<std::string>& words) {
-  std::vector<std::string> result;
-  bool isOption = true;
-  for (const std::string& word : words) {
-    isOption = isOption && word != endOfOptions;
-    if (isOption && word.starts_with("--") && word.find('=') == word.size() - 1) {
-      result.push_back(word.substr(0, word.size() - 1));
-      result.emplace_back();
-    } else {
-      result.push_back(word);
-    }
-  }
-  return result;
 }
 
 int RunCheckLine(const std::vector<std::string>& words) {
-  if (const auto problem = FlagWithValue(words)) return WrongUsage(*problem);
   CheckArguments arguments;
   CLI::App app("Checks the cabling of a fabric and reports what is wrong.", "fabscope check");
   AddVersionAndNote(app);
   AddCheckOptions(app, arguments);
-  if (const auto status = Parse(app, WithEmptyValues(words), "one FABRIC")) return *status;
-  if (const auto problem = SettleArguments(arguments)) return WrongUsage(*problem);
+  if (const auto status = Parse(app, words, "one FABRIC")) return *status;
+  if (const auto problem = SettleArguments(arguments)) return WrongUsage(app, *problem);
   return RunCheckCommand(arguments);
 }
 
@@ -146,7 +155,7 @@ int RunCommandLine(int argc, const char* const* argv) {
   // For the help only: the command's own line was taken care of above.
   app.add_subcommand("check", "Checks the cabling of a fabric (fabscope check --help)");
   if (const auto status = Parse(app, words, "the command check")) return *status;
-  return WrongUsage("no command given, expected check");
+  return WrongUsage(app, "no command given, expected check");
 }
 
 }  // namespace fabscope
