@@ -1,7 +1,6 @@
 #include "check/check.h"
 
 #include <iterator>
-#include <sstream>
 #include <string_view>
 #include <unordered_map>
 #include <utility>
@@ -26,6 +25,7 @@ class CheckRun {
  public:
   explicit CheckRun(const CheckOptions& options) : options_(options) {
     result_.input = options.fabric;
+    result_.stream = std::make_unique<std::ostringstream>();
   }
 
   CheckResult Run() {
@@ -54,14 +54,13 @@ class CheckRun {
   }
 
   std::string TakeOutput() {
-    std::string text = output_.str();
-    output_.str({});
+    std::string text = result_.stream->str();
+    result_.stream->str({});
     return text;
   }
 
   const CheckOptions& options_;
   CheckResult result_;
-  std::ostringstream output_;
   std::vector<FabricErrGeneral*> records_;
 };
 
@@ -94,8 +93,8 @@ bool CheckRun::Load() {
 
 bool CheckRun::Build() {
   FTTopology::Show_GUID = options_.showGuid;
-  result_.topology =
-      std::make_unique<FTTopology>(result_.fabric.get(), &output_, options_.mergePercent);
+  result_.topology = std::make_unique<FTTopology>(result_.fabric.get(), result_.stream.get(),
+                                                  options_.mergePercent);
   FTTopology& topology = *result_.topology;
   int status = StatusSuccess;
   switch (options_.roots) {

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -58,6 +59,7 @@ struct CheckResult {
 
   // The records and texts above do not need them.
   std::unique_ptr<IBFabric> fabric;
+  std::unique_ptr<std::ostringstream> stream;  // what `topology` writes to
   std::unique_ptr<FTTopology> topology;
 
   bool HasFindings() const { return !records.empty() || issuesCount != 0; }

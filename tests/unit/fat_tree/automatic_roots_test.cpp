@@ -4,6 +4,7 @@
 #include "fat_tree/classification.h"
 #include "fat_tree/status.h"
 #include "support/stage_fixture.h"
+#include "support/streams.h"
 
 namespace fabscope {
 namespace {
@@ -488,6 +489,14 @@ TEST_F(AutomaticRootsTest, FabricWithoutHostsHasNoLeafToStartFrom) {
   EXPECT_EQ(TakeOutput(), "-I- Detecting roots by distance classifications\n");
 }
 
+TEST_F(AutomaticRootsTest, NullSwitchLeavesNoLeafToStartFrom) {
+  AddTwoLevelTree(fabric, 2, 2, 1);
+  fabric.Build().switches.insert(nullptr);
+  EXPECT_EQ(BuildTree(10, 2), StatusBadData);
+  EXPECT_EQ(message, "Cannot build Fat-Tree topology. Failed to find a leaf switch to classify");
+  EXPECT_EQ(Topology().GetErrorText(), "");
+}
+
 TEST_F(AutomaticRootsTest, ReasonForHavingNoNextLeafIsToldBehindThePrefix) {
   AddLeaf("lonely", 1);
   EXPECT_EQ(BuildTree(1, 2), StatusBadData);
@@ -550,6 +559,17 @@ TEST_F(AutomaticRootsTest, OutputFormatIsNamedWhenGuidsAreShown) {
     EXPECT_EQ(BuildTree(1, 2), StatusSuccess);
     EXPECT_EQ(TakeOutput(), head + "-I- Detecting roots by distance classifications\n") << form;
   }
+}
+
+TEST_F(AutomaticRootsTest, ItsReportLinesAreFlushed) {
+  AddTwoLevelTree(fabric, 2, 4, 1);
+  FTTopology::Show_GUID = 1;
+  FlushRecorder stream;
+  FTTopology topology(&fabric.Build(), &stream, mergePercent);
+  ASSERT_EQ(topology.Build(errors, message, 1, 2), StatusSuccess);
+  EXPECT_EQ(stream.Pieces(),
+            (std::vector<std::string>{"#Output format: System GUID(/Switch ASIC) -- Node Name\n",
+                                      "\n", "-I- Detecting roots by distance classifications\n"}));
 }
 
 }  // namespace
