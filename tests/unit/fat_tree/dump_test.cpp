@@ -345,5 +345,32 @@ TEST_F(DumpTest, EveryLineEndIsFlushedButTheEmptyLinesBeforeTheGroups) {
                                  "\t\t\troot\n", "\t\tlines: 1 switches\n", "\t\t\tleaf\n", "\n"}));
 }
 
+TEST_F(DumpTest, TheTotalsAreFlushedToo) {
+  for (const char* name : {"root", "mid", "leaf"}) fabric.Switch(name);
+  fabric.Cable("root", "mid").Cable("mid", "leaf");
+  FlushRecorder stream;
+  FTTopology topology(&fabric.Build(), &stream, mergePercent);
+  NodeSet roots = Nodes({"root"});
+  ASSERT_EQ(topology.FillRanksFromRoots(roots), 0);
+  ASSERT_EQ(topology.Validate(errors, message), 0);
+  const std::size_t start = stream.Pieces().size();
+  ASSERT_EQ(topology.Dump(), 0);
+  const std::string id = std::to_string(topology.GetNeighborhoods().at(1).at(0)->GetId());
+  const std::vector<std::string> pieces(
+      stream.Pieces().begin() + static_cast<std::ptrdiff_t>(start), stream.Pieces().end());
+  const std::vector<std::string> group{"\tneighborhood: " + id + "\n",
+                                       "\t\ttotal spine uplinks: 1\n",
+                                       "\t\ttotal internal links: 1\n",
+                                       "\t\tspines: 1 switches\n",
+                                       "\t\t\tmid\n",
+                                       "\t\tlines: 1 switches\n",
+                                       "\t\t\tleaf\n",
+                                       "\n"};
+  ASSERT_GE(pieces.size(), group.size());
+  EXPECT_EQ(std::vector<std::string>(pieces.end() - static_cast<std::ptrdiff_t>(group.size()),
+                                     pieces.end()),
+            group);
+}
+
 }  // namespace
 }  // namespace fabscope
