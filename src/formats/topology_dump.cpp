@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <bitset>
-#include <cstring>
 #include <unordered_set>
 #include <utility>
 #include <vector>
@@ -17,6 +16,7 @@
 #include "fabric/guid.h"
 #include "formats/lines.h"
 #include "formats/link_speeds.h"
+#include "formats/node_order.h"
 #include "formats/text_fields.h"
 #include "formats/topology_dump_lines.h"
 
@@ -223,10 +223,8 @@ MaybeError DumpLoader::AddNodes() {
   sorted.reserve(nodes_.size());
   for (DumpNode& node : nodes_) sorted.push_back(&node);
   std::sort(sorted.begin(), sorted.end(), [](const DumpNode* a, const DumpNode* b) {
-    const int order = strverscmp(a->name.c_str(), b->name.c_str());
-    if (order != 0) return order < 0;
-    if (a->guid != b->guid) return a->guid < b->guid;
-    return a->guidOffset < b->guidOffset;
+    const int order = CompareNodeOrder(a->name, a->guid, b->name, b->guid);
+    return order != 0 ? order < 0 : a->guidOffset < b->guidOffset;
   });
 
   builder_.ReserveNodes(sorted.size());
