@@ -5,6 +5,7 @@
 #include <unordered_map>
 #include <utility>
 
+#include "check/advice.h"
 #include "fabric/fabric_builder.h"
 #include "fat_tree/status.h"
 #include "formats/load_fabric.h"
@@ -112,6 +113,7 @@ bool CheckRun::Build() {
   result_.buildOutput = TakeOutput();
   if (status != StatusSuccess) {
     result_.status = CheckStatus::NotBuilt;
+    result_.advice = AdviceOnBuilding(topology, options_);
     return false;
   }
   result_.levelsReport = topology.LevelsReport();

@@ -49,6 +49,7 @@ struct CheckResult {
   // How many switches a name alone does not tell from another switch.
   std::size_t switchesOfSharedName = 0;
   std::string message;  // why building or validating failed
+  std::string advice;   // what the user can do when building failed
 
   std::string buildOutput;
   std::string levelsReport;

@@ -3,6 +3,7 @@
 #include "cli/exit_status.h"
 #include "cli/messages.h"
 #include "cli/output_file.h"
+#include "cli/progress_line.h"
 #include "reports/csv_report.h"
 #include "reports/json_report.h"
 #include "reports/text_report.h"
@@ -17,7 +18,7 @@ class CheckCommand {
   explicit CheckCommand(const CheckArguments& arguments) : arguments_(arguments) {}
 
   int Run() {
-    const CheckResult result = RunCheck(arguments_.options);
+    const CheckResult result = RunWithProgress();
     int status = ExitFailed;
     if (result.inputError) {
       // What was odd before the input turned out to be unreadable would only hide the reason.
@@ -29,6 +30,10 @@ class CheckCommand {
   }
 
  private:
+  CheckResult RunWithProgress() {
+    const ProgressLine line(IsWatched() && !arguments_.quiet);
+    return RunCheck(arguments_.options);
+  }
   int Report(const CheckResult& result);
   bool WriteReports(const CheckResult& result);
 
@@ -58,6 +63,7 @@ int CheckCommand::Report(const CheckResult& result) {
   }
   const bool written = WriteReports(result);
   if (result.status != CheckStatus::Done) messages_.Tell(result.message);
+  if (!result.advice.empty()) messages_.Tell(result.advice);
   if (!written || result.status != CheckStatus::Done) return ExitFailed;
   return result.HasFindings() ? ExitFindings : ExitClean;
 }

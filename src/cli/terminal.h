@@ -8,4 +8,7 @@ enum class ColorWhen { Auto, Always, Never };
 // colours, unless the environment's NO_COLOR is set to something.
 bool WantsColor(ColorWhen when);
 
+// Whether somebody may be looking at standard error: it is a terminal that can go back in a line.
+bool IsWatched();
+
 }  // namespace fabscope

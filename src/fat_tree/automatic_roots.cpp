@@ -15,6 +15,7 @@
 #include "fabric/guid.h"
 #include "fat_tree/status.h"
 #include "fat_tree/topology.h"
+#include "platform/progress.h"
 
 namespace fabscope {
 namespace {
@@ -134,6 +135,8 @@ int FTTopology::Build(std::vector<FabricErrGeneral*>& /*errors*/, std::string& m
   }
 
   for (int tries = 0; tries < retries; ++tries) {
+    ReportProgress("finding roots", static_cast<std::size_t>(tries),
+                   static_cast<std::size_t>(retries));
     leaf = classification->GetLeafToClassify(classifications);
     if (leaf == nullptr) {
       message = prefix + classification->GetErrorText();

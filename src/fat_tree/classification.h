@@ -44,6 +44,13 @@ class FTClassification {
   // The greatest distance with more switches than the threshold; 0 if there is none.
   int GetMaxThresholdDistance() const;
 
+  // The farthest switch that was reached (the first of them), and how far away it is. Null and 0
+  // before classifying.
+  const IBNode* GetFarthestNode() const {
+    return distanceToNodes.empty() ? nullptr : distanceToNodes.at(maxDistance).front();
+  }
+  int GetMaxDistance() const { return maxDistance; }
+
   // Whether the switch lies where the other leaves lie, as far away as the tree allows. Status 9
   // when this classification never reached it.
   int CheckDistanceTo(const IBNode& node, bool& isFar) const;

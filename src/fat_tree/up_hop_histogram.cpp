@@ -21,6 +21,7 @@
 #include "fabric/guid.h"
 #include "fat_tree/status.h"
 #include "fat_tree/topology.h"
+#include "platform/progress.h"
 
 namespace fabscope {
 namespace {
@@ -201,7 +202,10 @@ int FTUpHopHistogram::TryMergeSet_2(FTUpHopSet& set, bool& merged) {
 
 int FTUpHopHistogram::MergeSets() {
   for (auto& [key, set] : upHopSets) set.InitEncounteredMap(bitSetSize);
+  const std::size_t count = upHopSets.size();
+  std::size_t done = 0;
   for (auto visited = upHopSets.begin(); visited != upHopSets.end();) {
+    ReportProgress("grouping switches", done++, count);
     bool merged = false;
     if (const int status = TryMergeSet_2(visited->second, merged); status != StatusSuccess) {
       return status;
@@ -213,7 +217,9 @@ int FTUpHopHistogram::MergeSets() {
 
 int FTUpHopHistogram::CreateNeighborhoods(std::vector<FabricErrGeneral*>& errors) {
   if (const int status = MergeSets(); status != StatusSuccess) return status;
+  std::size_t done = 0;
   for (auto& [key, set] : upHopSets) {
+    ReportProgress("looking for cross links", done++, upHopSets.size());
     if (const int status = CheckCrossLinks(set); status != StatusSuccess) return status;
   }
   return SetsToNeighborhoods(errors);

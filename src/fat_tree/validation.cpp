@@ -5,6 +5,7 @@
 #include "fat_tree/neighborhood.h"
 #include "fat_tree/status.h"
 #include "fat_tree/topology.h"
+#include "platform/progress.h"
 
 namespace fabscope {
 
@@ -55,7 +56,9 @@ int FTTopology::CheckNeighborhoodsLinksAndAPorts(std::vector<FabricErrGeneral*>&
     return StatusBadData;
   }
   for (const std::vector<FTNeighborhood*>& groups : neighborhoods) {
+    std::size_t done = 0;
     for (FTNeighborhood* group : groups) {
+      ReportProgress("checking groups", done++, groups.size());
       if (group == nullptr) {
         errStream << "Cannot calculate Up/Down links. One of FTNeighborhoods is NULL";
         return StatusLookupFailed;

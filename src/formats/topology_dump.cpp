@@ -19,6 +19,7 @@
 #include "formats/node_order.h"
 #include "formats/text_fields.h"
 #include "formats/topology_dump_lines.h"
+#include "platform/progress.h"
 
 namespace fabscope {
 namespace {
@@ -135,6 +136,7 @@ MaybeError DumpLoader::ReadLine(std::string_view line, std::size_t offset) {
       return std::nullopt;
     }
     case DumpLineKind::Node:
+      ReportProgress("reading", offset, input_.bytes.size());
       return ReadNode(line, offset);
     case DumpLineKind::UnknownNode:
       LeaveOutNode(line, offset);
