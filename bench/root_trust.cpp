@@ -1,14 +1,17 @@
 // How far automatic roots can be trusted: over seeded fabrics with faults, how often the search
-// finds the true roots. Prints the tables of docs/roots.md.
+// finds the true roots, refuses, or finds others, and how often the user is told to doubt them.
+// Prints the tables of docs/roots.md.
 
+#include <algorithm>
 #include <array>
-#include <cstdio>
 #include <fmt/format.h>
 #include <set>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include "check/advice.h"
+#include "check/check.h"
 #include "fabric/fabric_builder.h"
 #include "fat_tree/topology.h"
 #include "synthetic/fabric_plan.h"
@@ -22,14 +25,20 @@ using namespace fabscope;
 constexpr int fabricsPerCell = 200;
 constexpr std::array<int, 4> faultCounts{1, 2, 4, 8};
 constexpr std::array<int, 3> levelCounts{2, 3, 4};
-constexpr std::array<int, 3> equals{2, 3, 4};
-constexpr std::array<int, 2> retryCounts{10, 30};
 constexpr std::uint32_t hdr = 0x400;
+constexpr unsigned sparePorts = 8;
 
-const std::vector<FaultKind> kinds{FaultKind::MissingLink, FaultKind::SwappedCables,
-                                   FaultKind::SameRankLink, FaultKind::MovedCable,
-                                   FaultKind::DeadSwitch, FaultKind::MissingHost,
-                                   FaultKind::StrayHost};
+const std::vector<FaultKind> kinds{FaultKind::MissingLink,  FaultKind::SwappedCables,
+                                   FaultKind::SameRankLink, FaultKind::RootLink,
+                                   FaultKind::MovedCable,   FaultKind::DeadSwitch,
+                                   FaultKind::MissingHost,  FaultKind::StrayHost};
+
+struct Setting {
+  int equal = 0;
+  int retries = 0;
+};
+
+const std::vector<Setting> settings{{2, 10}, {2, 30}, {3, 10}, {3, 30}, {4, 10}, {4, 30}};
 
 // Small to middling trees: the smaller a tree is, the more a fault weighs.
 TreeShape RandomShape(int levels, Random& random) {
@@ -39,46 +48,55 @@ TreeShape RandomShape(int levels, Random& random) {
   TreeShape shape;
   switch (levels) {
     case 2:
-      shape.children = {between(2, 8), between(4, 18)};
-      shape.parents = {1, between(2, 8)};
+      shape.children = {between(2, 8), between(6, 36)};
+      shape.parents = {1, between(2, 12)};
       break;
     case 3:
-      shape.children = {between(2, 4), between(2, 6), between(3, 9)};
-      shape.parents = {1, between(2, 4), between(2, 4)};
+      shape.children = {between(2, 4), between(4, 12), between(3, 12)};
+      shape.parents = {1, between(2, 6), between(2, 4)};
       break;
     default:
-      shape.children = {between(2, 3), between(2, 3), between(2, 3), between(3, 5)};
-      shape.parents = {1, between(2, 3), between(2, 3), between(2, 3)};
+      shape.children = {between(1, 3), between(2, 5), between(2, 5), between(3, 8)};
+      shape.parents = {1, between(2, 4), between(2, 4), between(2, 3)};
+  }
+  // Room for cables that faults add, so that none has to be pulled for them.
+  for (std::size_t level = 1; level <= shape.Levels(); ++level) {
+    shape.radix = std::max(shape.radix, shape.PortsOnLevel(level) + sparePorts);
   }
   return shape;
 }
 
-struct Setting {
-  int equal;
-  int retries;
-};
+enum Outcome : std::size_t { Found, FoundDoubted, Refused, WrongTold, WrongSilent, OutcomeCount };
 
-bool FindsTrueRoots(const IBFabric& fabric, const std::set<std::uint64_t>& trueRoots,
-                    const Setting& setting) {
+using Guids = std::set<std::uint64_t>;
+
+Outcome Search(const IBFabric& fabric, const Guids& trueRoots, const Setting& setting) {
   std::ostringstream output;
   std::vector<FabricErrGeneral*> errors;
   std::string message;
-  FTTopology topology(&fabric, &output, 70);
-  if (topology.Build(errors, message, setting.retries, setting.equal) != 0) return false;
-  std::set<std::uint64_t> found;
+  FTTopology topology(&fabric, &output, CheckOptions().mergePercent);
+  if (topology.Build(errors, message, setting.retries, setting.equal) != 0) return Refused;
+  Guids found;
   for (const IBNode* node : topology.GetRanks().front()) found.insert(node->guid);
-  return found == trueRoots;
+  const bool doubted = !AdviceOnTree(topology, CheckOptions()).empty();
+  if (found == trueRoots) return doubted ? FoundDoubted : Found;
+  return doubted ? WrongTold : WrongSilent;
 }
 
-struct Cell {
-  int fabrics = 0;
-  std::vector<int> found;  // by setting
-};
+// How many of a cell's fabrics came out which way.
+using Cell = std::array<int, OutcomeCount>;
 
-Cell Measure(FaultKind kind, int faults, int levels, const std::vector<Setting>& settings) {
-  Cell cell;
-  cell.found.resize(settings.size());
-  for (std::uint64_t seed = 1; cell.fabrics < fabricsPerCell; ++seed) {
+std::string Shares(const Cell& cell) {
+  const auto percent = [](int count) { return 100.0 * count / fabricsPerCell; };
+  return fmt::format("{:g} / {:g} / {:g} / {:g}", percent(cell[Found] + cell[FoundDoubted]),
+                     percent(cell[Refused]), percent(cell[WrongTold]), percent(cell[WrongSilent]));
+}
+
+// The cells of all settings, from the same fabrics.
+std::vector<Cell> Measure(FaultKind kind, int faults, int levels) {
+  std::vector<Cell> cells(settings.size());
+  int fabrics = 0;
+  for (std::uint64_t seed = 1; fabrics < fabricsPerCell; ++seed) {
     Random random(seed * 1000 + static_cast<std::uint64_t>(levels * 10 + faults));
     FabricPlan plan = PlanTree(RandomShape(levels, random), hdr);
     FaultInjector injector(plan, random);
@@ -88,8 +106,8 @@ Cell Measure(FaultKind kind, int faults, int levels, const std::vector<Setting>&
       refused |= injector.Inject(kind, done).has_value();
     }
     if (refused) continue;  // too small a tree for so many faults
-    ++cell.fabrics;
-    std::set<std::uint64_t> trueRoots;
+    ++fabrics;
+    Guids trueRoots;
     for (const std::size_t root : plan.SwitchesOnRank(0)) {
       trueRoots.insert(plan.nodes[root].spec.guid);
     }
@@ -97,46 +115,84 @@ Cell Measure(FaultKind kind, int faults, int levels, const std::vector<Setting>&
     plan.Fill(builder);
     const auto fabric = builder.Build();
     for (std::size_t i = 0; i < settings.size(); ++i) {
-      cell.found[i] += FindsTrueRoots(*fabric, trueRoots, settings[i]) ? 1 : 0;
+      ++cells[i][Search(*fabric, trueRoots, settings[i])];
     }
   }
-  return cell;
+  return cells;
+}
+
+struct Row {
+  int levels = 0;
+  FaultKind kind{};
+  std::vector<std::vector<Cell>> cells;  // by number of faults, by setting
+};
+
+void PrintTable(const std::vector<Row>& rows, std::size_t setting) {
+  fmt::print("\n| levels | fault |");
+  for (const int faults : faultCounts) fmt::print(" {} |", faults);
+  fmt::print("\n|---|---|---|---|---|---|\n");
+  for (const Row& row : rows) {
+    fmt::print("| {} | {} |", row.levels, FaultName(row.kind));
+    for (const auto& cells : row.cells) fmt::print(" {} |", Shares(cells[setting]));
+    fmt::print("\n");
+  }
+}
+
+bool AreAlike(const std::vector<Row>& rows, std::size_t a, std::size_t b) {
+  for (const Row& row : rows) {
+    for (const auto& cells : row.cells) {
+      if (cells[a] != cells[b]) return false;
+    }
+  }
+  return true;
+}
+
+void PrintTotals(const std::vector<Row>& rows) {
+  fmt::print(
+      "| --equal | --retries | found | of these doubted | refused | wrong, doubted | wrong, "
+      "silently |\n|---|---|---|---|---|---|---|\n");
+  for (std::size_t i = 0; i < settings.size(); ++i) {
+    std::array<long, OutcomeCount> sums{};
+    long fabrics = 0;
+    for (const Row& row : rows) {
+      for (const auto& cells : row.cells) {
+        for (std::size_t outcome = 0; outcome < sums.size(); ++outcome) {
+          sums[outcome] += cells[i][outcome];
+        }
+        fabrics += fabricsPerCell;
+      }
+    }
+    sums[Found] += sums[FoundDoubted];
+    fmt::print("| {} | {} |", settings[i].equal, settings[i].retries);
+    for (const long sum : sums) {
+      fmt::print(" {:.2f} % |", 100.0 * static_cast<double>(sum) / static_cast<double>(fabrics));
+    }
+    fmt::print("\n");
+  }
 }
 
 }  // namespace
 
 int main() {
-  std::vector<Setting> settings;
-  for (const int retries : retryCounts) {
-    for (const int equal : equals) settings.push_back({equal, retries});
-  }
-  std::vector<long> totals(settings.size());
-  long fabrics = 0;
-
-  fmt::print("| levels | fault |");
-  for (const int faults : faultCounts) fmt::print(" {} |", faults);
-  fmt::print("\n|---|---|---|---|---|---|\n");
+  std::vector<Row> rows;
   for (const int levels : levelCounts) {
     for (const FaultKind kind : kinds) {
-      fmt::print("| {} | {} |", levels, FaultName(kind));
+      rows.push_back({levels, kind, {}});
       for (const int faults : faultCounts) {
-        const Cell cell = Measure(kind, faults, levels, settings);
-        std::string shares;
-        for (std::size_t i = 0; i < settings.size(); ++i) {
-          totals[i] += cell.found[i];
-          shares += (i == 0 ? "" : "/") + fmt::format("{:.1f}", 100.0 * cell.found[i] / cell.fabrics);
-        }
-        fabrics += cell.fabrics;
-        fmt::print(" {} |", shares);
+        rows.back().cells.push_back(Measure(kind, faults, levels));
       }
-      fmt::print("\n");
-      std::fflush(stdout);
     }
   }
-  fmt::print("\n| --equal | --retries | true roots found |\n|---|---|---|\n");
+  PrintTotals(rows);
   for (std::size_t i = 0; i < settings.size(); ++i) {
-    fmt::print("| {} | {} | {:.2f} % |\n", settings[i].equal, settings[i].retries,
-               100.0 * static_cast<double>(totals[i]) / static_cast<double>(fabrics));
+    fmt::print("\n--equal {} --retries {}:", settings[i].equal, settings[i].retries);
+    const bool alike = i % 2 == 1 && AreAlike(rows, i - 1, i);
+    if (alike) {
+      fmt::print(" every cell as with --retries {}\n", settings[i - 1].retries);
+    } else {
+      fmt::print("\n");
+      PrintTable(rows, i);
+    }
   }
   return 0;
 }

@@ -5,139 +5,43 @@
 // - a leaf sees switches at a distance that no tree of 2, 3 or 4 levels has;
 // - neither, and still the leaves do not agree on the roots.
 //
-// The cure is nearly always to name the roots. Which switches they may be is guessed as those
-// farthest from all hosts, and a regular expression for them is made from the shape of their names.
+// The cure is nearly always to name the roots.
+//
+// A tree that was built may still be a wrong one: leaves near a wrong cable agree on the same
+// mistake. What it then looks like is known, too: a leaf among the roots leads to hosts, a middle
+// switch among them reaches too far down, and a root in the middle of the tree has nothing below.
 
 #include "check/advice.h"
 
 #include <algorithm>
-#include <cctype>
-#include <deque>
-#include <map>
-#include <set>
-#include <vector>
+#include <cstddef>
+#include <unordered_map>
 
+#include "check/root_names.h"
 #include "fabric/fabric_walk.h"
 
 namespace fabscope {
 namespace {
 
-constexpr std::size_t maxFormsShown = 5;
-
-// A name's shape: "leaf-p0l1" is of the form "leaf-p<N>l<N>" and is matched by
-// "^leaf-p[0-9]+l[0-9]+$".
-struct NameForm {
-  std::string shown;
-  std::string regex;
-
-  friend bool operator<(const NameForm& a, const NameForm& b) { return a.shown < b.shown; }
-};
-
-NameForm FormOf(const std::string& name) {
-  NameForm form{"", "^"};
-  for (std::size_t i = 0; i < name.size(); ++i) {
-    const char c = name[i];
-    if (std::isdigit(static_cast<unsigned char>(c)) != 0) {
-      const bool inNumber = i > 0 && std::isdigit(static_cast<unsigned char>(name[i - 1])) != 0;
-      if (inNumber) continue;
-      form.shown += "<N>";
-      form.regex += "[0-9]+";
-      continue;
-    }
-    if (std::string_view(R"(.[]()*+?{}|^$\)").find(c) != std::string_view::npos) form.regex += '\\';
-    form.shown += c;
-    form.regex += c;
-  }
-  form.regex += '$';
-  return form;
-}
-
-bool LeadsToHost(const IBNode& node) {
-  const auto ports = GetTreePorts(node);
-  return std::any_of(ports.begin(), ports.end(), [](const IBPort* port) {
-    const IBNode* remote = GetLinkedNode(port);
-    return remote != nullptr && remote->nodeType == NodeTypeCA && !remote->isSpecialNode();
-  });
-}
-
-// The switches farthest from all that lead to hosts; empty when none does.
-std::set<const IBNode*> FarthestFromHosts(const IBFabric& fabric) {
-  std::map<const IBNode*, int> distance;
-  std::deque<const IBNode*> queue;
-  for (const IBNode* node : fabric.switches) {
-    if (!LeadsToHost(*node)) continue;
-    distance[node] = 0;
-    queue.push_back(node);
-  }
-  int greatest = 0;
-  for (; !queue.empty(); queue.pop_front()) {
-    greatest = distance[queue.front()];
-    for (const IBPort* port : GetTreePorts(*queue.front())) {
-      const IBNode* remote = GetRemoteSwitch(port);
-      if (remote != nullptr && distance.emplace(remote, greatest + 1).second) {
-        queue.push_back(remote);
-      }
-    }
-  }
-  std::set<const IBNode*> farthest;
-  for (const auto& [node, hops] : distance) {
-    if (hops == greatest) farthest.insert(node);
-  }
-  return farthest;
-}
-
-// The forms of the switches' names, with the number of switches.
-std::map<NameForm, std::size_t> FormsOf(const IBFabric& fabric) {
-  std::map<NameForm, std::size_t> forms;
-  for (const IBNode* node : fabric.switches) ++forms[FormOf(node->name)];
-  return forms;
-}
-
-std::string Quoted(const std::string& regex) {
-  std::string quoted = "'";
-  for (const char c : regex) quoted += c == '\'' ? std::string(R"('\'')") : std::string(1, c);
-  return quoted + "'";
-}
-
-// "name the roots with --root-regex ERE, for example ...".
-std::string NameTheRoots(const IBFabric& fabric) {
-  const std::map<NameForm, std::size_t> forms = FormsOf(fabric);
-  const std::string start = "name the roots with --root-regex ERE";
-  if (forms.size() < 2) {
-    return start + ", or give the subnet manager's ranks with --ranks FILE";
-  }
-  // Roots are fewest; the farthest from the hosts are a better guess where there are hosts.
-  auto guess = std::min_element(forms.begin(), forms.end(),
-                                [](const auto& a, const auto& b) { return a.second < b.second; });
-  const std::set<const IBNode*> farthest = FarthestFromHosts(fabric);
-  if (!farthest.empty()) guess = forms.find(FormOf((*farthest.begin())->name));
-
-  std::string shown;
-  std::size_t count = 0;
-  for (const auto& [form, switches] : forms) {
-    if (++count > maxFormsShown) {
-      shown += ", ...";
-      break;
-    }
-    shown += (count == 1 ? "" : ", ") + form.shown;
-  }
-  return start + ", for example --root-regex " + Quoted(guess->first.regex) +
-         " (switches are named " + shown + ")";
-}
-
-// The leaf that sees a tree of a height there is none of, in words; empty if there is no such leaf.
-// The search for roots is done again as the stage did it.
-std::string UnusualHeight(FTTopology& topology, const CheckOptions& options) {
+// What one leaf saw that no tree looks like, in words; empty when the leaves merely disagree. The
+// search for roots is done again as the stage did it.
+std::string StrangeSight(FTTopology& topology, const CheckOptions& options) {
   FTClassificationHandler handler;
   const IBNode* leaf = topology.GetFirstLeaf();
   for (int tries = 0; leaf != nullptr && tries <= options.retries; ++tries) {
+    const std::string from = "from leaf " + leaf->name;
     FTClassification* seen = handler.GetNewClassification(topology);
     seen->Classify(*leaf);
     const int distance = seen->GetMaxDistance();
     if (distance != 2 && distance != 4 && distance != 6) {
-      return "from leaf " + leaf->name + " the farthest switch, " + seen->GetFarthestNode()->name +
-             ", is " + std::to_string(distance) +
-             " hops away, but trees of 2, 3 and 4 levels have 2, 4 and 6";
+      return from + " the farthest switch, " + seen->GetFarthestNode()->name + ", is " +
+             std::to_string(distance) +
+             " hops away, but trees of 2, 3 and 4 levels have 2, 4 and 6; for other trees, ";
+    }
+    const int common = seen->GetMaxThresholdDistance();
+    if (common != 2 && common != 4 && common != 6) {
+      return from + " too few switches are " + std::to_string(distance) +
+             " hops away to tell the height of the tree: ";
     }
     leaf = seen->GetLeafToClassify(handler.GetClassifications());
   }
@@ -150,10 +54,52 @@ std::string AdviceOnAutomaticRoots(FTTopology& topology, const CheckOptions& opt
   if (topology.GetFirstLeaf() == nullptr) {
     return "no switch leads to a host: is this a dump without channel adapters? If so, " + cure;
   }
-  const std::string height = UnusualHeight(topology, options);
-  if (!height.empty()) return height + "; for other trees, " + cure;
+  const std::string strange = StrangeSight(topology, options);
+  if (!strange.empty()) return strange + cure;
   return "the leaves do not agree on the roots: " + cure;
 }
+
+// The ranks of a tree that was built, and what looks wrong with them.
+class RankDoubts {
+ public:
+  explicit RankDoubts(const FTTopology& topology) : ranks_(topology.GetRanks()) {
+    for (std::size_t rank = 0; rank < ranks_.size(); ++rank) {
+      for (const IBNode* node : ranks_[rank]) rankOf_.emplace(node, rank);
+    }
+  }
+
+  bool IsRanked(const IBNode* node) const { return rankOf_.contains(node); }
+
+  // The first doubt in words; empty when there is none.
+  std::string Tell() const {
+    for (const IBNode* root : ranks_.front()) {
+      if (LeadsToHost(*root)) return root->name + " is a root but leads to hosts";
+      if (ReachesBeyond(*root, 1)) {
+        return root->name + " is a root but has a cable to a switch of a rank below the next";
+      }
+    }
+    for (std::size_t rank = 1; rank + 1 < ranks_.size(); ++rank) {
+      for (const IBNode* node : ranks_[rank]) {
+        if (ReachesBeyond(*node, rank)) continue;
+        return node->name + " is on rank " + std::to_string(rank) +
+               " but has no cable to a switch of a rank below";
+      }
+    }
+    return {};
+  }
+
+ private:
+  bool ReachesBeyond(const IBNode& node, std::size_t rank) const {
+    const auto ports = GetTreePorts(node);
+    return std::any_of(ports.begin(), ports.end(), [&](const IBPort* port) {
+      const auto found = rankOf_.find(GetRemoteSwitch(port));
+      return found != rankOf_.end() && found->second > rank;
+    });
+  }
+
+  const std::vector<NodeSet>& ranks_;
+  std::unordered_map<const IBNode*, std::size_t> rankOf_;
+};
 
 }  // namespace
 
@@ -168,6 +114,21 @@ std::string AdviceOnBuilding(FTTopology& topology, const CheckOptions& options) 
       break;
   }
   return AdviceOnAutomaticRoots(topology, options);
+}
+
+std::string AdviceOnTree(const FTTopology& topology, const CheckOptions& options) {
+  const IBFabric& fabric = topology.GetFabric();
+  if (topology.GetRanks().empty()) return {};
+  const RankDoubts doubts(topology);
+  const std::string doubt = options.roots == RootsFrom::Auto ? doubts.Tell() : std::string();
+  if (!doubt.empty()) return doubt + ": if the roots are wrong, " + NameTheRoots(fabric);
+
+  const auto isLeftOut = [&](const IBNode* node) { return !doubts.IsRanked(node); };
+  const auto first = std::find_if(fabric.switches.begin(), fabric.switches.end(), isLeftOut);
+  if (first == fabric.switches.end()) return {};
+  const auto count = std::count_if(first, fabric.switches.end(), isLeftOut);
+  return std::to_string(count) + " of " + std::to_string(fabric.switches.size()) +
+         " switches have no rank and were not checked, the first is " + (*first)->name;
 }
 
 }  // namespace fabscope

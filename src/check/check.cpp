@@ -117,6 +117,7 @@ bool CheckRun::Build() {
     return false;
   }
   result_.levelsReport = topology.LevelsReport();
+  result_.doubt = AdviceOnTree(topology, options_);
   return true;
 }
 

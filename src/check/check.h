@@ -50,6 +50,7 @@ struct CheckResult {
   std::size_t switchesOfSharedName = 0;
   std::string message;  // why building or validating failed
   std::string advice;   // what the user can do when building failed
+  std::string doubt;    // why the tree that was built may be a wrong one; empty if nothing says so
 
   std::string buildOutput;
   std::string levelsReport;

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "support/stage_fixture.h"
+#include "support/test_peer.h"
 
 namespace fabscope {
 namespace {
@@ -64,6 +65,32 @@ TEST_F(AdviceTest, ALaterLeafMayBeTheOneThatSeesAnotherHeight) {
             "example --root-regex '^root[0-9]+$' (switches are named far, leaf<N>, root<N>)");
 }
 
+TEST_F(AdviceTest, TooFewLeavesFarAwayAreToldWithTheLeafThatSawThem) {
+  AddTwoLevelTree(fabric, 4, 2, 1);
+  EXPECT_EQ(Advice(),
+            "from leaf leaf1 too few switches are 2 hops away to tell the height of the tree: name "
+            "the roots with --root-regex ERE, for example --root-regex '^root[0-9]+$' (switches "
+            "are named leaf<N>, root<N>)");
+}
+
+TEST_F(AdviceTest, ALeafWithoutHostsIsNoExampleOfARoot) {
+  AddTwoLevelTree(fabric, 2, 4, 1);
+  fabric.Switch("leaf9").Cable("leaf9", "root0");
+  retries = 0;
+  EXPECT_EQ(Advice(),
+            "the leaves do not agree on the roots: name the roots with --root-regex ERE, for "
+            "example --root-regex '^root[0-9]+$' (switches are named leaf<N>, root<N>)");
+}
+
+TEST_F(AdviceTest, WithoutHostsNamesOfLeavesAreNoExample) {
+  AddTwoLevelTree(fabric, 3, 2, 0);
+  for (const char* name : {"Edge 1", "EDGE-2"}) fabric.Switch(name);
+  EXPECT_EQ(Advice(),
+            "no switch leads to a host: is this a dump without channel adapters? If so, name the "
+            "roots with --root-regex ERE, for example --root-regex '^root[0-9]+$' (switches are "
+            "named EDGE-<N>, Edge <N>, leaf<N>, root<N>)");
+}
+
 TEST_F(AdviceTest, NamesOfOneFormMakeNoExample) {
   for (const char* name : {"sw1", "sw2", "sw3"}) fabric.Switch(name);
   fabric.Cable("sw1", "sw2").Cable("sw2", "sw3");
@@ -110,6 +137,72 @@ TEST_F(AdviceTest, HostsBehindSpecialNodesAndDeadLinksDoNotCount) {
             "no switch leads to a host: is this a dump without channel adapters? If so, name the "
             "roots with --root-regex ERE, for example --root-regex '^root[0-9]+$' (switches are "
             "named leaf<N>, root<N>)");
+}
+
+// Advice on a tree that was built, from the roots that a test names.
+class TreeAdviceTest : public StageTest {
+ protected:
+  std::string Advice(const std::vector<std::string>& roots, RootsFrom from = RootsFrom::Auto) {
+    RankFrom(roots);
+    CheckOptions options;
+    options.roots = from;
+    return AdviceOnTree(Topology(), options);
+  }
+};
+
+constexpr const char* example =
+    "name the roots with --root-regex ERE, for example --root-regex '^root[0-9]+$' (switches are "
+    "named leaf<N>.<N>, mid<N>.<N>, root<N>)";
+
+TEST_F(TreeAdviceTest, NothingIsDoubtedInACleanTree) {
+  AddThreeLevelTree(fabric, 2, 2, 2, 1, 1);
+  EXPECT_EQ(Advice({"root0", "root1"}), "");
+}
+
+TEST_F(TreeAdviceTest, ARootThatLeadsToHostsIsDoubted) {
+  AddThreeLevelTree(fabric, 2, 2, 2, 1, 1);
+  EXPECT_EQ(
+      Advice({"root0", "root1", "leaf0.1"}),
+      std::string("leaf0.1 is a root but leads to hosts: if the roots are wrong, ") + example);
+}
+
+TEST_F(TreeAdviceTest, ARootWithACableToALowRankIsDoubted) {
+  AddThreeLevelTree(fabric, 2, 2, 2, 1, 1);
+  fabric.Cable("root1", "leaf0.1");
+  TestPeer::Ranks(Topology()) = {Nodes({"root0", "root1"}),
+                                 Nodes({"mid0.0", "mid0.1", "mid1.0", "mid1.1"}),
+                                 Nodes({"leaf0.0", "leaf0.1", "leaf1.0", "leaf1.1"})};
+  EXPECT_EQ(AdviceOnTree(Topology(), CheckOptions()),
+            std::string("root1 is a root but has a cable to a switch of a rank below the next: if "
+                        "the roots are wrong, ") +
+                example);
+}
+
+TEST_F(TreeAdviceTest, AMiddleSwitchWithNothingBelowIsDoubted) {
+  AddThreeLevelTree(fabric, 2, 2, 2, 1, 1);
+  fabric.Switch("root2").Cable("root2", "root0");
+  EXPECT_EQ(Advice({"root0", "root1"}),
+            std::string("root2 is on rank 1 but has no cable to a switch of a rank below: if the "
+                        "roots are wrong, ") +
+                example);
+}
+
+TEST_F(TreeAdviceTest, RootsThatTheUserNamedAreNotDoubted) {
+  AddThreeLevelTree(fabric, 2, 2, 2, 1, 1);
+  EXPECT_EQ(Advice({"root0", "root1", "leaf0.1"}, RootsFrom::Regex), "");
+}
+
+TEST_F(TreeAdviceTest, SwitchesThatAreNotPartOfTheTreeAreCounted) {
+  fabric.Switch("alone");
+  AddTwoLevelTree(fabric, 2, 3, 1);
+  fabric.Switch("other1").Switch("other2").Cable("other1", "other2");
+  EXPECT_EQ(Advice({"root0", "root1"}, RootsFrom::Regex),
+            "3 of 8 switches have no rank and were not checked, the first is alone");
+}
+
+TEST_F(TreeAdviceTest, ATreeWithoutRanksIsLeftToTheStage) {
+  AddTwoLevelTree(fabric, 2, 3, 1);
+  EXPECT_EQ(AdviceOnTree(Topology(), CheckOptions()), "");
 }
 
 }  // namespace

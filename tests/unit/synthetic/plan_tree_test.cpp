@@ -74,6 +74,15 @@ TEST(PlanTreeTest, ParallelCablesStandSideBySide) {
                           "leaf02:5-spine02:4"));
 }
 
+TEST(PlanTreeTest, LevelsAboveTheThirdAreNumberedTiers) {
+  const FabricPlan plan = PlanTree({{1, 1, 1, 1, 2}, {1, 1, 1, 1, 1}}, hdr);
+  std::vector<std::string> names;
+  for (const PlannedNode& node : plan.nodes) names.push_back(node.spec.name);
+  EXPECT_THAT(names, ElementsAre("spine01", "pod01-tier4-01", "pod02-tier4-01", "pod01-core01",
+                                 "pod02-core01", "pod01-agg01", "pod02-agg01", "pod01-leaf01",
+                                 "pod02-leaf01", "host01", "host02"));
+}
+
 TEST(PlanTreeTest, NumbersAreAsWideAsTheGreatest) {
   const FabricPlan plan = PlanTree({{2, 60}, {1, 2}}, hdr);
   std::set<std::string> names;

@@ -1,0 +1,149 @@
+// Which switches may be the roots is guessed from how far they are from hosts, and a regular
+// expression for them is made from the shape of their names.
+
+#include "check/root_names.h"
+
+#include <algorithm>
+#include <cctype>
+#include <deque>
+#include <map>
+#include <string_view>
+#include <unordered_map>
+
+#include "fabric/fabric_walk.h"
+
+namespace fabscope {
+namespace {
+
+constexpr std::size_t maxFormsShown = 5;
+
+// A name's shape: "leaf-p0l1" is of the form "leaf-p<N>l<N>" and is matched by
+// "^leaf-p[0-9]+l[0-9]+$".
+struct NameForm {
+  std::string shown;
+  std::string regex;
+
+  friend bool operator<(const NameForm& a, const NameForm& b) { return a.shown < b.shown; }
+};
+
+NameForm FormOf(const std::string& name) {
+  NameForm form{"", "^"};
+  for (std::size_t i = 0; i < name.size(); ++i) {
+    const char c = name[i];
+    if (std::isdigit(static_cast<unsigned char>(c)) != 0) {
+      const bool inNumber = i > 0 && std::isdigit(static_cast<unsigned char>(name[i - 1])) != 0;
+      if (inNumber) continue;
+      form.shown += "<N>";
+      form.regex += "[0-9]+";
+      continue;
+    }
+    if (std::string_view(R"(.[]()*+?{}|^$\)").find(c) != std::string_view::npos) form.regex += '\\';
+    form.shown += c;
+    form.regex += c;
+  }
+  form.regex += '$';
+  return form;
+}
+
+// How far a switch is from the nearest that leads to a host, in hops; only switches that can be
+// reached from one.
+std::unordered_map<const IBNode*, std::size_t> DistancesFromHosts(const IBFabric& fabric) {
+  std::unordered_map<const IBNode*, std::size_t> distances;
+  std::deque<const IBNode*> queue;
+  for (const IBNode* node : fabric.switches) {
+    if (!LeadsToHost(*node)) continue;
+    distances[node] = 0;
+    queue.push_back(node);
+  }
+  for (; !queue.empty(); queue.pop_front()) {
+    const std::size_t next = distances[queue.front()] + 1;
+    for (const IBPort* port : GetTreePorts(*queue.front())) {
+      const IBNode* remote = GetRemoteSwitch(port);
+      if (remote != nullptr && distances.emplace(remote, next).second) queue.push_back(remote);
+    }
+  }
+  return distances;
+}
+
+// The switches whose names have one form.
+struct Namesakes {
+  std::size_t count = 0;
+  std::size_t reached = 0;  // of these, from hosts
+  std::size_t hops = 0;     // to all of these together
+};
+
+using FormTable = std::map<NameForm, Namesakes>;
+
+FormTable FormsOf(const IBFabric& fabric) {
+  const auto distances = DistancesFromHosts(fabric);
+  FormTable forms;
+  for (const IBNode* node : fabric.switches) {
+    Namesakes& namesakes = forms[FormOf(node->name)];
+    ++namesakes.count;
+    const auto found = distances.find(node);
+    if (found == distances.end()) continue;
+    ++namesakes.reached;
+    namesakes.hops += found->second;
+  }
+  return forms;
+}
+
+// Whether a name says that its switch is no root.
+bool IsLeafName(const NameForm& form) {
+  std::string name = form.shown;
+  std::transform(name.begin(), name.end(), name.begin(),
+                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  return name.find("leaf") != std::string::npos || name.find("edge") != std::string::npos;
+}
+
+// Whether switches of form a are likelier roots than those of form b. On the average roots are the
+// farthest from hosts; one leaf without hosts may be farther, and a lost switch as far. Without
+// hosts names must tell, and roots are fewest.
+bool AreLikelierRoots(const FormTable::value_type& a, const FormTable::value_type& b) {
+  const Namesakes& left = a.second;
+  const Namesakes& right = b.second;
+  if (left.hops * right.reached != right.hops * left.reached) {
+    return left.hops * right.reached > right.hops * left.reached;
+  }
+  if (IsLeafName(a.first) != IsLeafName(b.first)) return !IsLeafName(a.first);
+  return left.reached != 0 ? left.count > right.count : left.count < right.count;
+}
+
+std::string Quoted(const std::string& regex) {
+  std::string quoted = "'";
+  for (const char c : regex) quoted += c == '\'' ? std::string(R"('\'')") : std::string(1, c);
+  return quoted + "'";
+}
+
+}  // namespace
+
+bool LeadsToHost(const IBNode& node) {
+  const auto ports = GetTreePorts(node);
+  return std::any_of(ports.begin(), ports.end(), [](const IBPort* port) {
+    const IBNode* remote = GetLinkedNode(port);
+    return remote != nullptr && remote->nodeType == NodeTypeCA && !remote->isSpecialNode();
+  });
+}
+
+std::string NameTheRoots(const IBFabric& fabric) {
+  const FormTable forms = FormsOf(fabric);
+  const std::string start = "name the roots with --root-regex ERE";
+  if (forms.size() < 2) {
+    return start + ", or give the subnet manager's ranks with --ranks FILE";
+  }
+  const auto guess = std::min_element(forms.begin(), forms.end(), AreLikelierRoots);
+
+  std::string shown;
+  std::size_t count = 0;
+  for (const auto& [form, namesakes] : forms) {
+    if (++count > maxFormsShown) {
+      shown += ", ...";
+      break;
+    }
+    shown += (count == 1 ? "" : ", ") + form.shown;
+  }
+  return start + ", for example --root-regex " + Quoted(guess->first.regex) +
+         " (switches are named " + shown + ")";
+}
+
+}  // namespace fabscope
