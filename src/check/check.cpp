@@ -22,6 +22,13 @@ std::size_t CountSwitchesOfSharedName(const IBFabric& fabric) {
   return shared;
 }
 
+// What was written since the last time.
+std::string TakeText(std::ostringstream& stream) {
+  std::string text = stream.str();
+  stream.str({});
+  return text;
+}
+
 class CheckRun {
  public:
   explicit CheckRun(const CheckOptions& options) : options_(options) {
@@ -52,12 +59,6 @@ class CheckRun {
     std::vector<std::string> lines = warnings.Lines(path == "-" ? "<stdin>" : path);
     std::move(lines.begin(), lines.end(), std::back_inserter(result_.warnings));
     return true;
-  }
-
-  std::string TakeOutput() {
-    std::string text = result_.stream->str();
-    result_.stream->str({});
-    return text;
   }
 
   const CheckOptions& options_;
@@ -110,7 +111,7 @@ bool CheckRun::Build() {
       status = topology.Build(records_, result_.message, *options_.rootRegex);
       break;
   }
-  result_.buildOutput = TakeOutput();
+  result_.buildOutput = TakeText(*result_.stream);
   if (status != StatusSuccess) {
     result_.status = CheckStatus::NotBuilt;
     result_.advice = AdviceOnBuilding(topology, options_);
@@ -123,14 +124,14 @@ bool CheckRun::Build() {
 
 bool CheckRun::Validate() {
   const int status = result_.topology->Validate(records_, result_.message);
-  result_.validateOutput = TakeOutput();
+  result_.validateOutput = TakeText(*result_.stream);
   result_.status = status == StatusSuccess ? CheckStatus::Done : CheckStatus::NotValidated;
   return status == StatusSuccess;
 }
 
 void CheckRun::Dump() {
   result_.topology->Dump();
-  result_.dump = TakeOutput();
+  result_.dump = TakeText(*result_.stream);
 }
 
 void CheckRun::Collect() {

@@ -43,6 +43,7 @@ std::optional<FaultKind> FaultOfName(std::string_view name) {
 const std::vector<FaultKind>& AllFaultKinds() {
   static const std::vector<FaultKind> kinds = [] {
     std::vector<FaultKind> all;
+    all.reserve(names.size());
     for (const auto& [kind, name] : names) all.push_back(kind);
     return all;
   }();
