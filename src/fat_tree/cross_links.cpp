@@ -9,6 +9,9 @@
 // that switch are the cross links. With 3 against 1 the switch is taken from the second set; with 2
 // against 1, or among equals, nobody can tell, and it stays in both.
 
+#include <algorithm>
+#include <limits>
+
 #include "fabric/fabric_walk.h"
 #include "fabric/guid.h"
 #include "fat_tree/status.h"
@@ -52,7 +55,34 @@ int FTUpHopHistogram::AddIllegalLinkIssues(std::uint64_t index,
   return StatusBadData;
 }
 
+std::vector<std::int32_t> FTUpHopHistogram::GreatestCounts() const {
+  constexpr std::int32_t uncounted = std::numeric_limits<std::int32_t>::max();
+  std::vector<std::int32_t> greatest(MaxUpperSwitches);
+  for (const auto& [key, set] : upHopSets) {
+    set.upSet.ForEach(MaxUpperSwitches, [&, &counts = set.encounteredMap](std::size_t index) {
+      const auto found = counts.find(index);
+      greatest[index] =
+          std::max(greatest[index], found == counts.end() ? uncounted : found->second);
+    });
+  }
+  return greatest;
+}
+
 int FTUpHopHistogram::CheckCrossLinks(FTUpHopSet& set) {
+  return CheckCrossLinks(set, GreatestCounts());
+}
+
+int FTUpHopHistogram::CheckCrossLinks(FTUpHopSet& set,
+                                      const std::vector<std::int32_t>& greatestCounts) {
+  // Of most sets no upper switch is reached much more often by another set, and of the others few.
+  UpHopBits suspects;
+  set.upSet.ForEach(bitSetSize, [&](std::size_t index) {
+    std::int32_t own = 0;
+    const bool isCounted = set.GetNodeEncountered(index, own) == StatusSuccess;
+    if (!isCounted || greatestCounts[index] > 2 * own) suspects.set(index);
+  });
+  if (suspects.none()) return StatusSuccess;
+
   const auto countFailed = [this](std::uint64_t index, const void* token) {
     errStream << "Failed to get how many times a node with index: " << index
               << " was encountered. Up-Hop set ptr: " << token;
@@ -60,7 +90,7 @@ int FTUpHopHistogram::CheckCrossLinks(FTUpHopSet& set) {
 
   for (const auto& [key, other] : upHopSets) {
     if (&other == &set) continue;
-    const UpHopBits shared = set.upSet & other.upSet;
+    const UpHopBits shared = suspects.Common(set.upSet).Common(other.upSet);
     if (shared.none()) continue;
     for (std::uint64_t index = 0; index < bitSetSize; ++index) {
       if (!shared.test(index)) continue;

@@ -24,26 +24,13 @@
 #include "platform/progress.h"
 
 namespace fabscope {
-namespace {
-
-UpHopBits LowBits(std::size_t size) {
-  return size >= MaxUpperSwitches ? ~UpHopBits() : ~UpHopBits() >> (MaxUpperSwitches - size);
-}
-
-template <typename Visit>
-void ForEachBit(const UpHopBits& bits, std::size_t size, Visit visit) {
-  for (std::size_t i = bits._Find_first(); i < size && i < MaxUpperSwitches; i = bits._Find_next(i))
-    visit(i);
-}
-
-}  // namespace
 
 void FTUpHopSet::InitEncounteredMap(std::size_t size) {
-  ForEachBit(upSet, size, [this](std::size_t i) { encounteredMap[i] = encountered; });
+  upSet.ForEach(size, [this](std::size_t i) { encounteredMap[i] = encountered; });
 }
 
 void FTUpHopSet::Merge(const FTUpHopSet& other, std::size_t size) {
-  ForEachBit(other.upSet, size, [&](std::size_t i) {
+  other.upSet.ForEach(size, [&](std::size_t i) {
     const auto counted = other.encounteredMap.find(i);
     const std::int32_t count = counted == other.encounteredMap.end() ? 0 : counted->second;
     if (upSet.test(i)) {
@@ -52,12 +39,12 @@ void FTUpHopSet::Merge(const FTUpHopSet& other, std::size_t size) {
       encounteredMap[i] = count;
     }
   });
-  upSet |= other.upSet;
+  upSet = upSet.United(other.upSet);
   AddDownNodes(other);
 }
 
 UpHopBits FTUpHopSet::Delta(const FTUpHopSet& other, std::size_t size) const {
-  return other.upSet & ~upSet & LowBits(size);
+  return other.upSet.Outside(upSet, size);
 }
 
 void FTUpHopSet::AddDownNodes(const FTUpHopSet& other) {
@@ -179,10 +166,13 @@ std::string FTUpHopHistogram::GetHashCode(const UpHopBits& bits) const {
 }
 
 int FTUpHopHistogram::TryMergeTwoSets(FTUpHopSet& set, FTUpHopSet& target, bool& merged) {
-  const std::uint64_t extra = target.Delta(set, bitSetSize).count();
+  const std::int32_t limit = 100 - topology.GetUpHopMergePercent();
+  if (limit <= 0) return StatusSuccess;
+  // 100 * extra / size < limit, without dividing: extra <= (limit * size - 1) / 100. An empty
+  // target takes whatever comes.
   const std::uint64_t size = target.upSet.count();
-  const std::uint64_t ratio = size == 0 ? 0 : extra * 100 / size;
-  if (100 - topology.GetUpHopMergePercent() > static_cast<std::int32_t>(ratio)) {
+  const std::uint64_t most = (static_cast<std::uint64_t>(limit) * size - 1) / 100;
+  if (size == 0 || !set.upSet.HasMoreOutside(target.upSet, bitSetSize, most)) {
     target.Merge(set, bitSetSize);
     merged = true;
   }
@@ -217,10 +207,13 @@ int FTUpHopHistogram::MergeSets() {
 
 int FTUpHopHistogram::CreateNeighborhoods(std::vector<FabricErrGeneral*>& errors) {
   if (const int status = MergeSets(); status != StatusSuccess) return status;
+  const std::vector<std::int32_t> greatestCounts = GreatestCounts();
   std::size_t done = 0;
   for (auto& [key, set] : upHopSets) {
     ReportProgress("looking for cross links", done++, upHopSets.size());
-    if (const int status = CheckCrossLinks(set); status != StatusSuccess) return status;
+    if (const int status = CheckCrossLinks(set, greatestCounts); status != StatusSuccess) {
+      return status;
+    }
   }
   return SetsToNeighborhoods(errors);
 }
@@ -230,7 +223,7 @@ std::string FTUpHopHistogram::UpHopSetToString(const FTUpHopSet& set) {
   text << "\nFTUpHopSet (ptr) " << static_cast<const void*>(&set)
        << "\ninitiated from: " << GuidText(set.downNodes.front()->guid)
        << "\nencountered: " << set.encountered << "\nup_set: ";
-  ForEachBit(set.upSet, bitSetSize, [&](std::size_t i) {
+  set.upSet.ForEach(bitSetSize, [&](std::size_t i) {
     if (const IBNode* node = IndexToNode(i)) text << GuidText(node->guid) << ' ';
   });
   return text.str();

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <bitset>
 #include <cstddef>
 #include <cstdint>
 #include <list>
@@ -13,15 +12,12 @@
 #include "fat_tree/link_errors.h"
 #include "fat_tree/node_set.h"
 #include "fat_tree/pairs_container.h"
+#include "fat_tree/up_hop_bits.h"
 
 namespace fabscope {
 
 class FTNeighborhood;
 class FTTopology;
-
-// Upper switches by their index on the rank.
-inline constexpr std::size_t MaxUpperSwitches = 2048;
-using UpHopBits = std::bitset<MaxUpperSwitches>;
 
 // The lower switches that are cabled to one and the same set of upper switches.
 struct FTUpHopSet {
@@ -72,6 +68,11 @@ class FTUpHopHistogram {
   void CheckRootSwitchConnections(const IBNode& root);
   int AddIllegalLinkIssues(std::uint64_t index, const std::list<const IBNode*>& downNodes);
   int CheckCrossLinks(FTUpHopSet& set);
+  // The same with a bound for each upper switch: no set but those that hold it without counting it
+  // reaches it from more lower switches.
+  int CheckCrossLinks(FTUpHopSet& set, const std::vector<std::int32_t>& greatestCounts);
+  // Such bounds. They hold as long as sets only lose upper switches.
+  std::vector<std::int32_t> GreatestCounts() const;
 
   // Groups (neighborhood.cpp).
   int SetsToNeighborhoods(std::vector<FabricErrGeneral*>& errors);

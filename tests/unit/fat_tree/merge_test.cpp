@@ -23,7 +23,7 @@ class MergeTest : public UpHopTest {
     bool merged = false;
     EXPECT_EQ(histogram.TryMergeTwoSets(from, into, merged), 0);
     // Accepting and taking in are one thing.
-    EXPECT_EQ(into.upSet, merged ? Bits(target) | Bits(candidate) : Bits(target));
+    EXPECT_EQ(into.upSet, merged ? Bits(target).United(Bits(candidate)) : Bits(target));
     return merged;
   }
 
