@@ -1,43 +1,14 @@
 #include "cli/check_options.h"
 
-#include <algorithm>
 #include <array>
-#include <charconv>
-#include <filesystem>
 #include <limits>
-#include <utility>
+
+#include "cli/named_files.h"
 
 namespace fabscope {
 namespace {
 
-using Problem = std::optional<std::string>;
-
-Problem TakeNumber(int& target, const std::string& value, int least, int greatest) {
-  int number = 0;
-  const char* end = value.data() + value.size();
-  const auto [stop, status] = std::from_chars(value.data(), end, number);
-  if (status != std::errc() || stop != end || number < least || number > greatest) {
-    return "expected a whole number from " + std::to_string(least) + " to " +
-           std::to_string(greatest);
-  }
-  target = number;
-  return std::nullopt;
-}
-
-Problem TakeRegex(std::shared_ptr<regExp>& target, const std::string& value) {
-  auto regex = std::make_shared<regExp>(value);
-  if (!regex->IsValid()) {
-    return "expected a POSIX extended regular expression: " + regex->GetError();
-  }
-  target = std::move(regex);
-  return std::nullopt;
-}
-
-Problem TakePath(std::string& target, const std::string& value) {
-  if (value.empty()) return "expected the name of a file";
-  target = value;
-  return std::nullopt;
-}
+using Problem = OptionProblem;
 
 constexpr int anyCount = std::numeric_limits<int>::max();
 
@@ -163,57 +134,15 @@ Problem SettleRoots(CheckArguments& arguments) {
   return std::nullopt;
 }
 
-// A path from the root with all links followed; empty when the system cannot tell.
-std::filesystem::path WholePath(const std::string& name) {
-  std::error_code error;
-  const std::filesystem::path absolute = std::filesystem::absolute(name, error);
-  if (error) return {};
-  std::filesystem::path whole = std::filesystem::weakly_canonical(absolute, error);
-  return error ? std::filesystem::path() : whole;
-}
-
-// Whether two names are of one file, however they are spelled. Devices may be named twice.
-bool IsSameFile(const std::string& a, const std::string& b) {
-  namespace fs = std::filesystem;
-  if (a.empty() || b.empty()) return false;
-  std::error_code error;
-  const fs::file_status status = fs::status(a, error);
-  if (fs::exists(status) && !fs::is_regular_file(status)) return false;
-  const fs::path fileA = WholePath(a);
-  return !fileA.empty() && fileA == WholePath(b);
-}
-
 Problem SettleFiles(const CheckArguments& arguments) {
   const CheckOptions& options = arguments.options;
   const std::array<const std::string*, 4> inputs{&options.fabric, &options.ranks, &options.flids,
                                                  &options.nodeNameMap};
-  struct Output {
-    const char* option;
-    const std::string& file;
-  };
-  const std::array<Output, 4> outputs{{{"--dump ", arguments.dumpFile},
-                                       {"--csv ", arguments.csvFile},
-                                       {"--json ", arguments.jsonFile},
-                                       {"--log ", arguments.logFile}}};
-
-  const auto isStandardInput = [](const std::string* path) { return *path == "-"; };
-  if (std::count_if(inputs.begin(), inputs.end(), isStandardInput) > 1) {
-    return "standard input (-) can be read only once";
-  }
-  for (std::size_t i = 0; i < outputs.size(); ++i) {
-    const Output& output = outputs[i];
-    for (std::size_t j = 0; j < i; ++j) {
-      const Output& other = outputs[j];
-      if (!IsSameFile(other.file, output.file)) continue;
-      return other.option + other.file + " and " + output.option + output.file +
-             " contradict each other: each needs a file of its own";
-    }
-    for (const std::string* input : inputs) {
-      if (output.file == "-" || !IsSameFile(output.file, *input)) continue;
-      return output.option + output.file + " would overwrite the input " + *input;
-    }
-  }
-  return std::nullopt;
+  const std::array<NamedOutput, 4> outputs{{{"--dump ", arguments.dumpFile},
+                                            {"--csv ", arguments.csvFile},
+                                            {"--json ", arguments.jsonFile},
+                                            {"--log ", arguments.logFile}}};
+  return ProblemOfFiles(inputs, outputs);
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "check/check.h"
+#include "cli/option_values.h"
 #include "cli/terminal.h"
 
 namespace fabscope {
@@ -22,14 +23,7 @@ struct CheckArguments {
   std::string roots;  // the value of --roots; empty when it was not given
 };
 
-// One option. The table of them makes the parser and the help.
-struct CheckOption {
-  const char* name;     // "--name" or "-n,--name"
-  const char* metavar;  // empty: the option takes no value
-  const char* help;
-  // Takes the value (empty when there is none) over, or answers what is allowed instead.
-  std::optional<std::string> (*take)(CheckArguments& arguments, const std::string& value);
-};
+using CheckOption = CommandOption<CheckArguments>;
 
 std::span<const CheckOption> CheckOptionTable();
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <iostream>
 #include <optional>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -37,13 +38,10 @@ void AddVersionAndNote(CLI::App& app) {
   app.footer(statusNote);
 }
 
-void AddCheckOptions(CLI::App& app, CheckArguments& arguments) {
-  app.add_option("FABRIC", arguments.options.fabric,
-                 "Fabric document (JSON) or topology dump of ibnetdiscover, plain or gzip; - for "
-                 "standard input")
-      ->type_name("")
-      ->required();
-  for (const CheckOption& option : CheckOptionTable()) {
+template <typename Arguments>
+void AddOptions(CLI::App& app, std::span<const CommandOption<Arguments>> table,
+                Arguments& arguments) {
+  for (const CommandOption<Arguments>& option : table) {
     const auto take = [&option, &arguments](const std::string& value) {
       const auto problem = option.take(arguments, value);
       if (problem) {
@@ -59,6 +57,14 @@ void AddCheckOptions(CLI::App& app, CheckArguments& arguments) {
           ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
     }
   }
+}
+
+void AddFabric(CLI::App& app, std::string& fabric) {
+  app.add_option("FABRIC", fabric,
+                 "Fabric document (JSON) or topology dump of ibnetdiscover, plain or gzip; - for "
+                 "standard input")
+      ->type_name("")
+      ->required();
 }
 
 constexpr const char* endOfOptions = "--";
@@ -136,7 +142,8 @@ int RunCheckLine(const std::vector<std::string>& words) {
   CheckArguments arguments;
   CLI::App app("Checks the cabling of a fabric and reports what is wrong.", "fabscope check");
   AddVersionAndNote(app);
-  AddCheckOptions(app, arguments);
+  AddFabric(app, arguments.options.fabric);
+  AddOptions(app, CheckOptionTable(), arguments);
   if (const auto status = Parse(app, words, "one FABRIC")) return *status;
   if (const auto problem = SettleArguments(arguments)) return WrongUsage(app, *problem);
   return RunCheckCommand(arguments);
