@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <array>
 #include <iostream>
 #include <optional>
 #include <span>
@@ -11,7 +12,11 @@
 
 #include "cli/check_command.h"
 #include "cli/check_options.h"
+#include "cli/convert_command.h"
+#include "cli/convert_options.h"
 #include "cli/exit_status.h"
+#include "cli/generate_command.h"
+#include "cli/generate_options.h"
 #include "cli/output_file.h"
 #include "platform/version.h"
 
@@ -20,6 +25,8 @@ namespace {
 
 constexpr const char* statusNote =
     "Exit status: 0 nothing found, 1 something found, 2 the work could not be done.";
+constexpr const char* statusNoteOfWriters =
+    "Exit status: 0 all was written, 2 the work could not be done.";
 
 int WrongUsage(const CLI::App& app, const std::string& problem) {
   std::cerr << "fabscope: " << problem << " (see " << app.get_name() << " --help)\n";
@@ -33,10 +40,13 @@ int PrintAndLeave(const std::string& text) {
   return ExitFailed;
 }
 
-void AddVersionAndNote(CLI::App& app) {
+void AddVersionAndNote(CLI::App& app, const char* note) {
   app.set_version_flag("--version", GetToolVersion());
-  app.footer(statusNote);
+  app.footer(note);
 }
+
+// "--quiet" of "-q,--quiet"; messages go by it.
+std::string LongName(const std::string& names) { return names.substr(names.find(',') + 1); }
 
 template <typename Arguments>
 void AddOptions(CLI::App& app, std::span<const CommandOption<Arguments>> table,
@@ -45,16 +55,22 @@ void AddOptions(CLI::App& app, std::span<const CommandOption<Arguments>> table,
     const auto take = [&option, &arguments](const std::string& value) {
       const auto problem = option.take(arguments, value);
       if (problem) {
-        throw CLI::ValidationError(option.name, "\"" + value + "\" is not allowed, " + *problem);
+        throw CLI::ValidationError(LongName(option.name),
+                                   "\"" + value + "\" is not allowed, " + *problem);
       }
     };
     if (*option.metavar == '\0') {
       app.add_flag_callback(
           option.name, [take] { take({}); }, option.help);
     } else {
-      app.add_option_function<std::string>(option.name, take, option.help)
+      const auto takeAll = [take](const CLI::results_t& values) {
+        for (const std::string& value : values) take(value);
+        return true;
+      };
+      app.add_option(option.name, takeAll, option.help)
           ->type_name(option.metavar)
-          ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
+          ->multi_option_policy(option.repeatable ? CLI::MultiOptionPolicy::TakeAll
+                                                  : CLI::MultiOptionPolicy::TakeLast);
     }
   }
 }
@@ -141,7 +157,7 @@ std::optional<int> Parse(CLI::App& app, const std::vector<std::string>& line,
 int RunCheckLine(const std::vector<std::string>& words) {
   CheckArguments arguments;
   CLI::App app("Checks the cabling of a fabric and reports what is wrong.", "fabscope check");
-  AddVersionAndNote(app);
+  AddVersionAndNote(app, statusNote);
   AddFabric(app, arguments.options.fabric);
   AddOptions(app, CheckOptionTable(), arguments);
   if (const auto status = Parse(app, words, "one FABRIC")) return *status;
@@ -149,20 +165,65 @@ int RunCheckLine(const std::vector<std::string>& words) {
   return RunCheckCommand(arguments);
 }
 
+int RunGenerateLine(const std::vector<std::string>& words) {
+  GenerateArguments arguments;
+  CLI::App app("Writes a fat tree made to order, with faults if asked for.", "fabscope generate");
+  AddVersionAndNote(app, statusNoteOfWriters);
+  AddOptions(app, GenerateOptionTable(), arguments);
+  if (const auto status = Parse(app, words, "options only")) return *status;
+  if (const auto problem = SettleArguments(arguments)) return WrongUsage(app, *problem);
+  return RunGenerateCommand(arguments);
+}
+
+int RunConvertLine(const std::vector<std::string>& words) {
+  ConvertArguments arguments;
+  CLI::App app("Reads a fabric of any format and writes it in another.", "fabscope convert");
+  AddVersionAndNote(app, statusNoteOfWriters);
+  AddFabric(app, arguments.fabric);
+  AddOptions(app, ConvertOptionTable(), arguments);
+  if (const auto status = Parse(app, words, "one FABRIC")) return *status;
+  if (const auto problem = SettleArguments(arguments)) return WrongUsage(app, *problem);
+  return RunConvertCommand(arguments);
+}
+
+struct Command {
+  const char* name;
+  const char* help;
+  int (*run)(const std::vector<std::string>& words);
+};
+
+constexpr std::array<Command, 3> commands{{
+    {"check", "Checks the cabling of a fabric (fabscope check --help)", RunCheckLine},
+    {"generate", "Writes a fat tree made to order (fabscope generate --help)", RunGenerateLine},
+    {"convert", "Writes a fabric in another format (fabscope convert --help)", RunConvertLine},
+}};
+
+// "check, generate or convert".
+std::string CommandNames() {
+  std::string names = commands.front().name;
+  for (std::size_t i = 1; i < commands.size(); ++i) {
+    names += std::string(i + 1 < commands.size() ? ", " : " or ") + commands[i].name;
+  }
+  return names;
+}
+
 }  // namespace
 
 int RunCommandLine(int argc, const char* const* argv) {
   std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
-  if (!words.empty() && words.front() == "check") {
+  for (const Command& command : commands) {
+    if (words.empty() || words.front() != command.name) continue;
     words.erase(words.begin());
-    return RunCheckLine(words);
+    return command.run(words);
   }
   CLI::App app("Finds the wrong cables of an InfiniBand fat tree.", "fabscope");
-  AddVersionAndNote(app);
-  // For the help only: the command's own line was taken care of above.
-  app.add_subcommand("check", "Checks the cabling of a fabric (fabscope check --help)");
-  if (const auto status = Parse(app, words, "the command check")) return *status;
-  return WrongUsage(app, "no command given, expected check");
+  AddVersionAndNote(app, statusNote);
+  // For the help only: the commands' own lines were taken care of above.
+  for (const Command& command : commands) app.add_subcommand(command.name, command.help);
+  if (const auto status = Parse(app, words, "one of the commands " + CommandNames())) {
+    return *status;
+  }
+  return WrongUsage(app, "no command given, expected " + CommandNames());
 }
 
 }  // namespace fabscope

@@ -19,6 +19,7 @@ struct CommandOption {
   const char* help;
   // Takes the value (empty when there is none) over, or answers what is allowed instead.
   OptionProblem (*take)(Arguments& arguments, const std::string& value);
+  bool repeatable = false;  // every value is taken over, in order; otherwise the last one holds
 };
 
 // Values that many options take. A value that is not allowed leaves the target alone.

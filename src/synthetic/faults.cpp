@@ -7,7 +7,7 @@
 namespace fabscope {
 namespace {
 
-constexpr std::array<std::pair<FaultKind, std::string_view>, 9> names{{
+constexpr std::array<std::pair<FaultKind, std::string_view>, 11> names{{
     {FaultKind::MissingLink, "missing-link"},
     {FaultKind::SwappedCables, "swapped-cables"},
     {FaultKind::MovedCable, "moved-cable"},
@@ -17,12 +17,11 @@ constexpr std::array<std::pair<FaultKind, std::string_view>, 9> names{{
     {FaultKind::SlowLink, "slow-link"},
     {FaultKind::DeadSwitch, "dead-switch"},
     {FaultKind::StrayHost, "stray-host"},
+    {FaultKind::AsymmetricAPort, "asymmetric-aport"},
+    {FaultKind::SharedFlid, "shared-flid"},
 }};
 
 constexpr std::uint64_t strayHostGuids = 0x0200000300000000;
-
-// By rising speed.
-constexpr std::array<std::uint32_t, 8> speeds{0x1, 0x2, 0x4, 0x100, 0x200, 0x400, 0x800, 0x1000000};
 
 }  // namespace
 
@@ -72,6 +71,10 @@ std::optional<std::string> FaultInjector::Inject(FaultKind kind, InjectedFault& 
       return KillSwitch(done);
     case FaultKind::StrayHost:
       return AddStrayHost(done);
+    case FaultKind::AsymmetricAPort:
+      return SlowDownPlane(done);
+    case FaultKind::SharedFlid:
+      return ShareFlid(done);
   }
   return std::nullopt;
 }
@@ -102,10 +105,11 @@ FaultInjector::Indices FaultInjector::UntouchedCablesOf(std::size_t node) {
 }
 
 // Pulled cables count: with the switch gone nobody would see that one is missing.
-bool FaultInjector::HasTouchedCable(std::size_t node) const {
-  return std::any_of(touched_.begin(), touched_.end(), [&](std::size_t i) {
+bool FaultInjector::IsTouched(std::size_t node) const {
+  const auto endsThere = [&](std::size_t i) {
     return plan_.cables[i].upper.node == node || plan_.cables[i].lower.node == node;
-  });
+  };
+  return touchedLeaves_.contains(node) || std::any_of(touched_.begin(), touched_.end(), endsThere);
 }
 
 // --- Hands on cables.
@@ -219,7 +223,7 @@ FaultInjector::Problem FaultInjector::JoinRank(bool roots, InjectedFault& done) 
 FaultInjector::Problem FaultInjector::RemoveHost(InjectedFault& done) {
   Indices hosts;
   for (std::size_t i = 0; i < plan_.nodes.size(); ++i) {
-    if (!plan_.IsSwitch(i) && !plan_.nodes[i].removed && !HasTouchedCable(i)) hosts.push_back(i);
+    if (!plan_.IsSwitch(i) && !plan_.nodes[i].removed && !IsTouched(i)) hosts.push_back(i);
   }
   if (hosts.empty()) return "no host is left to be taken away";
   TakeAway(random_.Pick(hosts), done);
@@ -228,12 +232,12 @@ FaultInjector::Problem FaultInjector::RemoveHost(InjectedFault& done) {
 
 FaultInjector::Problem FaultInjector::SlowDown(InjectedFault& done) {
   Indices cables = UntouchedSwitchCables();
-  std::erase_if(cables, [&](std::size_t i) { return plan_.cables[i].speed <= speeds.front(); });
+  std::erase_if(cables, [&](std::size_t i) { return SlowerSpeed(plan_.cables[i].speed) == 0; });
   if (cables.empty()) return "no cable between two switches is left that could be slower";
   const std::size_t index = random_.Pick(cables);
   PlannedCable& cable = plan_.cables[index];
   done.before.push_back(cable);
-  cable.speed = *std::prev(std::lower_bound(speeds.begin(), speeds.end(), cable.speed));
+  cable.speed = SlowerSpeed(cable.speed);
   done.after.push_back(cable);
   touched_.insert(index);
   return std::nullopt;
@@ -242,7 +246,7 @@ FaultInjector::Problem FaultInjector::SlowDown(InjectedFault& done) {
 FaultInjector::Problem FaultInjector::KillSwitch(InjectedFault& done) {
   Indices switches;
   for (std::size_t i = 0; i < plan_.nodes.size(); ++i) {
-    if (plan_.IsSwitch(i) && !plan_.nodes[i].removed && !HasTouchedCable(i)) switches.push_back(i);
+    if (plan_.IsSwitch(i) && !plan_.nodes[i].removed && !IsTouched(i)) switches.push_back(i);
   }
   if (switches.empty()) return "no switch without another fault is left to be taken away";
   TakeAway(random_.Pick(switches), done);
@@ -268,6 +272,43 @@ FaultInjector::Problem FaultInjector::AddStrayHost(InjectedFault& done) {
   done.nodes.push_back(plan_.nodes.size() - 1);
   Plug({upper, {plan_.nodes.size() - 1, 1}, plan_.cables.front().speed}, done);
   return std::nullopt;
+}
+
+FaultInjector::Problem FaultInjector::SlowDownPlane(InjectedFault& done) {
+  if (plan_.planes < 2) return "a fabric of one plane has no aggregated ports";
+  Indices cables = UntouchedSwitchCables();
+  std::erase_if(cables, [&](std::size_t i) { return SlowerSpeed(plan_.cables[i].speed) == 0; });
+  if (cables.empty()) return "no cable between two switches is left that could be slower";
+  const std::size_t index = random_.Pick(cables);
+  PlannedCable& cable = plan_.cables[index];
+  done.before.push_back(cable);
+  cable.slowPlane = static_cast<unsigned>(random_.Below(plan_.planes)) + 1;
+  done.after.push_back(cable);
+  touched_.insert(index);
+  return std::nullopt;
+}
+
+FaultInjector::Problem FaultInjector::ShareFlid(InjectedFault& done) {
+  Indices owners = plan_.SwitchesOnRank(plan_.levels - 1);
+  const Indices leaves = owners;
+  random_.Shuffle(owners);
+  for (const std::size_t owner : owners) {
+    std::vector<std::uint16_t> flids = plan_.nodes[owner].spec.flids;
+    std::erase_if(flids, [&](std::uint16_t flid) { return touchedFlids_.contains(flid); });
+    Indices others = leaves;
+    std::erase_if(others, [&](std::size_t leaf) {
+      return plan_.nodes[leaf].leafGroup == plan_.nodes[owner].leafGroup;
+    });
+    if (flids.empty() || others.empty()) continue;
+    const std::uint16_t flid = random_.Pick(flids);
+    const std::size_t other = random_.Pick(others);
+    plan_.nodes[other].spec.flids.push_back(flid);
+    touchedFlids_.insert(flid);
+    touchedLeaves_.insert({owner, other});
+    done.flids.push_back({owner, other, flid});
+    return std::nullopt;
+  }
+  return "no FLID is left that a second group of leaves could have too";
 }
 
 }  // namespace fabscope

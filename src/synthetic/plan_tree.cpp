@@ -20,7 +20,7 @@ namespace {
 // GUIDs with the local bit set: nobody's hardware has them.
 constexpr std::uint64_t switchGuids = 0x0200000100000000;
 constexpr std::uint64_t hostGuids = 0x0200000200000000;
-constexpr unsigned levelShift = 24;
+constexpr unsigned levelShift = 24;  // above it the number of the chip, see FabricPlan
 
 std::string Numbered(const std::string& what, std::uint64_t index, std::uint64_t count) {
   std::string number = std::to_string(index + 1);
@@ -34,6 +34,7 @@ class TreePlanner {
 
   FabricPlan Plan() {
     plan_.levels = static_cast<int>(shape_.Levels());
+    plan_.planes = shape_.planes;
     for (std::size_t level = shape_.Levels() + 1; level-- > 0;) AddLevel(level);
     for (std::size_t level = shape_.Levels(); level > 0; --level) CableLevel(level);
     return std::move(plan_);

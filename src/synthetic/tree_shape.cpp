@@ -10,6 +10,7 @@ namespace {
 constexpr std::uint64_t maxNodes = std::uint64_t{1} << 20;
 constexpr unsigned maxPorts = 255;
 constexpr std::size_t maxLevels = 8;
+constexpr unsigned maxPlanes = 16;
 
 // A product that stays at the greatest number instead of running over.
 std::uint64_t Times(std::uint64_t a, std::uint64_t b) {
@@ -99,6 +100,13 @@ std::optional<std::string> ProblemOf(const TreeShape& shape) {
   if (shape.parallel == 0 || shape.parallel > maxPorts) {
     return "parallel cables are 1 to " + std::to_string(maxPorts);
   }
+  if (shape.planes == 0 || shape.planes > maxPlanes) {
+    return "planes are 1 to " + std::to_string(maxPlanes);
+  }
+  if (const unsigned ports = shape.parents.front() * shape.planes; ports > maxPorts) {
+    return "a host would need " + std::to_string(ports) + " ports, but no host has more than " +
+           std::to_string(maxPorts);
+  }
   for (std::size_t level = 1; level <= shape.Levels(); ++level) {
     if (const unsigned ports = shape.PortsOnLevel(level); ports > maxPorts) {
       return "a switch of level " + std::to_string(level) + " would need " + std::to_string(ports) +
@@ -107,7 +115,8 @@ std::optional<std::string> ProblemOf(const TreeShape& shape) {
   }
   std::uint64_t nodes = 0;
   for (std::size_t level = 0; level <= shape.Levels(); ++level) {
-    nodes += std::min(shape.NodesOnLevel(level), maxNodes + 1);
+    const unsigned chips = level == 0 ? 1 : shape.planes;
+    nodes += chips * std::min(shape.NodesOnLevel(level), maxNodes + 1);
   }
   if (nodes > maxNodes) {
     return "the tree would have more than " + std::to_string(maxNodes) + " nodes";
@@ -131,18 +140,43 @@ std::optional<std::string> ParseXgft(std::string_view text, TreeShape& shape) {
   return std::nullopt;
 }
 
-TreeShape RadixTree(unsigned levels, unsigned radix, unsigned pods, unsigned hostsPerLeaf) {
+TreeShape RadixTree(unsigned levels, unsigned radix, unsigned pods, unsigned hostsPerLeaf,
+                    unsigned parallel) {
   const unsigned half = radix / 2;
   TreeShape shape;
   shape.radix = radix;
-  shape.children.assign(levels, half);
-  shape.parents.assign(levels, half);
+  shape.parallel = parallel;
+  shape.children.assign(levels, half / parallel);
+  shape.parents.assign(levels, half / parallel);
   if (levels == 0) return shape;
-  shape.children.back() = pods != 0 ? pods : radix;
+  shape.children.back() = radix / shape.CablesBelow(levels);
+  if (pods != 0) shape.children.back() = pods;
   shape.parents.front() = 1;
+  if (levels > 1) shape.children.front() = half;
   if (hostsPerLeaf != 0) shape.children.front() = hostsPerLeaf;
-  if (levels > 1) shape.parents[1] = std::min(half, radix - std::min(radix, hostsPerLeaf));
+  if (levels == 1) return shape;
+  shape.parents[1] = std::min(half, radix - std::min(radix, hostsPerLeaf)) / parallel;
   return shape;
+}
+
+std::optional<std::string> ProblemOfRadixTree(unsigned levels, unsigned radix, unsigned pods,
+                                              unsigned hostsPerLeaf, unsigned parallel) {
+  const auto ports = [radix] { return std::to_string(radix) + " ports"; };
+  if (radix % 2 != 0) return "half of " + ports() + " is no whole number";
+  if (levels == 1) return std::nullopt;
+  if (hostsPerLeaf >= radix) {
+    return "leaves of " + ports() + " with " + std::to_string(hostsPerLeaf) +
+           " hosts have none left for cables up";
+  }
+  const unsigned up = std::min(radix / 2, radix - hostsPerLeaf);
+  if ((radix / 2) % parallel != 0 || up % parallel != 0) {
+    return std::to_string(parallel) + " parallel cables do not go evenly into " +
+           std::to_string((radix / 2) % parallel != 0 ? radix / 2 : up) + " ports";
+  }
+  if (pods > radix / parallel) {
+    return "roots of " + ports() + " cannot serve " + std::to_string(pods) + " pods";
+  }
+  return std::nullopt;
 }
 
 }  // namespace fabscope

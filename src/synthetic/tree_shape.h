@@ -18,6 +18,7 @@ struct TreeShape {
   std::vector<unsigned> parents;   // w1, ..., wh
   unsigned parallel = 1;           // cables between a switch and each of its parents
   unsigned radix = 0;              // ports of a switch, if it has more than its cables need
+  unsigned planes = 1;             // how often the tree stands side by side, with shared hosts
 
   std::size_t Levels() const { return children.size(); }
   // How many nodes a level has; level 0 counts the hosts.
@@ -33,6 +34,7 @@ struct TreeShape {
 
 // What is wrong with a shape that is about to be built, in words for a message; nothing if all is
 // well. Ports are numbered with 8 bits, and a fabric of more than 2^20 nodes is a slip of the pen.
+// On every plane each switch is a node of its own; a host has a port for each.
 std::optional<std::string> ProblemOf(const TreeShape& shape);
 
 // Reads "h; m1,...,mh; w1,...,wh". Blanks may stand anywhere between the numbers. Answers what was
@@ -40,10 +42,16 @@ std::optional<std::string> ProblemOf(const TreeShape& shape);
 std::optional<std::string> ParseXgft(std::string_view text, TreeShape& shape);
 
 // The tree of `levels` levels that switches of `radix` ports make with full bisection: half of each
-// switch's ports lead down, the roots' all do. `pods` (0: as many as the roots have ports) is the
-// number of subtrees below the roots, leaves in a tree of two levels. With fewer `hostsPerLeaf` (0:
-// radix / 2) than half the radix some ports of the leaves stay empty; with more, fewer cables lead
-// up, and the tree blocks.
-TreeShape RadixTree(unsigned levels, unsigned radix, unsigned pods, unsigned hostsPerLeaf);
+// switch's ports lead down, the roots' all do. `pods` (0: as many as the roots have ports for) is
+// the number of subtrees below the roots, leaves in a tree of two levels. With fewer `hostsPerLeaf`
+// (0: radix / 2) than half the radix some ports of the leaves stay empty; with more, fewer cables
+// lead up, and the tree blocks. `parallel` cables share the ports, so there are fewer switches.
+TreeShape RadixTree(unsigned levels, unsigned radix, unsigned pods, unsigned hostsPerLeaf,
+                    unsigned parallel = 1);
+
+// Why such a tree cannot be made to measure, in words for a message; nothing if it can. The shape
+// has still to be held against ProblemOf.
+std::optional<std::string> ProblemOfRadixTree(unsigned levels, unsigned radix, unsigned pods,
+                                              unsigned hostsPerLeaf, unsigned parallel);
 
 }  // namespace fabscope

@@ -1,5 +1,6 @@
 #include "synthetic/faults.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <set>
 
@@ -9,18 +10,31 @@ namespace {
 constexpr std::uint32_t hdr = 0x400;
 
 using Ends = std::pair<std::pair<std::size_t, int>, std::pair<std::size_t, int>>;
+using State = std::pair<std::uint32_t, unsigned>;  // speed, slow plane
 
 Ends EndsOf(const PlannedCable& cable) {
   return {{cable.upper.node, cable.upper.port}, {cable.lower.node, cable.lower.port}};
 }
 
+std::pair<Ends, State> Whole(const PlannedCable& cable) {
+  return {EndsOf(cable), {cable.speed, cable.slowPlane}};
+}
+
 // The cables that stand, with their speed.
-std::set<std::pair<Ends, std::uint32_t>> Standing(const FabricPlan& plan) {
-  std::set<std::pair<Ends, std::uint32_t>> cables;
+std::set<std::pair<Ends, State>> Standing(const FabricPlan& plan) {
+  std::set<std::pair<Ends, State>> cables;
   for (const PlannedCable& cable : plan.cables) {
-    if (!cable.removed) cables.insert({EndsOf(cable), cable.speed});
+    if (!cable.removed) cables.insert(Whole(cable));
   }
   return cables;
+}
+
+std::set<std::pair<std::size_t, std::uint16_t>> Flids(const FabricPlan& plan) {
+  std::set<std::pair<std::size_t, std::uint16_t>> flids;
+  for (std::size_t i = 0; i < plan.nodes.size(); ++i) {
+    for (const std::uint16_t flid : plan.nodes[i].spec.flids) flids.insert({i, flid});
+  }
+  return flids;
 }
 
 // Trees with all ports in use, and with ports left over.
@@ -36,12 +50,22 @@ const std::vector<TreeShape>& Shapes() {
   return shapes;
 }
 
+// With planes and FLIDs, so that there is room for every kind of fault.
+FabricPlan PlanWithAll(TreeShape shape) {
+  shape.planes = 2;
+  FabricPlan plan = PlanTree(shape, hdr);
+  EXPECT_EQ(plan.GiveFlids(), std::nullopt);
+  return plan;
+}
+
 // Every fault of the kind that some seeds and shapes bring, together with the plan it was done to.
 template <typename Check>
 void ForEachFault(FaultKind kind, Check check) {
   for (const TreeShape& shape : Shapes()) {
+    // All leaves of two levels are one group.
+    if (kind == FaultKind::SharedFlid && shape.Levels() == 2) continue;
     for (std::uint64_t seed = 1; seed <= 20; ++seed) {
-      const FabricPlan before = PlanTree(shape, hdr);
+      const FabricPlan before = PlanWithAll(shape);
       FabricPlan after = before;
       Random random(seed);
       InjectedFault fault;
@@ -60,22 +84,27 @@ TEST(FaultsTest, EveryKindHasAName) {
   }
   EXPECT_EQ(names, (std::vector<std::string_view>{"missing-link", "swapped-cables", "moved-cable",
                                                   "same-rank-link", "root-link", "missing-host",
-                                                  "slow-link", "dead-switch", "stray-host"}));
+                                                  "slow-link", "dead-switch", "stray-host",
+                                                  "asymmetric-aport", "shared-flid"}));
   EXPECT_EQ(FaultOfName("earthquake"), std::nullopt);
 }
 
 TEST(FaultsTest, BeforeAndAfterTellExactlyWhatChanged) {
   for (const FaultKind kind : AllFaultKinds()) {
-    ForEachFault(
-        kind, [](const FabricPlan& before, const FabricPlan& after, const InjectedFault& fault) {
-          auto expected = Standing(before);
-          for (const PlannedCable& cable : fault.before) {
-            EXPECT_EQ(expected.erase({EndsOf(cable), cable.speed}), 1U) << FaultName(fault.kind);
-          }
-          for (const PlannedCable& cable : fault.after)
-            expected.insert({EndsOf(cable), cable.speed});
-          EXPECT_EQ(Standing(after), expected) << FaultName(fault.kind);
-        });
+    ForEachFault(kind,
+                 [](const FabricPlan& before, const FabricPlan& after, const InjectedFault& fault) {
+                   auto expected = Standing(before);
+                   for (const PlannedCable& cable : fault.before) {
+                     EXPECT_EQ(expected.erase(Whole(cable)), 1U) << FaultName(fault.kind);
+                   }
+                   for (const PlannedCable& cable : fault.after) expected.insert(Whole(cable));
+                   EXPECT_EQ(Standing(after), expected) << FaultName(fault.kind);
+                   auto flids = Flids(before);
+                   for (const AddedFlid& added : fault.flids) {
+                     EXPECT_TRUE(flids.insert({added.node, added.flid}).second);
+                   }
+                   EXPECT_EQ(Flids(after), flids) << FaultName(fault.kind);
+                 });
   }
 }
 
@@ -176,6 +205,76 @@ TEST(FaultsTest, AStrayHostSitsAboveTheLeaves) {
                });
 }
 
+TEST(FaultsTest, EverySpeedHasTheNextLowerOne) {
+  std::vector<std::uint32_t> slower;
+  for (const std::uint32_t speed :
+       {0x1000000U, 0x800U, 0x400U, 0x20000U, 0x200U, 0x10000U, 0x100U, 0x4U, 0x2U, 0x1U, 0U}) {
+    slower.push_back(SlowerSpeed(speed));
+  }
+  EXPECT_EQ(slower, (std::vector<std::uint32_t>{0x800, 0x400, 0x200, 0x100, 0x100, 0x4, 0x4, 0x2, 1,
+                                                0, 0}));
+}
+
+TEST(FaultsTest, AnAsymmetricAPortIsACableThatIsSlowerOnOnePlane) {
+  std::set<unsigned> planes;
+  ForEachFault(FaultKind::AsymmetricAPort,
+               [&](const FabricPlan& plan, const FabricPlan& after, const InjectedFault& fault) {
+                 ASSERT_EQ(fault.after.size(), 1U);
+                 const PlannedCable& cable = fault.after[0];
+                 EXPECT_TRUE(plan.IsSwitch(cable.lower.node));
+                 planes.insert(cable.slowPlane);
+                 FabricBuilder builder;
+                 after.Fill(builder);
+                 const auto fabric = builder.Build();
+                 int slow = 0;
+                 for (const IBPort& port : fabric->GetPorts()) {
+                   if (port.speed != 0x200U) continue;
+                   ++slow;
+                   EXPECT_EQ(port.aport->asymmetry, FabricPlan::AsymmetryMark);
+                 }
+                 EXPECT_EQ(slow, 2);
+                 EXPECT_EQ(std::count_if(fabric->GetAPorts().begin(), fabric->GetAPorts().end(),
+                                         [](const APort& aport) { return aport.asymmetry != 0; }),
+                           2);
+               });
+  EXPECT_EQ(planes, (std::set<unsigned>{1, 2}));
+}
+
+TEST(FaultsTest, ASharedFlidIsOfTwoGroups) {
+  ForEachFault(FaultKind::SharedFlid,
+               [](const FabricPlan& plan, const FabricPlan&, const InjectedFault& fault) {
+                 ASSERT_EQ(fault.flids.size(), 1U);
+                 const AddedFlid& added = fault.flids[0];
+                 EXPECT_NE(plan.nodes[added.owner].leafGroup, plan.nodes[added.node].leafGroup);
+                 EXPECT_EQ(plan.nodes[added.node].rank, plan.levels - 1);
+                 EXPECT_TRUE(Flids(plan).contains({added.owner, added.flid}));
+               });
+}
+
+TEST(FaultsTest, NoTwoFaultsShareOneFlid) {
+  FabricPlan plan = PlanWithAll({{1, 2, 4}, {1, 2, 2}});
+  Random random(1);
+  FaultInjector injector(plan, random);
+  std::set<std::uint16_t> shared;
+  InjectedFault fault;
+  while (!injector.Inject(FaultKind::SharedFlid, fault)) {
+    EXPECT_TRUE(shared.insert(fault.flids[0].flid).second);
+  }
+  EXPECT_EQ(shared, (std::set<std::uint16_t>{1, 2, 3, 4, 5, 6, 7, 8}));
+}
+
+TEST(FaultsTest, ALeafOfASharedFlidIsNotTakenAway) {
+  FabricPlan plan = PlanWithAll({{1, 1, 2}, {1, 1, 1}});
+  Random random(1);
+  FaultInjector injector(plan, random);
+  InjectedFault shared;
+  ASSERT_EQ(injector.Inject(FaultKind::SharedFlid, shared), std::nullopt);
+  InjectedFault dead;
+  while (!injector.Inject(FaultKind::DeadSwitch, dead)) {
+    EXPECT_NE(plan.nodes[dead.nodes.at(0)].rank, plan.levels - 1);
+  }
+}
+
 TEST(FaultsTest, ACableIsPulledOnlyWhereNoPortIsFree) {
   const auto pulled = [](unsigned radix) {
     TreeShape shape = Shapes()[1];
@@ -192,7 +291,7 @@ TEST(FaultsTest, ACableIsPulledOnlyWhereNoPortIsFree) {
 
 TEST(FaultsTest, NoTwoFaultsTouchOneCable) {
   for (std::uint64_t seed = 1; seed <= 30; ++seed) {
-    FabricPlan plan = PlanTree({{2, 4, 6}, {1, 3, 3}}, hdr);
+    FabricPlan plan = PlanWithAll({{2, 4, 6}, {1, 3, 3}});
     Random random(seed);
     FaultInjector injector(plan, random);
     std::set<Ends> touched;
@@ -241,11 +340,19 @@ TEST(FaultsTest, SayWhyThereIsNoPlaceForThem) {
             "no switch without another fault is left to be taken away");
   EXPECT_EQ(problem({{1}, {1}}, FaultKind::StrayHost, 1),
             "no switch above the leaves has a port for a host");
+  EXPECT_EQ(problem(tiny, FaultKind::AsymmetricAPort, 1),
+            "a fabric of one plane has no aggregated ports");
+  const TreeShape twoPlanes{{1, 1}, {1, 1}, 1, 0, 2};
+  EXPECT_EQ(problem(twoPlanes, FaultKind::AsymmetricAPort, 1), std::nullopt);
+  EXPECT_EQ(problem(twoPlanes, FaultKind::AsymmetricAPort, 2),
+            "no cable between two switches is left that could be slower");
+  EXPECT_EQ(problem(tiny, FaultKind::SharedFlid, 1),
+            "no FLID is left that a second group of leaves could have too");
 }
 
 TEST(FaultsTest, OneSeedDoesOneThing) {
   const auto cables = [](std::uint64_t seed) {
-    FabricPlan plan = PlanTree({{2, 4, 6}, {1, 3, 3}}, hdr);
+    FabricPlan plan = PlanWithAll({{2, 4, 6}, {1, 3, 3}});
     Random random(seed);
     FaultInjector injector(plan, random);
     for (const FaultKind kind : AllFaultKinds()) {

@@ -83,6 +83,116 @@ TEST(PlanTreeTest, LevelsAboveTheThirdAreNumberedTiers) {
                                  "pod02-leaf01", "host01", "host02"));
 }
 
+FabricPlan TwoPlanes() { return PlanTree({{1, 2}, {2, 1}, 1, 0, 2}, hdr); }
+
+TEST(PlanTreeTest, OnTwoPlanesSwitchesHaveTwoChipsAndHostsTwiceThePorts) {
+  EXPECT_THAT(Cables(*BuildPlan(TwoPlanes())),
+              ElementsAre("host01:1-leaf01/U1:1", "host01:2-leaf01/U2:1", "host01:3-leaf02/U1:1",
+                          "host01:4-leaf02/U2:1", "host02:1-leaf03/U1:1", "host02:2-leaf03/U2:1",
+                          "host02:3-leaf04/U1:1", "host02:4-leaf04/U2:1",
+                          "leaf01/U1:2-spine01/U1:1", "leaf01/U2:2-spine01/U2:1",
+                          "leaf02/U1:2-spine02/U1:1", "leaf02/U2:2-spine02/U2:1",
+                          "leaf03/U1:2-spine01/U1:2", "leaf03/U2:2-spine01/U2:2",
+                          "leaf04/U1:2-spine02/U1:2", "leaf04/U2:2-spine02/U2:2"));
+}
+
+TEST(PlanTreeTest, TheChipsOfASystemAreOfTheMultiAsicFamilyEachOnItsPlane) {
+  const auto fabric = BuildPlan(TwoPlanes());
+  std::map<std::string, const IBNode*> nodes;
+  for (const IBNode& node : fabric->GetNodes()) nodes[node.name] = &node;
+  for (const int plane : {1, 2}) {
+    const IBNode& chip = *nodes.at("spine02/U" + std::to_string(plane));
+    EXPECT_TRUE(chip.isVortaSwitch());
+    EXPECT_EQ(chip.getVortaSwitchASIC(), std::to_string(plane));
+    EXPECT_EQ(chip.getPlanesNumber(), 2);
+    EXPECT_EQ(chip.getSuitablePlane(), plane);
+    EXPECT_THAT(chip.planes, ElementsAre(plane));
+    EXPECT_EQ(chip.systemGuid, nodes.at("spine02/U1")->guid);
+  }
+  EXPECT_NE(nodes.at("spine01/U1")->systemGuid, nodes.at("spine02/U1")->systemGuid);
+  EXPECT_FALSE(nodes.at("host01")->isVortaSwitch());
+  EXPECT_EQ(nodes.at("host01")->getPlanesNumber(), 2);
+}
+
+TEST(PlanTreeTest, ThePortsOfACableOnAllPlanesAreOneAggregatedPortAtEachEnd) {
+  const auto fabric = BuildPlan(TwoPlanes());
+  std::map<const APort*, std::vector<std::string>> members;
+  for (const IBPort& port : fabric->GetPorts()) {
+    ASSERT_NE(port.aport, nullptr);
+    EXPECT_EQ(port.aport->asymmetry, 0U);
+    EXPECT_EQ(port.planeMultiplicity, 2);
+    const std::string group = port.group ? " of group " + std::to_string(port.group->number) : "";
+    members[port.aport].push_back(port.node->name + ":" + std::to_string(port.num) + group);
+  }
+  std::set<std::vector<std::string>> aports;
+  for (const auto& [aport, ports] : members) aports.insert(ports);
+  EXPECT_THAT(
+      aports,
+      ElementsAre(
+          ElementsAre("host01:1 of group 1", "host01:2 of group 1"),
+          ElementsAre("host01:3 of group 2", "host01:4 of group 2"),
+          ElementsAre("host02:1 of group 1", "host02:2 of group 1"),
+          ElementsAre("host02:3 of group 2", "host02:4 of group 2"),
+          ElementsAre("leaf01/U1:1", "leaf01/U2:1"), ElementsAre("leaf01/U1:2", "leaf01/U2:2"),
+          ElementsAre("leaf02/U1:1", "leaf02/U2:1"), ElementsAre("leaf02/U1:2", "leaf02/U2:2"),
+          ElementsAre("leaf03/U1:1", "leaf03/U2:1"), ElementsAre("leaf03/U1:2", "leaf03/U2:2"),
+          ElementsAre("leaf04/U1:1", "leaf04/U2:1"), ElementsAre("leaf04/U1:2", "leaf04/U2:2"),
+          ElementsAre("spine01/U1:1", "spine01/U2:1"), ElementsAre("spine01/U1:2", "spine01/U2:2"),
+          ElementsAre("spine02/U1:1", "spine02/U2:1"),
+          ElementsAre("spine02/U1:2", "spine02/U2:2")));
+}
+
+TEST(PlanTreeTest, OnOnePlaneNothingIsAggregated) {
+  const auto fabric = BuildPlan(PlanTree({{1, 2}, {2, 1}}, hdr));
+  EXPECT_TRUE(fabric->GetAPorts().empty());
+  for (const IBPort& port : fabric->GetPorts()) EXPECT_EQ(port.planeMultiplicity, 1);
+  for (const IBNode& node : fabric->GetNodes()) EXPECT_FALSE(node.isVortaSwitch());
+}
+
+TEST(PlanTreeTest, EveryChipHasAGuidOfItsOwnOnTheWidestAndHighestTree) {
+  const FabricPlan plan =
+      PlanTree({{2, 2, 2, 2, 2, 2, 2, 2}, {1, 2, 2, 2, 2, 2, 2, 2}, 1, 0, 16}, hdr);
+  std::set<std::uint64_t> guids;
+  std::size_t chips = 0;
+  for (std::size_t i = 0; i < plan.nodes.size(); ++i) {
+    for (unsigned plane = 1; plane <= (plan.IsSwitch(i) ? 16U : 1U); ++plane, ++chips) {
+      guids.insert(plan.NodeOnPlane(i, plane).guid);
+    }
+  }
+  EXPECT_EQ(guids.size(), chips);
+}
+
+TEST(PlanTreeTest, RanksAndFlidsAreGivenOnRequest) {
+  FabricPlan plan = PlanTree({{1, 2, 2}, {1, 1, 1}}, hdr);
+  const auto told = [&plan] {
+    std::vector<std::string> lines;
+    for (const PlannedNode& node : plan.nodes) {
+      std::string line = node.spec.name + " " + std::to_string(node.spec.smdbRank);
+      for (const std::uint16_t flid : node.spec.flids) line += " " + std::to_string(flid);
+      lines.push_back(line);
+    }
+    return lines;
+  };
+  EXPECT_THAT(told(),
+              ElementsAre("spine01 255", "pod01-agg01 255", "pod02-agg01 255", "pod01-leaf01 255",
+                          "pod01-leaf02 255", "pod02-leaf01 255", "pod02-leaf02 255", "host01 255",
+                          "host02 255", "host03 255", "host04 255"));
+  plan.GiveRanks();
+  ASSERT_EQ(plan.GiveFlids(), std::nullopt);
+  EXPECT_THAT(told(),
+              ElementsAre("spine01 0", "pod01-agg01 1", "pod02-agg01 1", "pod01-leaf01 2 1 2",
+                          "pod01-leaf02 2 1 2", "pod02-leaf01 2 3 4", "pod02-leaf02 2 3 4",
+                          "host01 255", "host02 255", "host03 255", "host04 255"));
+}
+
+TEST(PlanTreeTest, ThereAreFlidsForSoManyGroupsAndNoMore) {
+  FabricPlan plan = PlanTree({{1, 1, 129, 190}, {1, 1, 1, 1}}, hdr);  // 24,510 groups
+  EXPECT_EQ(plan.GiveFlids(), std::nullopt);
+  FabricPlan greater = PlanTree({{1, 1, 128, 192}, {1, 1, 1, 1}}, hdr);  // 24,576
+  EXPECT_EQ(greater.GiveFlids(),
+            "there are more groups of leaves than FLIDs for them: a fabric has 49151");
+}
+
 TEST(PlanTreeTest, NumbersAreAsWideAsTheGreatest) {
   const FabricPlan plan = PlanTree({{2, 60}, {1, 2}}, hdr);
   std::set<std::string> names;

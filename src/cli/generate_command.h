@@ -1,0 +1,10 @@
+#pragma once
+
+#include "cli/generate_options.h"
+
+namespace fabscope {
+
+// Runs `fabscope generate`, writes what was asked for, and answers the exit status.
+int RunGenerateCommand(const GenerateArguments& arguments);
+
+}  // namespace fabscope

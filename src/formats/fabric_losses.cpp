@@ -1,0 +1,188 @@
+// What a fabric loses when it is written in a format.
+//
+// The tables below say it attribute by attribute: which formats cannot hold it, and of which nodes
+// or ports it is worth a word, because reading the file again would give them another value. So a
+// fabric for which no line is said comes back as it was, and one line is never about nothing.
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "formats/json_text.h"
+#include "formats/net_file_writer.h"
+#include "formats/node_order.h"
+#include "formats/text_fields.h"
+#include "formats/topology_dump_writer.h"
+#include "formats/write_fabric.h"
+
+namespace fabscope {
+namespace {
+
+using Formats = unsigned;  // a bit for each
+
+constexpr Formats Only(FabricFormat format) { return 1U << static_cast<unsigned>(format); }
+
+constexpr Formats document = Only(FabricFormat::Document);
+constexpr Formats dump = Only(FabricFormat::TopologyDump);
+constexpr Formats netFile = Only(FabricFormat::NetFile);
+constexpr Formats dot = Only(FabricFormat::Dot);
+constexpr Formats graph = dot | Only(FabricFormat::GraphMl);
+constexpr Formats discovered = dump | netFile;  // formats of what a discovery sees
+constexpr Formats others = discovered | graph;  // than the document
+
+template <typename Owner>
+struct Attribute {
+  Formats lostBy;
+  const char* name;
+  bool (*isLost)(const Owner& owner);
+};
+
+bool IsUtf8(const std::string& text) { return FirstInvalidUtf8(text) == text.size(); }
+bool HasControls(const std::string& text) { return CleanText(text) != text; }
+
+// Whether a loader of dumps takes a node of that name for a special one, as long as it is not told
+// to look for another name.
+bool IsSpecialByName(const IBNode& node, const std::string& name) {
+  return node.nodeType == NodeTypeCA && name.find("Aggregation Node") != std::string::npos;
+}
+
+constexpr const char* specialMark = "special mark or lack of one, which goes by the name there";
+
+constexpr std::array<Attribute<IBNode>, 17> nodeAttributes{{
+    {document, "bytes outside of UTF-8",
+     [](const IBNode& node) {
+       return !IsUtf8(node.name) || !IsUtf8(node.displayName) || !IsUtf8(node.asic);
+     }},
+    {graph, "bytes outside of UTF-8", [](const IBNode& node) { return !IsUtf8(node.name); }},
+    {document, "control characters",
+     [](const IBNode& node) {
+       return HasControls(node.name) || HasControls(node.displayName) || HasControls(node.asic);
+     }},
+    {dump | graph, "control characters", [](const IBNode& node) { return HasControls(node.name); }},
+    {netFile, "full name", [](const IBNode& node) { return node.name != NetFileName(node.name); }},
+    {graph, "system GUID", [](const IBNode& node) { return node.systemGuid != node.guid; }},
+    {dot, "number of ports", [](const IBNode& node) { return node.numPorts != 0; }},
+    {others, "display name", [](const IBNode& node) { return node.displayName != node.name; }},
+    {others, "rank", [](const IBNode& node) { return node.smdbRank != 255; }},
+    {dump, specialMark,
+     [](const IBNode& node) { return node.special != IsSpecialByName(node, node.name); }},
+    {netFile, specialMark,
+     [](const IBNode& node) {
+       return node.special != IsSpecialByName(node, NetFileName(node.name));
+     }},
+    {graph, "special mark", [](const IBNode& node) { return node.special; }},
+    {others, "multi-ASIC mark", [](const IBNode& node) { return node.multiAsic; }},
+    {others, "ASIC", [](const IBNode& node) { return !node.asic.empty(); }},
+    {others, "number of planes", [](const IBNode& node) { return node.planesNumber != 1; }},
+    {others, "planes",
+     [](const IBNode& node) {
+       return node.suitablePlane != 1 || node.planes != std::vector<std::int32_t>{1};
+     }},
+    {others, "FLIDs", [](const IBNode& node) { return !node.flids.empty(); }},
+}};
+
+constexpr std::array<Attribute<IBPort>, 9> portAttributes{{
+    {others, "state",
+     [](const IBPort& port) { return port.state != (port.remotePort != nullptr ? 4U : 1U); }},
+    {discovered, "speed", [](const IBPort& port) { return port.speed != DumpedSpeed(port); }},
+    {graph, "speed",
+     [](const IBPort& port) { return port.remotePort == nullptr && port.speed != 0; }},
+    {others, "mark as not symmetric", [](const IBPort& port) { return !port.symmetric; }},
+    {others, "FNM mark", [](const IBPort& port) { return port.fnm; }},
+    {others, "FNM1 mark", [](const IBPort& port) { return port.fnm1; }},
+    {others, "place outside of the sub-fabric",
+     [](const IBPort& port) { return !port.inSubFabric; }},
+    {others, "plane multiplicity", [](const IBPort& port) { return port.planeMultiplicity != 1; }},
+    {others, "group", [](const IBPort& port) { return port.group.has_value(); }},
+}};
+
+// The simulator takes no node without ports, and it and its place are lost for one reason.
+bool IsLeftOut(const IBNode& node, FabricFormat format) {
+  return format == FabricFormat::NetFile && node.numPorts == 0;
+}
+
+// Nodes that stand elsewhere once they are in the order that a dump's loader gives them.
+std::size_t CountOutOfOrder(const IBFabric& fabric, FabricFormat format) {
+  struct Place {
+    std::string name;
+    std::uint64_t guid;
+  };
+  std::vector<Place> places;
+  places.reserve(fabric.GetNodes().size());
+  for (const IBNode& node : fabric.GetNodes()) {
+    if (IsLeftOut(node, format)) continue;
+    const bool isNetFile = format == FabricFormat::NetFile;
+    places.push_back({isNetFile ? NetFileName(node.name) : CleanText(node.name), node.guid});
+  }
+  std::sort(places.begin(), places.end(), [](const Place& a, const Place& b) {
+    return CompareNodeOrder(a.name, a.guid, b.name, b.guid) < 0;
+  });
+  std::size_t count = 0;
+  auto place = places.begin();
+  for (const IBNode& node : fabric.GetNodes()) {
+    if (!IsLeftOut(node, format) && (place++)->guid != node.guid) ++count;
+  }
+  return count;
+}
+
+class LossLines {
+ public:
+  explicit LossLines(FabricFormat format) : format_(Only(format)) {}
+
+  bool IsLostBy(Formats formats) const { return (formats & format_) != 0; }
+
+  // "2 nodes lose their FLIDs"
+  void Add(std::size_t count, const std::string& owner, const std::string& name) {
+    if (count == 0) return;
+    lines_.push_back(std::to_string(count) + " " + owner +
+                     (count == 1 ? " loses its " : "s lose their ") + name);
+  }
+
+  void Say(std::string line) { lines_.push_back(std::move(line)); }
+
+  template <typename Owners, typename Attributes>
+  void AddAll(const Owners& owners, const std::string& owner, const Attributes& attributes) {
+    for (const auto& attribute : attributes) {
+      if (!IsLostBy(attribute.lostBy)) continue;
+      const auto count = std::count_if(owners.begin(), owners.end(), attribute.isLost);
+      Add(static_cast<std::size_t>(count), owner, attribute.name);
+    }
+  }
+
+  std::vector<std::string> Take() { return std::move(lines_); }
+
+ private:
+  Formats format_;
+  std::vector<std::string> lines_;
+};
+
+// What is told of nodes only by the records that stand in the file, and by their order.
+void AddLossesOfRecords(const IBFabric& fabric, FabricFormat format, LossLines& lines) {
+  const std::vector<IBNode>& nodes = fabric.GetNodes();
+  const auto leftOut = static_cast<std::size_t>(
+      std::count_if(nodes.begin(), nodes.end(),
+                    [format](const IBNode& node) { return IsLeftOut(node, format); }));
+  lines.Add(leftOut, "node", "record for want of ports");
+  lines.Add(CountOutOfOrder(fabric, format), "node",
+            "place in the model, which goes by names and GUIDs there");
+  if (leftOut == nodes.size()) lines.Say("a file without a node cannot be read again");
+}
+
+}  // namespace
+
+std::vector<std::string> LossesOf(const IBFabric& fabric, FabricFormat format) {
+  LossLines lines(format);
+  lines.AddAll(fabric.GetNodes(), "node", nodeAttributes);
+  lines.AddAll(fabric.GetPorts(), "port", portAttributes);
+  if (lines.IsLostBy(others)) {
+    lines.Add(fabric.GetAPorts().size(), "aggregated port", "ports and asymmetry mark");
+  }
+  if (lines.IsLostBy(discovered)) AddLossesOfRecords(fabric, format, lines);
+  return lines.Take();
+}
+
+}  // namespace fabscope
