@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <limits>
 #include <memory>
-#include <regex>
 #include <sstream>
+#include <string_view>
 
 #include "check/check.h"
 #include "fat_tree/neighborhood.h"
@@ -28,21 +28,26 @@ class FirstGroups {
   }
 
   // The text with the numbers as if the topology were the first.
-  std::string NumberFromZero(const std::string& text) const {
-    static const std::regex numbered("(eighborhood|onnectivity group):? ([0-9]+)");
-    std::string result;
-    auto rest = text.begin();
-    for (std::sregex_iterator match(text.begin(), text.end(), numbered), end; match != end;
-         ++match) {
-      const std::uint64_t least = match->str(1) == "eighborhood" ? neighborhood_ : connectivity_;
-      result.append(rest, text.begin() + match->position(2));
-      result += std::to_string(std::stoull(match->str(2)) - least);
-      rest = text.begin() + match->position(2) + match->length(2);
-    }
-    return result.append(rest, text.end());
+  std::string NumberFromZero(std::string text) const {
+    Renumber(text, "eighborhood", neighborhood_);
+    Renumber(text, "onnectivity group", connectivity_);
+    return text;
   }
 
  private:
+  // Takes `first` off every number that stands behind the word, with or without a colon.
+  static void Renumber(std::string& text, std::string_view word, std::uint64_t first) {
+    for (std::size_t at = text.find(word); at != std::string::npos; at = text.find(word, at)) {
+      at += word.size();
+      if (text.compare(at, 1, ":") == 0) ++at;
+      if (text.compare(at, 1, " ") == 0) ++at;
+      const std::size_t end = std::min(text.find_first_not_of("0123456789", at), text.size());
+      if (end == at) continue;
+      const std::string number = std::to_string(std::stoull(text.substr(at, end - at)) - first);
+      text.replace(at, end - at, number);
+    }
+  }
+
   std::uint64_t neighborhood_ = std::numeric_limits<std::uint64_t>::max();
   std::uint64_t connectivity_ = std::numeric_limits<std::uint64_t>::max();
 };
