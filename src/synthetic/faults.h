@@ -2,9 +2,9 @@
 
 #include <cstddef>
 #include <optional>
-#include <set>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <vector>
 
 #include "synthetic/fabric_plan.h"
@@ -83,15 +83,20 @@ class FaultInjector {
   bool CanTakePort(std::size_t node);
   // A free port, or that of a cable which is pulled for it.
   std::uint8_t TakePort(std::size_t node, InjectedFault& done);
+  // Lets `change` slow down a cable that can be slower.
+  template <typename Change>
+  Problem SlowDownBy(Change change, InjectedFault& done);
+  void Touch(std::size_t cable);
   void Pull(std::size_t cable, InjectedFault& done);
   void Plug(const PlannedCable& cable, InjectedFault& done);
   void TakeAway(std::size_t node, InjectedFault& done);
 
   FabricPlan& plan_;
   Random& random_;
-  std::set<std::size_t> touched_;        // cables
-  std::set<std::size_t> touchedLeaves_;  // that have, or had first, a shared FLID
-  std::set<std::uint16_t> touchedFlids_;
+  std::unordered_set<std::size_t> touchedCables_;
+  // At the ends of these, also of those that were pulled, and leaves that share a FLID.
+  std::unordered_set<std::size_t> touchedNodes_;
+  std::unordered_set<std::uint16_t> touchedFlids_;
   std::size_t strayHosts_ = 0;
 };
 
