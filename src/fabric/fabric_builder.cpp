@@ -40,6 +40,7 @@ FabricBuilder::Problem FabricBuilder::AddNode(NodeSpec spec) {
   }
   IBNode& node = nodes_.emplace_back();
   node.guid = spec.guid;
+  node.index = index;
   node.systemGuid = spec.systemGuid.value_or(spec.guid);
   node.nodeType = spec.type;
   node.smdbRank = spec.smdbRank;

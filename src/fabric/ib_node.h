@@ -22,6 +22,7 @@ class IBNode {
  public:
   std::uint64_t guid = 0;
   std::uint64_t systemGuid = 0;  // shared by the chips of one system
+  std::uint32_t index = 0;       // the place in the model, counted from 0
   // By port number; entry 0 is a switch's management port. Entries may be null: a port that has
   // neither a cable nor an attribute of its own has no object. The array belongs to the fabric.
   std::span<IBPort*> ports;

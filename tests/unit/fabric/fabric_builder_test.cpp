@@ -343,6 +343,9 @@ TEST_F(FabricBuilderTest, NodesStandInTheOrderInWhichTheyWereAdded) {
   std::vector<std::uint64_t> switches;
   for (const IBNode* node : fabric->switches) switches.push_back(node->guid);
   EXPECT_THAT(switches, ElementsAre(1, 2, 99, 5));
+  for (const IBNode& node : fabric->GetNodes()) {
+    EXPECT_EQ(&fabric->GetNodes()[node.index], &node);
+  }
 }
 
 TEST_F(FabricBuilderTest, PortsStandByNodeAndNumber) {
