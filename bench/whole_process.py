@@ -1,0 +1,269 @@
+#!/usr/bin/env python3
+"""Measures whole runs of fabscope from start to end and prints Markdown tables.
+
+usage: whole_process.py [--small] FABSCOPE [PART...]
+
+  file      a check of a dump of 65,536 hosts against counting the dump's lines: time and memory
+  growth    time per cable from 1,024 to 65,536 hosts
+  scripts   against Python scripts that only rank the switches
+  manager   against the subnet manager OpenSM
+  worst     fabrics that are made to be slow
+
+All on one core, with the files in the page cache, medians of runs that take turns. What is compared
+is compared within one run; a goal that is missed is called so. --small takes small fabrics, which
+shows only that all of this still runs.
+"""
+
+import os
+import re
+import subprocess
+import sys
+import tempfile
+from pathlib import Path
+
+sys.dont_write_bytecode = True
+import subnet_manager  # noqa: E402
+from processes import (at_least, at_most, interleaved, machine, median,  # noqa: E402
+                       megabytes, milliseconds, peak_memory, pin_to_one_core, run, table)
+
+HERE = Path(__file__).resolve().parent
+PYTHON = "/usr/bin/python3"  # the one that Debian's libraries belong to
+# 200 faults with which the roots are still found by themselves. stage_bench makes the same.
+MIXED_FAULTS = ["missing-link=90", "missing-host=50", "slow-link=40", "swapped-cables=10",
+                "moved-cable=4", "dead-switch=2", "same-rank-link=1", "root-link=1", "stray-host=2"]
+# 200 that are all about cables between switches, too many for that.
+CABLE_FAULTS = ["missing-link=60", "swapped-cables=60", "moved-cable=60", "same-rank-link=10",
+                "root-link=10"]
+BY_NAME = ["--root-regex", "^spine"]
+
+
+class Bench:
+    def __init__(self, fabscope, small, folder):
+        self.fabscope = str(Path(fabscope).resolve())
+        self.small = small
+        self.folder = Path(folder)
+
+    def pick(self, full, small):
+        return small if self.small else full
+
+    def make(self, name, radix, faults=()):
+        """The file of a tree of three levels."""
+        path = self.folder / name
+        wanted = [option for fault in faults for option in ("--fault", fault)]
+        subprocess.run([self.fabscope, "generate", "--levels", "3", "--radix", str(radix), *wanted,
+                        "--format", "ibnetdiscover", "-o", path], check=True)
+        return str(path)
+
+    def check(self, path, *options):
+        return [self.fabscope, "check", *options, str(path)]
+
+    def levels(self, path):
+        """How many switches each rank has, from the roots down, as the report says."""
+        report = subprocess.run(self.check(path), stdout=subprocess.PIPE).stdout.decode()
+        return [int(count) for count in re.findall(r"^\t rank: .*#switches: (\d+)$", report, re.M)]
+
+    def records(self, path, options):
+        """How many records the report ends with, by its own words and by its lines; -1 when it
+        does not end so. The report may be larger than memory."""
+        lines = 0
+        tail = b""
+        with subprocess.Popen(self.check(path, *options), stdout=subprocess.PIPE,
+                              stderr=subprocess.DEVNULL) as process:
+            while piece := process.stdout.read(1 << 16):
+                lines += (tail[-4:] + piece).count(b"\n-E- ") if tail else piece.count(b"\n-E- ")
+                tail = (tail + piece)[-200:]
+        said = re.search(rb"-I- Fat-tree check: (\d+) error records", tail)
+        if said and int(said[1]) != lines:
+            raise SystemExit(f"{path}: {lines} records, but the report says {int(said[1])}")
+        return int(said[1]) if said else -1
+
+    def peak(self, command):
+        return peak_memory(command, self.folder)
+
+    def file(self):
+        radix = self.pick(64, 8)
+        cases = {"clean": ([], []), "200 faults": (MIXED_FAULTS, []),
+                 "200 faults of cables, roots by name": (CABLE_FAULTS, BY_NAME)}
+        paths, commands = {}, {}
+        for name, (faults, options) in cases.items():
+            if self.small:
+                faults = [re.sub("=.*", "=1", fault) for fault in faults]
+            paths[name] = self.make(f"{len(paths)}.topo", radix, faults)
+            commands["wc", name] = ["wc", "-l", paths[name]]
+            commands["check", name] = self.check(paths[name], *options)
+        done = interleaved(commands, self.pick(11, 1))
+        times, memory = [], []
+        for name, path in paths.items():
+            floor, check = done["wc", name], done["check", name]
+            size = os.path.getsize(path)
+            ratio = check.seconds / floor.seconds
+            times.append([name, megabytes(size), str(check.status),
+                          milliseconds(floor.seconds), milliseconds(check.seconds),
+                          f"{ratio:.1f}", at_most(ratio, 10), milliseconds(floor.cpu),
+                          milliseconds(check.cpu), f"{check.cpu / floor.cpu:.1f}"])
+            peak = self.peak(commands["check", name])
+            memory.append([name, megabytes(size), megabytes(peak), f"{peak / size:.2f}",
+                           at_most(peak / size, 2)])
+        print("### The full-size dump: a check against `wc -l`\n")
+        table(["dump", "size", "exit status", "`wc -l`", "check", "ratio", "goal",
+               "processor: `wc -l`", "check", "ratio"], times)
+        print("### Peak memory of these checks\n")
+        table(["dump", "size", "peak", "peak to size", "goal"], memory)
+
+    def growth(self):
+        radixes = self.pick([16, 20, 24, 32, 40, 48, 64], [4, 8])
+        paths = {radix: self.make(f"radix-{radix}.topo", radix) for radix in radixes}
+        commands = {radix: self.check(path) for radix, path in paths.items()}
+        commands["start"] = [self.fabscope, "--version"]
+        done = interleaved(commands, self.pick(11, 1))
+        start = done["start"].seconds
+        rows = []
+        withs, withouts = [], []
+        for radix in radixes:
+            with open(paths[radix], encoding="ascii") as dump:
+                cables = sum(line.startswith("[") for line in dump) // 2
+            seconds = done[radix].seconds
+            withs.append(seconds / cables)
+            withouts.append((seconds - start) / cables)
+            rows.append([f"{radix ** 3 // 4:,}", f"{cables:,}", milliseconds(seconds),
+                         f"{withs[-1] * 1e9:,.0f} ns", f"{withouts[-1] * 1e9:,.0f} ns"])
+        ratios = [max(those) / min(those) for those in (withs, withouts)]
+        rows.append(["largest to smallest", "", "", *(f"{ratio:.2f}" for ratio in ratios)])
+        rows.append(["goal", "", "", *(at_most(ratio, 1.5) for ratio in ratios)])
+        print("### Growth: time per cable\n")
+        table(["hosts", "cables", "`fabscope check`", "per cable",
+               f"without the start ({milliseconds(start)})"], rows)
+
+    def scripts(self):
+        path = self.make("scripts.topo", self.pick(64, 8))
+        levels = self.levels(path)
+        goals = {"plain_ranks.py": ("plain Python script", 10),
+                 "networkx_ranks.py": ("Python script with networkx", 20)}
+        commands = {"check": self.check(path)}
+        rows = []
+        for script in goals:
+            command = [PYTHON, str(HERE / "peers" / script), path]
+            tried = subprocess.run(command, capture_output=True)
+            if tried.returncode != 0:
+                reason = tried.stderr.decode(errors="replace").strip().split("\n")[-1]
+                rows.append([goals[script][0], f"not run: {reason}", "", "", ""])
+                continue
+            ranks = [int(count) for count in re.findall(r"^rank \d+: (\d+) switches$",
+                                                        tried.stdout.decode(), re.M)]
+            if ranks != levels:
+                raise SystemExit(f"{script} ranks the switches {ranks}, fabscope {levels}")
+            commands[script] = command
+        done = interleaved(commands, self.pick(7, 1))
+        for script, (text, goal) in goals.items():
+            if script in done:
+                ratio = done[script].seconds / done["check"].seconds
+                rows.append([text, milliseconds(done[script].seconds),
+                             megabytes(self.peak(commands[script])), f"{ratio:.1f}",
+                             at_least(ratio, goal)])
+        own = ["`fabscope check`", milliseconds(done["check"].seconds),
+               megabytes(self.peak(commands["check"])), "1.0", ""]
+        print(f"### Scripts that rank the switches of the same dump (all find {levels})\n")
+        table(["program", "time", "peak memory", "times as long", "goal"], [own, *rows])
+
+    def manager(self):
+        dump = HERE.parent / "tests" / "data" / self.pick("tree-2000h.topo", "tree-32h.topo")
+        net_file = self.folder / "fabric.net"
+        subprocess.run([self.fabscope, "convert", dump, "-o", net_file], check=True)
+        check = self.check(dump)
+        levels = self.levels(dump)  # warms the page cache, too
+        managers, checks, reason = [], [], ""
+        for number in range(self.pick(3, 1)):
+            checks += [run(check) for _ in range(self.pick(5, 1))]
+            try:
+                done, ranks = subnet_manager.run_once(net_file, self.folder / f"manager-{number}")
+            except subnet_manager.NotRun as problem:
+                managers, reason = [], str(problem)
+                break
+            if ranks != levels:
+                raise SystemExit(f"opensm ranks the switches {ranks}, fabscope {levels}")
+            managers.append(done)
+
+        def row(name, runs):
+            if not runs:
+                return [name, f"not run: {reason}", ""]
+            done = median(runs)
+            return [name, milliseconds(done.seconds), milliseconds(done.cpu)]
+
+        print(f"### The subnet manager OpenSM on `{dump.name}`\n")
+        table(["program", "time", "of it processor"],
+              [row("`fabscope check`", checks), row("`opensm -R ftree -o`", managers)])
+
+    def worst(self):
+        made = {name: self.folder / f"{name}.json"
+                for name in ("unlike", "chain", "groups", "one-level", "star", "ring")}
+        sizes = {"unlike": 64, "chain": 64, "groups": 64, "one-level": 20, "star": 5, "ring": 50}
+        for name, path in made.items():
+            with open(path, "wb") as file:
+                subprocess.run([PYTHON, HERE / "worst_cases.py", name,
+                                *self.pick([], [str(sizes[name])])], stdout=file, check=True)
+        size = self.pick(2048, sizes["chain"])
+        missing = size * (size - 4)
+        for name, expected in (("chain", missing), ("groups", 0), ("star", 0)):
+            options = [] if name == "star" else BY_NAME
+            if (found := self.records(made[name], options)) != expected:
+                raise SystemExit(f"{name}: {found} records, expected {expected}")
+
+        by_leaf = ["--root-regex", "^leaf"]
+        cases = {
+            "8,192 lower switches whose up-links to 2,048 upper ones all differ":
+                self.check(made["unlike"], *BY_NAME),
+            f"2,048 spines and 2,048 lines in one group, {missing:,} cables missing":
+                self.check(made["chain"], *BY_NAME),
+            "the same with `--csv -`": self.check(made["chain"], *BY_NAME, "--csv", "-"),
+            "the same with `--json -`": self.check(made["chain"], *BY_NAME, "--json", "-"),
+            "the same switches and cables in groups that lack none":
+                self.check(made["groups"], *BY_NAME),
+            "the same with `--json -`, none missing":
+                self.check(made["groups"], *BY_NAME, "--json", "-"),
+            "48,000 hosts at 200 leaves that are cabled to each other only":
+                self.check(made["one-level"]),
+            "the same, all leaves named as roots": self.check(made["one-level"], *by_leaf),
+            "a star: 255 leaves with 64,770 hosts around one switch": self.check(made["star"]),
+            "a ring of 5,000 switches": self.check(made["ring"]),
+            "the same, one switch named as root":
+                self.check(made["ring"], "--root-regex", "^leaf0*1$"),
+        }
+        done = interleaved(cases, self.pick(3, 1))
+        peaks = {name: self.peak(command) for name, command in cases.items()}
+        names = list(cases)
+        print("### Fabrics that are made to be slow\n")
+        table(["fabric", "`fabscope check`", "peak memory", "exit status", "goal"],
+              [[name, milliseconds(took.seconds), megabytes(peaks[name]), str(took.status),
+                at_most(took.seconds, 2, " s")] for name, took in done.items()])
+        print(f"### Memory per record, of {missing:,} records\n")
+        rows = []
+        for output, name, base in (("text", names[1], names[4]), ("CSV", names[2], names[4]),
+                                   ("JSON", names[3], names[5])):
+            each = (peaks[name] - peaks[base]) / missing
+            rows.append([output, megabytes(peaks[name]), megabytes(peaks[base]),
+                         f"{each:.0f} bytes", at_most(each, 400)])
+        table(["output", "peak", "peak without records", "each record", "goal"], rows)
+
+
+PARTS = ["file", "growth", "scripts", "manager", "worst"]
+
+
+def main():
+    arguments = sys.argv[1:]
+    small = "--small" in arguments
+    if small:
+        arguments.remove("--small")
+    parts = arguments[1:] or PARTS
+    if not arguments or not set(parts) <= set(PARTS):
+        sys.exit(__doc__)
+    os.environ["LC_ALL"] = "C"
+    core = pin_to_one_core()
+    print(f"{machine()}; core {core}.\n")
+    with tempfile.TemporaryDirectory(prefix="fabscope-") as folder:
+        bench = Bench(arguments[0], small, folder)
+        for part in parts:
+            getattr(bench, part)()
+            sys.stdout.flush()
+
+
+main()

@@ -1,0 +1,128 @@
+#!/usr/bin/env python3
+"""Writes fabrics that a hostile or very broken machine room makes, as fabric documents.
+
+usage: worst_cases.py NAME [SIZE]
+
+  unlike     SIZE upper switches (default 2,048) and four times as many lower ones, no two of these
+             with the same up-links, and none alike enough to be merged
+  chain      as many spines as lines (2,048): line i has cables to the spines i to i + 3. A set of
+             up-links has but one spine that the union of those before it lacks, so all merge into
+             one group that lacks nearly every cable; no switch needs more than four ports for it
+  groups     the same switches and cables in groups of four by four, which lack none
+  one-level  leaves (200) with 240 hosts each that are cabled to other leaves only
+  star       leaves (255) with 254 hosts each around one switch
+  ring       a ring of switches (5,000) with a host each
+
+Lower switches are called leaf..., upper ones spine....
+"""
+
+import random
+import sys
+
+SIZES = {"unlike": 2048, "chain": 2048, "groups": 2048, "one-level": 200, "star": 255, "ring": 5000}
+
+
+class Fabric:
+    def __init__(self):
+        self.nodes = []
+        self.links = []
+        self.ports = []  # by node: how many have a cable
+
+    def add(self, kind, name):
+        self.nodes.append((kind, name))
+        self.ports.append(0)
+        return len(self.nodes) - 1
+
+    def add_all(self, kind, name, count):
+        return [self.add(kind, f"{name}{number:04}") for number in range(1, count + 1)]
+
+    def cable(self, a, b):
+        self.ports[a] += 1
+        self.ports[b] += 1
+        self.links.append((a, self.ports[a], b, self.ports[b]))
+
+    def add_hosts(self, switch, count):
+        for number in range(1, count + 1):
+            self.cable(switch, self.add("ca", f"host of {self.nodes[switch][1]} {number}"))
+
+    def write(self, stream):
+        if max(self.ports) > 255:
+            raise SystemExit("a node cannot have more than 255 ports")
+        stream.write('{"format": "fabscope-fabric", "version": 1,\n "nodes": [')
+        stream.write(",".join(
+            f'\n{{"guid": "{guid:#x}", "type": "{kind}", "name": "{name}", "numPorts": {ports}}}'
+            for guid, ((kind, name), ports) in enumerate(zip(self.nodes, self.ports), 1)))
+        stream.write('],\n "links": [')
+        stream.write(",".join(
+            f'\n{{"a": "{a + 1:#x}", "aPort": {a_port}, "b": "{b + 1:#x}", "bPort": {b_port}, '
+            '"speed": "HDR"}' for a, a_port, b, b_port in self.links))
+        stream.write("]}\n")
+
+
+def unlike(fabric, size):
+    uplinks = 60  # an upper switch has 240 cables then, of 255 that are possible
+    spines = fabric.add_all("switch", "spine", size)
+    leaves = fabric.add_all("switch", "leaf", 4 * size)
+    chance = random.Random(1)
+    places = spines * 4
+    above = [set() for _ in leaves]
+    for _ in range(uplinks):
+        chance.shuffle(places)
+        for leaf, spine, known in zip(leaves, places, above):
+            fabric.cable(leaf, spine)
+            known.add(spine)
+    if len(set(map(frozenset, above))) != len(leaves):
+        raise SystemExit("two leaves have the same up-links")
+
+
+def chain(fabric, size):
+    spines = fabric.add_all("switch", "spine", size)
+    for number, leaf in enumerate(fabric.add_all("switch", "leaf", size)):
+        for step in range(4):
+            fabric.cable(leaf, spines[(number + step) % size])
+
+
+def groups(fabric, size):
+    spines = fabric.add_all("switch", "spine", size)
+    for number, leaf in enumerate(fabric.add_all("switch", "leaf", size)):
+        for step in range(4):
+            fabric.cable(leaf, spines[number // 4 * 4 + step])
+
+
+def one_level(fabric, size):
+    leaves = fabric.add_all("switch", "leaf", size)
+    for step in range(1, 8):  # 14 cables of each leaf
+        for number, leaf in enumerate(leaves):
+            fabric.cable(leaf, leaves[(number + step * step) % size])
+    for leaf in leaves:
+        fabric.add_hosts(leaf, 240)
+
+
+def star(fabric, size):
+    centre = fabric.add("switch", "spine")
+    for leaf in fabric.add_all("switch", "leaf", size):
+        fabric.cable(leaf, centre)
+        fabric.add_hosts(leaf, 254)
+
+
+def ring(fabric, size):
+    leaves = fabric.add_all("switch", "leaf", size)
+    for leaf, following in zip(leaves, leaves[1:] + leaves[:1]):
+        fabric.cable(leaf, following)
+        fabric.add_hosts(leaf, 1)
+
+
+MAKERS = {"unlike": unlike, "chain": chain, "groups": groups, "one-level": one_level, "star": star,
+          "ring": ring}
+
+
+def main():
+    if len(sys.argv) not in (2, 3) or sys.argv[1] not in MAKERS:
+        sys.exit(__doc__)
+    name = sys.argv[1]
+    fabric = Fabric()
+    MAKERS[name](fabric, int(sys.argv[2]) if len(sys.argv) == 3 else SIZES[name])
+    fabric.write(sys.stdout)
+
+
+main()
