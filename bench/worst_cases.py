@@ -5,12 +5,17 @@ usage: worst_cases.py NAME [SIZE]
 
   unlike     SIZE upper switches (default 2,048) and four times as many lower ones, no two of these
              with the same up-links, and none alike enough to be merged
+  inside     the same with 60 cables from each lower switch to others
+  popular    the same, but each lower switch is cabled to one of 40 upper ones that have three more
+             lower switches for themselves, which makes it a cross link
   chain      as many spines as lines (2,048): line i has cables to the spines i to i + 3. A set of
              up-links has but one spine that the union of those before it lacks, so all merge into
              one group that lacks nearly every cable; no switch needs more than four ports for it
   groups     the same switches and cables in groups of four by four, which lack none
   one-level  leaves (200) with 240 hosts each that are cabled to other leaves only
   star       leaves (255) with 254 hosts each around one switch
+  guids      the same with GUIDs that all fall into one bucket of a hash table of libstdc++ that has
+             room for as many nodes and takes GUIDs as they are
   ring       a ring of switches (5,000) with a host each
 
 Lower switches are called leaf..., upper ones spine....
@@ -19,7 +24,8 @@ Lower switches are called leaf..., upper ones spine....
 import random
 import sys
 
-SIZES = {"unlike": 2048, "chain": 2048, "groups": 2048, "one-level": 200, "star": 255, "ring": 5000}
+SIZES = {"unlike": 2048, "inside": 2048, "popular": 2048, "chain": 2048, "groups": 2048,
+         "one-level": 200, "star": 255, "guids": 255, "ring": 5000}
 
 
 class Fabric:
@@ -27,6 +33,7 @@ class Fabric:
         self.nodes = []
         self.links = []
         self.ports = []  # by node: how many have a cable
+        self.guid_step = 1
 
     def add(self, kind, name):
         self.nodes.append((kind, name))
@@ -45,26 +52,28 @@ class Fabric:
         for number in range(1, count + 1):
             self.cable(switch, self.add("ca", f"host of {self.nodes[switch][1]} {number}"))
 
+    def guid(self, node):
+        return f"{(node + 1) * self.guid_step:#x}"
+
     def write(self, stream):
         if max(self.ports) > 255:
             raise SystemExit("a node cannot have more than 255 ports")
         stream.write('{"format": "fabscope-fabric", "version": 1,\n "nodes": [')
         stream.write(",".join(
-            f'\n{{"guid": "{guid:#x}", "type": "{kind}", "name": "{name}", "numPorts": {ports}}}'
-            for guid, ((kind, name), ports) in enumerate(zip(self.nodes, self.ports), 1)))
+            f'\n{{"guid": "{self.guid(node)}", "type": "{kind}", "name": "{name}", '
+            f'"numPorts": {ports}}}'
+            for node, ((kind, name), ports) in enumerate(zip(self.nodes, self.ports))))
         stream.write('],\n "links": [')
         stream.write(",".join(
-            f'\n{{"a": "{a + 1:#x}", "aPort": {a_port}, "b": "{b + 1:#x}", "bPort": {b_port}, '
-            '"speed": "HDR"}' for a, a_port, b, b_port in self.links))
+            f'\n{{"a": "{self.guid(a)}", "aPort": {a_port}, "b": "{self.guid(b)}", '
+            f'"bPort": {b_port}, "speed": "HDR"}}' for a, a_port, b, b_port in self.links))
         stream.write("]}\n")
 
 
-def unlike(fabric, size):
-    uplinks = 60  # an upper switch has 240 cables then, of 255 that are possible
-    spines = fabric.add_all("switch", "spine", size)
-    leaves = fabric.add_all("switch", "leaf", 4 * size)
+def cable_at_random(fabric, leaves, spines, uplinks):
+    """Every leaf with that many cables, every spine with its even share of them."""
     chance = random.Random(1)
-    places = spines * 4
+    places = spines * (-(-len(leaves) // len(spines)))
     above = [set() for _ in leaves]
     for _ in range(uplinks):
         chance.shuffle(places)
@@ -73,6 +82,33 @@ def unlike(fabric, size):
             known.add(spine)
     if len(set(map(frozenset, above))) != len(leaves):
         raise SystemExit("two leaves have the same up-links")
+
+
+def unlike(fabric, size):
+    spines = fabric.add_all("switch", "spine", size)
+    leaves = fabric.add_all("switch", "leaf", 4 * size)
+    # An upper switch has 240 cables then, of 255 that are possible.
+    cable_at_random(fabric, leaves, spines, 60)
+    return leaves
+
+
+def inside(fabric, size):
+    leaves = unlike(fabric, size)
+    for step in range(1, 31):
+        for number, leaf in enumerate(leaves):
+            fabric.cable(leaf, leaves[(number + step * step) % len(leaves)])
+
+
+def popular(fabric, size):
+    spines = fabric.add_all("switch", "spine", size)
+    leaves = fabric.add_all("switch", "leaf", 4 * size)
+    favourites, others = spines[:40], spines[40:]
+    own, many = leaves[:120], leaves[120:]
+    for number, leaf in enumerate(own):
+        fabric.cable(leaf, favourites[number // 3])
+    for number, leaf in enumerate(many):
+        fabric.cable(leaf, favourites[number % 40])
+    cable_at_random(fabric, many, others, 50)
 
 
 def chain(fabric, size):
@@ -105,6 +141,12 @@ def star(fabric, size):
         fabric.add_hosts(leaf, 254)
 
 
+def guids(fabric, size):
+    star(fabric, size)
+    # The buckets of a table for 65,026 nodes: set aside at once, or grown to.
+    fabric.guid_step = 67307 * 85229
+
+
 def ring(fabric, size):
     leaves = fabric.add_all("switch", "leaf", size)
     for leaf, following in zip(leaves, leaves[1:] + leaves[:1]):
@@ -112,8 +154,8 @@ def ring(fabric, size):
         fabric.add_hosts(leaf, 1)
 
 
-MAKERS = {"unlike": unlike, "chain": chain, "groups": groups, "one-level": one_level, "star": star,
-          "ring": ring}
+MAKERS = {"unlike": unlike, "inside": inside, "popular": popular, "chain": chain, "groups": groups,
+          "one-level": one_level, "star": star, "guids": guids, "ring": ring}
 
 
 def main():
