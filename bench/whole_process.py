@@ -117,7 +117,7 @@ class Bench:
         paths = {radix: self.make(f"radix-{radix}.topo", radix) for radix in radixes}
         commands = {radix: self.check(path) for radix, path in paths.items()}
         commands["start"] = [self.fabscope, "--version"]
-        done = interleaved(commands, self.pick(11, 1))
+        done = interleaved(commands, self.pick(21, 1))
         start = done["start"].seconds
         rows = []
         withs, withouts = [], []
