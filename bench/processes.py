@@ -68,8 +68,7 @@ def machine():
         models = [line.split(":", 1)[1].strip() for line in info if line.startswith("model name")]
     name = models[0] if models else os.uname().machine
     load = os.getloadavg()[0]
-    return (f"{name}, {os.cpu_count()} cores, Linux {os.uname().release}, "
-            f"load at the start {load:.1f}")
+    return f"{name}, {os.cpu_count()} cores, load at the start {load:.1f}"
 
 
 def table(heads, rows):
