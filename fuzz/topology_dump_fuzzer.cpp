@@ -7,7 +7,7 @@
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace fabscope;
   static const regExp specialNodes("Aggregation Node");
-  InputText input{"fuzz", std::string(reinterpret_cast<const char*>(data), size)};
+  Input input("fuzz", std::string(reinterpret_cast<const char*>(data), size));
   FabricBuilder builder;
   Warnings warnings;
   const MaybeError error = LoadTopologyDump(input, nullptr, &specialNodes, builder, warnings);

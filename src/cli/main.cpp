@@ -1,3 +1,13 @@
+#include <limits>
+#include <malloc.h>
+
 #include "cli/command_line.h"
 
-int main(int argc, char** argv) { return fabscope::RunCommandLine(argc, argv); }
+int main(int argc, char** argv) {
+  // Memory that one step has given back is for the next: it costs more to get it from the system
+  // again than to use it.
+  constexpr int most = 1 << 25;
+  mallopt(M_MMAP_THRESHOLD, most);
+  mallopt(M_TRIM_THRESHOLD, std::numeric_limits<int>::max());
+  return fabscope::RunCommandLine(argc, argv);
+}

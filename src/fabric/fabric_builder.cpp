@@ -8,26 +8,18 @@
 namespace fabscope {
 namespace {
 
-std::uint64_t PortKey(std::uint32_t node, std::uint8_t num) {
-  return std::uint64_t{node} * 256 + num;
-}
+std::uint64_t PortKey(const PortPlace& port) { return std::uint64_t{port.node} * 256 + port.num; }
 
 std::string PortText(const PortRef& port) {
   return "port " + std::to_string(port.num) + " of node " + GuidText(port.guid);
-}
-
-template <typename T>
-void Assign(T& target, const std::optional<T>& value) {
-  if (value) target = *value;
 }
 
 }  // namespace
 
 void FabricBuilder::ReserveNodes(std::size_t count) {
   nodes_.reserve(count);
-  indexByGuid_.reserve(count);
+  indexByGuid_.Reserve(count);
   linked_.reserve(count);
-  needed_.reserve(count);
 }
 
 void FabricBuilder::ReserveLinks(std::size_t count) { links_.reserve(count); }
@@ -35,7 +27,7 @@ void FabricBuilder::ReserveLinks(std::size_t count) { links_.reserve(count); }
 FabricBuilder::Problem FabricBuilder::AddNode(NodeSpec spec) {
   if (spec.guid == 0) return "a node's GUID must not be 0";
   const auto index = static_cast<std::uint32_t>(nodes_.size());
-  if (!indexByGuid_.emplace(spec.guid, index).second) {
+  if (!indexByGuid_.Insert(spec.guid, index)) {
     return "node GUID " + GuidText(spec.guid) + " is given twice";
   }
   IBNode& node = nodes_.emplace_back();
@@ -57,60 +49,57 @@ FabricBuilder::Problem FabricBuilder::AddNode(NodeSpec spec) {
   node.name = std::move(spec.name);
   node.asic = std::move(spec.asic);
   linked_.emplace_back();
-  needed_.emplace_back();
   return std::nullopt;
 }
 
-FabricBuilder::Problem FabricBuilder::Locate(const PortRef& port, std::uint32_t& node) const {
-  const auto found = indexByGuid_.find(port.guid);
-  if (found == indexByGuid_.end()) return "unknown node " + GuidText(port.guid);
-  node = found->second;
-  const unsigned count = nodes_[node].numPorts;
-  if (port.num == 0 || port.num > count) {
-    return PortText(port) + " does not exist: it has " + std::to_string(count) +
-           (count == 1 ? " port" : " ports");
-  }
+FabricBuilder::Problem FabricBuilder::Locate(const PortRef& port, PortPlace& place) const {
+  const std::uint32_t node = FindNode(port.guid);
+  if (node == GuidIndex::None) return "unknown node " + GuidText(port.guid);
+  place = {node, port.num};
+  if (!HasPort(place)) return NoPortText(place);
   return std::nullopt;
 }
 
-FabricBuilder::Problem FabricBuilder::CheckPort(const PortRef& port) const {
-  std::uint32_t node = 0;
-  return Locate(port, node);
-}
-
-bool FabricBuilder::HasLink(const PortRef& port) const {
-  const auto found = indexByGuid_.find(port.guid);
-  return found != indexByGuid_.end() && linked_[found->second].test(port.num);
+std::string FabricBuilder::NoPortText(const PortPlace& port) const {
+  const unsigned count = nodes_[port.node].numPorts;
+  return PortText(Name(port)) + " does not exist: it has " + std::to_string(count) +
+         (count == 1 ? " port" : " ports");
 }
 
 bool FabricBuilder::IsSwitch(std::uint64_t guid) const {
-  const auto found = indexByGuid_.find(guid);
-  return found != indexByGuid_.end() && nodes_[found->second].nodeType == NodeTypeSwitch;
+  const std::uint32_t index = FindNode(guid);
+  return index != GuidIndex::None && nodes_[index].nodeType == NodeTypeSwitch;
 }
 
 FabricBuilder::Problem FabricBuilder::AddLink(const LinkSpec& spec) {
-  std::uint32_t a = 0;
-  std::uint32_t b = 0;
+  PortPlace a;
+  PortPlace b;
   if (Problem problem = Locate(spec.a, a)) return problem;
   if (Problem problem = Locate(spec.b, b)) return problem;
-  if (a == b && spec.a.num == spec.b.num) return PortText(spec.a) + " is linked to itself";
-  if (linked_[a].test(spec.a.num)) return PortText(spec.a) + " has a link already";
-  if (linked_[b].test(spec.b.num)) return PortText(spec.b) + " has a link already";
-  linked_[a].set(spec.a.num);
-  linked_[b].set(spec.b.num);
-  links_.push_back({a, b, spec.speed, spec.a.num, spec.b.num, spec.symmetric});
+  return AddLink(a, b, spec.speed, spec.symmetric);
+}
+
+FabricBuilder::Problem FabricBuilder::AddLink(const PortPlace& a, const PortPlace& b,
+                                              std::uint32_t speed, bool symmetric) {
+  if (!HasPort(a)) return NoPortText(a);
+  if (!HasPort(b)) return NoPortText(b);
+  if (a.node == b.node && a.num == b.num) return PortText(Name(a)) + " is linked to itself";
+  if (HasLink(a)) return PortText(Name(a)) + " has a link already";
+  if (HasLink(b)) return PortText(Name(b)) + " has a link already";
+  linked_[a.node].set(a.num);
+  linked_[b.node].set(b.num);
+  links_.push_back({a.node, b.node, speed, a.num, b.num, symmetric});
   return std::nullopt;
 }
 
 FabricBuilder::Problem FabricBuilder::SetPort(std::uint64_t guid, const PortSpec& spec) {
-  std::uint32_t node = 0;
-  const PortRef port{guid, spec.num};
-  if (Problem problem = Locate(port, node)) return problem;
-  if (!withAttributes_.insert(PortKey(node, spec.num)).second) {
-    return PortText(port) + " is given twice";
+  PortPlace place;
+  if (Problem problem = Locate({guid, spec.num}, place)) return problem;
+  if (!withAttributes_.insert(PortKey(place)).second) {
+    return PortText({guid, spec.num}) + " is given twice";
   }
-  needed_[node].set(spec.num);
-  attributes_.push_back({node, spec});
+  Need(place);
+  attributes_.push_back({place.node, spec});
   return std::nullopt;
 }
 
@@ -118,21 +107,30 @@ FabricBuilder::Problem FabricBuilder::AddAPort(std::span<const PortRef> ports,
                                                std::uint64_t asymmetry) {
   AggregatedPort aport{{}, asymmetry};
   for (const PortRef& port : ports) {
-    std::uint32_t node = 0;
-    if (Problem problem = Locate(port, node)) return problem;
-    const std::pair member{node, port.num};
-    if (inAPort_.contains(PortKey(node, port.num)) ||
-        std::find(aport.members.begin(), aport.members.end(), member) != aport.members.end()) {
+    PortPlace member;
+    if (Problem problem = Locate(port, member)) return problem;
+    const auto isMember = [&](const PortPlace& other) { return PortKey(other) == PortKey(member); };
+    if (inAPort_.contains(PortKey(member)) ||
+        std::any_of(aport.members.begin(), aport.members.end(), isMember)) {
       return PortText(port) + " is in an aggregated port already";
     }
     aport.members.push_back(member);
   }
-  for (const auto& [node, num] : aport.members) {
-    inAPort_.insert(PortKey(node, num));
-    needed_[node].set(num);
+  for (const PortPlace& member : aport.members) {
+    inAPort_.insert(PortKey(member));
+    Need(member);
   }
   aports_.push_back(std::move(aport));
   return std::nullopt;
+}
+
+void FabricBuilder::Need(const PortPlace& port) {
+  if (needed_.size() < nodes_.size()) needed_.resize(nodes_.size());
+  needed_[port.node].set(port.num);
+}
+
+FabricBuilder::PortSet FabricBuilder::UsedPorts(std::size_t node) const {
+  return node < needed_.size() ? linked_[node] | needed_[node] : linked_[node];
 }
 
 void FabricBuilder::ClearRanks() {
@@ -140,11 +138,11 @@ void FabricBuilder::ClearRanks() {
 }
 
 void FabricBuilder::SetRank(std::uint64_t guid, std::uint8_t rank) {
-  nodes_[indexByGuid_.at(guid)].smdbRank = rank;
+  nodes_[FindNode(guid)].smdbRank = rank;
 }
 
 void FabricBuilder::AddFlid(std::uint64_t guid, std::uint16_t flid) {
-  std::vector<std::uint16_t>& flids = nodes_[indexByGuid_.at(guid)].flids;
+  std::vector<std::uint16_t>& flids = nodes_[FindNode(guid)].flids;
   const auto place = std::lower_bound(flids.begin(), flids.end(), flid);
   if (place == flids.end() || *place != flid) flids.insert(place, flid);
 }
@@ -155,7 +153,7 @@ void FabricBuilder::LayOutPorts(IBFabric& fabric) const {
   std::vector<std::size_t> slots(fabric.nodes_.size());
   for (std::size_t i = 0; i < slots.size(); ++i) {
     const IBNode& node = fabric.nodes_[i];
-    const PortSet used = linked_[i] | needed_[i];
+    const PortSet used = UsedPorts(i);
     portCount += used.count();
     std::size_t highest = node.numPorts;
     while (highest > 0 && !used.test(highest)) --highest;
@@ -170,7 +168,7 @@ void FabricBuilder::LayOutPorts(IBFabric& fabric) const {
   std::size_t slot = 0;
   for (std::size_t i = 0; i < fabric.nodes_.size(); ++i) {
     IBNode& node = fabric.nodes_[i];
-    const PortSet used = linked_[i] | needed_[i];
+    const PortSet used = UsedPorts(i);
     node.ports = std::span(fabric.portSlots_).subspan(slot, slots[i]);
     slot += slots[i];
     for (std::size_t num = 1; num < slots[i]; ++num) {
@@ -200,13 +198,13 @@ void FabricBuilder::ConnectLinks(IBFabric& fabric) const {
 void FabricBuilder::ApplyPortAttributes(IBFabric& fabric) const {
   for (const auto& [node, spec] : attributes_) {
     IBPort& port = *fabric.nodes_[node].ports[spec.num];
-    Assign(port.state, spec.state);
-    Assign(port.speed, spec.speed);
-    Assign(port.symmetric, spec.symmetric);
-    Assign(port.fnm, spec.fnm);
-    Assign(port.fnm1, spec.fnm1);
-    Assign(port.inSubFabric, spec.inSubFabric);
-    Assign(port.planeMultiplicity, spec.planeMultiplicity);
+    port.state = spec.state.value_or(port.state);
+    port.speed = spec.speed.value_or(port.speed);
+    if (spec.symmetric) port.symmetric = *spec.symmetric;
+    if (spec.fnm) port.fnm = *spec.fnm;
+    if (spec.fnm1) port.fnm1 = *spec.fnm1;
+    if (spec.inSubFabric) port.inSubFabric = *spec.inSubFabric;
+    port.planeMultiplicity = spec.planeMultiplicity.value_or(port.planeMultiplicity);
     if (spec.group) port.group = IBPort::GroupRecord{*spec.group};
   }
 }
@@ -214,7 +212,9 @@ void FabricBuilder::ApplyPortAttributes(IBFabric& fabric) const {
 void FabricBuilder::AttachAPorts(IBFabric& fabric) const {
   for (const AggregatedPort& aport : aports_) {
     APort& made = fabric.aports_.emplace_back(APort{aport.asymmetry});
-    for (const auto& [node, num] : aport.members) fabric.nodes_[node].ports[num]->aport = &made;
+    for (const PortPlace& member : aport.members) {
+      fabric.nodes_[member.node].ports[member.num]->aport = &made;
+    }
   }
 }
 

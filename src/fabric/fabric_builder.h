@@ -10,6 +10,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "fabric/guid_index.h"
 #include "fabric/ib_fabric.h"
 
 namespace fabscope {
@@ -35,6 +36,12 @@ struct NodeSpec {
 
 struct PortRef {
   std::uint64_t guid = 0;
+  std::uint8_t num = 0;
+};
+
+// A port of a node that is known by its place in the model.
+struct PortPlace {
+  std::uint32_t node = 0;
   std::uint8_t num = 0;
 };
 
@@ -75,17 +82,25 @@ class FabricBuilder {
   [[nodiscard]] Problem AddNode(NodeSpec spec);
   // Both nodes are known, both ports exist, are different and have no link yet.
   [[nodiscard]] Problem AddLink(const LinkSpec& spec);
+  // The same between nodes whose places the caller has looked up already.
+  [[nodiscard]] Problem AddLink(const PortPlace& a, const PortPlace& b, std::uint32_t speed,
+                                bool symmetric);
   // The node is known, the port exists and has no attributes yet.
   [[nodiscard]] Problem SetPort(std::uint64_t guid, const PortSpec& spec);
   // All ports exist and are in no other aggregated port, nor twice in this one.
   [[nodiscard]] Problem AddAPort(std::span<const PortRef> ports, std::uint64_t asymmetry);
 
-  bool HasNode(std::uint64_t guid) const { return indexByGuid_.contains(guid); }
+  // The place of the node with that GUID, or GuidIndex::None.
+  std::uint32_t FindNode(std::uint64_t guid) const { return indexByGuid_.Find(guid); }
   bool IsSwitch(std::uint64_t guid) const;
   std::size_t GetNodeCount() const { return nodes_.size(); }
-  // Whether the port exists: a number from 1 to the node's port count. The node must be known.
-  Problem CheckPort(const PortRef& port) const;
-  bool HasLink(const PortRef& port) const;
+  // Whether the port exists: a number from 1 to the node's port count.
+  bool HasPort(const PortPlace& port) const {
+    return port.num != 0 && port.num <= nodes_[port.node].numPorts;
+  }
+  // What is wrong with a port that does not.
+  std::string NoPortText(const PortPlace& port) const;
+  bool HasLink(const PortPlace& port) const { return linked_[port.node].test(port.num); }
 
   // What side files say of switches. The GUID must be a switch's.
   void ClearRanks();
@@ -110,20 +125,23 @@ class FabricBuilder {
     PortSpec spec;
   };
   struct AggregatedPort {
-    std::vector<std::pair<std::uint32_t, std::uint8_t>> members;
+    std::vector<PortPlace> members;
     std::uint64_t asymmetry;
   };
 
-  Problem Locate(const PortRef& port, std::uint32_t& node) const;
+  Problem Locate(const PortRef& port, PortPlace& place) const;
+  PortRef Name(const PortPlace& port) const { return {nodes_[port.node].guid, port.num}; }
+  void Need(const PortPlace& port);
+  PortSet UsedPorts(std::size_t node) const;
   void LayOutPorts(IBFabric& fabric) const;
   void ConnectLinks(IBFabric& fabric) const;
   void ApplyPortAttributes(IBFabric& fabric) const;
   void AttachAPorts(IBFabric& fabric) const;
 
   std::vector<IBNode> nodes_;
-  std::unordered_map<std::uint64_t, std::uint32_t> indexByGuid_;
+  GuidIndex indexByGuid_;
   std::vector<PortSet> linked_;  // by node: ports that have a link
-  std::vector<PortSet> needed_;  // by node: ports that need an object
+  std::vector<PortSet> needed_;  // by node: others that need an object; empty until there is one
   std::vector<Link> links_;
   std::vector<PortAttributes> attributes_;
   std::vector<AggregatedPort> aports_;

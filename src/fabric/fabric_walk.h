@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <span>
 #include <string>
+#include <tuple>
 
 #include "fabric/ib_node.h"
 
@@ -22,6 +23,13 @@ IBNode* GetLinkedNode(const IBPort* port);
 
 // The same for tree links, whose far end is a switch.
 IBNode* GetRemoteSwitch(const IBPort* port);
+
+// Whether a port with a cable comes before the cable's other end, by node and then by number: who
+// walks over all ports and asks this meets every cable once.
+inline bool IsFirstEnd(const IBPort& port) {
+  const IBPort& far = *port.remotePort;
+  return std::tie(port.node->index, port.num) < std::tie(far.node->index, far.num);
+}
 
 // "/" and the ASIC designation of a switch of the multi-ASIC family, or nothing.
 std::string GetSwitchASIC(const IBNode* node);

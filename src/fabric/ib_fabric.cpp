@@ -3,8 +3,8 @@
 namespace fabscope {
 
 const IBNode* IBFabric::getNodeByGuid(std::uint64_t guid) const {
-  const auto found = indexByGuid_.find(guid);
-  return found == indexByGuid_.end() ? nullptr : &nodes_[found->second];
+  const std::uint32_t index = indexByGuid_.Find(guid);
+  return index == GuidIndex::None ? nullptr : &nodes_[index];
 }
 
 }  // namespace fabscope

@@ -3,9 +3,9 @@
 #include <cstdint>
 #include <deque>
 #include <set>
-#include <unordered_map>
 #include <vector>
 
+#include "fabric/guid_index.h"
 #include "fabric/ib_node.h"
 
 namespace fabscope {
@@ -26,17 +26,18 @@ class IBFabric {
 
   // All nodes in model order, for those who write a fabric out.
   const std::vector<IBNode>& GetNodes() const { return nodes_; }
-  const std::vector<IBPort>& GetPorts() const { return ports_; }
+  const std::deque<IBPort>& GetPorts() const { return ports_; }
   const std::deque<APort>& GetAPorts() const { return aports_; }
 
  private:
   friend class FabricBuilder;
 
   std::vector<IBNode> nodes_;
-  std::vector<IBPort> ports_;       // by node, then by port number
+  // By node, then by port number. In many pieces, which fit where a loader's memory was.
+  std::deque<IBPort> ports_;
   std::vector<IBPort*> portSlots_;  // what the nodes' `ports` look into
   std::deque<APort> aports_;
-  std::unordered_map<std::uint64_t, std::uint32_t> indexByGuid_;
+  GuidIndex indexByGuid_;
 };
 
 }  // namespace fabscope

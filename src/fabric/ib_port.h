@@ -26,10 +26,11 @@ class IBPort {
   std::optional<GroupRecord> group;
   std::uint8_t num = 0;
 
-  bool symmetric = true;
-  bool fnm = false;
-  bool fnm1 = false;
-  bool inSubFabric = true;
+  // Four flags in one byte: a large fabric has some hundred thousand ports.
+  bool symmetric : 1 = true;
+  bool fnm : 1 = false;
+  bool fnm1 : 1 = false;
+  bool inSubFabric : 1 = true;
 
   IBNode* get_remote_node() const { return remotePort != nullptr ? remotePort->node : nullptr; }
   bool isSymmetricLink() const { return symmetric; }

@@ -42,17 +42,14 @@ std::string InputError::Text() const {
   return text + message;
 }
 
-std::size_t LineOf(std::string_view text, std::size_t offset) {
-  const std::string_view before = text.substr(0, offset);
-  return 1 + static_cast<std::size_t>(std::count(before.begin(), before.end(), '\n'));
-}
-
 InputError ErrorAt(const std::string& file, std::string_view text, std::size_t offset,
                    std::string message) {
   offset = std::min(offset, text.size());
   const std::size_t newline = offset == 0 ? std::string_view::npos : text.rfind('\n', offset - 1);
   const std::size_t lineStart = newline == std::string_view::npos ? 0 : newline + 1;
-  return {file, LineOf(text, offset), offset - lineStart + 1, std::move(message)};
+  const std::string_view before = text.substr(0, lineStart);
+  const auto lines = static_cast<std::size_t>(std::count(before.begin(), before.end(), '\n'));
+  return {file, lines + 1, offset - lineStart + 1, std::move(message)};
 }
 
 bool Warnings::Count(WarningKind kind) {

@@ -24,10 +24,12 @@ struct InputError {
 // A loader's answer: nothing when all went well.
 using MaybeError = std::optional<InputError>;
 
+// What some editors put in front of a UTF-8 text.
+inline constexpr std::string_view ByteOrderMark = "\xef\xbb\xbf";
+
 // An error at a byte of a text.
 InputError ErrorAt(const std::string& file, std::string_view text, std::size_t offset,
                    std::string message);
-std::size_t LineOf(std::string_view text, std::size_t offset);
 
 enum class WarningKind {
   UnknownLine,

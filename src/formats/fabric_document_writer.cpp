@@ -3,6 +3,7 @@
 #include <map>
 #include <vector>
 
+#include "fabric/fabric_walk.h"
 #include "fabric/guid.h"
 #include "formats/fabric_document.h"
 #include "formats/json_members.h"
@@ -28,8 +29,6 @@ const char* TypeName(std::uint32_t type) {
 }
 
 // A link is written at the end that comes first in the model, with that end's attributes.
-bool IsFirstEnd(const IBPort& port) { return &port < port.remotePort; }
-
 const IBPort& FirstEnd(const IBPort& port) { return IsFirstEnd(port) ? port : *port.remotePort; }
 
 void AppendPort(std::string& json, const IBPort& port) {

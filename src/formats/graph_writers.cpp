@@ -8,6 +8,7 @@
 #include <tuple>
 #include <utility>
 
+#include "fabric/fabric_walk.h"
 #include "fabric/guid.h"
 #include "formats/json_text.h"
 #include "formats/link_speeds.h"
@@ -83,7 +84,7 @@ std::string SpeedText(const IBPort& source, const IBPort& target) {
 template <typename Visit>
 void ForEachCable(const IBFabric& fabric, Visit visit) {
   for (const IBPort& port : fabric.GetPorts()) {
-    if (port.remotePort == nullptr || &port > port.remotePort) continue;
+    if (port.remotePort == nullptr || !IsFirstEnd(port)) continue;
     const bool isTurned =
         port.node->nodeType == NodeTypeCA && port.remotePort->node->nodeType != NodeTypeCA;
     if (isTurned) {

@@ -1,26 +1,53 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
+#include <string>
 #include <string_view>
 
-#include "formats/input_text.h"
+#include "formats/diagnostics.h"
+#include "formats/input.h"
 
 namespace fabscope {
 
-// Calls visit(line, offset of its first byte) for every line, without its line end ("\n" or
-// "\r\n"), until visit answers false.
-template <typename Visit>
-void ForEachLine(const InputText& input, Visit visit) {
-  const std::string_view text = input.bytes;
-  std::size_t start = input.Start();
-  while (start < text.size()) {
-    const std::size_t newline = text.find('\n', start);
-    const std::size_t end = newline == std::string_view::npos ? text.size() : newline;
-    std::string_view line = text.substr(start, end - start);
-    if (line.ends_with('\r')) line.remove_suffix(1);
-    if (!visit(line, start)) return;
-    start = end + 1;
+struct Line {
+  std::string_view text;   // without its end, "\n" or "\r\n"; valid until the next one is read
+  std::size_t number = 0;  // from 1
+  std::size_t offset = 0;  // of its first byte: not 0 only behind a byte order mark
+  bool hasEnd = false;     // the last one may lack it
+};
+
+// Reads an input line by line, and knows the place of everything in it.
+class LineReader {
+ public:
+  explicit LineReader(Input& input) : input_(input) {}
+
+  // False behind the last line, and where reading failed.
+  bool Next(Line& line);
+
+  // An error at a byte of a line; offsets count from 0.
+  InputError ErrorAt(std::size_t line, std::size_t offset, std::string message) const {
+    return {input_.GetFile(), line, offset + 1, std::move(message)};
   }
-}
+  // An error of the file as a whole, and one at the end of what was read of it.
+  InputError ErrorOfFile(std::string message) const {
+    return {input_.GetFile(), 0, 0, std::move(message)};
+  }
+  InputError ErrorAtEnd(std::string message) const;
+
+  // What comes of reading the input: `error` (may be none) is what its lines gave. That the rest of
+  // the input cannot be read is worse than anything that stands in it.
+  MaybeError Finish(MaybeError error);
+
+  const Input& GetInput() const { return input_; }
+
+ private:
+  void SkipByteOrderMark();
+
+  Input& input_;
+  std::size_t complete_ = 0;  // lines that were read
+  std::size_t behind_ = 0;    // bytes that were read behind the last of these
+  bool isBegun_ = false;
+};
 
 }  // namespace fabscope

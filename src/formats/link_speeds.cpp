@@ -26,7 +26,8 @@ constexpr std::array<Speed, 10> speeds{{{"SDR", 0x1},
 
 std::optional<std::uint32_t> SpeedCode(std::string_view name) {
   for (const Speed& speed : speeds) {
-    if (speed.name == name) return speed.code;
+    // Every cable's end has one: names are told apart by length and first letter, mostly.
+    if (name.starts_with(speed.name.front()) && speed.name == name) return speed.code;
   }
   return std::nullopt;
 }

@@ -1,26 +1,32 @@
 #include "formats/load_fabric.h"
 
 #include "formats/fabric_document.h"
-#include "formats/input_text.h"
-#include "formats/text_fields.h"
+#include "formats/input.h"
 #include "formats/topology_dump.h"
 
 namespace fabscope {
 namespace {
 
-bool IsDocument(const InputText& input) {
-  const std::size_t first = input.bytes.find_first_not_of(" \t\r\n", input.Start());
-  return first != std::string::npos && input.bytes[first] == '{';
+bool IsDocument(Input& input) {
+  for (;;) {
+    std::string_view text = input.Unread();
+    if (text.starts_with(ByteOrderMark)) text.remove_prefix(ByteOrderMark.size());
+    const std::size_t first = text.find_first_not_of(" \t\r\n");
+    if (first != std::string_view::npos) return text[first] == '{';
+    if (!input.Fill()) return false;
+  }
 }
 
 }  // namespace
 
 MaybeError LoadFabric(const std::string& path, const NodeNameMap* names, const regExp* specialNodes,
                       FabricBuilder& builder, Warnings& warnings) {
-  InputText input;
-  if (MaybeError error = ReadInput(path, input)) return error;
-  if (IsDocument(input)) return LoadFabricDocument(input, names, builder);
-  return LoadTopologyDump(input, names, specialNodes, builder, warnings);
+  Input input;
+  if (MaybeError error = input.Open(path)) return error;
+  if (!IsDocument(input)) return LoadTopologyDump(input, names, specialNodes, builder, warnings);
+  InputText text;
+  if (MaybeError error = ReadAll(input, text)) return error;
+  return LoadFabricDocument(text, names, builder);
 }
 
 }  // namespace fabscope

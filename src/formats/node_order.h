@@ -1,18 +1,28 @@
 #pragma once
 
+#include <compare>
 #include <cstdint>
-#include <cstring>
 #include <string>
 
 namespace fabscope {
 
 // The model order of nodes that no file puts in order: by name, digits as numbers, then by GUID. So
 // the same fabric gives the same report wherever its discovery started. Answers as strcmp does.
-inline int CompareNodeOrder(const std::string& nameA, std::uint64_t guidA, const std::string& nameB,
-                            std::uint64_t guidB) {
-  const int order = strverscmp(nameA.c_str(), nameB.c_str());
-  if (order != 0) return order;
-  return guidA < guidB ? -1 : static_cast<int>(guidA > guidB);
-}
+int CompareNodeOrder(const std::string& nameA, std::uint64_t guidA, const std::string& nameB,
+                     std::uint64_t guidB);
+
+// The beginning of a name in a form that compares byte by byte as names do: of two different keys
+// the lesser one has the lesser name; equal keys say nothing. Sorting some ten thousand nodes takes
+// a fraction of the time with it.
+class NodeOrderKey {
+ public:
+  explicit NodeOrderKey(const std::string& name);
+
+  friend auto operator<=>(const NodeOrderKey&, const NodeOrderKey&) = default;
+
+ private:
+  std::uint64_t first_ = 0;  // big-endian
+  std::uint64_t second_ = 0;
+};
 
 }  // namespace fabscope

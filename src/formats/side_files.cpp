@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "fabric/guid.h"
-#include "formats/input_text.h"
 #include "formats/lines.h"
 #include "formats/text_fields.h"
 
@@ -40,81 +39,69 @@ class SwitchNumbers {
 
   MaybeError Load(const std::string& path, const FabricBuilder& builder, Warnings& warnings,
                   const Apply& apply) {
-    InputText input;
-    if (MaybeError error = ReadInput(path, input)) return error;
-
+    Input input;
+    if (MaybeError error = input.Open(path)) return error;
+    LineReader lines(input);
     MaybeError error;
-    bool haveHeader = false;
-    std::size_t lineNumber = 0;
-    ForEachLine(input, [&](std::string_view line, std::size_t offset) {
-      ++lineNumber;
-      const std::string_view content = Trimmed(line);
-      if (content.empty() || content.front() == '#') return true;
-      const std::vector<Field> fields = SplitFields(line, offset);
-      if (!haveHeader) {
-        haveHeader = true;
-        error = ReadHeader(input, fields);
-        return !error;
-      }
-      std::uint64_t guid = 0;
-      std::uint64_t value = 0;
-      error = ReadLine(input, fields, guid, value);
-      if (error) return false;
-      if (builder.IsSwitch(guid)) {
-        apply(guid, value);
-      } else if (warnings.Count(WarningKind::NotASwitch)) {
-        warnings.Add(lineNumber, GuidText(guid) + " is not a switch of the fabric");
-      }
-      return true;
-    });
-    if (!error && !haveHeader) {
-      error =
-          input.ErrorAt(input.bytes.size(), "the file has no header line, expected " + Header());
+    for (Line line; !error && lines.Next(line);) {
+      error = ReadLine(lines, line, builder, warnings, apply);
     }
-    return error;
+    error = lines.Finish(std::move(error));
+    if (error || haveHeader_) return error;
+    return lines.ErrorAtEnd("the file has no header line, expected " + Header());
   }
 
  private:
   std::string Header() const { return "\"guid," + std::string(column_) + "\""; }
 
-  MaybeError ReadHeader(const InputText& input, const std::vector<Field>& fields) {
-    if (fields.size() == 2 && fields[0].text == "guid" && fields[1].text == column_) {
-      guidField_ = 0;
-      return std::nullopt;
-    }
-    if (fields.size() == 2 && fields[1].text == "guid" && fields[0].text == column_) {
-      guidField_ = 1;
-      return std::nullopt;
-    }
-    return input.ErrorAt(fields[0].offset, "not the header line, expected the columns " + Header());
-  }
+  MaybeError ReadLine(const LineReader& lines, const Line& line, const FabricBuilder& builder,
+                      Warnings& warnings, const Apply& apply) {
+    const std::string_view content = Trimmed(line.text);
+    if (content.empty() || content.front() == '#') return std::nullopt;
+    const std::vector<Field> fields = SplitFields(line.text, line.offset);
+    const auto wrong = [&](std::size_t offset, std::string message) {
+      return lines.ErrorAt(line.number, offset, std::move(message));
+    };
 
-  MaybeError ReadLine(const InputText& input, const std::vector<Field>& fields, std::uint64_t& guid,
-                      std::uint64_t& value) const {
+    if (!haveHeader_) {
+      haveHeader_ = true;
+      if (IsHeader(fields)) return std::nullopt;
+      return wrong(fields[0].offset, "not the header line, expected the columns " + Header());
+    }
     if (fields.size() != 2) {
-      return input.ErrorAt(fields[0].offset, "expected 2 fields as in the header, found " +
-                                                 std::to_string(fields.size()));
+      return wrong(fields[0].offset,
+                   "expected 2 fields as in the header, found " + std::to_string(fields.size()));
     }
     const Field& guidField = fields[guidField_];
-    const auto parsedGuid = ParseGuid(guidField.text);
-    if (!parsedGuid) {
-      return input.ErrorAt(guidField.offset,
-                           "not a GUID, expected 0x and 1 to 16 hexadecimal digits");
+    const auto guid = ParseGuid(guidField.text);
+    if (!guid) {
+      return wrong(guidField.offset, "not a GUID, expected 0x and 1 to 16 hexadecimal digits");
     }
     const Field& valueField = fields[1 - guidField_];
-    const auto parsedValue = ParseNumber(valueField.text, limit_);
-    if (!parsedValue) {
-      return input.ErrorAt(valueField.offset, "not a " + std::string(column_) +
-                                                  ", expected a number from 0 to " +
-                                                  std::to_string(limit_));
+    const auto value = ParseNumber(valueField.text, limit_);
+    if (!value) {
+      return wrong(valueField.offset, "not a " + std::string(column_) +
+                                          ", expected a number from 0 to " +
+                                          std::to_string(limit_));
     }
-    guid = *parsedGuid;
-    value = *parsedValue;
+    if (builder.IsSwitch(*guid)) {
+      apply(*guid, *value);
+    } else if (warnings.Count(WarningKind::NotASwitch)) {
+      warnings.Add(line.number, GuidText(*guid) + " is not a switch of the fabric");
+    }
     return std::nullopt;
+  }
+
+  // The two columns may stand in either order.
+  bool IsHeader(const std::vector<Field>& fields) {
+    if (fields.size() != 2) return false;
+    guidField_ = fields[0].text == "guid" ? 0 : 1;
+    return fields[guidField_].text == "guid" && fields[1 - guidField_].text == column_;
   }
 
   std::string_view column_;
   std::uint64_t limit_;
+  bool haveHeader_ = false;
   std::size_t guidField_ = 0;
 };
 

@@ -8,7 +8,9 @@
 #include "formats/topology_dump.h"
 
 #include <algorithm>
+#include <bit>
 #include <bitset>
+#include <deque>
 #include <unordered_set>
 #include <utility>
 #include <vector>
@@ -24,33 +26,89 @@
 namespace fabscope {
 namespace {
 
+// Where something stands in the file. A line takes at least a byte, and memory for as many nodes
+// and ports as 32 bits can count would be there for no dump.
+struct Place {
+  std::uint32_t line = 0;
+  std::uint32_t offset = 0;
+};
+
+// The port lines of a node: those from `first` to before `last`.
+struct EndRange {
+  std::uint32_t first = 0;
+  std::uint32_t last = 0;
+};
+
 struct DumpNode {
   std::uint64_t guid = 0;
   std::optional<std::uint64_t> systemGuid;
   std::string name;
-  std::size_t guidOffset = 0;
+  Place guidPlace;
   std::uint32_t type = 0;
+  EndRange ends;
   std::uint8_t numPorts = 0;
-  std::size_t firstEnd = 0;  // its port lines are ends_[firstEnd] to ends_[lastEnd - 1]
-  std::size_t lastEnd = 0;
 };
 
 // One end of a cable, as its port line tells it.
 struct CableEnd {
-  std::uint64_t guid = 0;
   std::uint64_t peerGuid = 0;
-  std::size_t peerPortOffset = 0;
-  std::uint32_t speed = 0;
+  Place peerPortPlace;
+  std::uint32_t peerNode = GuidIndex::None;  // its place in the model, once there is one
+  std::uint8_t speedBit = NoSpeed;           // speed codes have one bit each
   std::uint8_t port = 0;
   std::uint8_t peerPort = 0;
   bool settled = false;  // the peer's line has dealt with this one
+
+  static constexpr std::uint8_t NoSpeed = 32;
+  std::uint32_t Speed() const { return speedBit == NoSpeed ? 0 : std::uint32_t{1} << speedBit; }
+};
+
+// What else a file without any node may be. The commonest wrong files are other lists that the same
+// tools print.
+class OtherFile {
+ public:
+  void Look(std::string_view line) {
+    isEmpty_ = isEmpty_ && line.find_first_not_of(" \t\r") == std::string_view::npos;
+    isBinary_ = isBinary_ || line.find('\0') != std::string_view::npos;
+    isPortList_ = isPortList_ || IsListedPort(line);
+    isLinkList_ = isLinkList_ || (line.find("==(") != std::string_view::npos &&
+                                  line.find(")==>") != std::string_view::npos);
+  }
+
+  std::string Tell() const {
+    if (isEmpty_) return "the file is empty";
+    if (isBinary_) {
+      return "the file is binary, expected a fabric document (JSON) or a topology dump";
+    }
+    if (isPortList_) {
+      return "this is the port list of `ibnetdiscover -p`, which does not tell the size of a "
+             "switch; give the output of `ibnetdiscover` without options";
+    }
+    if (isLinkList_) {
+      return "this is the output of `iblinkinfo`; give the output of `ibnetdiscover` without "
+             "options";
+    }
+    return "no node found, expected a fabric document (JSON) or a topology dump as "
+           "`ibnetdiscover` prints it";
+  }
+
+ private:
+  static bool IsListedPort(std::string_view line) {
+    return (line.starts_with("CA ") || line.starts_with("SW ") || line.starts_with("RT ")) &&
+           line.find(" 0x") != std::string_view::npos;
+  }
+
+  bool isEmpty_ = true;
+  bool isBinary_ = false;
+  bool isPortList_ = false;
+  bool isLinkList_ = false;
 };
 
 class DumpLoader {
  public:
-  DumpLoader(const InputText& input, const NodeNameMap* names, const regExp* specialNodes,
+  DumpLoader(Input& input, const NodeNameMap* names, const regExp* specialNodes,
              FabricBuilder& builder, Warnings& warnings)
-      : input_(input),
+      : lines_(input),
         names_(names),
         specialNodes_(specialNodes),
         builder_(builder),
@@ -58,7 +116,7 @@ class DumpLoader {
 
   MaybeError Load() {
     if (MaybeError error = ReadLines()) return error;
-    if (nodes_.empty()) return NoNodeError();
+    if (nodes_.empty()) return lines_.ErrorAt(1, 0, otherFile_.Tell());
     if (MaybeError error = AddNodes()) return error;
     return AddLinks();
   }
@@ -67,99 +125,110 @@ class DumpLoader {
   enum class Record { None, Node, LeftOut };  // what a port line would belong to
 
   MaybeError ReadLines();
-  MaybeError ReadLine(std::string_view line, std::size_t offset);
-  MaybeError ReadNode(std::string_view line, std::size_t offset);
-  MaybeError ReadPort(std::string_view line, std::size_t offset);
-  void LeaveOutNode(std::string_view line, std::size_t offset);
+  MaybeError ReadLine(const Line& line);
+  MaybeError ReadNode(const Line& line);
+  MaybeError ReadPort(const Line& line);
+  void LeaveOutNode(const Line& line);
+  std::vector<std::uint32_t> SortedNodes() const;
   MaybeError AddNodes();
+  InputError NodeGivenTwice(const DumpNode& node, std::string message) const;
   MaybeError AddLinks();
-  MaybeError AddLink(CableEnd& end);
-  CableEnd* FindEnd(std::uint64_t guid, std::uint8_t port);
-  InputError NoNodeError() const;
+  MaybeError AddLink(const PortPlace& here, std::uint64_t guid, const CableEnd& end);
+  CableEnd* FindEnd(const PortPlace& port);
 
-  MaybeError Fail(MaybeProblem problem) const {
+  MaybeError Fail(const Line& line, MaybeProblem problem) const {
     if (!problem) return std::nullopt;
-    return input_.ErrorAt(problem->offset, std::move(problem->message));
+    return lines_.ErrorAt(line.number, problem->offset, problem->message);
+  }
+  InputError ErrorAt(const Place& place, std::string message) const {
+    return lines_.ErrorAt(place.line, place.offset, std::move(message));
   }
   // `text` is only made when the warning will be shown.
   template <typename Text>
-  void Warn(WarningKind kind, std::size_t offset, Text text) {
-    if (warnings_.Count(kind)) warnings_.Add(LineOf(input_.bytes, offset), text());
+  void Warn(WarningKind kind, std::size_t line, Text text) {
+    if (warnings_.Count(kind)) warnings_.Add(line, text());
   }
 
-  const InputText& input_;
+  LineReader lines_;
   const NodeNameMap* names_;
   const regExp* specialNodes_;
   FabricBuilder& builder_;
   Warnings& warnings_;
 
+  OtherFile otherFile_;
   Record record_ = Record::None;
   std::optional<std::uint64_t> systemGuid_;  // of the record that has begun
   std::bitset<256> portsSeen_;               // of the current node
-  std::vector<DumpNode> nodes_;
-  std::vector<CableEnd> ends_;  // in file order
+  std::deque<DumpNode> nodes_;               // in file order
+  std::vector<CableEnd> ends_;               // in file order
   std::unordered_set<std::uint64_t> leftOut_;
-  std::unordered_map<std::uint64_t, std::pair<std::size_t, std::size_t>> endsByGuid_;
+  std::vector<std::uint32_t> modelOrder_;  // by index in nodes_: the place in the model
+  std::vector<EndRange> endsOf_;           // by place in the model
 };
+
+Place PlaceOf(const Line& line, std::size_t offset) {
+  return {static_cast<std::uint32_t>(line.number), static_cast<std::uint32_t>(offset)};
+}
 
 std::string EndText(std::uint64_t guid, std::uint8_t port) {
   return "port " + std::to_string(port) + " of " + GuidText(guid);
 }
 
 MaybeError DumpLoader::ReadLines() {
+  // Of a port line half a hundred bytes are always there.
+  ends_.reserve(lines_.GetInput().GetExpectedSize() / 50);
   MaybeError error;
-  ForEachLine(input_, [&](std::string_view line, std::size_t offset) {
-    error = ReadLine(line, offset);
-    return !error;
-  });
-  return error;
+  for (Line line; !error && lines_.Next(line);) error = ReadLine(line);
+  return lines_.Finish(std::move(error));
 }
 
-MaybeError DumpLoader::ReadLine(std::string_view line, std::size_t offset) {
-  const bool hasNoLineEnd = offset + line.size() == input_.bytes.size();
-  if (hasNoLineEnd && IsCutLine(line)) {
-    return input_.ErrorAt(input_.bytes.size(), "the file ends in the middle of a line");
+MaybeError DumpLoader::ReadLine(const Line& line) {
+  if (nodes_.empty()) otherFile_.Look(line.text);
+  if (!line.hasEnd && IsCutLine(line.text)) {
+    return lines_.ErrorAtEnd("the file ends in the middle of a line");
   }
-  switch (KindOfDumpLine(line)) {
+  const DumpLineKind kind = KindOfDumpLine(line.text);
+  switch (kind) {
     case DumpLineKind::Ignored:
       return std::nullopt;
     case DumpLineKind::VendorField:
     case DumpLineKind::SystemGuid:
     case DumpLineKind::NodeGuid: {
       std::uint64_t value = 0;
-      if (MaybeError error = Fail(ParseFieldLine(line, offset, value))) return error;
+      if (MaybeError error = Fail(line, ParseFieldLine(line.text, line.offset, value))) {
+        return error;
+      }
       // A record begins with its vendor; what a cut one has left behind is not this one's.
-      const DumpLineKind kind = KindOfDumpLine(line);
       if (kind == DumpLineKind::VendorField) systemGuid_.reset();
       if (kind == DumpLineKind::SystemGuid) systemGuid_ = value;
       record_ = Record::None;
       return std::nullopt;
     }
     case DumpLineKind::Node:
-      ReportProgress("reading", offset, input_.bytes.size());
-      return ReadNode(line, offset);
+      ReportProgress("reading", lines_.GetInput().GetDone(), lines_.GetInput().GetTotal());
+      return ReadNode(line);
     case DumpLineKind::UnknownNode:
-      LeaveOutNode(line, offset);
+      LeaveOutNode(line);
       return std::nullopt;
     case DumpLineKind::Port:
-      return ReadPort(line, offset);
+      return ReadPort(line);
     case DumpLineKind::Unknown:
-      Warn(WarningKind::UnknownLine, offset, [] { return "line of no known kind, left out"; });
+      Warn(WarningKind::UnknownLine, line.number, [] { return "line of no known kind, left out"; });
       return std::nullopt;
   }
   return std::nullopt;
 }
 
-MaybeError DumpLoader::ReadNode(std::string_view line, std::size_t offset) {
+MaybeError DumpLoader::ReadNode(const Line& line) {
   DumpNodeLine parsed;
-  if (MaybeError error = Fail(ParseNodeLine(line, offset, parsed))) return error;
+  if (MaybeError error = Fail(line, ParseNodeLine(line.text, line.offset, parsed))) return error;
   DumpNode& node = nodes_.emplace_back();
   node.guid = parsed.guid;
-  node.guidOffset = parsed.guidOffset;
+  node.guidPlace = PlaceOf(line, parsed.guidOffset);
   node.systemGuid = std::exchange(systemGuid_, std::nullopt);
   node.type = parsed.type;
   node.numPorts = parsed.numPorts;
-  node.firstEnd = node.lastEnd = ends_.size();
+  node.ends.first = node.ends.last = static_cast<std::uint32_t>(ends_.size());
   node.name = CleanText(parsed.name);
   if (names_ != nullptr) {
     if (const auto named = names_->find(node.guid); named != names_->end()) {
@@ -171,203 +240,185 @@ MaybeError DumpLoader::ReadNode(std::string_view line, std::size_t offset) {
   return std::nullopt;
 }
 
-void DumpLoader::LeaveOutNode(std::string_view line, std::size_t offset) {
+void DumpLoader::LeaveOutNode(const Line& line) {
   systemGuid_.reset();
   record_ = Record::LeftOut;
-  const std::size_t quote = line.find('"');
-  const std::string_view id = line.substr(quote + 1, line.find('"', quote + 1) - quote - 1);
+  const std::string_view text = line.text;
+  const std::size_t quote = text.find('"');
+  const std::string_view id = text.substr(quote + 1, text.find('"', quote + 1) - quote - 1);
   if (id.size() > 2) {
     if (const auto guid = ParseHex(id.substr(2))) leftOut_.insert(*guid);
   }
-  Warn(WarningKind::UnknownNodeType, offset,
+  Warn(WarningKind::UnknownNodeType, line.number,
        [] { return "node of unknown type, left out with its links"; });
 }
 
-MaybeError DumpLoader::ReadPort(std::string_view line, std::size_t offset) {
+MaybeError DumpLoader::ReadPort(const Line& line) {
   if (record_ == Record::LeftOut) return std::nullopt;
   if (record_ == Record::None) {
-    Warn(WarningKind::LineOutsideRecord, offset,
+    Warn(WarningKind::LineOutsideRecord, line.number,
          [] { return "port line outside of a node's record, left out"; });
     return std::nullopt;
   }
   DumpPortLine parsed;
-  if (MaybeError error = Fail(ParsePortLine(line, offset, parsed))) return error;
+  if (MaybeError error = Fail(line, ParsePortLine(line.text, line.offset, parsed))) return error;
   DumpNode& node = nodes_.back();
   if (parsed.port > node.numPorts) {
-    return input_.ErrorAt(parsed.portOffset, "port number out of range, the node has " +
-                                                 std::to_string(node.numPorts) +
-                                                 (node.numPorts == 1 ? " port" : " ports"));
+    return lines_.ErrorAt(line.number, parsed.portOffset,
+                          "port number out of range, the node has " +
+                              std::to_string(node.numPorts) +
+                              (node.numPorts == 1 ? " port" : " ports"));
   }
   if (portsSeen_.test(parsed.port)) {
-    Warn(WarningKind::RepeatedPort, offset,
+    Warn(WarningKind::RepeatedPort, line.number,
          [&] { return EndText(node.guid, parsed.port) + " is given twice, the first line holds"; });
     return std::nullopt;
   }
   portsSeen_.set(parsed.port);
 
-  std::uint32_t speed = 0;
+  std::uint8_t speedBit = CableEnd::NoSpeed;
   if (!parsed.speed.empty()) {
     if (const auto code = SpeedCode(parsed.speed)) {
-      speed = *code;
+      speedBit = static_cast<std::uint8_t>(std::countr_zero(*code));
     } else {
-      Warn(WarningKind::UnknownSpeed, offset,
+      Warn(WarningKind::UnknownSpeed, line.number,
            [&] { return "unknown link speed \"" + CleanText(parsed.speed) + "\", taken as none"; });
     }
   }
-  ends_.push_back({node.guid, parsed.peerGuid, parsed.peerPortOffset, speed, parsed.port,
-                   parsed.peerPort, false});
-  node.lastEnd = ends_.size();
+  ends_.push_back({parsed.peerGuid, PlaceOf(line, parsed.peerPortOffset), GuidIndex::None, speedBit,
+                   parsed.port, parsed.peerPort, false});
+  node.ends.last = static_cast<std::uint32_t>(ends_.size());
   return std::nullopt;
+}
+
+std::vector<std::uint32_t> DumpLoader::SortedNodes() const {
+  struct Entry {
+    NodeOrderKey key;
+    std::uint32_t node;
+  };
+  std::vector<Entry> entries;
+  entries.reserve(nodes_.size());
+  for (const DumpNode& node : nodes_) {
+    entries.push_back({NodeOrderKey(node.name), static_cast<std::uint32_t>(entries.size())});
+  }
+  std::sort(entries.begin(), entries.end(), [this](const Entry& a, const Entry& b) {
+    if (a.key != b.key) return a.key < b.key;
+    const DumpNode& nodeA = nodes_[a.node];
+    const DumpNode& nodeB = nodes_[b.node];
+    const int order = CompareNodeOrder(nodeA.name, nodeA.guid, nodeB.name, nodeB.guid);
+    return order != 0 ? order < 0 : a.node < b.node;
+  });
+  std::vector<std::uint32_t> sorted;
+  sorted.reserve(entries.size());
+  for (const Entry& entry : entries) sorted.push_back(entry.node);
+  return sorted;
 }
 
 MaybeError DumpLoader::AddNodes() {
-  std::vector<DumpNode*> sorted;
-  sorted.reserve(nodes_.size());
-  for (DumpNode& node : nodes_) sorted.push_back(&node);
-  std::sort(sorted.begin(), sorted.end(), [](const DumpNode* a, const DumpNode* b) {
-    const int order = CompareNodeOrder(a->name, a->guid, b->name, b->guid);
-    return order != 0 ? order < 0 : a->guidOffset < b->guidOffset;
-  });
-
-  builder_.ReserveNodes(sorted.size());
-  endsByGuid_.reserve(sorted.size());
-  for (DumpNode* node : sorted) {
+  modelOrder_.resize(nodes_.size());
+  endsOf_.reserve(nodes_.size());
+  builder_.ReserveNodes(nodes_.size());
+  for (const std::uint32_t index : SortedNodes()) {
+    DumpNode& node = nodes_[index];
+    modelOrder_[index] = static_cast<std::uint32_t>(endsOf_.size());
+    endsOf_.push_back(node.ends);
     NodeSpec spec;
-    spec.guid = node->guid;
-    spec.systemGuid = node->systemGuid;
-    spec.type = node->type;
-    spec.numPorts = node->numPorts;
+    spec.guid = node.guid;
+    spec.systemGuid = node.systemGuid;
+    spec.type = node.type;
+    spec.numPorts = node.numPorts;
     spec.special =
-        node->type == NodeTypeCA && specialNodes_ != nullptr && specialNodes_->Matches(node->name);
-    spec.name = std::move(node->name);
+        node.type == NodeTypeCA && specialNodes_ != nullptr && specialNodes_->Matches(node.name);
+    spec.name = std::move(node.name);
     if (auto problem = builder_.AddNode(std::move(spec))) {
-      // Of two records with one GUID the later one in the file is at fault.
-      std::size_t offset = 0;
-      for (const DumpNode& other : nodes_) {
-        if (other.guid == node->guid) offset = std::max(offset, other.guidOffset);
-      }
-      return input_.ErrorAt(offset, std::move(*problem));
+      return NodeGivenTwice(node, std::move(*problem));
     }
-    endsByGuid_.emplace(node->guid, std::pair(node->firstEnd, node->lastEnd));
   }
-  nodes_ = {};
   return std::nullopt;
 }
 
-CableEnd* DumpLoader::FindEnd(std::uint64_t guid, std::uint8_t port) {
-  const auto found = endsByGuid_.find(guid);
-  if (found == endsByGuid_.end()) return nullptr;
-  const auto [first, last] = found->second;
+// Of records with one GUID the last one in the file is at fault.
+InputError DumpLoader::NodeGivenTwice(const DumpNode& node, std::string message) const {
+  const auto last = std::find_if(nodes_.rbegin(), nodes_.rend(),
+                                 [&](const DumpNode& other) { return other.guid == node.guid; });
+  return ErrorAt(last->guidPlace, std::move(message));
+}
+
+CableEnd* DumpLoader::FindEnd(const PortPlace& port) {
+  const EndRange range = endsOf_[port.node];
   // Port lines mostly come in port order without gaps.
-  if (const std::size_t guess = first + port - 1; guess < last && ends_[guess].port == port) {
-    return &ends_[guess];
-  }
-  for (std::size_t i = first; i < last; ++i) {
-    if (ends_[i].port == port) return &ends_[i];
+  const std::uint32_t guess = range.first + port.num - 1;
+  if (guess < range.last && ends_[guess].port == port.num) return &ends_[guess];
+  for (std::uint32_t i = range.first; i < range.last; ++i) {
+    if (ends_[i].port == port.num) return &ends_[i];
   }
   return nullptr;
 }
 
 MaybeError DumpLoader::AddLinks() {
   builder_.ReserveLinks(ends_.size() / 2 + 1);
-  for (CableEnd& end : ends_) {
-    if (MaybeError error = AddLink(end)) return error;
+  // All in a row: the processor then waits for many places in the table at a time.
+  for (CableEnd& end : ends_) end.peerNode = builder_.FindNode(end.peerGuid);
+  for (std::size_t i = 0; i < nodes_.size(); ++i) {
+    for (std::uint32_t j = nodes_[i].ends.first; j < nodes_[i].ends.last; ++j) {
+      CableEnd& end = ends_[j];
+      if (end.settled) continue;
+      if (MaybeError error = AddLink({modelOrder_[i], end.port}, nodes_[i].guid, end)) return error;
+    }
   }
   return std::nullopt;
 }
 
-MaybeError DumpLoader::AddLink(CableEnd& end) {
-  const PortRef here{end.guid, end.port};
-  const PortRef there{end.peerGuid, end.peerPort};
-  if (leftOut_.contains(end.peerGuid) && !builder_.HasNode(end.peerGuid)) return std::nullopt;
-  if (!builder_.HasNode(end.peerGuid)) {
-    Warn(WarningKind::PeerWithoutRecord, end.peerPortOffset, [&] {
+MaybeError DumpLoader::AddLink(const PortPlace& here, std::uint64_t guid, const CableEnd& end) {
+  const PortPlace there{end.peerNode, end.peerPort};
+  const std::size_t line = end.peerPortPlace.line;
+  if (there.node == GuidIndex::None) {
+    if (leftOut_.contains(end.peerGuid)) return std::nullopt;
+    Warn(WarningKind::PeerWithoutRecord, line, [&] {
       return "peer " + GuidText(end.peerGuid) + " has no record of its own, link left out";
     });
     return std::nullopt;
   }
-  if (auto problem = builder_.CheckPort(there)) {
-    return input_.ErrorAt(end.peerPortOffset, "port number out of range: " + *problem);
+  if (!builder_.HasPort(there)) {
+    return ErrorAt(end.peerPortPlace, "port number out of range: " + builder_.NoPortText(there));
   }
-  if (end.settled) return std::nullopt;
-  if (here.guid == there.guid && here.num == there.num) {
-    Warn(WarningKind::PortCabledToItself, end.peerPortOffset,
-         [&] { return EndText(here.guid, here.num) + " is cabled to itself, link left out"; });
+  if (here.node == there.node && here.num == there.num) {
+    Warn(WarningKind::PortCabledToItself, line,
+         [&] { return EndText(guid, here.num) + " is cabled to itself, link left out"; });
     return std::nullopt;
   }
   if (builder_.HasLink(here) || builder_.HasLink(there)) {
-    Warn(WarningKind::EndsDisagree, end.peerPortOffset, [&] {
-      return EndText(here.guid, here.num) + " names " + EndText(there.guid, there.num) +
+    Warn(WarningKind::EndsDisagree, line, [&] {
+      return EndText(guid, here.num) + " names " + EndText(end.peerGuid, there.num) +
              ", but an earlier line linked one of them otherwise; link left out";
     });
     return std::nullopt;
   }
 
-  CableEnd* other = FindEnd(there.guid, there.num);
-  const bool agree =
-      other != nullptr && other->peerGuid == here.guid && other->peerPort == here.num;
-  std::uint32_t speed = end.speed;
-  if (agree && speed == 0) speed = other->speed;
-  if (!agree) {
-    Warn(WarningKind::EndsDisagree, end.peerPortOffset, [&] {
-      return EndText(here.guid, here.num) + " names " + EndText(there.guid, there.num) +
+  CableEnd* other = FindEnd(there);
+  const bool agree = other != nullptr && other->peerGuid == guid && other->peerPort == here.num;
+  std::uint32_t speed = end.Speed();
+  if (agree) {
+    if (speed == 0) speed = other->Speed();
+    other->settled = true;
+  } else {
+    Warn(WarningKind::EndsDisagree, line, [&] {
+      return EndText(guid, here.num) + " names " + EndText(end.peerGuid, there.num) +
              ", which names " +
              (other != nullptr ? EndText(other->peerGuid, other->peerPort) : "nothing") +
              "; the link stands, not symmetric";
     });
   }
-  if (other != nullptr && agree) other->settled = true;
-  if (auto problem = builder_.AddLink({here, there, speed, agree})) {
-    return input_.ErrorAt(end.peerPortOffset, std::move(*problem));
+  if (auto problem = builder_.AddLink(here, there, speed, agree)) {
+    return ErrorAt(end.peerPortPlace, std::move(*problem));
   }
   return std::nullopt;
 }
 
-// The commonest wrong files are other lists that the same tools print.
-InputError DumpLoader::NoNodeError() const {
-  const auto hasLine = [this](auto matches) {
-    bool found = false;
-    ForEachLine(input_, [&](std::string_view line, std::size_t) {
-      found = matches(line);
-      return !found;
-    });
-    return found;
-  };
-  const auto error = [this](std::string message) {
-    return InputError{input_.file, 1, 1, std::move(message)};
-  };
-
-  if (input_.bytes.find_first_not_of(" \t\r\n", input_.Start()) == std::string::npos) {
-    return error("the file is empty");
-  }
-  if (input_.bytes.find('\0') != std::string::npos) {
-    return error("the file is binary, expected a fabric document (JSON) or a topology dump");
-  }
-  if (hasLine([](std::string_view line) {
-        return (line.starts_with("CA ") || line.starts_with("SW ") || line.starts_with("RT ")) &&
-               line.find(" 0x") != std::string_view::npos;
-      })) {
-    return error(
-        "this is the port list of `ibnetdiscover -p`, which does not tell the size of a switch; "
-        "give the output of `ibnetdiscover` without options");
-  }
-  if (hasLine([](std::string_view line) {
-        return line.find("==(") != std::string_view::npos &&
-               line.find(")==>") != std::string_view::npos;
-      })) {
-    return error(
-        "this is the output of `iblinkinfo`; give the output of `ibnetdiscover` without options");
-  }
-  return error(
-      "no node found, expected a fabric document (JSON) or a topology dump as `ibnetdiscover` "
-      "prints it");
-}
-
 }  // namespace
 
-MaybeError LoadTopologyDump(const InputText& input, const NodeNameMap* names,
-                            const regExp* specialNodes, FabricBuilder& builder,
-                            Warnings& warnings) {
+MaybeError LoadTopologyDump(Input& input, const NodeNameMap* names, const regExp* specialNodes,
+                            FabricBuilder& builder, Warnings& warnings) {
   return DumpLoader(input, names, specialNodes, builder, warnings).Load();
 }
 

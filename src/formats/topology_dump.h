@@ -2,7 +2,7 @@
 
 #include "fabric/fabric_builder.h"
 #include "formats/diagnostics.h"
-#include "formats/input_text.h"
+#include "formats/input.h"
 #include "formats/node_name_map.h"
 #include "platform/reg_exp.h"
 
@@ -14,7 +14,7 @@ namespace fabscope {
 //
 // Nodes are ordered by name, digits as numbers, then by GUID, so that one fabric gives one model
 // wherever its discovery started.
-MaybeError LoadTopologyDump(const InputText& input, const NodeNameMap* names,
-                            const regExp* specialNodes, FabricBuilder& builder, Warnings& warnings);
+MaybeError LoadTopologyDump(Input& input, const NodeNameMap* names, const regExp* specialNodes,
+                            FabricBuilder& builder, Warnings& warnings);
 
 }  // namespace fabscope

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 
 #include "fabric/ib_node.h"
 #include "formats/link_speeds.h"
@@ -136,6 +137,96 @@ bool IsCutSpeed(std::string_view speed) {
   return IsPrefixOfSpeed(speed) || std::none_of(speed.begin(), speed.end(), isLetter);
 }
 
+// A port line of the plain form that nearly all have, read in one go; the lines of a large fabric
+// are most of the time that a check takes. It has its brackets at once, GUIDs of 16 digits, and
+// ends in lid, width and speed. False where it is not plain: then it must be looked at closely.
+class PlainPortLine {
+ public:
+  explicit PlainPortLine(std::string_view line)
+      : begin_(line.data()), at_(begin_), end_(begin_ + line.size()) {}
+
+  bool Read(std::size_t offset, DumpPortLine& port) {
+    if (!Take('[')) return false;
+    port.portOffset = offset + Offset();
+    if (!TakePort(port.port)) return false;
+    SkipBlanks();
+    // "S-0002c9020040f160"[
+    constexpr std::ptrdiff_t idSize = 21;
+    if (end_ - at_ < idSize || at_[0] != '"' || at_[1] == '"' || at_[2] != '-' || at_[19] != '"' ||
+        at_[20] != '[') {
+      return false;
+    }
+    if (!TakeGuid(at_ + 3, port.peerGuid)) return false;
+    at_ += idSize;
+    port.peerPortOffset = offset + Offset();
+    if (!TakePort(port.peerPort)) return false;
+    SkipBlanks();
+    return Take('#') && TakeSpeed(port.speed);
+  }
+
+ private:
+  std::size_t Offset() const { return static_cast<std::size_t>(at_ - begin_); }
+  bool Take(char c) {
+    if (at_ == end_ || *at_ != c) return false;
+    ++at_;
+    return true;
+  }
+  void SkipBlanks() {
+    while (at_ != end_ && IsBlank(*at_)) ++at_;
+  }
+
+  // 5] or 5](2c903)
+  bool TakePort(std::uint8_t& port) {
+    unsigned number = 0;
+    for (int digits = 0; digits < 3 && at_ != end_ && IsDigit(*at_); ++digits) {
+      number = number * 10 + static_cast<unsigned>(*at_++ - '0');
+    }
+    if (number == 0 || number > 255 || !Take(']')) return false;
+    port = static_cast<std::uint8_t>(number);
+    if (!Take('(')) return at_ == end_ || *at_ != '[';
+    const char* digits = at_;
+    while (at_ != end_ && HexDigit(*at_) >= 0) ++at_;
+    return at_ != digits && at_ - digits <= 16 && Take(')');
+  }
+
+  static bool TakeGuid(const char* digits, std::uint64_t& guid) {
+    std::uint64_t value = 0;
+    int all = 0;
+    for (int i = 0; i < 16; ++i) {
+      const int digit = HexDigit(digits[i]);
+      all |= digit;
+      value = value << 4U | (static_cast<std::uint64_t>(digit) & 0xfU);
+    }
+    guid = value;
+    return all >= 0;
+  }
+
+  //  "mid-p3m0" lid 22 4xHDR
+  bool TakeSpeed(std::string_view& speed) {
+    const void* quote = memrchr(at_, '"', static_cast<std::size_t>(end_ - at_));
+    if (quote == nullptr) return false;
+    at_ = static_cast<const char*>(quote) + 1;
+    for (const char c : {' ', 'l', 'i', 'd', ' '}) {
+      if (!Take(c)) return false;
+    }
+    if (!SkipDigits() || !Take(' ') || !SkipDigits() || !Take('x')) return false;
+    const char* letters = at_;
+    while (at_ != end_ && (IsDigit(*at_) || (*at_ >= 'A' && *at_ <= 'Z'))) ++at_;
+    speed = {letters, at_};
+    return at_ == end_ && at_ != letters;
+  }
+  bool SkipDigits() {
+    constexpr int most = 5;
+    const char* first = at_;
+    while (at_ != end_ && IsDigit(*at_) && at_ - first < most) ++at_;
+    return at_ != first;
+  }
+
+  const char* begin_;
+  const char* at_;
+  const char* end_;
+};
+
 }  // namespace
 
 DumpLineKind KindOfDumpLine(std::string_view line) {
@@ -145,11 +236,14 @@ DumpLineKind KindOfDumpLine(std::string_view line) {
     // A shell prompt may begin with a bracket as well.
     return line.size() > 1 && IsDigit(line[1]) ? DumpLineKind::Port : DumpLineKind::Unknown;
   }
+  const auto startsWith = [line](std::string_view text) {
+    return line.front() == text.front() && line.starts_with(text);
+  };
   for (const Keyword& keyword : fieldKeywords) {
-    if (line.starts_with(keyword.text)) return keyword.kind;
+    if (startsWith(keyword.text)) return keyword.kind;
   }
   for (const NodeKeyword& keyword : nodeKeywords) {
-    if (line.starts_with(keyword.text) && line.size() > keyword.text.size() &&
+    if (startsWith(keyword.text) && line.size() > keyword.text.size() &&
         IsBlank(line[keyword.text.size()])) {
       return DumpLineKind::Node;
     }
@@ -161,9 +255,8 @@ DumpLineKind KindOfDumpLine(std::string_view line) {
 }
 
 MaybeProblem ParseFieldLine(std::string_view line, std::size_t offset, std::uint64_t& value) {
-  LineCursor cursor(line, offset);
-  cursor.TakeWhile([](char c) { return c != '='; });
-  cursor.Take('=');
+  const std::size_t numberAt = line.find('=') + 1;
+  LineCursor cursor(line.substr(numberAt), offset + numberAt);
   const std::size_t numberOffset = cursor.Offset();
   cursor.Take("0x");
   const auto number = ParseHex(cursor.TakeWhile([](char c) { return HexDigit(c) >= 0; }));
@@ -204,6 +297,7 @@ MaybeProblem ParseNodeLine(std::string_view line, std::size_t offset, DumpNodeLi
 }
 
 MaybeProblem ParsePortLine(std::string_view line, std::size_t offset, DumpPortLine& port) {
+  if (PlainPortLine(line).Read(offset, port)) return std::nullopt;
   LineCursor cursor(line, offset);
   cursor.SkipBlanks();
   cursor.Take('[');

@@ -3,7 +3,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <string>
 #include <string_view>
 
 namespace fabscope {
@@ -11,7 +10,7 @@ namespace fabscope {
 // What is wrong with a line of a known kind, and at which byte of the text.
 struct LineProblem {
   std::size_t offset;
-  std::string message;
+  const char* message;
 };
 using MaybeProblem = std::optional<LineProblem>;
 

@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "fabric/fabric_walk.h"
 #include "formats/link_speeds.h"
 #include "formats/text_fields.h"
 
@@ -67,13 +68,11 @@ class DumpWriter {
   void WritePort(const IBPort& port);
   void AppendPeer(const IBPort& peer);
 
-  std::uint16_t& Lid(const IBNode& switchNode) {
-    return switchLids_[static_cast<std::size_t>(&switchNode - fabric_.GetNodes().data())];
-  }
+  std::uint16_t& Lid(const IBNode& switchNode) { return lids_[firstLid_[switchNode.index]]; }
   // All ports of a switch have the switch's.
   std::uint16_t& Lid(const IBPort& port) {
     if (IsSwitch(*port.node)) return Lid(*port.node);
-    return portLids_[static_cast<std::size_t>(&port - fabric_.GetPorts().data())];
+    return lids_[firstLid_[port.node->index] + port.num];
   }
 
   template <typename... Values>
@@ -88,14 +87,18 @@ class DumpWriter {
   const IBFabric& fabric_;
   std::ostream& stream_;
   std::vector<const IBNode*> records_;
-  std::vector<std::uint16_t> switchLids_;  // by node of the model; 0 for what is no switch
-  std::vector<std::uint16_t> portLids_;    // by port of the model; 0 for those of switches
-  fmt::memory_buffer text_;                // of the record being written
+  std::vector<std::size_t> firstLid_;  // by node of the model: where its LIDs begin
+  std::vector<std::uint16_t> lids_;    // one for a switch, else one for each port number
+  fmt::memory_buffer text_;            // of the record being written
 };
 
 void DumpWriter::AssignLids() {
-  switchLids_.resize(fabric_.GetNodes().size());
-  portLids_.resize(fabric_.GetPorts().size());
+  std::size_t size = 0;
+  for (const IBNode& node : fabric_.GetNodes()) {
+    firstLid_.push_back(size);
+    size += IsSwitch(node) ? 1 : node.ports.size();
+  }
+  lids_.resize(size);
   std::uint16_t last = 0;
   const auto next = [&last] { return last < LastUnicastLid ? ++last : std::uint16_t{0}; };
   for (const IBNode* node : records_) {
@@ -150,7 +153,7 @@ void DumpWriter::AppendPeer(const IBPort& peer) {
 bool IsToldFirst(const IBPort& port) {
   const NodeKind* kind = &KindOf(*port.node);
   const NodeKind* peerKind = &KindOf(*port.remotePort->node);
-  return kind != peerKind ? kind < peerKind : &port < port.remotePort;
+  return kind != peerKind ? kind < peerKind : IsFirstEnd(port);
 }
 
 }  // namespace

@@ -66,14 +66,18 @@ std::string Written(const IBFabric& fabric, FabricFormat format) {
 }
 
 std::unique_ptr<IBFabric> ReadAgain(const IBFabric& fabric, FabricFormat format) {
-  InputText input{"net", Written(fabric, format)};
-  input.bytes.reserve(input.bytes.size() + 64);  // as ReadInput does, for the parser
+  Input input("net", Written(fabric, format));
   FabricBuilder builder;
   Warnings warnings;
   const regExp specialNodes("Aggregation Node");
-  const MaybeError error = format == FabricFormat::Document
-                               ? LoadFabricDocument(input, nullptr, builder)
-                               : LoadTopologyDump(input, nullptr, &specialNodes, builder, warnings);
+  MaybeError error;
+  if (format == FabricFormat::Document) {
+    InputText text;
+    error = ReadAll(input, text);
+    if (!error) error = LoadFabricDocument(text, nullptr, builder);
+  } else {
+    error = LoadTopologyDump(input, nullptr, &specialNodes, builder, warnings);
+  }
   if (error) throw std::runtime_error(error->Text());
   return builder.Build();
 }

@@ -51,12 +51,13 @@ std::unique_ptr<IBFabric> ModelOf(const PlainFabric& fabric) {
   FabricBuilder builder;
   std::vector<std::vector<PortRef>> aports(fabric.aportAsymmetry.size());
   for (const PlainNode& node : fabric.nodes) Require(builder.AddNode(SpecOf(node)));
-  for (const PlainNode& node : fabric.nodes) {
+  for (std::uint32_t i = 0; i < fabric.nodes.size(); ++i) {
+    const PlainNode& node = fabric.nodes[i];
     for (const auto& [num, port] : node.ports) {
       const PortRef end{node.guid, static_cast<std::uint8_t>(num)};
       Require(builder.SetPort(node.guid, SpecOf(num, port)));
       if (port.aport >= 0) aports[static_cast<std::size_t>(port.aport)].push_back(end);
-      if (port.remoteNode < 0 || builder.HasLink(end)) continue;
+      if (port.remoteNode < 0 || builder.HasLink({i, end.num})) continue;
       const PortRef far{fabric.nodes[static_cast<std::size_t>(port.remoteNode)].guid,
                         static_cast<std::uint8_t>(port.remotePort)};
       Require(builder.AddLink({end, far}));

@@ -51,7 +51,7 @@ TestFabric& TestFabric::Link(const std::string& a, std::uint8_t aPort, const std
 std::uint8_t TestFabric::NextFreePort(const std::string& name) {
   const auto [guid, numPorts] = nodes_.at(name);
   for (unsigned num = 1; num <= numPorts; ++num) {
-    if (!builder_.HasLink({guid, static_cast<std::uint8_t>(num)})) {
+    if (!builder_.HasLink({builder_.FindNode(guid), static_cast<std::uint8_t>(num)})) {
       return static_cast<std::uint8_t>(num);
     }
   }

@@ -41,14 +41,6 @@ TEST(DiagnosticsTest, LinesAndColumnsCountBytesFromOne) {
 TEST(DiagnosticsTest, APlaceBehindTheTextIsItsEnd) {
   EXPECT_EQ(ErrorAt("f", "ab", 99, "x").Text(), "f:1:3: x");
   EXPECT_EQ(ErrorAt("f", "", 99, "x").Text(), "f:1:1: x");
-  EXPECT_EQ(LineOf("a\nb", 99), 2U);
-}
-
-TEST(DiagnosticsTest, LineOfCountsTheLinesBefore) {
-  EXPECT_EQ(LineOf("a\nb\n", 0), 1U);
-  EXPECT_EQ(LineOf("a\nb\n", 1), 1U);
-  EXPECT_EQ(LineOf("a\nb\n", 2), 2U);
-  EXPECT_EQ(LineOf("a\nb\n", 4), 3U);
 }
 
 TEST(DiagnosticsTest, NoWarningNoLine) { EXPECT_THAT(Warnings().Lines("f"), IsEmpty()); }

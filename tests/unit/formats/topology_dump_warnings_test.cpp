@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "fabric/fabric_walk.h"
 #include "formats/load_fabric.h"
 #include "formats/topology_dump.h"
 
@@ -31,7 +32,7 @@ std::string Port(int port, const std::string& digit, int peerPort,
 class TopologyDumpWarningsTest : public ::testing::Test {
  protected:
   void Load(const std::string& bytes) {
-    const InputText input{"net.topo", bytes};
+    Input input("net.topo", bytes);
     Finish(LoadTopologyDump(input, nullptr, nullptr, builder, found));
   }
 
@@ -43,7 +44,7 @@ class TopologyDumpWarningsTest : public ::testing::Test {
   std::vector<std::string> Cables() const {
     std::vector<std::string> cables;
     for (const IBPort& port : fabric->GetPorts()) {
-      if (port.remotePort == nullptr || &port > port.remotePort) continue;
+      if (port.remotePort == nullptr || !IsFirstEnd(port)) continue;
       std::ostringstream text;
       text << std::hex << port.node->guid << ':' << std::to_string(port.num) << '-'
            << port.remotePort->node->guid << ':' << std::to_string(port.remotePort->num)

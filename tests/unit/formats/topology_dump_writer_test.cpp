@@ -26,7 +26,7 @@ std::string DumpOf(const IBFabric& fabric) {
 std::string ReadBack(const std::string& dump) {
   FabricBuilder builder;
   Warnings warnings;
-  const InputText input{"net.topo", dump};
+  Input input("net.topo", dump);
   const MaybeError error = LoadTopologyDump(input, nullptr, nullptr, builder, warnings);
   if (error) return error->Text();
   EXPECT_THAT(warnings.Lines("net.topo"), IsEmpty());
@@ -261,7 +261,7 @@ TEST(TopologyDumpWriter, DumpedSpeedIsTheSpeedThatBothEndsHaveWhenReadAgain) {
 
       FabricBuilder builder;
       Warnings warnings;
-      const InputText input{"net.topo", DumpOf(model)};
+      Input input("net.topo", DumpOf(model));
       ASSERT_FALSE(LoadTopologyDump(input, nullptr, nullptr, builder, warnings));
       const auto read = builder.Build();
       EXPECT_THAT(warnings.Lines("net.topo"), IsEmpty());

@@ -179,7 +179,7 @@ TEST(FaultsTest, MissingHostsAndDeadSwitchesGoWithTheirCables) {
                    EXPECT_TRUE(fault.after.empty());
                    FabricBuilder builder;
                    after.Fill(builder);
-                   EXPECT_FALSE(builder.HasNode(plan.nodes[fault.nodes[0]].spec.guid));
+                   EXPECT_EQ(builder.FindNode(plan.nodes[fault.nodes[0]].spec.guid), GuidIndex::None);
                  });
   }
 }

@@ -4,6 +4,7 @@
 #include <set>
 #include <sstream>
 
+#include "fabric/fabric_walk.h"
 #include "fat_tree/neighborhood.h"
 #include "fat_tree/topology.h"
 #include "synthetic/fabric_plan.h"
@@ -31,7 +32,7 @@ std::vector<std::string> Names(const IBFabric& fabric) {
 std::vector<std::string> Cables(const IBFabric& fabric) {
   std::vector<std::string> cables;
   for (const IBPort& port : fabric.GetPorts()) {
-    if (port.remotePort == nullptr || &port > port.remotePort) continue;
+    if (port.remotePort == nullptr || !IsFirstEnd(port)) continue;
     cables.push_back(port.node->name + ":" + std::to_string(port.num) + "-" +
                      port.remotePort->node->name + ":" + std::to_string(port.remotePort->num));
   }

@@ -1,5 +1,3 @@
-#include "formats/input_text.h"
-
 #include <array>
 #include <fcntl.h>
 #include <fstream>
@@ -10,6 +8,7 @@
 #include <unistd.h>
 #include <zlib.h>
 
+#include "formats/input_text.h"
 #include "formats/lines.h"
 #include "formats/load_fabric.h"
 
@@ -46,7 +45,14 @@ std::string LongText(int lines) {
   return text;
 }
 
-class InputTextTest : public ::testing::Test {
+// What a file holds; the error if it cannot be read.
+MaybeError ReadInput(const std::string& path, InputText& text) {
+  Input input;
+  if (MaybeError error = input.Open(path)) return error;
+  return ReadAll(input, text);
+}
+
+class InputTest : public ::testing::Test {
  protected:
   void Write(const std::string& bytes) { std::ofstream(path, std::ios::binary) << bytes; }
 
@@ -61,37 +67,37 @@ class InputTextTest : public ::testing::Test {
   const std::string path = ::testing::TempDir() + "input_text_test_" + std::to_string(getpid()) +
                            "_" + ::testing::UnitTest::GetInstance()->current_test_info()->name();
 
-  ~InputTextTest() override { unlink(path.c_str()); }
+  ~InputTest() override { unlink(path.c_str()); }
 };
 
-TEST_F(InputTextTest, AFileIsReadAsItIs) {
+TEST_F(InputTest, AFileIsReadAsItIs) {
   const std::string bytes("\r\n\0\xff tail ", 10);
   EXPECT_EQ(Read(bytes), bytes);
   EXPECT_EQ(Read(""), "");
   EXPECT_EQ(Read("\x1f"), "\x1f");
 }
 
-TEST_F(InputTextTest, ALongFileIsReadToItsEnd) {
+TEST_F(InputTest, ALongFileIsReadToItsEnd) {
   const std::string bytes = LongText(100000);
   EXPECT_TRUE(Read(bytes) == bytes);
   EXPECT_TRUE(Read(bytes.substr(0, 65536)) == bytes.substr(0, 65536));
 }
 
-TEST_F(InputTextTest, MessagesNameTheFileAsItWasGiven) {
+TEST_F(InputTest, MessagesNameTheFileAsItWasGiven) {
   Write("");
   InputText input;
   ASSERT_EQ(ReadInput(path, input), std::nullopt);
   EXPECT_EQ(input.file, path);
 }
 
-TEST_F(InputTextTest, AMissingFileIsAnErrorWithoutAPlace) {
+TEST_F(InputTest, AMissingFileIsAnErrorWithoutAPlace) {
   InputText input;
   const MaybeError error = ReadInput("/nowhere/net.topo", input);
   ASSERT_NE(error, std::nullopt);
   EXPECT_EQ(error->Text(), "/nowhere/net.topo: No such file or directory");
 }
 
-TEST_F(InputTextTest, ADirectoryIsNoFile) {
+TEST_F(InputTest, ADirectoryIsNoFile) {
   InputText input;
   const MaybeError error = ReadInput("/", input);
   ASSERT_NE(error, std::nullopt);
@@ -116,7 +122,7 @@ class StandardInput {
   int saved_;
 };
 
-TEST_F(InputTextTest, ADashIsStandardInput) {
+TEST_F(InputTest, ADashIsStandardInput) {
   Write(Packed("from a file"));
   const StandardInput redirected(open(path.c_str(), O_RDONLY | O_CLOEXEC));
   InputText input;
@@ -125,7 +131,7 @@ TEST_F(InputTextTest, ADashIsStandardInput) {
   EXPECT_EQ(input.file, "<stdin>");
 }
 
-TEST_F(InputTextTest, StandardInputStaysOpen) {
+TEST_F(InputTest, StandardInputStaysOpen) {
   Write("x");
   const StandardInput redirected(open(path.c_str(), O_RDONLY | O_CLOEXEC));
   InputText input;
@@ -133,7 +139,7 @@ TEST_F(InputTextTest, StandardInputStaysOpen) {
   EXPECT_NE(fcntl(STDIN_FILENO, F_GETFD), -1);
 }
 
-TEST_F(InputTextTest, StandardInputMayBeAPipe) {
+TEST_F(InputTest, StandardInputMayBeAPipe) {
   const std::string bytes = LongText(50000);
   std::array<int, 2> ends{};
   ASSERT_EQ(pipe(ends.data()), 0);
@@ -151,7 +157,7 @@ TEST_F(InputTextTest, StandardInputMayBeAPipe) {
   EXPECT_TRUE(input.bytes == bytes);
 }
 
-TEST_F(InputTextTest, TheParsersRoomFollowsEveryText) {
+TEST_F(InputTest, TheParsersRoomFollowsEveryText) {
   InputText input;
   for (const std::string& bytes : {std::string(), LongText(20000), Packed("x"), Packed("")}) {
     Write(bytes);
@@ -160,12 +166,12 @@ TEST_F(InputTextTest, TheParsersRoomFollowsEveryText) {
   }
 }
 
-TEST_F(InputTextTest, GzipIsUnpackedWhateverTheNameOfTheFile) {
+TEST_F(InputTest, GzipIsUnpackedWhateverTheNameOfTheFile) {
   EXPECT_EQ(Read(Packed("one\ntwo\n")), "one\ntwo\n");
   EXPECT_EQ(Read(Packed("")), "");
 }
 
-TEST_F(InputTextTest, GzipMayUnpackToManyTimesItsSize) {
+TEST_F(InputTest, GzipMayUnpackToManyTimesItsSize) {
   std::string blanks;
   blanks.resize(10000000, ' ');
   EXPECT_TRUE(Read(Packed(blanks)) == blanks);
@@ -173,40 +179,40 @@ TEST_F(InputTextTest, GzipMayUnpackToManyTimesItsSize) {
   EXPECT_TRUE(Read(Packed(text)) == text);
 }
 
-TEST_F(InputTextTest, AllMembersOfAGzipFileAreUnpacked) {
+TEST_F(InputTest, AllMembersOfAGzipFileAreUnpacked) {
   EXPECT_EQ(Read(Packed("one\ntw") + Packed("") + Packed("o\nthree\n")), "one\ntwo\nthree\n");
 }
 
-TEST_F(InputTextTest, PaddingBehindGzipDoesNotCount) {
+TEST_F(InputTest, PaddingBehindGzipDoesNotCount) {
   EXPECT_EQ(Read(Packed("one\n") + std::string(512, '\0')), "one\n");
   EXPECT_EQ(Read(Packed("one\n") + "\x1f"), "one\n");
 }
 
-TEST_F(InputTextTest, GzipIsUnpackedOnce) { EXPECT_EQ(Read(Packed(Packed("one"))), Packed("one")); }
+TEST_F(InputTest, GzipIsUnpackedOnce) { EXPECT_EQ(Read(Packed(Packed("one"))), Packed("one")); }
 
 constexpr const char* damaged =
     "the gzip data is damaged or cut short: this is the last place that could be unpacked";
 
-TEST_F(InputTextTest, GzipThatWasCutIsAnErrorAtTheLastPlaceThatCouldBeUnpacked) {
+TEST_F(InputTest, GzipThatWasCutIsAnErrorAtTheLastPlaceThatCouldBeUnpacked) {
   const std::string packed = Packed("one\ntwo\n");
   EXPECT_EQ(Read(packed.substr(0, 2)), path + ":1:1: " + damaged);
   EXPECT_EQ(Read(packed.substr(0, packed.size() - 1)), path + ":3:1: " + damaged);
 }
 
-TEST_F(InputTextTest, GzipThatWasCutAnywhereIsAnError) {
+TEST_F(InputTest, GzipThatWasCutAnywhereIsAnError) {
   const std::string packed = Packed(LongText(20));
   for (std::size_t size = 2; size < packed.size(); ++size) {
     EXPECT_THAT(Read(packed.substr(0, size)), ::testing::EndsWith(damaged)) << size;
   }
 }
 
-TEST_F(InputTextTest, ALaterMemberThatWasCutIsAnErrorToo) {
+TEST_F(InputTest, ALaterMemberThatWasCutIsAnErrorToo) {
   const std::string second = Packed("two\n");
   EXPECT_EQ(Read(Packed("one\n") + second.substr(0, second.size() - 4)), path + ":3:1: " + damaged);
   EXPECT_EQ(Read(Packed("one\n") + "\x1f\x8b"), path + ":2:1: " + damaged);
 }
 
-TEST_F(InputTextTest, GzipWithAWrongChecksumOrLengthIsDamaged) {
+TEST_F(InputTest, GzipWithAWrongChecksumOrLengthIsDamaged) {
   for (const std::size_t fromEnd : {1U, 5U}) {
     std::string packed = Packed("one\ntwo\n");
     packed[packed.size() - fromEnd] ^= 1;
@@ -214,7 +220,7 @@ TEST_F(InputTextTest, GzipWithAWrongChecksumOrLengthIsDamaged) {
   }
 }
 
-TEST_F(InputTextTest, GzipWithAByteChangedInsideIsDamaged) {
+TEST_F(InputTest, GzipWithAByteChangedInsideIsDamaged) {
   const std::string packed = Packed(LongText(20));
   for (std::size_t at = 10; at < packed.size(); ++at) {  // behind the header
     std::string changed = packed;
@@ -227,38 +233,110 @@ TEST_F(InputTextTest, GzipWithAByteChangedInsideIsDamaged) {
 
 std::vector<std::string> Lines(const std::string& bytes) {
   std::vector<std::string> lines;
-  ForEachLine(InputText{"net.topo", bytes}, [&](std::string_view line, std::size_t offset) {
-    lines.push_back(std::to_string(offset) + ":" + std::string(line));
-    return line != "stop";
-  });
+  Input input("net.topo", bytes);
+  LineReader reader(input);
+  for (Line line; reader.Next(line);) {
+    lines.push_back(std::to_string(line.number) + (line.offset == 0 ? "" : "+") +
+                    (line.hasEnd ? ":" : "...") + std::string(line.text));
+  }
   return lines;
 }
 
-TEST_F(InputTextTest, LinesEndWithANewlineThatACarriageReturnMayPrecede) {
-  EXPECT_THAT(Lines("a\r\n\n\r\nb\rc\nd"), ElementsAre("0:a", "3:", "4:", "6:b\rc", "10:d"));
-  EXPECT_THAT(Lines("a\n"), ElementsAre("0:a"));
-  EXPECT_THAT(Lines("a\r"), ElementsAre("0:a"));
-  EXPECT_THAT(Lines("\n"), ElementsAre("0:"));
+TEST_F(InputTest, LinesEndWithANewlineThatACarriageReturnMayPrecede) {
+  EXPECT_THAT(Lines("a\r\n\n\r\nb\rc\nd"), ElementsAre("1:a", "2:", "3:", "4:b\rc", "5...d"));
+  EXPECT_THAT(Lines("a\n"), ElementsAre("1:a"));
+  EXPECT_THAT(Lines("a\r"), ElementsAre("1...a"));
+  EXPECT_THAT(Lines("\n"), ElementsAre("1:"));
   EXPECT_THAT(Lines(""), IsEmpty());
 }
 
-TEST_F(InputTextTest, TheByteOrderMarkIsNotPartOfTheFirstLine) {
+TEST_F(InputTest, TheByteOrderMarkIsNotPartOfTheFirstLine) {
   EXPECT_THAT(Lines("\xef\xbb\xbf"
                     "a\n\xef\xbb\xbf"
                     "b"),
-              ElementsAre("3:a",
-                          "5:\xef\xbb\xbf"
+              ElementsAre("1+:a",
+                          "2...\xef\xbb\xbf"
                           "b"));
   EXPECT_THAT(Lines("\xef\xbb\xbf"), IsEmpty());
 }
 
-TEST_F(InputTextTest, VisitingLinesEndsWhenTheVisitorSaysSo) {
-  EXPECT_THAT(Lines("a\nstop\nb\n"), ElementsAre("0:a", "2:stop"));
+// Files are read in pieces, and so is what gzip unpacks: no line may be lost or cut between two.
+TEST_F(InputTest, LinesOfAFileAreThoseOfItsText) {
+  std::string bytes = LongText(60000);
+  bytes.insert(bytes.size() / 2, std::string(700000, 'x'));
+  bytes += "last";
+  const std::vector<std::string> expected = Lines(bytes);
+  for (const std::string& written : {bytes, Packed(bytes)}) {
+    Write(written);
+    Input input;
+    ASSERT_EQ(input.Open(path), std::nullopt);
+    LineReader reader(input);
+    Line line;
+    std::size_t count = 0;
+    for (; reader.Next(line); ++count) {
+      ASSERT_LT(count, expected.size());
+      ASSERT_TRUE(expected[count].ends_with(line.text)) << count;
+      ASSERT_EQ(line.number, count + 1);
+    }
+    EXPECT_EQ(count, expected.size());
+    EXPECT_FALSE(line.hasEnd);
+    EXPECT_EQ(reader.Finish(std::nullopt), std::nullopt);
+    EXPECT_EQ(reader.ErrorAtEnd("x").Text(), path + ":" + std::to_string(expected.size()) + ":" +
+                                                 std::to_string(line.text.size() + 1) + ": x");
+  }
+}
+
+TEST_F(InputTest, TheEndIsBehindTheLastByte) {
+  const auto end = [](const std::string& bytes) {
+    Input input("net.topo", bytes);
+    LineReader reader(input);
+    reader.Finish(std::nullopt);
+    return reader.ErrorAtEnd("x").Text();
+  };
+  EXPECT_EQ(end(""), "net.topo:1:1: x");
+  EXPECT_EQ(end("\xef\xbb\xbf"), "net.topo:1:4: x");
+  EXPECT_EQ(end("a\r"), "net.topo:1:3: x");
+  EXPECT_EQ(end("a\n"), "net.topo:2:1: x");
+  EXPECT_EQ(end("a\nbc"), "net.topo:2:3: x");
+}
+
+// What stands in a file that cannot be read to its end may not be what was written.
+TEST_F(InputTest, ARestThatCannotBeReadIsWorseThanAWrongLine) {
+  const std::string packed = Packed("one\n" + LongText(60000));
+  Write(packed.substr(0, packed.size() - 4));
+  Input input;
+  ASSERT_EQ(input.Open(path), std::nullopt);
+  LineReader reader(input);
+  Line line;
+  ASSERT_TRUE(reader.Next(line));
+  const MaybeError error = reader.Finish(reader.ErrorAt(line.number, 2, "wrong"));
+  EXPECT_EQ(error->Text(), path + ":60002:1: " + damaged);
+}
+
+TEST_F(InputTest, AWrongLineIsToldWhenTheRestCanBeRead) {
+  Input input("net.topo", "one\ntwo\n");
+  LineReader reader(input);
+  Line line;
+  ASSERT_TRUE(reader.Next(line));
+  EXPECT_EQ(reader.Finish(reader.ErrorAt(line.number, 2, "wrong"))->Text(), "net.topo:1:3: wrong");
+}
+
+TEST_F(InputTest, ProgressIsThatInTheFile) {
+  const std::string packed = Packed(LongText(100000));
+  Write(packed);
+  Input input;
+  ASSERT_EQ(input.Open(path), std::nullopt);
+  EXPECT_EQ(input.GetTotal(), packed.size());
+  EXPECT_LT(input.GetDone(), packed.size());
+  EXPECT_EQ(input.GetExpectedSize(), 0U);  // nobody knows what it unpacks to
+  InputText text;
+  ASSERT_EQ(ReadAll(input, text), std::nullopt);
+  EXPECT_EQ(input.GetDone(), packed.size());
 }
 
 // The format of a fabric.
 
-class LoadFabricTest : public InputTextTest {
+class LoadFabricTest : public InputTest {
  protected:
   // The names of the nodes; the error if there is one.
   std::string Load(const std::string& bytes) {

@@ -1,0 +1,171 @@
+#include "formats/input.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+#include <zlib.h>
+
+namespace fabscope {
+namespace {
+
+// Small enough to stay in the processor's cache while it is read line by line.
+constexpr std::size_t pieceSize = std::size_t{1} << 18U;
+
+constexpr std::size_t gzipMarkSize = 2;
+bool IsGzip(std::string_view bytes) { return bytes.starts_with("\x1f\x8b"); }
+
+}  // namespace
+
+// Unpacks gzip data, all members one behind the other.
+class Input::Unpacker {
+ public:
+  // `begin` are the first packed bytes, which the input has read already.
+  Unpacker(Input& input, std::string_view begin) : input_(input), packed_(begin) {
+    constexpr int gzipOnly = 16 + MAX_WBITS;
+    if (inflateInit2(&stream_, gzipOnly) != Z_OK) Fail();
+    SetPacked(begin.size());
+  }
+  Unpacker(const Unpacker&) = delete;
+  Unpacker& operator=(const Unpacker&) = delete;
+  ~Unpacker() { inflateEnd(&stream_); }
+
+  // Answers how many bytes it put there; fewer than `size` at the end only.
+  std::size_t Read(char* room, std::size_t size) {
+    constexpr std::size_t most = std::size_t{1} << 30U;
+    const auto asked = static_cast<uInt>(std::min(size, most));
+    stream_.next_out = reinterpret_cast<Bytef*>(room);
+    stream_.avail_out = asked;
+    while (!isAtEnd_ && stream_.avail_out != 0) Unpack();
+    return asked - stream_.avail_out;
+  }
+
+ private:
+  void Unpack() {
+    if (stream_.avail_in == 0) ReadPacked();
+    const int status = inflate(&stream_, Z_NO_FLUSH);
+    if (status == Z_STREAM_END) {
+      BeginMember();
+    } else if (status != Z_OK) {
+      Fail();
+    }
+  }
+
+  // Bytes behind the last member that begin no other are padding, as gzip itself reads them.
+  void BeginMember() {
+    while (stream_.avail_in < gzipMarkSize && ReadPacked()) continue;
+    const char* next = packed_.data() + (packedSize_ - stream_.avail_in);
+    isAtEnd_ = !IsGzip({next, stream_.avail_in});
+    if (!isAtEnd_) inflateReset(&stream_);
+  }
+
+  void Fail() {
+    isAtEnd_ = true;
+    if (input_.failure_) return;
+    input_.failure_ = Failure{
+        "the gzip data is damaged or cut short: this is the last place that could be unpacked",
+        true};
+  }
+
+  // More packed bytes behind those that are left. False at the file's end.
+  bool ReadPacked() {
+    const std::size_t left = stream_.avail_in;
+    packed_.erase(0, packedSize_ - left);
+    packed_.resize(pieceSize);
+    const std::size_t got = input_.ReadFile(packed_.data() + left, packed_.size() - left);
+    SetPacked(left + got);
+    return got != 0;
+  }
+
+  void SetPacked(std::size_t size) {
+    packedSize_ = size;
+    stream_.next_in = reinterpret_cast<Bytef*>(packed_.data());
+    stream_.avail_in = static_cast<uInt>(size);
+  }
+
+  Input& input_;
+  std::string packed_;
+  std::size_t packedSize_ = 0;
+  z_stream stream_{};
+  bool isAtEnd_ = false;
+};
+
+Input::Input() = default;
+
+Input::Input(std::string file, std::string text)
+    : file_(std::move(file)),
+      bytes_(std::move(text)),
+      end_(bytes_.size()),
+      done_(end_),
+      total_(end_) {}
+
+Input::~Input() {
+  if (isOwnFd_) close(fd_);
+}
+
+MaybeError Input::Open(const std::string& path) {
+  const bool isStandardInput = path == "-";
+  file_ = isStandardInput ? "<stdin>" : path;
+  fd_ = isStandardInput ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  struct stat info {};
+  if (fd_ < 0 || fstat(fd_, &info) != 0) return InputError{file_, 0, 0, std::strerror(errno)};
+  isOwnFd_ = !isStandardInput;
+  if (S_ISREG(info.st_mode)) total_ = static_cast<std::size_t>(info.st_size);
+  FindFormat();
+  if (failure_) return InputError{file_, 0, 0, failure_->message};
+  return std::nullopt;
+}
+
+void Input::FindFormat() {
+  while (end_ < gzipMarkSize && Fill()) continue;
+  if (!IsGzip(Unread())) return;
+  unpacker_ = std::make_unique<Unpacker>(*this, Unread());
+  end_ = 0;
+}
+
+std::size_t Input::ReadFile(char* room, std::size_t size) {
+  while (fd_ >= 0 && !failure_) {
+    const ssize_t got = read(fd_, room, size);
+    if (got >= 0) {
+      done_ += static_cast<std::size_t>(got);
+      return static_cast<std::size_t>(got);
+    }
+    if (errno != EINTR) failure_ = Failure{std::strerror(errno), false};
+  }
+  return 0;
+}
+
+void Input::MakeRoom() {
+  if (begin_ != 0) {
+    std::memmove(bytes_.data(), bytes_.data() + begin_, end_ - begin_);
+    end_ -= begin_;
+    begin_ = 0;
+  }
+  if (end_ == bytes_.size()) bytes_.resize(std::max(pieceSize, bytes_.size() * 2));
+}
+
+bool Input::Fill() {
+  MakeRoom();
+  char* room = bytes_.data() + end_;
+  const std::size_t size = bytes_.size() - end_;
+  const std::size_t got = unpacker_ != nullptr ? unpacker_->Read(room, size) : ReadFile(room, size);
+  end_ += got;
+  return got != 0;
+}
+
+std::string Input::TakeRest(std::size_t spare) {
+  // One byte more than the file has lets the last read find its end.
+  if (GetExpectedSize() > done_) bytes_.resize(end_ + (GetExpectedSize() - done_) + 1 + spare);
+  while (Fill()) continue;
+  bytes_.resize(end_);
+  bytes_.erase(0, begin_);
+  bytes_.reserve(bytes_.size() + spare);
+  begin_ = end_ = 0;
+  return std::exchange(bytes_, {});
+}
+
+}  // namespace fabscope
