@@ -10,28 +10,14 @@
 // number, itself included; with a requirement of 1 that means that it equals no other.
 
 #include <functional>
+#include <utility>
 
-#include "fabric/fabric_walk.h"
 #include "fabric/guid.h"
 #include "fat_tree/status.h"
 #include "fat_tree/topology.h"
 #include "platform/progress.h"
 
 namespace fabscope {
-namespace {
-
-FTClassification::NodeData CountLinks(const IBNode& node) {
-  FTClassification::NodeData data;
-  for (const IBPort* port : GetTreePorts(node)) {
-    const IBNode* remote = GetLinkedNode(port);
-    if (remote == nullptr) continue;
-    if (remote->nodeType == NodeTypeCA && !remote->isSpecialNode()) ++data.caLinks;
-    if (remote->nodeType == NodeTypeSwitch) ++data.switchLinks;
-  }
-  return data;
-}
-
-}  // namespace
 
 FTClassificationHandler::~FTClassificationHandler() {
   for (const FTClassification* classification : classifications) delete classification;
@@ -43,16 +29,22 @@ FTClassification* FTClassificationHandler::GetNewClassification(const FTTopology
 }
 
 const IBNode* FTTopology::GetFirstLeaf() {
-  // Of switches with equal counts the last one in model order stays.
-  std::map<FTClassification::NodeData, const IBNode*> leaves;
+  const TreeLinks& links = GetTreeLinks();
+  classificationNodeData.Reserve(fabric->GetNodes().size());
+  const IBNode* first = nullptr;
+  FTClassification::NodeData most;
   for (const IBNode* node : fabric->switches) {
     if (node == nullptr) return nullptr;
-    const FTClassification::NodeData data = CountLinks(*node);
+    const FTClassification::NodeData data{links.HostCables(*node),
+                                          static_cast<std::uint32_t>(links.Of(*node).size())};
     if (data.caLinks == 0) continue;
-    classificationNodeData[node] = data;
-    leaves[data] = node;
+    classificationNodeData.Set(*node, data);
+    // Of switches with equal counts the last one in model order stays.
+    if (data < most) continue;
+    first = node;
+    most = data;
   }
-  return leaves.empty() ? nullptr : leaves.rbegin()->second;
+  return first;
 }
 
 const IBNode* FTClassification::GetLeafToClassify(const std::vector<FTClassification*>& all) {
@@ -148,7 +140,9 @@ int FTTopology::Build(std::vector<FabricErrGeneral*>& /*errors*/, std::string& m
       return StatusBadData;
     }
     if (classification->CountEquals(classifications) == equalClassifications) {
-      classification->SwapRanks(ranks);
+      std::vector<NodeSet> agreed;
+      classification->SwapRanks(agreed);
+      ranks = RankedSwitches(std::move(agreed));
       return StatusSuccess;
     }
   }

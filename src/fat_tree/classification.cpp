@@ -11,11 +11,9 @@
 
 #include "fat_tree/classification.h"
 
-#include <deque>
-
-#include "fabric/fabric_walk.h"
 #include "fabric/guid.h"
 #include "fat_tree/status.h"
+#include "fat_tree/topology.h"
 
 namespace fabscope {
 
@@ -26,20 +24,24 @@ int FTClassification::Classify(const IBNode& leaf) {
 
 void FTClassification::ClassifyByDistance(const IBNode& leaf) {
   const int plane = leaf.getSuitablePlane();
-  std::deque<SearchData> queue{{&leaf, 0}};
-  while (!queue.empty()) {
-    const auto [node, distance] = queue.front();
-    queue.pop_front();
-    // A switch may be queued by several neighbours; the first visit is the nearest.
-    if (!nodeToDistance.emplace(node, distance).second) continue;
-    distanceToNodes[distance].push_back(node);
-    for (const IBPort* port : GetTreePorts(*node)) {
-      const IBNode* remote = GetRemoteSwitch(port);
-      if (remote == nullptr) continue;
-      // Only chips of the multi-ASIC family reach into other planes.
-      if (node->isVortaSwitch() && !remote->isOnSamePlane(plane)) continue;
-      if (nodeToDistance.contains(remote)) continue;
-      queue.push_back({remote, distance + 1});
+  const TreeLinks& links = topology.GetTreeLinks();
+  const std::vector<IBNode>& nodes = topology.GetFabric().GetNodes();
+  nodeToDistance.Reserve(nodes.size());
+  nodeToDistance.Set(leaf, 0);
+  // A switch is met by several neighbours; the first is the nearest.
+  std::vector<const IBNode*> met{&leaf};
+  for (std::size_t next = 0; next < met.size(); ++next) {
+    const IBNode& node = *met[next];
+    const std::int32_t distance = nodeToDistance.Get(node);
+    distanceToNodes[distance].push_back(&node);
+    // Only chips of the multi-ASIC family reach into other planes.
+    const bool keepsToPlane = node.isVortaSwitch();
+    for (const TreeLink& link : links.Of(node)) {
+      if (nodeToDistance.Has(link.remote)) continue;
+      const IBNode& remote = nodes[link.remote];
+      if (keepsToPlane && !remote.isOnSamePlane(plane)) continue;
+      nodeToDistance.Set(remote, distance + 1);
+      met.push_back(&remote);
     }
   }
   maxDistance = distanceToNodes.rbegin()->first;
@@ -47,9 +49,14 @@ void FTClassification::ClassifyByDistance(const IBNode& leaf) {
 }
 
 int FTClassification::CalculateThreshold() const {
-  const std::size_t count = nodeToDistance.size();
-  // On large fabrics a level is at least half a switch wide; any switch's port count serves.
-  if (count > 1000) return nodeToDistance.begin()->first->numPorts >> 1;
+  const std::size_t count = nodeToDistance.Count();
+  // On large fabrics a level is at least half a switch wide; any switch's port count serves, and
+  // the first in model order is as good as any.
+  if (count > 1000) {
+    std::uint32_t first = 0;
+    while (!nodeToDistance.Has(first)) ++first;
+    return topology.GetFabric().GetNodes()[first].numPorts >> 1;
+  }
   if (count > 100) return 10;
   if (count > 50) return 4;
   if (count > 25) return 2;
@@ -68,9 +75,8 @@ int FTClassification::GetMaxThresholdDistance() const {
 
 int FTClassification::CheckDistanceTo(const IBNode& node, bool& isFar) const {
   isFar = false;
-  const auto found = nodeToDistance.find(&node);
-  if (found == nodeToDistance.end()) return StatusBadData;
-  const int distance = found->second;
+  if (!nodeToDistance.Has(node)) return StatusBadData;
+  const int distance = nodeToDistance.Get(node);
   // In a tree of four levels leaves of the same upper group are only 4 hops away.
   isFar = distance >= maxThresholdDistance || (distance == 4 && maxThresholdDistance == 6);
   return StatusSuccess;

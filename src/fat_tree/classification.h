@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "fat_tree/node_set.h"
+#include "fat_tree/node_table.h"
 
 namespace fabscope {
 
@@ -24,6 +25,7 @@ class FTClassification {
     std::uint32_t caLinks = 0;      // ports cabled to channel adapters that are not special nodes
     std::uint32_t switchLinks = 0;  // ports cabled to switches
 
+    friend bool operator==(const NodeData&, const NodeData&) = default;
     friend bool operator<(const NodeData& a, const NodeData& b) {
       return std::tie(a.caLinks, a.switchLinks) < std::tie(b.caLinks, b.switchLinks);
     }
@@ -83,17 +85,15 @@ class FTClassification {
  private:
   friend struct TestPeer;
 
-  struct SearchData {
-    const IBNode* node;
-    std::int32_t distance;
-  };
+  // Whether a neighbouring switch was reached at another distance.
+  bool HasNeighbourNotAt(const IBNode& node, std::int32_t distance) const;
 
   std::int32_t maxDistance = 0;           // decides the height of the tree
   std::int32_t maxThresholdDistance = 0;  // the same without strays; 0: no level was found
   // In the order in which the search reached them. Holds an empty list for a distance that rank
   // assignment asked for in vain.
   std::map<std::int32_t, std::list<const IBNode*>> distanceToNodes;
-  std::map<const IBNode*, std::int32_t> nodeToDistance;
+  NodeTable<std::int32_t> nodeToDistance{-1};
   std::vector<NodeSet> ranks;  // [0] roots; empty when the height is none of 2, 3, 4 levels
   std::ostringstream errStream;
   const FTTopology& topology;

@@ -12,7 +12,6 @@
 #include <algorithm>
 #include <limits>
 
-#include "fabric/fabric_walk.h"
 #include "fabric/guid.h"
 #include "fat_tree/status.h"
 #include "fat_tree/topology.h"
@@ -27,10 +26,10 @@ void FTUpHopHistogram::AddIllegalLinkIssue(const FTLinkIssue& issue) {
 }
 
 void FTUpHopHistogram::CheckRootSwitchConnections(const IBNode& root) {
-  for (const IBPort* port : GetTreePorts(root)) {
-    const IBNode* remote = GetRemoteSwitch(port);
-    if (remote == nullptr || topology.GetNodeRank(remote) != 0) continue;
-    AddIllegalLinkIssue({&root, port->num, 0, remote, port->remotePort->num, 0});
+  for (const TreeLink& link : topology.GetTreeLinks().Of(root)) {
+    if (topology.GetRankedSwitches().RankOf(link.remote) != 0) continue;
+    const IBNode* remote = &topology.GetFabric().GetNodes()[link.remote];
+    AddIllegalLinkIssue({&root, link.port, 0, remote, link.remotePort, 0});
   }
 }
 
@@ -41,10 +40,10 @@ int FTUpHopHistogram::AddIllegalLinkIssues(std::uint64_t index,
 
   bool found = false;
   for (const IBNode* node : downNodes) {
-    for (const IBPort* port : GetTreePorts(*node)) {
-      if (GetRemoteSwitch(port) != upper) continue;
+    for (const TreeLink& link : topology.GetTreeLinks().Of(*node)) {
+      if (link.remote != upper->index) continue;
       // Every cable counts here, so the registry of pairs is left alone.
-      linkIssues.push_back({upper, port->remotePort->num, rank, node, port->num, rank + 1});
+      linkIssues.push_back({upper, link.remotePort, rank, node, link.port, rank + 1});
       found = true;
     }
   }

@@ -25,16 +25,17 @@ int FTTopology::Dump() {
 }
 
 int FTTopology::DumpNodesToStream() {
-  for (std::size_t rank = 0; rank < ranks.size(); ++rank) {
+  const std::vector<NodeSet>& sets = GetRanks();
+  for (std::size_t rank = 0; rank < sets.size(); ++rank) {
     const char* suffix = " ";
     if (rank == 0) {
       suffix = " (Roots)";
-    } else if (rank + 1 == ranks.size()) {
+    } else if (rank + 1 == sets.size()) {
       suffix = " (Leaves)";
     }
     *outStream << std::endl
-               << "rank: " << rank << suffix << "size: " << ranks[rank].size() << std::endl;
-    for (const IBNode* node : ranks[rank]) {
+               << "rank: " << rank << suffix << "size: " << sets[rank].size() << std::endl;
+    for (const IBNode* node : sets[rank]) {
       if (node == nullptr) {
         ReportFatal("-E- One of IBNodes is NULL. Cannot dump it\n");
         return StatusLookupFailed;

@@ -4,10 +4,6 @@
 // rank above as up-links and cables to hosts as down-links; every other switch counts its two
 // neighbouring ranks. Cables inside a rank or over two ranks count as neither: they are reported
 // elsewhere.
-//
-// A leaf of the multi-ASIC family reaches one host through a port on each plane, so it counts the
-// host and not the cables, where the fabric's group records tell that the far ports belong
-// together.
 
 #include <cstdlib>
 
@@ -51,51 +47,41 @@ double FirstConnectedPortSpeed(const IBNode& node) {
   return 0.0;
 }
 
-bool CountsAsHost(const IBNode& leaf, const IBPort& port, NodeSet& countedHosts) {
-  const IBNode* host = port.get_remote_node();
-  if (host->isSpecialNode()) return false;
-  if (!leaf.isVortaSwitch()) return true;
-  const auto& group = port.remotePort->group;
-  if (!group || group->number < 1) return true;
-  return countedHosts.insert(host).second;
-}
-
 }  // namespace
 
 UpDownLinks FTTopology::CalculateSwitchUpDownLinks(std::uint64_t rank, const IBNode& node) const {
   UpDownLinks links;
-  NodeSet countedHosts;
+  const std::size_t rankCount = GetRanks().size();
   const bool isRoot = rank == 0;
-  const bool isLeaf = !isRoot && rank + 1 == ranks.size();
   // A rank that the tree does not have is the caller's mistake, never the fabric's.
-  if (rank >= ranks.size() || (isRoot && ranks.size() < 2)) std::abort();
-  for (const IBPort* port : GetTreePorts(node)) {
-    const IBNode* remote = GetLinkedNode(port);
-    if (remote == nullptr) continue;
-
-    if (remote->nodeType == NodeTypeSwitch) {
-      if (!isRoot && ranks[rank - 1].contains(remote)) ++links.up;
-      if (!isLeaf && ranks[rank + 1].contains(remote)) ++links.down;
-    } else if (isLeaf && remote->nodeType == NodeTypeCA) {
-      if (CountsAsHost(node, *port, countedHosts)) ++links.down;
-    }
+  if (rank >= rankCount || (isRoot && rankCount < 2)) std::abort();
+  const auto own = static_cast<int>(rank);
+  for (const TreeLink& link : GetTreeLinks().Of(node)) {
+    const int remoteRank = ranks.RankOf(link.remote);
+    if (remoteRank == own + 1) ++links.down;
+    if (remoteRank == own - 1 && !isRoot) ++links.up;
   }
+  const bool isLeaf = !isRoot && rank + 1 == rankCount;
+  if (isLeaf) links.down = static_cast<std::int32_t>(GetTreeLinks().Hosts(node));
   return links;
 }
 
 UpDownLinks FTTopology::GetSwitchLinksData(std::uint64_t rank, const IBNode& node) {
-  const auto known = switchUpDownLinks.find(&node);
-  if (known != switchUpDownLinks.end()) return known->second;
-  return switchUpDownLinks[&node] = CalculateSwitchUpDownLinks(rank, node);
+  if (!switchUpDownLinks.Has(node)) {
+    switchUpDownLinks.Reserve(fabric->GetNodes().size());
+    switchUpDownLinks.Set(node, CalculateSwitchUpDownLinks(rank, node));
+  }
+  return switchUpDownLinks.Get(node);
 }
 
 int FTTopology::CalculateUpDownLinksMinRatio() {
-  if (ranks.size() < 2) {
+  const std::vector<NodeSet>& sets = GetRanks();
+  if (sets.size() < 2) {
     errStream << "Cannot calculate Up/Down links. It is not a Fat-Tree topology";
     return StatusBadData;
   }
-  for (std::size_t rank = 0; rank < ranks.size(); ++rank) {
-    for (const IBNode* node : ranks[rank]) {
+  for (std::size_t rank = 0; rank < sets.size(); ++rank) {
+    for (const IBNode* node : sets[rank]) {
       if (node == nullptr) {
         errStream << "Cannot calculate Up/Down links. One of IB-Nodes is NULL";
         return StatusLookupFailed;

@@ -106,11 +106,11 @@ FTNeighborhood* FTUpHopHistogram::FindNeighborhood(
 bool FTNeighborhood::IsNeighborhood() const { return topology->IsLastRankNeighborhood(rank); }
 
 void FTNeighborhood::AddNodes(const std::list<const IBNode*>& nodes, bool toSpines) {
-  (toSpines ? spines : lines).insert(nodes.begin(), nodes.end());
+  fabscope::AddNodes({nodes.begin(), nodes.end()}, toSpines ? spines : lines);
 }
 
 int FTNeighborhood::MissingLinksReport(std::vector<FabricErrGeneral*>& errors,
-                                       const PairsContainer<const IBNode*>& connectedPairs) const {
+                                       const NodePairs& connectedPairs) const {
   constexpr std::uint64_t noRank = ~std::uint64_t{0};
   const bool isNeighborhood = IsNeighborhood();
   for (const IBNode* spine : spines) {
@@ -121,7 +121,7 @@ int FTNeighborhood::MissingLinksReport(std::vector<FabricErrGeneral*>& errors,
       if (line == spine) continue;
       // Only where spines and lines share switches is a pair met a second time, turned round.
       const bool wasVisited = isAlsoLine && std::less<>()(line, spine) && spines.contains(line);
-      if (wasVisited || connectedPairs.Contains(spine, line)) continue;
+      if (wasVisited || connectedPairs.Contains(*spine, *line)) continue;
       const FTLinkIssue issue{spine, 0, noRank, line, 0, noRank};
       errors.push_back(new FTMissingLinkError(id, issue, isNeighborhood));
     }

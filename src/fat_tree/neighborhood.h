@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "fabric/fabric_err_general.h"
+#include "fat_tree/node_pairs.h"
 #include "fat_tree/node_set.h"
-#include "fat_tree/pairs_container.h"
 
 namespace fabscope {
 
@@ -38,7 +38,7 @@ class FTNeighborhood {
   // A record for every spine and line that are not among the connected pairs. Always answers 0; a
   // null switch ends the report.
   int MissingLinksReport(std::vector<FabricErrGeneral*>& errors,
-                         const PairsContainer<const IBNode*>& connectedPairs) const;
+                         const NodePairs& connectedPairs) const;
 
   // Link counts (link_checks.cpp). Nothing is appended to `errors`: these findings are text.
   int CheckUpDownLinks(std::vector<FabricErrGeneral*>& errors, std::ostream& stream);

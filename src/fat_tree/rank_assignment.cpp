@@ -14,22 +14,27 @@
 // never trusted by itself (automatic_roots.cpp).
 
 #include <algorithm>
+#include <utility>
+#include <vector>
 
-#include "fabric/fabric_walk.h"
 #include "fat_tree/classification.h"
 #include "fat_tree/status.h"
+#include "fat_tree/topology.h"
 
 namespace fabscope {
 namespace {
 
-// Whether some neighbouring switch satisfies the predicate.
-template <typename Predicate>
-bool AnyNeighbour(const IBNode& node, Predicate predicate) {
-  const auto ports = GetTreePorts(node);
-  return std::any_of(ports.begin(), ports.end(), [&](const IBPort* port) {
-    const IBNode* remote = GetRemoteSwitch(port);
-    return remote != nullptr && predicate(remote);
-  });
+using Nodes = std::vector<const IBNode*>;
+
+// The nodes for which `isUpper` holds become part of the one rank, the others of the other.
+template <typename IsUpper>
+void Divide(const std::list<const IBNode*>& nodes, NodeSet& upper, NodeSet& lower,
+            IsUpper isUpper) {
+  Nodes above;
+  Nodes below;
+  for (const IBNode* node : nodes) (isUpper(*node) ? above : below).push_back(node);
+  AddNodes(std::move(above), upper);
+  AddNodes(std::move(below), lower);
 }
 
 }  // namespace
@@ -49,7 +54,7 @@ int FTClassification::SetNodesRanks() {
 }
 
 void FTClassification::SetRankToNodes(const std::list<const IBNode*>& nodes, NodeSet& rank) const {
-  rank.insert(nodes.begin(), nodes.end());
+  AddNodes(Nodes(nodes.begin(), nodes.end()), rank);
 }
 
 int FTClassification::Set2L_FTRanks() {
@@ -66,13 +71,8 @@ int FTClassification::Set3L_FTRanks() {
   SetRankToNodes(distanceToNodes[4], ranks[2]);
   SetRankToNodes(distanceToNodes[1], ranks[1]);
   SetRankToNodes(distanceToNodes[3], ranks[1]);
-  for (const IBNode* node : distanceToNodes[2]) {
-    const bool isRoot = AnyNeighbour(*node, [this](const IBNode* neighbour) {
-      const auto found = nodeToDistance.find(neighbour);
-      return found != nodeToDistance.end() && found->second != 1;
-    });
-    ranks[isRoot ? 0 : 2].insert(node);
-  }
+  Divide(distanceToNodes[2], ranks[0], ranks[2],
+         [this](const IBNode& node) { return HasNeighbourNotAt(node, 1); });
   return StatusSuccess;
 }
 
@@ -85,23 +85,27 @@ int FTClassification::Set4L_FTRanks() {
   if (const int status = Set4L_DistanceToRanks(2, 1); status != StatusSuccess) return status;
   if (const int status = Set4L_DistanceToRanks(4, 3); status != StatusSuccess) return status;
   // ranks[1] is complete from here on.
-  for (const IBNode* node : distanceToNodes[3]) {
-    const bool reachesLower = AnyNeighbour(
-        *node, [this](const IBNode* neighbour) { return !ranks[1].contains(neighbour); });
-    ranks[reachesLower ? 2 : 0].insert(node);
-  }
+  std::vector<bool> isUpper(topology.GetFabric().GetNodes().size());
+  for (const IBNode* node : ranks[1]) isUpper[node->index] = true;
+  Divide(distanceToNodes[3], ranks[2], ranks[0], [&](const IBNode& node) {
+    const auto links = topology.GetTreeLinks().Of(node);
+    return std::any_of(links.begin(), links.end(),
+                       [&](const TreeLink& link) { return !isUpper[link.remote]; });
+  });
   return StatusSuccess;
 }
 
 int FTClassification::Set4L_DistanceToRanks(int distance, int neighbourDistance) {
-  for (const IBNode* node : distanceToNodes[distance]) {
-    const bool isUpper = AnyNeighbour(*node, [&](const IBNode* neighbour) {
-      const auto found = nodeToDistance.find(neighbour);
-      return found != nodeToDistance.end() && found->second != neighbourDistance;
-    });
-    ranks[isUpper ? 1 : 3].insert(node);
-  }
+  Divide(distanceToNodes[distance], ranks[1], ranks[3],
+         [=, this](const IBNode& node) { return HasNeighbourNotAt(node, neighbourDistance); });
   return StatusSuccess;
+}
+
+bool FTClassification::HasNeighbourNotAt(const IBNode& node, std::int32_t distance) const {
+  const auto links = topology.GetTreeLinks().Of(node);
+  return std::any_of(links.begin(), links.end(), [&](const TreeLink& link) {
+    return nodeToDistance.Has(link.remote) && nodeToDistance.Get(link.remote) != distance;
+  });
 }
 
 }  // namespace fabscope

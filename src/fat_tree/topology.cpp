@@ -16,7 +16,6 @@
 
 #include <cstdlib>
 
-#include "fabric/fabric_walk.h"
 #include "fat_tree/neighborhood.h"
 #include "fat_tree/status.h"
 
@@ -99,37 +98,37 @@ int FTTopology::FillRanksFromRoots(NodeSet& roots) {
     return StatusBadData;
   }
   const int plane = (*roots.begin())->getSuitablePlane();
-  NodeSet ranked = roots;
-  ranks.clear();
-  ranks.emplace_back().swap(roots);
+  const TreeLinks& links = GetTreeLinks();
+  const std::vector<IBNode>& nodes = fabric->GetNodes();
+  std::vector<bool> isRanked(nodes.size());
+  for (const IBNode* root : roots) isRanked[root->index] = true;
+  std::vector<NodeSet> sets;
+  sets.emplace_back().swap(roots);
 
-  for (;;) {
-    NodeSet next;
-    for (const IBNode* node : ranks.back()) {
-      for (const IBPort* port : GetTreePorts(*node)) {
-        const IBNode* remote = GetRemoteSwitch(port);
-        if (remote == nullptr) continue;
-        if (!remote->isVortaSwitch() && !remote->isOnSamePlane(plane)) continue;
-        if (ranked.insert(remote).second) next.insert(remote);
+  std::vector<const IBNode*> last(sets[0].begin(), sets[0].end());
+  while (!last.empty()) {
+    std::vector<const IBNode*> next;
+    for (const IBNode* node : last) {
+      for (const TreeLink& link : links.Of(*node)) {
+        if (isRanked[link.remote]) continue;
+        const IBNode& remote = nodes[link.remote];
+        if (!remote.isVortaSwitch() && !remote.isOnSamePlane(plane)) continue;
+        isRanked[link.remote] = true;
+        next.push_back(&remote);
       }
     }
-    if (next.empty()) return StatusSuccess;
-    ranks.push_back(std::move(next));
+    if (!next.empty()) AddNodes(next, sets.emplace_back());
+    last = std::move(next);
   }
+  ranks = RankedSwitches(std::move(sets));
+  return StatusSuccess;
 }
 
 const NodeSet* FTTopology::GetNodesOnRank(std::size_t rank) {
-  if (rank < ranks.size()) return &ranks[rank];
+  if (rank < GetRanks().size()) return &GetRanks()[rank];
   errStream << "Cannot get nodes on rank: " << rank
-            << " Total ranks in the Fat-tree: " << ranks.size();
+            << " Total ranks in the Fat-tree: " << GetRanks().size();
   return nullptr;
-}
-
-int FTTopology::GetNodeRank(const IBNode* node) const {
-  for (std::size_t rank = 0; rank < ranks.size(); ++rank) {
-    if (ranks[rank].contains(node)) return static_cast<int>(rank);
-  }
-  return -1;
 }
 
 bool FTTopology::IsLastRankNeighborhood(std::size_t rank) const {
@@ -137,14 +136,19 @@ bool FTTopology::IsLastRankNeighborhood(std::size_t rank) const {
 }
 
 int FTTopology::GetPlanesNumber() const {
-  if (ranks.empty()) std::abort();
-  if (ranks[0].empty() || *ranks[0].begin() == nullptr) return 0;
-  return (*ranks[0].begin())->getPlanesNumber();
+  if (GetRanks().empty()) std::abort();
+  const NodeSet& roots = GetRanks().front();
+  if (roots.empty() || *roots.begin() == nullptr) return 0;
+  return (*roots.begin())->getPlanesNumber();
+}
+
+const TreeLinks& FTTopology::GetTreeLinks() const {
+  if (!treeLinks) treeLinks.emplace(*fabric);
+  return *treeLinks;
 }
 
 const FTClassification::NodeData* FTTopology::GetClassificationNodeData(const IBNode* node) const {
-  const auto found = classificationNodeData.find(node);
-  return found == classificationNodeData.end() ? nullptr : &found->second;
+  return classificationNodeData.Has(*node) ? &classificationNodeData.Get(*node) : nullptr;
 }
 
 bool FTTopology::IsReportedLinkIssue(const IBNode* a, const IBNode* b) const {
@@ -154,11 +158,12 @@ bool FTTopology::IsReportedLinkIssue(const IBNode* a, const IBNode* b) const {
 void FTTopology::AddNewLinkIssue(const IBNode* a, const IBNode* b) { linkIssues.Add(a, b); }
 
 std::string FTTopology::LevelsReport() const {
+  const std::vector<NodeSet>& sets = GetRanks();
   std::ostringstream report;
-  report << ranks.size() << " level Fat-Tree was discovered: \n";
-  for (std::size_t rank = 0; rank < ranks.size(); ++rank) {
+  report << sets.size() << " level Fat-Tree was discovered: \n";
+  for (std::size_t rank = 0; rank < sets.size(); ++rank) {
     report << "\t rank: " << rank << (rank == 0 ? "(Roots)" : "")
-           << " #switches: " << ranks[rank].size() << '\n';
+           << " #switches: " << sets[rank].size() << '\n';
   }
   return report.str();
 }

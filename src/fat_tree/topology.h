@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
-#include <map>
+#include <optional>
 #include <ostream>
 #include <sstream>
 #include <string>
@@ -13,7 +13,10 @@
 #include "fabric/ib_fabric.h"
 #include "fat_tree/classification.h"
 #include "fat_tree/node_set.h"
+#include "fat_tree/node_table.h"
 #include "fat_tree/pairs_container.h"
+#include "fat_tree/ranked_switches.h"
+#include "fat_tree/tree_links.h"
 #include "fat_tree/up_down_links.h"
 #include "platform/reg_exp.h"
 
@@ -87,7 +90,8 @@ class FTTopology {
   // The switches of a rank, or null (with the reason in the error stream) beyond the last.
   const NodeSet* GetNodesOnRank(std::size_t rank);
   // The rank of a switch, or -1 when it has none.
-  int GetNodeRank(const IBNode* node) const;
+  int GetNodeRank(const IBNode* node) const { return ranks.RankOf(node); }
+  const RankedSwitches& GetRankedSwitches() const { return ranks; }
   // Whether groups of that rank are called neighborhoods. True for the last rank that has groups.
   bool IsLastRankNeighborhood(std::size_t rank) const;
   // The number of planes as the first root sees it; 0 without a root. `ranks` must not be empty.
@@ -99,8 +103,11 @@ class FTTopology {
   void AddNewLinkIssue(const IBNode* a, const IBNode* b);
 
   const IBFabric& GetFabric() const { return *fabric; }
+  // The fabric's tree links, read from its ports when they are first asked for; what becomes of the
+  // ports later is not seen.
+  const TreeLinks& GetTreeLinks() const;
   int GetUpHopMergePercent() const { return upHopMergePercent; }
-  const std::vector<NodeSet>& GetRanks() const { return ranks; }
+  const std::vector<NodeSet>& GetRanks() const { return ranks.Sets(); }
   const std::vector<std::vector<FTNeighborhood*>>& GetNeighborhoods() const {
     return neighborhoods;
   }
@@ -126,17 +133,16 @@ class FTTopology {
   const IBFabric* fabric;  // not owned
   // By rank, one entry for every rank but the last. Owned.
   std::vector<std::vector<FTNeighborhood*>> neighborhoods;
-  std::map<const IBNode*, UpDownLinks> switchUpDownLinks;  // a memo, never cleared
-  // By distance from the roots: ranks[0] the roots, the last entry the leaves. A switch is in at
-  // most one.
-  std::vector<NodeSet> ranks;
+  NodeTable<UpDownLinks> switchUpDownLinks{{-1, -1}};  // a memo, never cleared
+  RankedSwitches ranks;                                // a switch has at most one
   PairsContainer<const IBNode*> linkIssues;
-  double minUpDownRatio = 0.0;  // 0.0: not set yet
-  std::ostream* outStream;      // not owned
-  std::map<const IBNode*, FTClassification::NodeData> classificationNodeData;
+  double minUpDownRatio = 0.0;                                       // 0.0: not set yet
+  std::ostream* outStream;                                           // not owned
+  NodeTable<FTClassification::NodeData> classificationNodeData{{}};  // of switches with hosts
   int upHopMergePercent;
   std::uint64_t issuesCount = 0;
   std::ostringstream errStream;  // never cleared: a message carries all that went before
+  mutable std::optional<TreeLinks> treeLinks;  // see GetTreeLinks
 };
 
 }  // namespace fabscope

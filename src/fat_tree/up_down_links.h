@@ -8,6 +8,8 @@ namespace fabscope {
 struct UpDownLinks {
   std::int32_t up = 0;
   std::int32_t down = 0;
+
+  friend bool operator==(const UpDownLinks&, const UpDownLinks&) = default;
 };
 
 }  // namespace fabscope

@@ -17,7 +17,8 @@
 
 #include "fat_tree/up_hop_histogram.h"
 
-#include "fabric/fabric_walk.h"
+#include <algorithm>
+
 #include "fabric/guid.h"
 #include "fat_tree/status.h"
 #include "fat_tree/topology.h"
@@ -76,8 +77,9 @@ int FTUpHopHistogram::Init() {
     return StatusBadData;
   }
   InitNodeToIndexConverters(*upper);
+  connectedPairs = NodePairs(bitSetSize);
 
-  NodeSet checkedRoots;
+  std::vector<bool> checkedRoots(bitSetSize);
   for (const IBNode* node : *lower) {
     if (node == nullptr) {
       errStream << "One of IBNodes is NULL."
@@ -91,22 +93,25 @@ int FTUpHopHistogram::Init() {
   return StatusSuccess;
 }
 
-int FTUpHopHistogram::AddLowerSwitch(const IBNode& node, NodeSet& checkedRoots) {
+int FTUpHopHistogram::AddLowerSwitch(const IBNode& node, std::vector<bool>& checkedRoots) {
   const auto upperRank = static_cast<int>(rank);
   UpHopBits bits;
-  for (const IBPort* port : GetTreePorts(node)) {
-    const IBNode* remote = GetRemoteSwitch(port);
-    if (remote == nullptr) continue;
-    const int remoteRank = topology.GetNodeRank(remote);
+  for (const TreeLink& link : topology.GetTreeLinks().Of(node)) {
+    const int remoteRank = topology.GetRankedSwitches().RankOf(link.remote);
     if (remoteRank == upperRank + 1) {
-      AddIllegalLinkIssue({&node, port->num, rank + 1, remote, port->remotePort->num, rank + 1});
+      const IBNode* remote = &topology.GetFabric().GetNodes()[link.remote];
+      AddIllegalLinkIssue({&node, link.port, rank + 1, remote, link.remotePort, rank + 1});
     } else if (remoteRank == upperRank) {
-      // A root is met once for every cable to it; its own cables need only one look.
-      if (rank == 0 && checkedRoots.insert(remote).second) CheckRootSwitchConnections(*remote);
+      const IBNode& remote = topology.GetFabric().GetNodes()[link.remote];
       std::uint64_t index = 0;
-      if (const int status = NodeToIndex(index, remote); status != StatusSuccess) return status;
+      if (const int status = NodeToIndex(index, &remote); status != StatusSuccess) return status;
+      // A root is met once for every cable to it; its own cables need only one look.
+      if (rank == 0 && !checkedRoots[index]) {
+        checkedRoots[index] = true;
+        CheckRootSwitchConnections(remote);
+      }
       bits.set(index);
-      connectedPairs.Add(remote, &node);
+      connectedPairs.Add(remote, node);
     }
   }
   FTUpHopSet& set = upHopSets[GetHashCode(bits)];
@@ -117,41 +122,43 @@ int FTUpHopHistogram::AddLowerSwitch(const IBNode& node, NodeSet& checkedRoots) 
 }
 
 void FTUpHopHistogram::InitNodeToIndexConverters(const NodeSet& nodes) {
-  std::uint64_t index = 0;
+  std::uint32_t index = 0;
+  if (indexToNode.size() < nodes.size()) indexToNode.resize(nodes.size());
+  std::copy(nodes.begin(), nodes.end(), indexToNode.begin());
   for (const IBNode* node : nodes) {
-    nodeToIndex[node] = index;
-    indexToNode[index] = node;
+    if (node != nullptr) nodeToIndex.Set(*node, index);
     ++index;
   }
 }
 
 int FTUpHopHistogram::NodeToIndex(std::uint64_t& index, const IBNode* node) {
-  const auto found = nodeToIndex.find(node);
-  if (found == nodeToIndex.end()) {
+  if (!nodeToIndex.Has(*node)) {
     errStream << "Failed to find index for the switch ( GUID: " << GuidText(node->guid) << " )";
     return StatusLookupFailed;
   }
-  index = found->second;
+  index = nodeToIndex.Get(*node);
   return StatusSuccess;
 }
 
 const IBNode* FTUpHopHistogram::IndexToNode(std::uint64_t index) {
-  const auto found = indexToNode.find(index);
-  if (found == indexToNode.end()) {
+  if (index >= indexToNode.size()) {
     errStream << "Failed to find IBNode associated with the index: " << index;
     return nullptr;
   }
-  return found->second;
+  return indexToNode[index];
 }
 
 int FTUpHopHistogram::BitSetToNodes(const UpHopBits& bits, std::list<const IBNode*>& nodes) {
-  for (std::uint64_t index = 0; index < bitSetSize; ++index) {
-    if (!bits.test(index)) continue;
-    const IBNode* node = IndexToNode(index);
-    if (node == nullptr) return StatusLookupFailed;
-    nodes.push_back(node);
-  }
-  return StatusSuccess;
+  int status = StatusSuccess;
+  bits.ForEach(bitSetSize, [&](std::size_t index) {
+    const IBNode* node = status == StatusSuccess ? IndexToNode(index) : nullptr;
+    if (node == nullptr) {
+      status = StatusLookupFailed;
+    } else {
+      nodes.push_back(node);
+    }
+  });
+  return status;
 }
 
 std::string FTUpHopHistogram::GetHashCode(const UpHopBits& bits) const {

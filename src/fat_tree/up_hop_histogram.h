@@ -10,8 +10,9 @@
 
 #include "fabric/fabric_err_general.h"
 #include "fat_tree/link_errors.h"
+#include "fat_tree/node_pairs.h"
 #include "fat_tree/node_set.h"
-#include "fat_tree/pairs_container.h"
+#include "fat_tree/node_table.h"
 #include "fat_tree/up_hop_bits.h"
 
 namespace fabscope {
@@ -88,12 +89,14 @@ class FTUpHopHistogram {
  private:
   friend struct TestPeer;
 
-  int AddLowerSwitch(const IBNode& node, NodeSet& checkedRoots);
+  int AddLowerSwitch(const IBNode& node, std::vector<bool>& checkedRoots);
   int MergeSets();
 
-  std::map<std::uint64_t, const IBNode*> indexToNode;
-  std::map<const IBNode*, std::uint64_t> nodeToIndex;
-  PairsContainer<const IBNode*> connectedPairs;  // (upper, lower) with at least one cable
+  static constexpr std::uint32_t noIndex = ~std::uint32_t{0};
+
+  std::vector<const IBNode*> indexToNode;
+  NodeTable<std::uint32_t> nodeToIndex{noIndex};
+  NodePairs connectedPairs;  // (upper, lower) with at least one cable
   std::ostringstream errStream;
   std::map<std::string, FTUpHopSet> upHopSets;  // by hash code: numbers the groups
   FTTopology& topology;

@@ -27,7 +27,7 @@ int FTTopology::Validate(std::vector<FabricErrGeneral*>& errors, std::string& me
 
 int FTTopology::CreateNeighborhoods(std::vector<FabricErrGeneral*>& errors) {
   // A tree without ranks or with roots only has no pair of ranks to group.
-  neighborhoods.resize(ranks.empty() ? 0 : ranks.size() - 1);
+  neighborhoods.resize(GetRanks().empty() ? 0 : GetRanks().size() - 1);
   for (std::size_t rank = 0; rank < neighborhoods.size(); ++rank) {
     const int status = CreateNeighborhoodsOnRank(errors, rank);
     if (status != StatusSuccess) return status;

@@ -1,5 +1,9 @@
 #pragma once
 
+#include <cstddef>
+#include <utility>
+#include <vector>
+
 #include "fat_tree/classification.h"
 #include "fat_tree/neighborhood.h"
 #include "fat_tree/topology.h"
@@ -10,7 +14,14 @@ namespace fabscope {
 // The inside of the stage's objects, for states that no loaded fabric can bring about (null
 // entries) or that no operation shows.
 struct TestPeer {
-  static auto& Ranks(FTTopology& t) { return t.ranks; }
+  static void SetRanks(FTTopology& t, std::vector<NodeSet> ranks) {
+    t.ranks = RankedSwitches(std::move(ranks));
+  }
+  static void AddNullToRank(FTTopology& t, std::size_t rank) {
+    std::vector<NodeSet> ranks = t.GetRanks();
+    ranks.at(rank).insert(nullptr);
+    SetRanks(t, std::move(ranks));
+  }
   static auto& Neighborhoods(FTTopology& t) { return t.neighborhoods; }
   static auto& SwitchUpDownLinks(FTTopology& t) { return t.switchUpDownLinks; }
   static auto& ClassificationNodeData(FTTopology& t) { return t.classificationNodeData; }
@@ -28,7 +39,6 @@ struct TestPeer {
   static auto& LinkIssues(FTUpHopHistogram& h) { return h.linkIssues; }
   static auto& ConnectedPairs(FTUpHopHistogram& h) { return h.connectedPairs; }
   static auto& IndexToNode(FTUpHopHistogram& h) { return h.indexToNode; }
-  static auto& NodeToIndex(FTUpHopHistogram& h) { return h.nodeToIndex; }
   static int MergeSets(FTUpHopHistogram& h) { return h.MergeSets(); }
 
   static auto& Spines(FTNeighborhood& n) { return n.spines; }

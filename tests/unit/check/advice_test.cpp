@@ -169,9 +169,9 @@ TEST_F(TreeAdviceTest, ARootThatLeadsToHostsIsDoubted) {
 TEST_F(TreeAdviceTest, ARootWithACableToALowRankIsDoubted) {
   AddThreeLevelTree(fabric, 2, 2, 2, 1, 1);
   fabric.Cable("root1", "leaf0.1");
-  TestPeer::Ranks(Topology()) = {Nodes({"root0", "root1"}),
-                                 Nodes({"mid0.0", "mid0.1", "mid1.0", "mid1.1"}),
-                                 Nodes({"leaf0.0", "leaf0.1", "leaf1.0", "leaf1.1"})};
+  TestPeer::SetRanks(Topology(),
+                     {Nodes({"root0", "root1"}), Nodes({"mid0.0", "mid0.1", "mid1.0", "mid1.1"}),
+                      Nodes({"leaf0.0", "leaf0.1", "leaf1.0", "leaf1.1"})});
   EXPECT_EQ(AdviceOnTree(Topology(), CheckOptions()),
             std::string("root1 is a root but has a cable to a switch of a rank below the next: if "
                         "the roots are wrong, ") +

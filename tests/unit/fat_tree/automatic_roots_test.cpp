@@ -44,12 +44,12 @@ class AutomaticRootsTest : public StageTest {
 
   // Says by hand what GetFirstLeaf would keep.
   void KeepLinks(const std::string& name, std::uint32_t caLinks, std::uint32_t switchLinks) {
-    TestPeer::ClassificationNodeData(Topology())[fabric[name]] = {caLinks, switchLinks};
+    TestPeer::ClassificationNodeData(Topology()).Set(*fabric[name], {caLinks, switchLinks});
   }
 
   // Says by hand that the classification reached the switch, whose leaves are 4 hops away.
   void Place(FTClassification& classification, const std::string& name, std::int32_t distance) {
-    TestPeer::NodeToDistance(classification)[fabric[name]] = distance;
+    TestPeer::NodeToDistance(classification).Set(*fabric[name], distance);
     TestPeer::MaxThresholdDistance(classification) = 4;
   }
 

@@ -28,23 +28,35 @@ class ClassificationTest : public StageTest {
     fabric.Node(spec);
   }
 
-  // Makes the classification believe that it reached `count` switches. The first one in model order
-  // has `firstPorts` ports, all others 200.
-  void PretendClassified(FTClassification& classification, std::size_t count,
-                         std::uint8_t firstPorts) {
-    nodes_ = std::vector<IBNode>(count);
-    for (IBNode& node : nodes_) {
-      node.numPorts = &node == &nodes_.front() ? firstPorts : 200;
-      TestPeer::NodeToDistance(classification)[&node] = 0;
+  // The threshold of a classification that reached `count` switches, the last one in model order
+  // before all others. The first one in model order has `firstPorts` ports, all others 200; one
+  // that was not reached stands before it.
+  int ThresholdOf(std::size_t count, std::uint8_t firstPorts) {
+    TestFabric large;
+    large.Switch("unreached", 100);
+    for (std::size_t i = 0; i < count; ++i) {
+      large.Switch(std::to_string(i), i == 0 ? firstPorts : std::uint8_t{200});
     }
+    const FTTopology topology(&large.Build(), &out, mergePercent);
+    FTClassification classification(topology);
+    for (std::size_t i = count; i-- > 0;) {
+      TestPeer::NodeToDistance(classification).Set(*large[std::to_string(i)], 0);
+    }
+    return classification.CalculateThreshold();
+  }
+
+  std::map<const IBNode*, std::int32_t> Distances(FTClassification& classification) {
+    std::map<const IBNode*, std::int32_t> distances;
+    for (const IBNode& node : fabric.Build().GetNodes()) {
+      const auto& table = TestPeer::NodeToDistance(classification);
+      if (table.Has(node)) distances[&node] = table.Get(node);
+    }
+    return distances;
   }
 
   static void SetRanks(FTClassification& classification, std::vector<NodeSet> ranks) {
     TestPeer::Ranks(classification) = std::move(ranks);
   }
-
- private:
-  std::vector<IBNode> nodes_;
 };
 
 TEST_F(ClassificationTest, IsEmptyBeforeItIsClassified) {
@@ -52,7 +64,7 @@ TEST_F(ClassificationTest, IsEmptyBeforeItIsClassified) {
   EXPECT_EQ(TestPeer::MaxDistance(classification), 0);
   EXPECT_EQ(TestPeer::MaxThresholdDistance(classification), 0);
   EXPECT_TRUE(TestPeer::DistanceToNodes(classification).empty());
-  EXPECT_TRUE(TestPeer::NodeToDistance(classification).empty());
+  EXPECT_EQ(TestPeer::NodeToDistance(classification).Count(), 0U);
   EXPECT_TRUE(TestPeer::Ranks(classification).empty());
   EXPECT_EQ(classification.GetErrorText(), "");
 }
@@ -94,7 +106,7 @@ TEST_F(ClassificationTest, EverySwitchAndNoHostIsReachedAtItsHopDistance) {
       TestPeer::DistanceToNodes(classification),
       (DistanceClasses{
           {0, List({"leaf1"})}, {1, List({"root0", "root1"})}, {2, List({"leaf0", "leaf2"})}}));
-  EXPECT_EQ(TestPeer::NodeToDistance(classification),
+  EXPECT_EQ(Distances(classification),
             (std::map<const IBNode*, std::int32_t>{{fabric["root0"], 1},
                                                    {fabric["root1"], 1},
                                                    {fabric["leaf0"], 2},
@@ -148,7 +160,7 @@ TEST_F(ClassificationTest, SwitchQueuedFromItsOwnClassKeepsTheDistanceOfItsFirst
   classification.ClassifyByDistance(*fabric["leaf"]);
   EXPECT_EQ(TestPeer::DistanceToNodes(classification),
             (DistanceClasses{{0, List({"leaf"})}, {1, List({"a", "b"})}}));
-  EXPECT_EQ(TestPeer::NodeToDistance(classification),
+  EXPECT_EQ(Distances(classification),
             (std::map<const IBNode*, std::int32_t>{
                 {fabric["leaf"], 0}, {fabric["a"], 1}, {fabric["b"], 1}}));
 }
@@ -239,17 +251,13 @@ TEST_F(ClassificationTest, ThresholdGrowsWithTheNumberOfSwitches) {
                                               {26, 2},   {50, 2},    {51, 4},   {100, 4},
                                               {101, 10}, {1000, 10}, {1001, 20}};
   for (const auto& [count, threshold] : thresholds) {
-    FTClassification classification(Topology());
-    PretendClassified(classification, count, 41);
-    EXPECT_EQ(classification.CalculateThreshold(), threshold) << count << " switches";
+    EXPECT_EQ(ThresholdOf(count, 41), threshold) << count << " switches";
   }
 }
 
 TEST_F(ClassificationTest, ThresholdOfALargeFabricIsHalfTheLowestSwitchRoundedDown) {
   for (const auto& [ports, threshold] : std::map<std::uint8_t, int>{{0, 0}, {1, 0}, {40, 20}}) {
-    FTClassification classification(Topology());
-    PretendClassified(classification, 1001, ports);
-    EXPECT_EQ(classification.CalculateThreshold(), threshold) << +ports << " ports";
+    EXPECT_EQ(ThresholdOf(1001, ports), threshold) << +ports << " ports";
   }
 }
 
@@ -306,7 +314,7 @@ TEST_F(ClassificationTest, SwitchIsFarFromTheGreatestDistanceAboveTheThresholdOn
   for (const auto& [greatest, farByDistance] : farByGreatest) {
     TestPeer::MaxThresholdDistance(classification) = greatest;
     for (const auto& [distance, expected] : farByDistance) {
-      TestPeer::NodeToDistance(classification)[node] = distance;
+      TestPeer::NodeToDistance(classification).Set(*node, distance);
       bool isFar = !expected;
       EXPECT_EQ(classification.CheckDistanceTo(*node, isFar), StatusSuccess);
       EXPECT_EQ(isFar, expected) << distance << " hops, greatest " << greatest;

@@ -126,8 +126,8 @@ TEST_F(CrossLinksTest, OnlyCablesToOtherRootsAreARootsIllegalLinks) {
   AddRootsAndLeaves(2, {{0, 1}});
   fabric.Host("host").Cable("root0", "host");
   fabric.Link("root0", 40, "root1", 40, /*symmetric=*/false).Link("root0", 41, "root1", 41);
-  RankFromRoots(2);
   std::swap(fabric["root0"]->ports[0], fabric["root0"]->ports[41]);  // the management port
+  RankFromRoots(2);
   FTUpHopHistogram histogram(Topology(), 0);
   histogram.CheckRootSwitchConnections(*fabric["root0"]);
   EXPECT_THAT(Issues(histogram), IsEmpty());
@@ -407,10 +407,10 @@ TEST_F(CrossLinksTest, OnlyTreeLinksOfTheLowerSwitchAreItsCrossLinks) {
   fabric.Link("leaf0", 10, "root0", 10, /*symmetric=*/false).Link("leaf0", 64, "root0", 64);
   MakeFnmPort("leaf0", 7);
   MakeFnmPort("root0", 8);
+  std::swap(fabric["leaf0"]->ports[0], fabric["leaf0"]->ports[9]);  // the management port
   RankFromRoots(1);
   FTUpHopHistogram histogram(Topology(), 0);
   ASSERT_EQ(histogram.Init(), 0);
-  std::swap(fabric["leaf0"]->ports[0], fabric["leaf0"]->ports[9]);  // the management port
   EXPECT_EQ(histogram.AddIllegalLinkIssues(0, {fabric["leaf0"]}), 0);
   EXPECT_THAT(Issues(histogram), ElementsAre("root0 port 1 rank 0 - leaf0 port 1 rank 1",
                                              "root0 port 8 rank 0 - leaf0 port 8 rank 1",

@@ -181,7 +181,7 @@ TEST_F(DumpTest, SwitchesAreShownByTheirNodeRecord) {
 // --- Ranks.
 
 TEST_F(DumpTest, AnEmptyRankHasItsLineOnly) {
-  TestPeer::Ranks(Topology()).resize(3);
+  TestPeer::SetRanks(Topology(), std::vector<NodeSet>(3));
   EXPECT_EQ(Topology().DumpNodesToStream(), 0);
   EXPECT_EQ(TakeOutput(),
             "\nrank: 0 (Roots)size: 0\n"
@@ -194,7 +194,7 @@ TEST_F(DumpTest, ANullSwitchOnARankEndsTheDumpWithAMessage) {
   fabric.Cable("root", "mid").Cable("mid", "leaf");
   RankFrom({"root"});
   ASSERT_EQ(Topology().CreateNeighborhoods(errors), 0);
-  TestPeer::Ranks(Topology())[1].insert(nullptr);
+  TestPeer::AddNullToRank(Topology(), 1);
   EXPECT_EQ(Topology().Dump(), 4);
   EXPECT_EQ(TakeOutput(),
             "\n\n"

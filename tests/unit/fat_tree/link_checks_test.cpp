@@ -55,7 +55,7 @@ class LinkChecksTest : public StageTest {
  private:
   void Join(NodeSet& nodes, const Counted& each) {
     nodes.insert(fabric[each.name]);
-    TestPeer::SwitchUpDownLinks(Topology())[fabric[each.name]] = each.links;
+    TestPeer::SwitchUpDownLinks(Topology()).Set(*fabric[each.name], each.links);
   }
 
   std::unique_ptr<FTNeighborhood> group_;
@@ -242,9 +242,9 @@ TEST_F(LinkChecksTest, SwitchesAreListedInModelOrderAndNotByGuid) {
   }
   FTNeighborhood group(&Topology(), 3, 1);
   for (const char* name : {"first", "second", "third", "full"}) {
-    TestPeer::SwitchUpDownLinks(Topology())[fabric[name]] = {0, 0};
+    TestPeer::SwitchUpDownLinks(Topology()).Set(*fabric[name], {0, 0});
   }
-  TestPeer::SwitchUpDownLinks(Topology())[fabric["full"]] = {1, 0};
+  TestPeer::SwitchUpDownLinks(Topology()).Set(*fabric["full"], {1, 0});
   group.CheckSetLinks(Nodes({"third", "full", "first", "second"}), 2, true, errors, out);
   EXPECT_EQ(TakeOutput(),
             "-E- Connectivity group 3: lines with different number of uplinks (expected  1 "

@@ -26,7 +26,7 @@ class RankAssignmentTest : public StageTest {
 
   // Says by hand that the switch was reached at that distance.
   void Place(const std::string& name, std::int32_t distance) {
-    TestPeer::NodeToDistance(Classification())[fabric[name]] = distance;
+    TestPeer::NodeToDistance(Classification()).Set(*fabric[name], distance);
     TestPeer::DistanceToNodes(Classification())[distance].push_back(fabric[name]);
   }
 

@@ -82,8 +82,8 @@ TEST_F(TopologyTest, IsEmptyWhenMade) {
   EXPECT_EQ(&topology.GetFabric(), &fabric.Build());
   EXPECT_TRUE(topology.GetRanks().empty());
   EXPECT_TRUE(topology.GetNeighborhoods().empty());
-  EXPECT_TRUE(TestPeer::SwitchUpDownLinks(topology).empty());
-  EXPECT_TRUE(TestPeer::ClassificationNodeData(topology).empty());
+  EXPECT_EQ(TestPeer::SwitchUpDownLinks(topology).Count(), 0U);
+  EXPECT_EQ(TestPeer::ClassificationNodeData(topology).Count(), 0U);
   EXPECT_EQ(topology.GetMinUpDownRatio(), 0.0);
   EXPECT_EQ(topology.GetUpHopMergePercent(), 55);
   EXPECT_EQ(topology.GetIssuesCount(), 0U);
@@ -429,7 +429,7 @@ TEST_F(TopologyTest, NodesBeyondTheLastRankAreAnError) {
 TEST_F(TopologyTest, NodeRankIsTheFirstRankThatHoldsTheSwitch) {
   fabric.Switch("a").Switch("b").Switch("c");
   EXPECT_EQ(Topology().GetNodeRank(fabric["a"]), -1);
-  TestPeer::Ranks(Topology()) = {Nodes({"b"}), Nodes({"a"}), Nodes({"a", "b"})};
+  TestPeer::SetRanks(Topology(), {Nodes({"b"}), Nodes({"a"}), Nodes({"a", "b"})});
   EXPECT_EQ(Topology().GetNodeRank(fabric["b"]), 0);
   EXPECT_EQ(Topology().GetNodeRank(fabric["a"]), 1);
   EXPECT_EQ(Topology().GetNodeRank(fabric["c"]), -1);
@@ -472,9 +472,9 @@ TEST_F(TopologyTest, ThePlanesNumberIsAskedOfTheFirstRoot) {
 
 TEST_F(TopologyTest, WithoutAFirstRootThePlanesNumberIsZero) {
   fabric.Switch("a");
-  TestPeer::Ranks(Topology()) = {NodeSet(), Nodes({"a"})};
+  TestPeer::SetRanks(Topology(), {NodeSet(), Nodes({"a"})});
   EXPECT_EQ(Topology().GetPlanesNumber(), 0);
-  TestPeer::Ranks(Topology()) = {NodeSet{nullptr, fabric["a"]}};
+  TestPeer::SetRanks(Topology(), {NodeSet{nullptr, fabric["a"]}});
   EXPECT_EQ(Topology().GetPlanesNumber(), 0);
 }
 
@@ -487,7 +487,7 @@ TEST_F(TopologyDeathTest, ThePlanesNumberBelongsToABuiltTree) {
 
 TEST_F(TopologyTest, ClassificationDataIsKnownForItsSwitchesOnly) {
   fabric.Switch("leaf").Switch("other");
-  TestPeer::ClassificationNodeData(Topology())[fabric["leaf"]] = {16, 4};
+  TestPeer::ClassificationNodeData(Topology()).Set(*fabric["leaf"], {16, 4});
   const FTClassification::NodeData* data = Topology().GetClassificationNodeData(fabric["leaf"]);
   ASSERT_NE(data, nullptr);
   EXPECT_EQ(data->caLinks, 16U);

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 #include <list>
+#include <map>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -56,9 +57,8 @@ TEST_F(UpHopHistogramTest, UpperSwitchesAreNumberedInModelOrder) {
   AddRootsAndLeaves(3, {});
   FTUpHopHistogram histogram(Topology(), 0);
   histogram.InitNodeToIndexConverters(Nodes({"root2", "root0", "root1"}));
-  EXPECT_THAT(
-      TestPeer::IndexToNode(histogram),
-      ElementsAre(Pair(0, fabric["root0"]), Pair(1, fabric["root1"]), Pair(2, fabric["root2"])));
+  EXPECT_THAT(TestPeer::IndexToNode(histogram),
+              ElementsAre(fabric["root0"], fabric["root1"], fabric["root2"]));
   for (std::uint64_t expected = 0; expected < 3; ++expected) {
     std::uint64_t index = 99;
     EXPECT_EQ(histogram.NodeToIndex(index, fabric["root" + std::to_string(expected)]), 0);
@@ -73,11 +73,14 @@ TEST_F(UpHopHistogramTest, NumberingAgainOverwrites) {
   FTUpHopHistogram histogram(Topology(), 0);
   histogram.InitNodeToIndexConverters(Nodes({"root0", "root1"}));
   histogram.InitNodeToIndexConverters(Nodes({"root1", "root2"}));
-  EXPECT_THAT(TestPeer::IndexToNode(histogram),
-              ElementsAre(Pair(0, fabric["root1"]), Pair(1, fabric["root2"])));
-  EXPECT_THAT(
-      TestPeer::NodeToIndex(histogram),
-      ElementsAre(Pair(fabric["root0"], 0), Pair(fabric["root1"], 0), Pair(fabric["root2"], 1)));
+  histogram.InitNodeToIndexConverters(Nodes({"root1"}));
+  EXPECT_THAT(TestPeer::IndexToNode(histogram), ElementsAre(fabric["root1"], fabric["root2"]));
+  for (const auto& [name, expected] :
+       std::map<std::string, std::uint64_t>{{"root0", 0}, {"root1", 0}, {"root2", 1}}) {
+    std::uint64_t index = 99;
+    EXPECT_EQ(histogram.NodeToIndex(index, fabric[name]), 0);
+    EXPECT_EQ(index, expected) << name;
+  }
 }
 
 TEST_F(UpHopHistogramTest, SwitchWithoutIndexIsNamedByItsGuid) {
@@ -187,9 +190,10 @@ TEST_F(UpHopHistogramTest, PairsWithACableAreConnectedAndNoOthers) {
   ASSERT_EQ(histogram.Init(), 0);
   const auto& pairs = TestPeer::ConnectedPairs(histogram);
   EXPECT_EQ(pairs.Size(), 3U);
-  EXPECT_TRUE(pairs.Contains(fabric["root0"], fabric["leaf0"]));
-  EXPECT_TRUE(pairs.Contains(fabric["root1"], fabric["leaf0"]));
-  EXPECT_TRUE(pairs.Contains(fabric["root1"], fabric["leaf1"]));
+  EXPECT_TRUE(pairs.Contains(*fabric["root0"], *fabric["leaf0"]));
+  EXPECT_TRUE(pairs.Contains(*fabric["root1"], *fabric["leaf0"]));
+  EXPECT_TRUE(pairs.Contains(*fabric["root1"], *fabric["leaf1"]));
+  EXPECT_FALSE(pairs.Contains(*fabric["root0"], *fabric["leaf1"]));
 }
 
 TEST_F(UpHopHistogramTest, OnlyCablesToTheUpperRankMakeASet) {
@@ -215,12 +219,12 @@ TEST_F(UpHopHistogramTest, OnlyCablesToTheUpperRankMakeASet) {
 TEST_F(UpHopHistogramTest, CableThatSkipsARankIsIgnored) {
   fabric.Switch("root0").Switch("mid0").Switch("leaf0");
   fabric.Cable("leaf0", "root0").Cable("leaf0", "mid0").Cable("mid0", "root0");
-  TestPeer::Ranks(Topology()) = {Nodes({"root0"}), Nodes({"mid0"}), Nodes({"leaf0"})};
+  TestPeer::SetRanks(Topology(), {Nodes({"root0"}), Nodes({"mid0"}), Nodes({"leaf0"})});
   FTUpHopHistogram histogram(Topology(), 1);
   ASSERT_EQ(histogram.Init(), 0);
   EXPECT_THAT(DownNodes(histogram), ElementsAre("leaf0"));
   EXPECT_EQ(TestPeer::ConnectedPairs(histogram).Size(), 1U);
-  EXPECT_TRUE(TestPeer::ConnectedPairs(histogram).Contains(fabric["mid0"], fabric["leaf0"]));
+  EXPECT_TRUE(TestPeer::ConnectedPairs(histogram).Contains(*fabric["mid0"], *fabric["leaf0"]));
   EXPECT_THAT(TestPeer::LinkIssues(histogram), IsEmpty());
 }
 
@@ -259,8 +263,8 @@ TEST_F(UpHopHistogramTest, LastPortOfALowerSwitchIsLookedAt) {
 
 TEST_F(UpHopHistogramTest, ManagementPortOfALowerSwitchIsNotLookedAt) {
   AddRootsAndLeaves(2, {{0, 1}});
-  RankFromRoots(2);
   std::swap(fabric["leaf0"]->ports[0], fabric["leaf0"]->ports[2]);
+  RankFromRoots(2);
   FTUpHopHistogram histogram(Topology(), 0);
   ASSERT_EQ(histogram.Init(), 0);
   EXPECT_THAT(Keys(histogram), ElementsAre("001"));
@@ -268,12 +272,12 @@ TEST_F(UpHopHistogramTest, ManagementPortOfALowerSwitchIsNotLookedAt) {
 
 TEST_F(UpHopHistogramTest, EmptyLowerRankHasNoSets) {
   AddRootsAndLeaves(2, {});
-  TestPeer::Ranks(Topology()) = {Nodes({"root0", "root1"}), {}};
+  TestPeer::SetRanks(Topology(), {Nodes({"root0", "root1"}), {}});
   FTUpHopHistogram histogram(Topology(), 0);
   ASSERT_EQ(histogram.Init(), 0);
   EXPECT_THAT(Keys(histogram), IsEmpty());
   EXPECT_EQ(TestPeer::BitSetSize(histogram), 2U);
-  EXPECT_EQ(TestPeer::NodeToIndex(histogram).size(), 2U);
+  EXPECT_EQ(TestPeer::IndexToNode(histogram).size(), 2U);
   EXPECT_EQ(TestPeer::MergeSets(histogram), 0);
 }
 
@@ -300,7 +304,7 @@ TEST_F(UpHopHistogramTest, LowerRankIsNotAskedForWhenTheUpperOneIsMissing) {
 TEST_F(UpHopHistogramTest, NullLowerSwitchFails) {
   AddRootsAndLeaves(1, {{0}});
   RankFromRoots(1);
-  TestPeer::Ranks(Topology())[1].insert(nullptr);
+  TestPeer::AddNullToRank(Topology(), 1);
   FTUpHopHistogram histogram(Topology(), 0);
   EXPECT_EQ(histogram.Init(), 4);
   EXPECT_EQ(histogram.GetErrorText(),
@@ -357,6 +361,7 @@ TEST_F(UpHopHistogramTest, SetInWordsNamesItsFirstLowerSwitchAndItsUpperSwitches
   histogram.InitNodeToIndexConverters(Nodes({"upper0", "upper1"}));
   // Index 2 has no switch, index 3 is beyond the rank.
   TestPeer::BitSetSize(histogram) = 3;
+  TestPeer::IndexToNode(histogram).resize(4);
   TestPeer::IndexToNode(histogram)[3] = fabric["lower0"];
   FTUpHopSet set = CountedSet({0, 1, 2, 3}, 10);
   set.downNodes = {fabric["lower1"], fabric["lower0"]};

@@ -269,7 +269,7 @@ TEST_F(ValidationTest, AFailureOnRankOneKeepsWhatRankZeroGave) {
   fabric.Switch("root0").Switch("root1").Switch("mid").Switch("leaf");
   fabric.Cable("root0", "root1").Cable("root0", "mid").Cable("root1", "mid").Cable("mid", "leaf");
   RankFrom({"root0", "root1"});
-  TestPeer::Ranks(Topology())[2].insert(nullptr);
+  TestPeer::AddNullToRank(Topology(), 2);
   EXPECT_EQ(Topology().Validate(errors, message), 4);
   EXPECT_EQ(message,
             "Cannot validate Fat-Tree topology. One of IBNodes is NULL."
@@ -286,7 +286,7 @@ TEST_F(ValidationTest, AStatusOfTheGroupingIsPassedUpUnchanged) {
   const std::vector<IBNode> upper(2049);
   NodeSet tooMany;
   for (const IBNode& node : upper) tooMany.insert(&node);
-  TestPeer::Ranks(Topology()) = {tooMany, Nodes({"switch"})};
+  TestPeer::SetRanks(Topology(), {tooMany, Nodes({"switch"})});
   EXPECT_EQ(Topology().Validate(errors, message), 9);
   EXPECT_EQ(message, "Cannot validate Fat-Tree topology. Bit-set is too short to story 2049bits");
 }
@@ -358,7 +358,7 @@ TEST_F(ValidationTest, EntriesWithoutGroupsHaveNothingToCheck) {
 TEST_F(ValidationTest, TheRatioIsCalculatedBeforeAnyGroupIsChecked) {
   fabric.Switch("root").Switch("leaf").Cable("root", "leaf");
   RankFrom({"root"});
-  TestPeer::Ranks(Topology())[0].insert(nullptr);
+  TestPeer::AddNullToRank(Topology(), 0);
   EXPECT_EQ(Topology().Validate(errors, message), 4);
   EXPECT_EQ(message,
             "Cannot validate Fat-Tree topology. "

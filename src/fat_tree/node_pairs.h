@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "fat_tree/node_table.h"
+
+namespace fabscope {
+
+// A set of unordered pairs of nodes, like PairsContainer, for two kinds of nodes with many pairs
+// between them: a bit for each.
+class NodePairs {
+ public:
+  NodePairs() = default;
+  // For at most that many different first nodes.
+  explicit NodePairs(std::size_t firsts) : rowWords_((firsts + wordBits - 1) / wordBits) {}
+
+  void Add(const IBNode& first, const IBNode& second);
+  bool Contains(const IBNode& a, const IBNode& b) const { return Test(a, b) || Test(b, a); }
+  std::size_t Size() const { return size_; }
+
+ private:
+  using Word = std::uint64_t;
+  static constexpr std::size_t wordBits = 64;
+  static constexpr std::uint32_t none = ~std::uint32_t{0};
+
+  bool Test(const IBNode& first, const IBNode& second) const {
+    const std::uint32_t column = columns_.Get(first);
+    const std::uint32_t row = rows_.Get(second);
+    if (column == none || row == none) return false;
+    return (words_[row * rowWords_ + column / wordBits] >> column % wordBits & 1U) != 0;
+  }
+
+  std::size_t rowWords_ = 0;
+  std::size_t size_ = 0;
+  std::uint32_t columnCount_ = 0;
+  NodeTable<std::uint32_t> columns_{none};  // of first nodes, in the order of their coming
+  NodeTable<std::uint32_t> rows_{none};     // of second nodes, likewise
+  std::vector<Word> words_;                 // row by row
+};
+
+}  // namespace fabscope

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "fabric/ib_node.h"
+
+namespace fabscope {
+
+// A value for some nodes of one fabric, found by the node's place in the model. A map would do, but
+// the stage looks a node up for every cable of a fabric, many times over.
+template <typename T>
+class NodeTable {
+ public:
+  // `none` stands for no value.
+  explicit NodeTable(T none) : none_(none) {}
+
+  // Makes room for a fabric of that many nodes at once; others find room as they come.
+  void Reserve(std::size_t nodeCount) {
+    if (values_.size() < nodeCount) values_.resize(nodeCount, none_);
+  }
+  void Set(std::uint32_t index, const T& value) {
+    Reserve(std::size_t{index} + 1);
+    values_[index] = value;
+  }
+  void Set(const IBNode& node, const T& value) { Set(node.index, value); }
+
+  const T& Get(std::uint32_t index) const {
+    return index < values_.size() ? values_[index] : none_;
+  }
+  const T& Get(const IBNode& node) const { return Get(node.index); }
+  bool Has(std::uint32_t index) const { return !(Get(index) == none_); }
+  bool Has(const IBNode& node) const { return Has(node.index); }
+  // How many nodes have a value. Looks at all of them.
+  std::size_t Count() const {
+    const auto without = std::count(values_.begin(), values_.end(), none_);
+    return values_.size() - static_cast<std::size_t>(without);
+  }
+
+ private:
+  T none_;
+  std::vector<T> values_;
+};
+
+}  // namespace fabscope
