@@ -15,10 +15,9 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <unordered_map>
+#include <vector>
 
 #include "check/root_names.h"
-#include "fabric/fabric_walk.h"
 
 namespace fabscope {
 namespace {
@@ -62,25 +61,21 @@ std::string AdviceOnAutomaticRoots(FTTopology& topology, const CheckOptions& opt
 // The ranks of a tree that was built, and what looks wrong with them.
 class RankDoubts {
  public:
-  explicit RankDoubts(const FTTopology& topology) : ranks_(topology.GetRanks()) {
-    for (std::size_t rank = 0; rank < ranks_.size(); ++rank) {
-      for (const IBNode* node : ranks_[rank]) rankOf_.emplace(node, rank);
-    }
-  }
-
-  bool IsRanked(const IBNode* node) const { return rankOf_.contains(node); }
+  explicit RankDoubts(const FTTopology& topology)
+      : ranks_(topology.GetRankedSwitches()), links_(topology.GetTreeLinks()) {}
 
   // The first doubt in words; empty when there is none.
   std::string Tell() const {
-    for (const IBNode* root : ranks_.front()) {
-      if (LeadsToHost(*root)) return root->name + " is a root but leads to hosts";
+    const std::vector<NodeSet>& sets = ranks_.Sets();
+    for (const IBNode* root : sets.front()) {
+      if (links_.HostCables(*root) != 0) return root->name + " is a root but leads to hosts";
       if (ReachesBeyond(*root, 1)) {
         return root->name + " is a root but has a cable to a switch of a rank below the next";
       }
     }
-    for (std::size_t rank = 1; rank + 1 < ranks_.size(); ++rank) {
-      for (const IBNode* node : ranks_[rank]) {
-        if (ReachesBeyond(*node, rank)) continue;
+    for (std::size_t rank = 1; rank + 1 < sets.size(); ++rank) {
+      for (const IBNode* node : sets[rank]) {
+        if (ReachesBeyond(*node, static_cast<int>(rank))) continue;
         return node->name + " is on rank " + std::to_string(rank) +
                " but has no cable to a switch of a rank below";
       }
@@ -89,16 +84,14 @@ class RankDoubts {
   }
 
  private:
-  bool ReachesBeyond(const IBNode& node, std::size_t rank) const {
-    const auto ports = GetTreePorts(node);
-    return std::any_of(ports.begin(), ports.end(), [&](const IBPort* port) {
-      const auto found = rankOf_.find(GetRemoteSwitch(port));
-      return found != rankOf_.end() && found->second > rank;
-    });
+  bool ReachesBeyond(const IBNode& node, int rank) const {
+    const auto links = links_.Of(node);
+    return std::any_of(links.begin(), links.end(),
+                       [&](const TreeLink& link) { return ranks_.RankOf(link.remote) > rank; });
   }
 
-  const std::vector<NodeSet>& ranks_;
-  std::unordered_map<const IBNode*, std::size_t> rankOf_;
+  const RankedSwitches& ranks_;
+  const TreeLinks& links_;
 };
 
 }  // namespace
@@ -119,11 +112,11 @@ std::string AdviceOnBuilding(FTTopology& topology, const CheckOptions& options) 
 std::string AdviceOnTree(const FTTopology& topology, const CheckOptions& options) {
   const IBFabric& fabric = topology.GetFabric();
   if (topology.GetRanks().empty()) return {};
-  const RankDoubts doubts(topology);
-  const std::string doubt = options.roots == RootsFrom::Auto ? doubts.Tell() : std::string();
+  const std::string doubt =
+      options.roots == RootsFrom::Auto ? RankDoubts(topology).Tell() : std::string();
   if (!doubt.empty()) return doubt + ": if the roots are wrong, " + NameTheRoots(fabric);
 
-  const auto isLeftOut = [&](const IBNode* node) { return !doubts.IsRanked(node); };
+  const auto isLeftOut = [&](const IBNode* node) { return topology.GetNodeRank(node) < 0; };
   const auto first = std::find_if(fabric.switches.begin(), fabric.switches.end(), isLeftOut);
   if (first == fabric.switches.end()) return {};
   const auto count = std::count_if(first, fabric.switches.end(), isLeftOut);

@@ -135,6 +135,7 @@ void CheckRun::Dump() {
 }
 
 void CheckRun::Collect() {
+  result_.records.reserve(records_.size());
   for (FabricErrGeneral* record : records_) result_.records.emplace_back(record);
   result_.issuesCount = result_.topology->GetIssuesCount();
 }

@@ -45,6 +45,15 @@ NameForm FormOf(const std::string& name) {
   return form;
 }
 
+// Whether one of the switch's cables leads to a host: a channel adapter that is no special node.
+bool LeadsToHost(const IBNode& node) {
+  const auto ports = GetTreePorts(node);
+  return std::any_of(ports.begin(), ports.end(), [](const IBPort* port) {
+    const IBNode* remote = GetLinkedNode(port);
+    return remote != nullptr && remote->nodeType == NodeTypeCA && !remote->isSpecialNode();
+  });
+}
+
 // How far a switch is from the nearest that leads to a host, in hops; only switches that can be
 // reached from one.
 std::unordered_map<const IBNode*, std::size_t> DistancesFromHosts(const IBFabric& fabric) {
@@ -116,14 +125,6 @@ std::string Quoted(const std::string& regex) {
 }
 
 }  // namespace
-
-bool LeadsToHost(const IBNode& node) {
-  const auto ports = GetTreePorts(node);
-  return std::any_of(ports.begin(), ports.end(), [](const IBPort* port) {
-    const IBNode* remote = GetLinkedNode(port);
-    return remote != nullptr && remote->nodeType == NodeTypeCA && !remote->isSpecialNode();
-  });
-}
 
 std::string NameTheRoots(const IBFabric& fabric) {
   const FormTable forms = FormsOf(fabric);

@@ -36,6 +36,7 @@ int FTNeighborhood::CheckInternalAPorts(std::ostream& stream) {
                 << GroupLabel(IsNeighborhood(), id) << ". One of its IB-Nodes is NULL";
       return StatusLookupFailed;
     }
+    if (!topology->GetTreeLinks().HasPlanePorts(*spine)) continue;
     for (const IBPort* port : GetTreePorts(*spine)) {
       if (!IsEligible(port) || !lines.contains(port->remotePort->node)) continue;
       for (const APort* aport : {port->aport, port->remotePort->aport}) {
@@ -61,6 +62,7 @@ int FTNeighborhood::CheckExternalAPorts(std::ostream& stream) {
                 << ". One of its IB-Nodes is NULL";
       return StatusLookupFailed;
     }
+    if (!topology->GetTreeLinks().HasPlanePorts(*line)) continue;
     std::set<const APort*> counted;
     for (const IBPort* port : GetTreePorts(*line)) {
       if (!IsEligible(port) || port->remotePort->node->nodeType != NodeTypeCA) continue;

@@ -59,9 +59,8 @@ std::vector<std::int32_t> FTUpHopHistogram::GreatestCounts() const {
   std::vector<std::int32_t> greatest(MaxUpperSwitches);
   for (const auto& [key, set] : upHopSets) {
     set.upSet.ForEach(MaxUpperSwitches, [&, &counts = set.encounteredMap](std::size_t index) {
-      const auto found = counts.find(index);
-      greatest[index] =
-          std::max(greatest[index], found == counts.end() ? uncounted : found->second);
+      const std::int32_t* count = counts.Find(index);
+      greatest[index] = std::max(greatest[index], count == nullptr ? uncounted : *count);
     });
   }
   return greatest;

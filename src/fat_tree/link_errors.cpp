@@ -1,5 +1,8 @@
 #include "fat_tree/link_errors.h"
 
+#include <cstddef>
+#include <string_view>
+
 #include "fat_tree/group_label.h"
 #include "fat_tree/node_record.h"
 #include "platform/csv_desc.h"
@@ -22,10 +25,22 @@ std::string EndText(const IBNode* node, std::uint8_t port) {
 }  // namespace
 
 FTMissingLinkError::FTMissingLinkError(std::uint64_t id, const FTLinkIssue& issue,
-                                       bool isNeighborhood) {
-  description = GroupTitle(isNeighborhood) + std::to_string(id) +
-                ": missing link between switches (" + GetNodeRecord(issue.node1) + ") and (" +
-                GetNodeRecord(issue.node2) + ")";
+                                       bool isNeighborhood)
+    : FTMissingLinkError(id, GetNodeRecord(issue.node1), GetNodeRecord(issue.node2),
+                         isNeighborhood) {}
+
+FTMissingLinkError::FTMissingLinkError(std::uint64_t id, const std::string& spine,
+                                       const std::string& line, bool isNeighborhood) {
+  const std::string number = std::to_string(id);
+  const std::string_view title = GroupTitle(isNeighborhood);
+  const std::string_view pieces[] = {
+      title, number, ": missing link between switches (", spine, ") and (", line, ")"};
+  // As much room as it takes, and no more.
+  std::size_t length = 0;
+  for (const std::string_view piece : pieces) length += piece.size();
+  description.clear();
+  description.reserve(length);
+  for (const std::string_view piece : pieces) description += piece;
 }
 
 std::string FTMissingLinkError::GetCSVErrorLine() { return CsvLine(missingLinkEvent, description); }

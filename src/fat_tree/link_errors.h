@@ -24,6 +24,10 @@ struct FTLinkIssue {
 class FTMissingLinkError final : public FabricErrGeneral {
  public:
   FTMissingLinkError(std::uint64_t id, const FTLinkIssue& issue, bool isNeighborhood);
+  // The same with the switches' node records: a group can miss millions of links among few
+  // switches.
+  FTMissingLinkError(std::uint64_t id, const std::string& spine, const std::string& line,
+                     bool isNeighborhood);
   ~FTMissingLinkError() override = default;
   std::string GetCSVErrorLine() override;
   std::string GetErrorLine() override;

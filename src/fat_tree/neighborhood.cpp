@@ -15,6 +15,8 @@
 #include "fabric/guid.h"
 #include "fat_tree/group_label.h"
 #include "fat_tree/link_errors.h"
+#include "fat_tree/node_record.h"
+#include "fat_tree/node_table.h"
 #include "fat_tree/status.h"
 #include "fat_tree/topology.h"
 #include "fat_tree/up_hop_histogram.h"
@@ -26,6 +28,29 @@ std::uint64_t neighborhoodId = 0;
 std::uint64_t groupId = 0;
 
 std::uint64_t NextId(bool isNeighborhood) { return isNeighborhood ? neighborhoodId++ : groupId++; }
+
+std::vector<std::string> RecordsOf(const NodeSet& nodes) {
+  std::vector<std::string> records;
+  records.reserve(nodes.size());
+  for (const IBNode* node : nodes) {
+    if (node == nullptr) break;
+    records.push_back(GetNodeRecord(node));
+  }
+  return records;
+}
+
+// The first group that holds a node.
+NodeTable<const FTNeighborhood*> GroupsByNode(const std::vector<FTNeighborhood*>& groups) {
+  NodeTable<const FTNeighborhood*> table(nullptr);
+  for (auto group = groups.rbegin(); group != groups.rend(); ++group) {
+    for (const NodeSet* nodes : {&(*group)->GetSpines(), &(*group)->GetLines()}) {
+      for (const IBNode* node : *nodes) {
+        if (node != nullptr) table.Set(*node, *group);
+      }
+    }
+  }
+  return table;
+}
 
 // Groups that nobody has taken over yet.
 struct OwnedGroups {
@@ -81,11 +106,17 @@ int FTUpHopHistogram::SetsToNeighborhoods(std::vector<FabricErrGeneral*>& errors
 
 int FTUpHopHistogram::InvalidLinksReport(std::vector<FabricErrGeneral*>& errors,
                                          const std::vector<FTNeighborhood*>& neighborhoods) {
+  if (linkIssues.empty()) return StatusSuccess;
   const bool isNeighborhood = topology.IsLastRankNeighborhood(rank);
+  const NodeTable<const FTNeighborhood*> groups = GroupsByNode(neighborhoods);
+  // A switch of no group is told by the search for it.
+  const auto groupOf = [&](const IBNode* node) {
+    return groups.Has(*node) ? groups.Get(*node) : FindNeighborhood(neighborhoods, node);
+  };
   for (const FTLinkIssue& issue : linkIssues) {
-    const FTNeighborhood* group1 = FindNeighborhood(neighborhoods, issue.node1);
+    const FTNeighborhood* group1 = groupOf(issue.node1);
     if (group1 == nullptr) return StatusLookupFailed;
-    const FTNeighborhood* group2 = FindNeighborhood(neighborhoods, issue.node2);
+    const FTNeighborhood* group2 = groupOf(issue.node2);
     if (group2 == nullptr) return StatusLookupFailed;
     errors.push_back(
         new FTInvalidLinkError(group1->GetId(), group2->GetId(), issue, isNeighborhood));
@@ -111,19 +142,24 @@ void FTNeighborhood::AddNodes(const std::list<const IBNode*>& nodes, bool toSpin
 
 int FTNeighborhood::MissingLinksReport(std::vector<FabricErrGeneral*>& errors,
                                        const NodePairs& connectedPairs) const {
-  constexpr std::uint64_t noRank = ~std::uint64_t{0};
   const bool isNeighborhood = IsNeighborhood();
+  std::vector<std::string> lineRecords;  // made when the first link is missing
   for (const IBNode* spine : spines) {
     if (spine == nullptr) return StatusSuccess;
     const bool isAlsoLine = lines.contains(spine);
+    std::string spineRecord;
+    std::size_t place = 0;
     for (const IBNode* line : lines) {
       if (line == nullptr) return StatusSuccess;
+      const std::size_t linePlace = place++;
       if (line == spine) continue;
       // Only where spines and lines share switches is a pair met a second time, turned round.
       const bool wasVisited = isAlsoLine && std::less<>()(line, spine) && spines.contains(line);
       if (wasVisited || connectedPairs.Contains(*spine, *line)) continue;
-      const FTLinkIssue issue{spine, 0, noRank, line, 0, noRank};
-      errors.push_back(new FTMissingLinkError(id, issue, isNeighborhood));
+      if (lineRecords.empty()) lineRecords = RecordsOf(lines);
+      if (spineRecord.empty()) spineRecord = GetNodeRecord(spine);
+      errors.push_back(
+          new FTMissingLinkError(id, spineRecord, lineRecords[linePlace], isNeighborhood));
     }
   }
   return StatusSuccess;

@@ -4,6 +4,7 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 namespace fabscope {
 
@@ -65,6 +66,9 @@ class UpHopBits {
   UpHopBits United(const UpHopBits& other) const {
     return Combined(other, MaxUpperSwitches, [](Word a, Word b) { return a | b; });
   }
+
+  // The indices below `length` as '0' and '1', the highest first.
+  std::string ToText(std::size_t length) const;
 
   friend bool operator==(const UpHopBits&, const UpHopBits&) = default;
 

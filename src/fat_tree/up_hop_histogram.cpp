@@ -18,6 +18,7 @@
 #include "fat_tree/up_hop_histogram.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "fabric/guid.h"
 #include "fat_tree/status.h"
@@ -27,19 +28,30 @@
 namespace fabscope {
 
 void FTUpHopSet::InitEncounteredMap(std::size_t size) {
+  encounteredMap.Reserve(upSet.count());
   upSet.ForEach(size, [this](std::size_t i) { encounteredMap[i] = encountered; });
 }
 
 void FTUpHopSet::Merge(const FTUpHopSet& other, std::size_t size) {
+  UpHopCounts counts;
+  counts.Reserve(upSet.count() + other.upSet.count());
+  auto own = encounteredMap.begin();
+  auto taken = other.encounteredMap.begin();
   other.upSet.ForEach(size, [&](std::size_t i) {
-    const auto counted = other.encounteredMap.find(i);
-    const std::int32_t count = counted == other.encounteredMap.end() ? 0 : counted->second;
-    if (upSet.test(i)) {
-      encounteredMap[i] += count;
-    } else {
-      encounteredMap[i] = count;
+    for (; own != encounteredMap.end() && own->first < i; ++own) {
+      counts.Append(own->first, own->second);
     }
+    while (taken != other.encounteredMap.end() && taken->first < i) ++taken;
+    const bool isTaken = taken != other.encounteredMap.end() && taken->first == i;
+    std::int32_t count = isTaken ? taken->second : 0;
+    if (own != encounteredMap.end() && own->first == i) {
+      if (upSet.test(i)) count += own->second;
+      ++own;
+    }
+    counts.Append(static_cast<std::uint32_t>(i), count);
   });
+  for (; own != encounteredMap.end(); ++own) counts.Append(own->first, own->second);
+  encounteredMap = std::move(counts);
   upSet = upSet.United(other.upSet);
   AddDownNodes(other);
 }
@@ -54,13 +66,13 @@ void FTUpHopSet::AddDownNodes(const FTUpHopSet& other) {
 
 int FTUpHopSet::TakeOutUpNode(std::uint64_t index) {
   upSet.reset(index);
-  return encounteredMap.erase(index) != 0 ? StatusSuccess : StatusLookupFailed;
+  return encounteredMap.Erase(index) ? StatusSuccess : StatusLookupFailed;
 }
 
 int FTUpHopSet::GetNodeEncountered(std::uint64_t index, std::int32_t& count) const {
-  const auto found = encounteredMap.find(index);
-  if (found == encounteredMap.end()) return StatusLookupFailed;
-  count = found->second;
+  const std::int32_t* found = encounteredMap.Find(index);
+  if (found == nullptr) return StatusLookupFailed;
+  count = *found;
   return StatusSuccess;
 }
 
@@ -165,11 +177,7 @@ std::string FTUpHopHistogram::GetHashCode(const UpHopBits& bits) const {
   // One character more than there are upper switches, unless the set is full: the leading '0' is
   // part of the keys' form.
   const std::size_t length = bitSetSize < MaxUpperSwitches ? bitSetSize + 1 : MaxUpperSwitches;
-  std::string key(length, '0');
-  for (std::size_t i = 0; i < length; ++i) {
-    if (bits.test(i)) key[length - 1 - i] = '1';
-  }
-  return key;
+  return bits.ToText(length);
 }
 
 int FTUpHopHistogram::TryMergeTwoSets(FTUpHopSet& set, FTUpHopSet& target, bool& merged) {

@@ -14,6 +14,7 @@
 #include "fat_tree/node_set.h"
 #include "fat_tree/node_table.h"
 #include "fat_tree/up_hop_bits.h"
+#include "fat_tree/up_hop_counts.h"
 
 namespace fabscope {
 
@@ -26,7 +27,7 @@ struct FTUpHopSet {
   UpHopBits upSet;
   std::list<const IBNode*> downNodes;  // in the order of joining, merged ones behind
   // For each upper switch of the set, how many lower switches of the set reach it.
-  std::map<std::uint64_t, std::int32_t> encounteredMap;
+  UpHopCounts encounteredMap;
 
   // `size` is the number of upper switches of the rank; bits from there on are not looked at.
   void InitEncounteredMap(std::size_t size);

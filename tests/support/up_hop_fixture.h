@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <initializer_list>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "fat_tree/up_hop_histogram.h"
@@ -17,6 +18,12 @@ inline UpHopBits Bits(Indices indices) {
   UpHopBits bits;
   for (const std::size_t index : indices) bits.set(index);
   return bits;
+}
+
+inline UpHopCounts Counts(std::initializer_list<std::pair<std::size_t, std::int32_t>> entries) {
+  UpHopCounts counts;
+  for (const auto& [index, count] : entries) counts[index] = count;
+  return counts;
 }
 
 // A set as filling leaves it and with its switches counted.

@@ -265,7 +265,7 @@ TEST_F(CrossLinksTest, UpperSwitchReachedMoreThanTwiceAsOftenFromAnotherSetIsTak
   FTUpHopHistogram histogram(Topology(), 0);
   CheckAllSets(histogram);
   EXPECT_EQ(TestPeer::UpHopSets(histogram)["011100"].upSet, Bits({3, 4}));
-  EXPECT_EQ(TestPeer::UpHopSets(histogram)["011100"].encounteredMap.count(2), 0U);
+  EXPECT_EQ(TestPeer::UpHopSets(histogram)["011100"].encounteredMap.Find(2), nullptr);
   EXPECT_EQ(TestPeer::UpHopSets(histogram)["000111"].upSet, Bits({0, 1, 2}));
   EXPECT_THAT(Issues(histogram), ElementsAre("root2 port 1 rank 0 - leaf0 port 1 rank 1"));
 }
@@ -473,10 +473,10 @@ TEST_F(CrossLinksTest, FailureToFindTheCablesEndsTheCheckWithTheSwitchTakenOut) 
   sets.clear();
   FTUpHopSet& set = sets["0011"];
   set.upSet = Bits({0, 1});
-  set.encounteredMap = {{0, 1}, {1, 1}};
+  set.encounteredMap = Counts({{0, 1}, {1, 1}});
   set.downNodes = {fabric["leaf0"]};
   sets["0111"].upSet = Bits({0, 1, 2});
-  sets["0111"].encounteredMap = {{0, 3}, {1, 3}, {2, 3}};
+  sets["0111"].encounteredMap = Counts({{0, 3}, {1, 3}, {2, 3}});
   EXPECT_EQ(histogram.CheckCrossLinks(set), 9);
   EXPECT_EQ(set.upSet, Bits({1}));
   EXPECT_EQ(histogram.GetErrorText(),
@@ -491,10 +491,10 @@ TEST_F(CrossLinksTest, SharedSwitchThatTheOtherSetDoesNotCountFails) {
   auto& sets = TestPeer::UpHopSets(histogram);
   FTUpHopSet& set = sets["0110"];
   set.upSet = Bits({1, 2});
-  set.encounteredMap = {{1, 1}, {2, 1}};
+  set.encounteredMap = Counts({{1, 1}, {2, 1}});
   FTUpHopSet& other = sets["0111"];
   other.upSet = Bits({0, 1, 2});
-  other.encounteredMap = {{0, 1}, {1, 1}};
+  other.encounteredMap = Counts({{0, 1}, {1, 1}});
   EXPECT_EQ(histogram.CheckCrossLinks(set), 4);
   std::ostringstream expected;
   expected << "Failed to get how many times a node with index: 2 was encountered. Up-Hop set ptr: "
@@ -514,7 +514,7 @@ TEST_F(CrossLinksTest, SharedSwitchThatTheSetItselfDoesNotCountFailsWhateverTheO
     set.upSet = Bits({1, 2});
     FTUpHopSet& other = sets["0111"];
     other.upSet = Bits({0, 1, 2});
-    if (otherCounts) other.encounteredMap = {{0, 1}, {1, 1}, {2, 1}};
+    if (otherCounts) other.encounteredMap = Counts({{0, 1}, {1, 1}, {2, 1}});
     EXPECT_EQ(histogram.CheckCrossLinks(set), 4);
     const std::string text = histogram.GetErrorText();
     EXPECT_EQ(text.substr(0, start.size()), start);

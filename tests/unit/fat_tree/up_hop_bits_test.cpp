@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <string>
 #include <vector>
 
 #include "support/up_hop_fixture.h"
@@ -48,6 +49,17 @@ TEST(UpHopBitsTest, CombinationsKnowTheirCounts) {
   EXPECT_EQ(a.Outside(b, MaxUpperSwitches), Bits({1, 100}));
   EXPECT_EQ(a.Outside(b, 100), Bits({1}));
   EXPECT_EQ(b.Outside(a, 2000), Bits({}));
+}
+
+TEST(UpHopBitsTest, AsTextHoldsEachIndexBelowTheLengthHighestFirst) {
+  const std::vector<std::size_t> indices{0, 1, 7, 8, 63, 64, 127, 130, 1999, 2000, 2047};
+  UpHopBits bits;
+  for (const std::size_t index : indices) bits.set(index);
+  for (const std::size_t length : {1, 2, 7, 8, 9, 63, 64, 65, 128, 131, 2000, 2001, 2047, 2048}) {
+    std::string expected;
+    for (std::size_t index = length; index-- > 0;) expected += bits.test(index) ? '1' : '0';
+    EXPECT_EQ(bits.ToText(length), expected) << length;
+  }
 }
 
 TEST(UpHopBitsTest, HasMoreOutsideThanALimitOnlyBelowTheSize) {
