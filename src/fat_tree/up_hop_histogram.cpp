@@ -13,7 +13,8 @@
 // lacks do not count, since a missing cable must not found a pod of its own.
 //
 // The pass visits each set once, in key order; a set that took in others is visited in its turn and
-// may carry them on. So it ends after at most n * n comparisons of n sets.
+// may carry them on. So it ends after at most n * n comparisons of n sets; an index of the sets
+// leaves out nearly all of these that come to nothing.
 
 #include "fat_tree/up_hop_histogram.h"
 
@@ -21,6 +22,7 @@
 #include <utility>
 
 #include "fabric/guid.h"
+#include "fat_tree/merge_index.h"
 #include "fat_tree/status.h"
 #include "fat_tree/topology.h"
 #include "platform/progress.h"
@@ -181,17 +183,21 @@ std::string FTUpHopHistogram::GetHashCode(const UpHopBits& bits) const {
 }
 
 int FTUpHopHistogram::TryMergeTwoSets(FTUpHopSet& set, FTUpHopSet& target, bool& merged) {
-  const std::int32_t limit = 100 - topology.GetUpHopMergePercent();
-  if (limit <= 0) return StatusSuccess;
-  // 100 * extra / size < limit, without dividing: extra <= (limit * size - 1) / 100. An empty
-  // target takes whatever comes.
-  const std::uint64_t size = target.upSet.count();
-  const std::uint64_t most = (static_cast<std::uint64_t>(limit) * size - 1) / 100;
-  if (size == 0 || !set.upSet.HasMoreOutside(target.upSet, bitSetSize, most)) {
+  if (topology.GetUpHopMergePercent() >= 100) return StatusSuccess;
+  if (!set.upSet.HasMoreOutside(target.upSet, bitSetSize, MostOutside(target))) {
     target.Merge(set, bitSetSize);
     merged = true;
   }
   return StatusSuccess;
+}
+
+std::size_t FTUpHopHistogram::MostOutside(const FTUpHopSet& target) const {
+  // An empty target takes whatever comes.
+  const std::size_t size = target.upSet.count();
+  if (size == 0) return MaxUpperSwitches;
+  // 100 * extra / size < limit, without dividing: extra <= (limit * size - 1) / 100.
+  const auto limit = static_cast<std::size_t>(100 - topology.GetUpHopMergePercent());
+  return std::min((limit * size - 1) / 100, MaxUpperSwitches);
 }
 
 int FTUpHopHistogram::TryMergeSet_2(FTUpHopSet& set, bool& merged) {
@@ -207,14 +213,28 @@ int FTUpHopHistogram::TryMergeSet_2(FTUpHopSet& set, bool& merged) {
 
 int FTUpHopHistogram::MergeSets() {
   for (auto& [key, set] : upHopSets) set.InitEncounteredMap(bitSetSize);
-  const std::size_t count = upHopSets.size();
-  std::size_t done = 0;
-  for (auto visited = upHopSets.begin(); visited != upHopSets.end();) {
-    ReportProgress("grouping switches", done++, count);
+  const bool mayMerge = topology.GetUpHopMergePercent() < 100;
+  // By number in key order; the index knows those that are still there.
+  std::vector<FTUpHopSet*> sets;
+  MergeIndex index(upHopSets.size(), bitSetSize);
+  for (auto& [key, set] : upHopSets) {
+    if (mayMerge) index.Add(sets.size(), set.upSet, MostOutside(set));
+    sets.push_back(&set);
+  }
+  auto visited = upHopSets.begin();
+  for (std::size_t number = 0; number < sets.size(); ++number) {
+    ReportProgress("grouping switches", number, sets.size());
+    FTUpHopSet& set = *sets[number];
+    int status = StatusSuccess;
     bool merged = false;
-    if (const int status = TryMergeSet_2(visited->second, merged); status != StatusSuccess) {
-      return status;
-    }
+    index.FindTargets(set.upSet, [&](std::size_t target) {
+      if (target == number) return false;
+      status = TryMergeTwoSets(set, *sets[target], merged);
+      if (merged) index.Add(target, sets[target]->upSet, MostOutside(*sets[target]));
+      return merged || status != StatusSuccess;
+    });
+    if (status != StatusSuccess) return status;
+    if (merged) index.Remove(number);
     visited = merged ? upHopSets.erase(visited) : std::next(visited);
   }
   return StatusSuccess;

@@ -63,6 +63,7 @@ class FTUpHopHistogram {
   std::string GetHashCode(const UpHopBits& bits) const;
 
   int TryMergeTwoSets(FTUpHopSet& set, FTUpHopSet& target, bool& merged);
+  // Into the first set that takes it; the pass over all sets finds that one through an index.
   int TryMergeSet_2(FTUpHopSet& set, bool& merged);
 
   // Faulty links (cross_links.cpp).
@@ -92,6 +93,8 @@ class FTUpHopHistogram {
 
   int AddLowerSwitch(const IBNode& node, std::vector<bool>& checkedRoots);
   int MergeSets();
+  // How many upper switches a set may have that the target has not, to merge into it.
+  std::size_t MostOutside(const FTUpHopSet& target) const;
 
   static constexpr std::uint32_t noIndex = ~std::uint32_t{0};
 

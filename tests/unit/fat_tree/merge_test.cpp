@@ -1,4 +1,7 @@
+#include <algorithm>
 #include <gmock/gmock.h>
+#include <iterator>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -9,6 +12,7 @@ namespace fabscope {
 namespace {
 
 using ::testing::ElementsAre;
+using ::testing::ElementsAreArray;
 using ::testing::Pair;
 
 class MergeTest : public UpHopTest {
@@ -25,6 +29,30 @@ class MergeTest : public UpHopTest {
     // Accepting and taking in are one thing.
     EXPECT_EQ(into.upSet, merged ? Bits(target).United(Bits(candidate)) : Bits(target));
     return merged;
+  }
+
+  // The pass as its rule reads.
+  static void MergeOneByOne(FTUpHopHistogram& histogram) {
+    auto& sets = TestPeer::UpHopSets(histogram);
+    for (auto& [key, set] : sets) set.InitEncounteredMap(TestPeer::BitSetSize(histogram));
+    for (auto visited = sets.begin(); visited != sets.end();) {
+      bool merged = false;
+      EXPECT_EQ(histogram.TryMergeSet_2(visited->second, merged), 0);
+      visited = merged ? sets.erase(visited) : std::next(visited);
+    }
+  }
+
+  static void Toggle(UpHopBits& bits, std::size_t index) {
+    if (bits.test(index)) {
+      bits.reset(index);
+    } else {
+      bits.set(index);
+    }
+  }
+  static UpHopBits RandomBits(std::mt19937& random, std::size_t size, std::size_t tries) {
+    UpHopBits bits;
+    for (; tries > 0; --tries) bits.set(random() % size);
+    return bits;
   }
 
   // The sets that are left when the pass is over.
@@ -224,6 +252,51 @@ TEST_F(MergeTest, SetIsVisitedOnlyOnce) {
   FTUpHopHistogram histogram(Topology(), 0);
   EXPECT_THAT(MergedDownNodes(histogram), ElementsAre("leaf0", "leaf2 leaf1"));
   EXPECT_TRUE(Merges(70, {2, 3}, {0, 1, 3, 4, 5}));
+}
+
+// More sets than the index asks at a time, of all sizes, near to each other and far.
+TEST_F(MergeTest, PassOverManySetsIsAsIfEachAskedAllOthersInTurn) {
+  constexpr std::size_t leaves = 150;
+  AddSwitches("leaf", leaves);
+  const std::vector<int> percentages{0, 30, 70, 90, 99, 100, 101};
+  std::mt19937 random(20240613);
+  std::size_t fewest = leaves;
+  std::size_t most = 0;
+  for (int round = 0; round < 60; ++round) {
+    SCOPED_TRACE(round);
+    const std::size_t roots = 1 + random() % 200;
+    FTTopology topology(&fabric.Build(), &out, percentages[random() % percentages.size()]);
+    FTUpHopHistogram atOnce(topology, 0);
+    FTUpHopHistogram oneByOne(topology, 0);
+    for (FTUpHopHistogram* histogram : {&atOnce, &oneByOne}) {
+      TestPeer::BitSetSize(*histogram) = roots;
+    }
+    UpHopBits base;
+    for (std::size_t leaf = 0; leaf < leaves; ++leaf) {
+      // Mostly the set before with a few changes; now and then a new one.
+      if (random() % 8 == 0) base = RandomBits(random, roots, random() % (roots + 1));
+      for (std::size_t change = random() % 4; change > 0; --change) Toggle(base, random() % roots);
+      for (FTUpHopHistogram* histogram : {&atOnce, &oneByOne}) {
+        FTUpHopSet& set = TestPeer::UpHopSets(*histogram)[histogram->GetHashCode(base)];
+        set.upSet = base;
+        ++set.encountered;
+        set.downNodes.push_back(fabric["leaf" + std::to_string(leaf)]);
+      }
+    }
+    ASSERT_EQ(TestPeer::MergeSets(atOnce), 0);
+    MergeOneByOne(oneByOne);
+    ASSERT_EQ(Keys(atOnce), Keys(oneByOne));
+    ASSERT_EQ(DownNodes(atOnce), DownNodes(oneByOne));
+    for (const auto& [key, set] : TestPeer::UpHopSets(atOnce)) {
+      const FTUpHopSet& expected = TestPeer::UpHopSets(oneByOne)[key];
+      ASSERT_EQ(set.upSet, expected.upSet);
+      ASSERT_THAT(set.encounteredMap, ElementsAreArray(expected.encounteredMap));
+    }
+    fewest = std::min(fewest, Keys(atOnce).size());
+    most = std::max(most, Keys(atOnce).size());
+  }
+  EXPECT_LT(fewest, 5U);
+  EXPECT_GT(most, 64U);
 }
 
 TEST_F(MergeTest, SetWithoutUpLinksGoesIntoTheFirstOther) {
