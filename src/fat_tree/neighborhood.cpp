@@ -11,6 +11,7 @@
 #include "fat_tree/neighborhood.h"
 
 #include <functional>
+#include <ranges>
 
 #include "fabric/guid.h"
 #include "fat_tree/group_label.h"
@@ -29,7 +30,7 @@ std::uint64_t groupId = 0;
 
 std::uint64_t NextId(bool isNeighborhood) { return isNeighborhood ? neighborhoodId++ : groupId++; }
 
-std::vector<std::string> RecordsOf(const NodeSet& nodes) {
+std::vector<std::string> RecordsOf(const std::vector<const IBNode*>& nodes) {
   std::vector<std::string> records;
   records.reserve(nodes.size());
   for (const IBNode* node : nodes) {
@@ -42,10 +43,10 @@ std::vector<std::string> RecordsOf(const NodeSet& nodes) {
 // The first group that holds a node.
 NodeTable<const FTNeighborhood*> GroupsByNode(const std::vector<FTNeighborhood*>& groups) {
   NodeTable<const FTNeighborhood*> table(nullptr);
-  for (auto group = groups.rbegin(); group != groups.rend(); ++group) {
-    for (const NodeSet* nodes : {&(*group)->GetSpines(), &(*group)->GetLines()}) {
+  for (const FTNeighborhood* group : groups | std::views::reverse) {
+    for (const NodeSet* nodes : {&group->GetSpines(), &group->GetLines()}) {
       for (const IBNode* node : *nodes) {
-        if (node != nullptr) table.Set(*node, *group);
+        if (node != nullptr) table.Set(*node, group);
       }
     }
   }
@@ -143,23 +144,22 @@ void FTNeighborhood::AddNodes(const std::list<const IBNode*>& nodes, bool toSpin
 int FTNeighborhood::MissingLinksReport(std::vector<FabricErrGeneral*>& errors,
                                        const NodePairs& connectedPairs) const {
   const bool isNeighborhood = IsNeighborhood();
+  const std::vector<const IBNode*> lineNodes(lines.begin(), lines.end());
   std::vector<std::string> lineRecords;  // made when the first link is missing
   for (const IBNode* spine : spines) {
     if (spine == nullptr) return StatusSuccess;
     const bool isAlsoLine = lines.contains(spine);
     std::string spineRecord;
-    std::size_t place = 0;
-    for (const IBNode* line : lines) {
+    for (std::size_t l = 0; l < lineNodes.size(); ++l) {
+      const IBNode* line = lineNodes[l];
       if (line == nullptr) return StatusSuccess;
-      const std::size_t linePlace = place++;
       if (line == spine) continue;
       // Only where spines and lines share switches is a pair met a second time, turned round.
       const bool wasVisited = isAlsoLine && std::less<>()(line, spine) && spines.contains(line);
       if (wasVisited || connectedPairs.Contains(*spine, *line)) continue;
-      if (lineRecords.empty()) lineRecords = RecordsOf(lines);
+      if (lineRecords.empty()) lineRecords = RecordsOf(lineNodes);
       if (spineRecord.empty()) spineRecord = GetNodeRecord(spine);
-      errors.push_back(
-          new FTMissingLinkError(id, spineRecord, lineRecords[linePlace], isNeighborhood));
+      errors.push_back(new FTMissingLinkError(id, spineRecord, lineRecords[l], isNeighborhood));
     }
   }
   return StatusSuccess;

@@ -18,8 +18,8 @@ bool ReachesAnother(const IBNode& node, const IBPort& port, NodeSet& countedHost
 
 TreeLinks::TreeLinks(const IBFabric& fabric) : cables_(fabric.GetNodes().size()) {
   links_.reserve(fabric.GetPorts().size());
-  for (const IBNode& node : fabric.GetNodes()) {
-    if (node.nodeType == NodeTypeSwitch) cables_[node.index] = Read(node);
+  for (const IBNode* node : fabric.switches) {
+    if (node != nullptr) cables_[node->index] = Read(*node);
   }
 }
 
