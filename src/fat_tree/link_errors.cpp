@@ -1,5 +1,6 @@
 #include "fat_tree/link_errors.h"
 
+#include <array>
 #include <cstddef>
 #include <string_view>
 
@@ -33,7 +34,7 @@ FTMissingLinkError::FTMissingLinkError(std::uint64_t id, const std::string& spin
                                        const std::string& line, bool isNeighborhood) {
   const std::string number = std::to_string(id);
   const std::string_view title = GroupTitle(isNeighborhood);
-  const std::string_view pieces[] = {
+  const std::array<std::string_view, 7> pieces{
       title, number, ": missing link between switches (", spine, ") and (", line, ")"};
   // As much room as it takes, and no more.
   std::size_t length = 0;
