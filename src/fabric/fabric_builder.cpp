@@ -41,7 +41,9 @@ FabricBuilder::Problem FabricBuilder::AddNode(NodeSpec spec) {
   node.multiAsic = spec.multiAsic;
   node.planesNumber = spec.planesNumber;
   node.suitablePlane = spec.suitablePlane;
-  node.planes = spec.planes ? std::move(*spec.planes) : std::vector{spec.suitablePlane};
+  if (spec.planes && *spec.planes != std::vector{spec.suitablePlane}) {
+    node.planes = std::move(spec.planes);
+  }
   node.flids = std::move(spec.flids);
   std::sort(node.flids.begin(), node.flids.end());
   node.flids.erase(std::unique(node.flids.begin(), node.flids.end()), node.flids.end());

@@ -2,13 +2,6 @@
 
 namespace fabscope {
 
-IBNode* GetLinkedNode(const IBPort* port) {
-  if (port == nullptr) return nullptr;
-  if (port->isFNMPort() || port->isFNM1Port()) return nullptr;
-  if (!port->isSymmetricLink()) return nullptr;
-  return port->get_remote_node();
-}
-
 IBNode* GetRemoteSwitch(const IBPort* port) {
   IBNode* remote = GetLinkedNode(port);
   return remote != nullptr && remote->nodeType == NodeTypeSwitch ? remote : nullptr;

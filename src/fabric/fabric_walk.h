@@ -19,7 +19,10 @@ inline std::span<IBPort* const> GetTreePorts(const IBNode& node) {
 
 // The node at the other end of a port whose link counts, else null: ports of the two FNM kinds and
 // asymmetric links carry neither hosts nor tree links. A null port has no far end.
-IBNode* GetLinkedNode(const IBPort* port);
+inline IBNode* GetLinkedNode(const IBPort* port) {
+  if (port == nullptr || port->isFNMPort() || port->isFNM1Port()) return nullptr;
+  return port->isSymmetricLink() ? port->get_remote_node() : nullptr;
+}
 
 // The same for tree links, whose far end is a switch.
 IBNode* GetRemoteSwitch(const IBPort* port);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -33,7 +34,8 @@ class IBNode {
   bool multiAsic = false;
   std::int32_t planesNumber = 1;
   std::int32_t suitablePlane = 1;
-  std::vector<std::int32_t> planes;  // the planes the node belongs to
+  // The planes the node belongs to, where it is not the suitable plane alone.
+  std::optional<std::vector<std::int32_t>> planes;
   std::vector<std::uint16_t> flids;  // ascending, each once
   std::string name;
   std::string displayName;
@@ -49,7 +51,11 @@ class IBNode {
   std::int32_t getPlanesNumber() const { return planesNumber; }
   std::int32_t getSuitablePlane() const { return suitablePlane; }
   bool isOnSamePlane(std::int32_t plane) const {
-    return std::find(planes.begin(), planes.end(), plane) != planes.end();
+    if (!planes) return plane == suitablePlane;
+    return std::find(planes->begin(), planes->end(), plane) != planes->end();
+  }
+  std::vector<std::int32_t> GetPlanes() const {
+    return planes.value_or(std::vector{suitablePlane});
   }
   const std::string& getAlternativeName() const { return displayName; }
 };

@@ -75,7 +75,7 @@ void AppendNode(std::string& json, const IBNode& node) {
   if (!node.asic.empty()) members.Text("asic", node.asic);
   if (node.planesNumber != 1) members.Number("planesNumber", node.planesNumber);
   if (node.suitablePlane != 1) members.Number("suitablePlane", node.suitablePlane);
-  if (node.planes != std::vector{node.suitablePlane}) members.NumberArray("planes", node.planes);
+  if (node.planes) members.NumberArray("planes", *node.planes);
   if (!node.flids.empty()) members.NumberArray("flids", node.flids);
   AppendPorts(members, node);
 }

@@ -79,9 +79,7 @@ constexpr std::array<Attribute<IBNode>, 17> nodeAttributes{{
     {others, "ASIC", [](const IBNode& node) { return !node.asic.empty(); }},
     {others, "number of planes", [](const IBNode& node) { return node.planesNumber != 1; }},
     {others, "planes",
-     [](const IBNode& node) {
-       return node.suitablePlane != 1 || node.planes != std::vector<std::int32_t>{1};
-     }},
+     [](const IBNode& node) { return node.suitablePlane != 1 || node.planes.has_value(); }},
     {others, "FLIDs", [](const IBNode& node) { return !node.flids.empty(); }},
 }};
 

@@ -25,7 +25,7 @@ void Write(std::ostream& text, const IBNode& node) {
        << ' ' << int{node.smdbRank} << ' ' << int{node.numPorts} << ' ' << node.special
        << node.multiAsic << ' ' << node.planesNumber << ' ' << node.suitablePlane << " '"
        << node.name << "' '" << node.displayName << "' '" << node.asic << "' planes";
-  for (const int plane : node.planes) text << ' ' << plane;
+  for (const int plane : node.GetPlanes()) text << ' ' << plane;
   text << " flids";
   for (const int flid : node.flids) text << ' ' << flid;
   text << " ports " << node.ports.data();

@@ -63,7 +63,7 @@ TEST_F(FabricBuilderTest, AbsentValuesOfANodeFollowAnother) {
   const IBNode* node = fabric->getNodeByGuid(9);
   EXPECT_EQ(node->systemGuid, 9U);
   EXPECT_EQ(node->displayName, "leaf");
-  EXPECT_THAT(node->planes, ElementsAre(3));
+  EXPECT_THAT(node->GetPlanes(), ElementsAre(3));
 }
 
 TEST_F(FabricBuilderTest, GivenValuesOfANodeStand) {
@@ -78,7 +78,7 @@ TEST_F(FabricBuilderTest, GivenValuesOfANodeStand) {
   const IBNode* node = fabric->getNodeByGuid(9);
   EXPECT_EQ(node->systemGuid, 0U);
   EXPECT_EQ(node->displayName, "");
-  EXPECT_THAT(node->planes, IsEmpty());
+  EXPECT_THAT(node->GetPlanes(), IsEmpty());
   EXPECT_THAT(node->flids, ElementsAre(1, 5));
 }
 

@@ -100,7 +100,7 @@ TEST_F(FabricDocumentTest, ANodeNeedsFourKeysOnly) {
   EXPECT_EQ(node.getVortaSwitchASIC(), "");
   EXPECT_EQ(node.getPlanesNumber(), 1);
   EXPECT_EQ(node.getSuitablePlane(), 1);
-  EXPECT_THAT(node.planes, ElementsAre(1));
+  EXPECT_THAT(node.GetPlanes(), ElementsAre(1));
   EXPECT_THAT(node.flids, IsEmpty());
   EXPECT_EQ(node.getPort(1), nullptr);
 }
@@ -151,7 +151,7 @@ TEST_F(FabricDocumentTest, SmallestValues) {
   EXPECT_EQ(Node(1).smdbRank, 0);
   EXPECT_EQ(Node(1).planesNumber, leastInt);
   EXPECT_EQ(Node(1).suitablePlane, leastInt);
-  EXPECT_THAT(Node(1).planes, ElementsAre(leastInt));
+  EXPECT_THAT(Node(1).GetPlanes(), ElementsAre(leastInt));
   EXPECT_THAT(Node(1).flids, ElementsAre(0));
   EXPECT_EQ(Port(1, 1).state, 0U);
   EXPECT_EQ(Port(1, 1).speed, 0U);
@@ -174,7 +174,7 @@ TEST_F(FabricDocumentTest, GreatestValues) {
   EXPECT_EQ(Node(1).smdbRank, 255);
   EXPECT_EQ(Node(1).planesNumber, greatestInt);
   EXPECT_EQ(Node(1).suitablePlane, greatestInt);
-  EXPECT_THAT(Node(1).planes, ElementsAre(greatestInt, leastInt));
+  EXPECT_THAT(Node(1).GetPlanes(), ElementsAre(greatestInt, leastInt));
   EXPECT_THAT(Node(1).flids, ElementsAre(65535));
   EXPECT_EQ(Port(1, 255).state, 0xffffffffU);
   EXPECT_EQ(Port(1, 255).speed, 0xffffffffU);
@@ -186,8 +186,8 @@ TEST_F(FabricDocumentTest, GreatestValues) {
 TEST_F(FabricDocumentTest, PlanesFollowTheSuitablePlaneWhereverItStands) {
   Load(Document(Switch("0x1", R"(, "suitablePlane": 3)") + "," +
                 Switch("0x2", R"(, "planes": [], "suitablePlane": 3)")));
-  EXPECT_THAT(Node(1).planes, ElementsAre(3));
-  EXPECT_THAT(Node(2).planes, IsEmpty());
+  EXPECT_THAT(Node(1).GetPlanes(), ElementsAre(3));
+  EXPECT_THAT(Node(2).GetPlanes(), IsEmpty());
 }
 
 TEST_F(FabricDocumentTest, FlidsAreASet) {
@@ -389,7 +389,7 @@ std::string Snapshot(const IBFabric& fabric) {
     text << node.guid << ' ' << node.systemGuid << " type " << node.nodeType << " rank "
          << int{node.smdbRank} << " ports " << int{node.numPorts} << ' ' << node.special
          << node.multiAsic << " planes " << node.planesNumber << ' ' << node.suitablePlane << ':'
-         << ::testing::PrintToString(node.planes) << " flids "
+         << ::testing::PrintToString(node.GetPlanes()) << " flids "
          << ::testing::PrintToString(node.flids) << ' ' << node.name << '|' << node.displayName
          << '|' << node.asic << '\n';
   }

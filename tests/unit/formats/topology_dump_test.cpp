@@ -514,7 +514,7 @@ TEST_F(TopologyDumpTest, WhatADumpDoesNotTellTakesItsDefault) {
   EXPECT_EQ(leaf->asic, "");
   EXPECT_EQ(leaf->planesNumber, 1);
   EXPECT_EQ(leaf->suitablePlane, 1);
-  EXPECT_THAT(leaf->planes, ElementsAre(1));
+  EXPECT_THAT(leaf->GetPlanes(), ElementsAre(1));
   EXPECT_THAT(leaf->flids, IsEmpty());
   EXPECT_THAT(fabric->GetAPorts(), IsEmpty());
 

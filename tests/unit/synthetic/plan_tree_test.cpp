@@ -107,7 +107,7 @@ TEST(PlanTreeTest, TheChipsOfASystemAreOfTheMultiAsicFamilyEachOnItsPlane) {
     EXPECT_EQ(chip.getVortaSwitchASIC(), std::to_string(plane));
     EXPECT_EQ(chip.getPlanesNumber(), 2);
     EXPECT_EQ(chip.getSuitablePlane(), plane);
-    EXPECT_THAT(chip.planes, ElementsAre(plane));
+    EXPECT_THAT(chip.GetPlanes(), ElementsAre(plane));
     EXPECT_EQ(chip.systemGuid, nodes.at("spine02/U1")->guid);
   }
   EXPECT_NE(nodes.at("spine01/U1")->systemGuid, nodes.at("spine02/U1")->systemGuid);
