@@ -79,42 +79,44 @@ int FTUpHopHistogram::CheckCrossLinks(FTUpHopSet& set,
     const bool isCounted = set.GetNodeEncountered(index, own) == StatusSuccess;
     if (!isCounted || greatestCounts[index] > 2 * own) suspects.set(index);
   });
-  if (suspects.none()) return StatusSuccess;
 
-  const auto countFailed = [this](std::uint64_t index, const void* token) {
+  for (const auto& [key, other] : upHopSets) {
+    if (suspects.none()) return StatusSuccess;
+    if (&other == &set) continue;
+    int status = StatusSuccess;
+    suspects.ForEachCommon(other.upSet, [&, &reaching = other](std::size_t index) {
+      if (status == StatusSuccess) status = CheckCrossLink(set, reaching, index, suspects);
+    });
+    if (status != StatusSuccess) return status;
+  }
+  return StatusSuccess;
+}
+
+int FTUpHopHistogram::CheckCrossLink(FTUpHopSet& set, const FTUpHopSet& other, std::uint64_t index,
+                                     UpHopBits& suspects) {
+  const auto countFailed = [&](const void* token) {
     errStream << "Failed to get how many times a node with index: " << index
               << " was encountered. Up-Hop set ptr: " << token;
   };
-
-  for (const auto& [key, other] : upHopSets) {
-    if (&other == &set) continue;
-    const UpHopBits shared = suspects.Common(set.upSet).Common(other.upSet);
-    if (shared.none()) continue;
-    for (std::uint64_t index = 0; index < bitSetSize; ++index) {
-      if (!shared.test(index)) continue;
-      std::int32_t own = 0;
-      if (const int status = set.GetNodeEncountered(index, own); status != StatusSuccess) {
-        countFailed(index, &own);
-        return status;
-      }
-      std::int32_t others = 0;
-      if (const int status = other.GetNodeEncountered(index, others); status != StatusSuccess) {
-        countFailed(index, &other);
-        return status;
-      }
-      if (others <= 2 * own) continue;
-
-      if (const int status = set.TakeOutUpNode(index); status != StatusSuccess) {
-        errStream << "Failed to take out a node with index: " << index
-                  << ". Up-Hop set ptr: " << static_cast<const void*>(&set);
-        return status;
-      }
-      if (const int status = AddIllegalLinkIssues(index, set.downNodes); status != StatusSuccess) {
-        return status;
-      }
-    }
+  std::int32_t own = 0;
+  if (const int status = set.GetNodeEncountered(index, own); status != StatusSuccess) {
+    countFailed(&own);
+    return status;
   }
-  return StatusSuccess;
+  std::int32_t others = 0;
+  if (const int status = other.GetNodeEncountered(index, others); status != StatusSuccess) {
+    countFailed(&other);
+    return status;
+  }
+  if (others <= 2 * own) return StatusSuccess;
+
+  suspects.reset(index);
+  if (const int status = set.TakeOutUpNode(index); status != StatusSuccess) {
+    errStream << "Failed to take out a node with index: " << index
+              << ". Up-Hop set ptr: " << static_cast<const void*>(&set);
+    return status;
+  }
+  return AddIllegalLinkIssues(index, set.downNodes);
 }
 
 }  // namespace fabscope

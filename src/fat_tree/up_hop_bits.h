@@ -45,6 +45,16 @@ class UpHopBits {
     }
   }
 
+  // The same for every index that is in both sets. The visit may take its index out of this one.
+  template <typename Visit>
+  void ForEachCommon(const UpHopBits& other, Visit visit) const {
+    for (std::size_t w = 0; w < wordCount; ++w) {
+      for (Word rest = words_[w] & other.words_[w]; rest != 0; rest &= rest - 1) {
+        visit(w * wordBits + static_cast<std::size_t>(std::countr_zero(rest)));
+      }
+    }
+  }
+
   // Whether more than `limit` indices below `size` are in this set and not in `other`.
   bool HasMoreOutside(const UpHopBits& other, std::size_t size, std::size_t limit) const {
     std::size_t outside = 0;
@@ -56,10 +66,7 @@ class UpHopBits {
     return false;
   }
 
-  // Both sets' common indices; what this set has below `size` and `other` has not; the union.
-  UpHopBits Common(const UpHopBits& other) const {
-    return Combined(other, MaxUpperSwitches, [](Word a, Word b) { return a & b; });
-  }
+  // What this set has below `size` and `other` has not; the union.
   UpHopBits Outside(const UpHopBits& other, std::size_t size) const {
     return Combined(other, size, [](Word a, Word b) { return a & ~b; });
   }

@@ -92,6 +92,9 @@ class FTUpHopHistogram {
   friend struct TestPeer;
 
   int AddLowerSwitch(const IBNode& node, std::vector<bool>& checkedRoots);
+  // Takes an upper switch that both sets hold out of `set` and `suspects` where it is the other's.
+  int CheckCrossLink(FTUpHopSet& set, const FTUpHopSet& other, std::uint64_t index,
+                     UpHopBits& suspects);
   int MergeSets();
   // How many upper switches a set may have that the target has not, to merge into it.
   std::size_t MostOutside(const FTUpHopSet& target) const;

@@ -41,10 +41,20 @@ TEST(UpHopBitsTest, VisitsIndicesBelowASizeInAscendingOrder) {
   EXPECT_THAT(IndicesOf(bits, 0), IsEmpty());
 }
 
+TEST(UpHopBitsTest, VisitsIndicesOfBothSetsThatTheVisitMayTakeOut) {
+  UpHopBits bits = Bits({1, 5, 63, 64, 100, 2047});
+  std::vector<std::size_t> visited;
+  bits.ForEachCommon(Bits({0, 5, 63, 100, 101, 2047}), [&](std::size_t index) {
+    visited.push_back(index);
+    bits.reset(index);
+  });
+  EXPECT_THAT(visited, ElementsAre(5, 63, 100, 2047));
+  EXPECT_EQ(bits, Bits({1, 64}));
+}
+
 TEST(UpHopBitsTest, CombinationsKnowTheirCounts) {
   const UpHopBits a = Bits({1, 64, 100});
   const UpHopBits b = Bits({64, 2000});
-  EXPECT_EQ(a.Common(b), Bits({64}));
   EXPECT_EQ(a.United(b), Bits({1, 64, 100, 2000}));
   EXPECT_EQ(a.Outside(b, MaxUpperSwitches), Bits({1, 100}));
   EXPECT_EQ(a.Outside(b, 100), Bits({1}));
