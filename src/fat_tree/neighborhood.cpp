@@ -11,7 +11,6 @@
 #include "fat_tree/neighborhood.h"
 
 #include <functional>
-#include <ranges>
 
 #include "fabric/guid.h"
 #include "fat_tree/group_label.h"
@@ -43,10 +42,10 @@ std::vector<std::string> RecordsOf(const std::vector<const IBNode*>& nodes) {
 // The first group that holds a node.
 NodeTable<const FTNeighborhood*> GroupsByNode(const std::vector<FTNeighborhood*>& groups) {
   NodeTable<const FTNeighborhood*> table(nullptr);
-  for (const FTNeighborhood* group : groups | std::views::reverse) {
+  for (const FTNeighborhood* group : groups) {
     for (const NodeSet* nodes : {&group->GetSpines(), &group->GetLines()}) {
       for (const IBNode* node : *nodes) {
-        if (node != nullptr) table.Set(*node, group);
+        if (node != nullptr && !table.Has(*node)) table.Set(*node, group);
       }
     }
   }

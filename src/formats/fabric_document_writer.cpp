@@ -34,12 +34,14 @@ const IBPort& FirstEnd(const IBPort& port) { return IsFirstEnd(port) ? port : *p
 void AppendPort(std::string& json, const IBPort& port) {
   const bool linked = port.remotePort != nullptr;
   const std::uint32_t linkSpeed = linked ? FirstEnd(port).speed : 0;
-  const bool linkSymmetric = linked ? FirstEnd(port).symmetric : true;
+  const bool linkSymmetric = !linked || FirstEnd(port).isSymmetricLink();
   JsonMembers members(json, '{', '}');
   members.Number("num", port.num);
   if (port.state != (linked ? stateActive : stateDown)) members.Number("state", port.state);
   if (port.speed != linkSpeed) AppendSpeed(members, port.speed);
-  if (port.symmetric != linkSymmetric) members.Flag("symmetric", port.symmetric);
+  if (port.isSymmetricLink() != linkSymmetric) {
+    members.Flag("symmetric", port.isSymmetricLink());
+  }
   if (port.fnm) members.Flag("fnm", true);
   if (port.fnm1) members.Flag("fnm1", true);
   if (!port.inSubFabric) members.Flag("inSubFabric", false);

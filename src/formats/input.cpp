@@ -111,9 +111,9 @@ MaybeError Input::Open(const std::string& path) {
   const bool isStandardInput = path == "-";
   file_ = isStandardInput ? "<stdin>" : path;
   fd_ = isStandardInput ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  isOwnFd_ = fd_ >= 0 && !isStandardInput;
   struct stat info {};
   if (fd_ < 0 || fstat(fd_, &info) != 0) return InputError{file_, 0, 0, std::strerror(errno)};
-  isOwnFd_ = !isStandardInput;
   if (S_ISREG(info.st_mode)) total_ = static_cast<std::size_t>(info.st_size);
   FindFormat();
   if (failure_) return InputError{file_, 0, 0, failure_->message};

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <compare>
 #include <cstdint>
 #include <string>
 
@@ -18,7 +17,10 @@ class NodeOrderKey {
  public:
   explicit NodeOrderKey(const std::string& name);
 
-  friend auto operator<=>(const NodeOrderKey&, const NodeOrderKey&) = default;
+  friend bool operator==(const NodeOrderKey&, const NodeOrderKey&) = default;
+  friend bool operator<(const NodeOrderKey& a, const NodeOrderKey& b) {
+    return a.first_ != b.first_ ? a.first_ < b.first_ : a.second_ < b.second_;
+  }
 
  private:
   std::uint64_t first_ = 0;  // big-endian

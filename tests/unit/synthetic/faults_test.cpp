@@ -170,17 +170,17 @@ TEST(FaultsTest, SameRankLinksLieBelowTheRootsAndRootLinksOnThem) {
 
 TEST(FaultsTest, MissingHostsAndDeadSwitchesGoWithTheirCables) {
   for (const FaultKind kind : {FaultKind::MissingHost, FaultKind::DeadSwitch}) {
-    ForEachFault(kind,
-                 [&](const FabricPlan& plan, const FabricPlan& after, const InjectedFault& fault) {
-                   ASSERT_EQ(fault.nodes.size(), 1U);
-                   EXPECT_EQ(plan.IsSwitch(fault.nodes[0]), kind == FaultKind::DeadSwitch);
-                   EXPECT_TRUE(after.nodes[fault.nodes[0]].removed);
-                   EXPECT_FALSE(fault.before.empty());
-                   EXPECT_TRUE(fault.after.empty());
-                   FabricBuilder builder;
-                   after.Fill(builder);
-                   EXPECT_EQ(builder.FindNode(plan.nodes[fault.nodes[0]].spec.guid), GuidIndex::None);
-                 });
+    ForEachFault(
+        kind, [&](const FabricPlan& plan, const FabricPlan& after, const InjectedFault& fault) {
+          ASSERT_EQ(fault.nodes.size(), 1U);
+          EXPECT_EQ(plan.IsSwitch(fault.nodes[0]), kind == FaultKind::DeadSwitch);
+          EXPECT_TRUE(after.nodes[fault.nodes[0]].removed);
+          EXPECT_FALSE(fault.before.empty());
+          EXPECT_TRUE(fault.after.empty());
+          FabricBuilder builder;
+          after.Fill(builder);
+          EXPECT_EQ(builder.FindNode(plan.nodes[fault.nodes[0]].spec.guid), GuidIndex::None);
+        });
   }
 }
 
