@@ -30,8 +30,8 @@ TEST(NodeSetTest, NodesAddedInOneGoStandWhereEachByItselfWould) {
 TEST(NodeSetTest, ANodeGivenTwiceIsAddedOnceAndNullIsANodeLikeOthers) {
   const std::vector<IBNode> nodes(2);
   NodeSet set;
-  AddNodes({&nodes[1], nullptr, &nodes[0], &nodes[1], nullptr}, set);
-  EXPECT_EQ(set, (NodeSet{nullptr, &nodes[0], &nodes[1]}));
+  AddNodes({&nodes[1], nullptr, nodes.data(), &nodes[1], nullptr}, set);
+  EXPECT_EQ(set, (NodeSet{nullptr, nodes.data(), &nodes[1]}));
 }
 
 }  // namespace

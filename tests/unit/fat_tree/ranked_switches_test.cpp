@@ -23,25 +23,26 @@ TEST_F(RankedSwitchesTest, BeforeATreeIsBuiltNoSwitchHasARank) {
 }
 
 TEST_F(RankedSwitchesTest, RankOfASwitchIsThatOfItsSet) {
-  const std::vector<NodeSet> sets{{&nodes[2]}, {}, {&nodes[0], &nodes[1]}};
+  const std::vector<NodeSet> sets{{&nodes[2]}, {}, {nodes.data(), &nodes[1]}};
   const RankedSwitches ranks(sets);
   EXPECT_EQ(ranks.Sets(), sets);
   EXPECT_EQ(ranks.RankOf(&nodes[2]), 0);
-  EXPECT_EQ(ranks.RankOf(&nodes[0]), 2);
+  EXPECT_EQ(ranks.RankOf(nodes.data()), 2);
   EXPECT_EQ(ranks.RankOf(nodes[1].index), 2);
   EXPECT_EQ(ranks.RankOf(&nodes[3]), -1);
 }
 
 TEST_F(RankedSwitchesTest, FirstRankCountsForSwitchesAndNullEntries) {
-  const RankedSwitches ranks({{&nodes[1]}, {nullptr, &nodes[0]}, {nullptr, &nodes[0], &nodes[1]}});
-  EXPECT_EQ(ranks.RankOf(&nodes[0]), 1);
+  const RankedSwitches ranks(
+      {{&nodes[1]}, {nullptr, nodes.data()}, {nullptr, nodes.data(), &nodes[1]}});
+  EXPECT_EQ(ranks.RankOf(nodes.data()), 1);
   EXPECT_EQ(ranks.RankOf(&nodes[1]), 0);
   EXPECT_EQ(ranks.RankOf(nullptr), 1);
 }
 
 TEST_F(RankedSwitchesTest, NewRanksLeaveNothingOfTheOld) {
   RankedSwitches ranks({{nullptr}, {&nodes[3]}});
-  ranks = RankedSwitches({{&nodes[0]}});
+  ranks = RankedSwitches({{nodes.data()}});
   EXPECT_EQ(ranks.RankOf(&nodes[3]), -1);
   EXPECT_EQ(ranks.RankOf(nullptr), -1);
   EXPECT_EQ(ranks.RankOf(nodes.data()), 0);

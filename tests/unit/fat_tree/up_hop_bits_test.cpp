@@ -65,7 +65,9 @@ TEST(UpHopBitsTest, AsTextHoldsEachIndexBelowTheLengthHighestFirst) {
   const std::vector<std::size_t> indices{0, 1, 7, 8, 63, 64, 127, 130, 1999, 2000, 2047};
   UpHopBits bits;
   for (const std::size_t index : indices) bits.set(index);
-  for (const std::size_t length : {1, 2, 7, 8, 9, 63, 64, 65, 128, 131, 2000, 2001, 2047, 2048}) {
+  const std::vector<std::size_t> lengths{1,  2,   7,   8,    9,    63,   64,
+                                         65, 128, 131, 2000, 2001, 2047, 2048};
+  for (const std::size_t length : lengths) {
     std::string expected;
     for (std::size_t index = length; index-- > 0;) expected += bits.test(index) ? '1' : '0';
     EXPECT_EQ(bits.ToText(length), expected) << length;

@@ -29,8 +29,8 @@ TEST(TopologyDumpLinesTest, APortLineTellsBothPortsAndTheSpeed) {
 TEST(TopologyDumpLinesTest, TheUsualFormIsReadAsAnyOther) {
   const std::vector<std::string> usual{
       "[5]\t\"S-000000000020000e\"[2]\t\t# \"mid-p3m0\" lid 22 4xHDR",
-      "[12](2c903) \"H-0002c9030040f160\"[1](2c904)  # \"n \\\" lid 5 1xSDR\" lid 7 12xEDR",
-      "[255]\"R-FFFFffff00000000\"[100]#\"\" lid 0 4xXDR"};
+      R"([12](2c903) "H-0002c9030040f160"[1](2c904)  # "n \" lid 5 1xSDR" lid 7 12xEDR)",
+      R"([255]"R-FFFFffff00000000"[100]#"" lid 0 4xXDR)"};
   constexpr std::string_view characters = "0129afFxX\"[]()#-= \t\rSHDRlid?:;";
   std::minstd_rand random(1);
   const auto below = [&](std::size_t size) { return random() % size; };
