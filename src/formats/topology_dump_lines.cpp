@@ -156,7 +156,9 @@ class PlainPortLine {
         at_[20] != '[') {
       return false;
     }
-    if (!TakeGuid(at_ + 3, port.peerGuid)) return false;
+    const auto guid = ParseHex({at_ + 3, 16});
+    if (!guid) return false;
+    port.peerGuid = *guid;
     at_ += idSize;
     port.peerPortOffset = offset + Offset();
     if (!TakePort(port.peerPort)) return false;
@@ -187,18 +189,6 @@ class PlainPortLine {
     const char* digits = at_;
     while (at_ != end_ && HexDigit(*at_) >= 0) ++at_;
     return at_ != digits && at_ - digits <= 16 && Take(')');
-  }
-
-  static bool TakeGuid(const char* digits, std::uint64_t& guid) {
-    std::uint64_t value = 0;
-    int all = 0;
-    for (int i = 0; i < 16; ++i) {
-      const int digit = HexDigit(digits[i]);
-      all |= digit;
-      value = value << 4U | (static_cast<std::uint64_t>(digit) & 0xfU);
-    }
-    guid = value;
-    return all >= 0;
   }
 
   //  "mid-p3m0" lid 22 4xHDR
