@@ -1,5 +1,6 @@
 #include "formats/json_text.h"
 
+#include <algorithm>
 #include <fmt/format.h>
 #include <iterator>
 
@@ -28,6 +29,12 @@ std::size_t SequenceLength(std::string_view text) {
   return lead >= 0xf0 && lead <= 0xf4 ? 4 : 0;
 }
 
+// Stands in a JSON string as it is, whatever is next to it.
+bool IsPlain(char c) {
+  const auto byte = static_cast<unsigned char>(c);
+  return byte >= 0x20 && byte < 0x80 && c != '"' && c != '\\';
+}
+
 }  // namespace
 
 std::size_t FirstInvalidUtf8(std::string_view text) {
@@ -42,23 +49,27 @@ std::size_t FirstInvalidUtf8(std::string_view text) {
 
 void AppendJsonString(std::string& json, std::string_view text) {
   json += '"';
-  for (std::size_t at = 0; at < text.size();) {
-    const char c = text[at];
-    const std::size_t length = SequenceLength(text.substr(at));
+  while (!text.empty()) {
+    // Nearly all text is plain, and a report can have a gigabyte of it.
+    const auto plain = static_cast<std::size_t>(
+        std::find_if_not(text.begin(), text.end(), IsPlain) - text.begin());
+    json += text.substr(0, plain);
+    text.remove_prefix(plain);
+    if (text.empty()) break;
+
+    const char c = text[0];
+    const std::size_t length = SequenceLength(text);
     if (length == 0) {
       json += "\xef\xbf\xbd";
-      ++at;
-      continue;
-    }
-    if (c == '"' || c == '\\') {
+    } else if (length > 1) {
+      json += text.substr(0, length);
+    } else if (c == '"' || c == '\\') {
       json += '\\';
       json += c;
-    } else if (static_cast<unsigned char>(c) < 0x20) {
-      fmt::format_to(std::back_inserter(json), "\\u{:04x}", static_cast<unsigned>(c));
     } else {
-      json += text.substr(at, length);
+      fmt::format_to(std::back_inserter(json), "\\u{:04x}", static_cast<unsigned>(c));
     }
-    at += length;
+    text.remove_prefix(std::max<std::size_t>(length, 1));
   }
   json += '"';
 }
