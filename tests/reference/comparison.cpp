@@ -4,6 +4,7 @@
 #include <fstream>
 #include <memory>
 #include <sstream>
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include "check/check.h"
@@ -14,9 +15,9 @@
 namespace fabscope::reference {
 namespace {
 
-CheckOptions OptionsOf(const PlainOptions& plain, const std::filesystem::path& document) {
+CheckOptions OptionsOf(const PlainOptions& plain, const std::string& document) {
   CheckOptions options;
-  options.fabric = document.string();
+  options.fabric = document;
   switch (plain.roots) {
     case PlainRoots::Auto:
       options.roots = RootsFrom::Auto;
@@ -89,20 +90,15 @@ std::string Difference(const ReferenceResult& answer, const ReferenceResult& exp
 
 }  // namespace
 
-Comparison::Comparison()
-    : document_(std::filesystem::temp_directory_path() /
-                ("fabscope-reference-" + std::to_string(getpid()) + ".json")) {}
+Comparison::Comparison() : document_(memfd_create("fabscope-reference", 0)) {}
 
-Comparison::~Comparison() {
-  std::error_code ignored;
-  std::filesystem::remove(document_, ignored);
-}
+Comparison::~Comparison() { close(document_); }
 
-std::string Comparison::Compare(std::uint64_t seed) {
-  const PlainCase what = RandomCase(seed);
-  std::ofstream(document_, std::ios::binary) << DocumentOf(what.fabric, seed);
-  const CheckResult result = RunCheck(OptionsOf(what.options, document_));
-  const std::string start = "seed " + std::to_string(seed) + " (" + what.kind + "): ";
+std::string Comparison::Compare(const PlainCase& what, std::uint64_t number) {
+  const std::string path = "/proc/self/fd/" + std::to_string(document_);
+  std::ofstream(path, std::ios::binary) << DocumentOf(what.fabric, number);
+  const CheckResult result = RunCheck(OptionsOf(what.options, path));
+  const std::string start = "case " + std::to_string(number) + " (" + what.kind + "): ";
   if (result.status == CheckStatus::BadInput) {
     return start + "the document was refused: " + result.inputError->Text() + "\n";
   }

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "reference/comparison.h"
+#include "reference/small_fabrics.h"
 
 namespace fabscope::reference {
 namespace {
@@ -30,6 +31,31 @@ TEST_P(RandomFabrics, GiveTheReportsOfTheReference) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Chunks, RandomFabrics, testing::Range(std::uint64_t{0}, chunks));
+
+void CompareCases(const SmallFabrics& fabrics, std::uint64_t first, std::uint64_t end) {
+  for (std::uint64_t number = first; number < end; ++number) {
+    ASSERT_EQ(TheComparison().Compare(fabrics.Case(number), number), "");
+  }
+}
+
+TEST(AllFabricsOfUpToFourSwitches, GiveTheReportsOfTheReferenceForAllRoots) {
+  for (int switches = 1; switches <= 4; ++switches) {
+    const SmallFabrics fabrics(switches);
+    CompareCases(fabrics, 0, fabrics.Count());
+  }
+}
+
+class AllFabricsOfFiveSwitches : public testing::TestWithParam<std::uint64_t> {};
+
+TEST_P(AllFabricsOfFiveSwitches, GiveTheReportsOfTheReference) {
+  const SmallFabrics fabrics(5);
+  const std::uint64_t share = fabrics.CountAutomatic() / chunks + 1;
+  const std::uint64_t first = GetParam() * share;
+  CompareCases(fabrics, first, std::min(first + share, fabrics.CountAutomatic()));
+}
+
+INSTANTIATE_TEST_SUITE_P(Chunks, AllFabricsOfFiveSwitches,
+                         testing::Range(std::uint64_t{0}, chunks));
 
 // Otherwise fabrics agree about rules that no fabric has met.
 TEST(RandomFabricRules, AreAllReached) {
