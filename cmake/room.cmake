@@ -1,9 +1,25 @@
+include(CheckCXXCompilerFlag)
+
 # Flags that every target of the project is built with.
 add_library(fabscope_flags INTERFACE)
 target_compile_options(fabscope_flags INTERFACE
   -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
 # g++ 12 reports overlaps of 2^63 bytes in "text" + std::to_string(n) (gcc bug 105329).
 target_compile_options(fabscope_flags INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
+# It runs as root, on texts that any host of the fabric can choose.
+if(FABSCOPE_HARDENING)
+  target_compile_options(fabscope_flags INTERFACE
+    -fstack-protector-strong -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2 -D_GLIBCXX_ASSERTIONS -fPIE)
+  check_cxx_compiler_flag(-fstack-clash-protection HAVE_STACK_CLASH_PROTECTION)
+  if(HAVE_STACK_CLASH_PROTECTION)
+    target_compile_options(fabscope_flags INTERFACE -fstack-clash-protection)
+  endif()
+  check_cxx_compiler_flag(-fcf-protection HAVE_CF_PROTECTION)  # x86 has it
+  if(HAVE_CF_PROTECTION)
+    target_compile_options(fabscope_flags INTERFACE -fcf-protection)
+  endif()
+  target_link_options(fabscope_flags INTERFACE -pie -Wl,-z,relro,-z,now,-z,noexecstack)
+endif()
 if(FABSCOPE_SANITIZE)
   target_compile_options(fabscope_flags INTERFACE
     -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
