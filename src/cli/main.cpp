@@ -1,3 +1,4 @@
+#include <csignal>
 #include <limits>
 #include <malloc.h>
 
@@ -9,5 +10,7 @@ int main(int argc, char** argv) {
   constexpr int most = 1 << 25;
   mallopt(M_MMAP_THRESHOLD, most);
   mallopt(M_TRIM_THRESHOLD, std::numeric_limits<int>::max());
+  // A file that may not grow any more is an output that cannot be written, and told as one.
+  (void)std::signal(SIGXFSZ, SIG_IGN);
   return fabscope::RunCommandLine(argc, argv);
 }

@@ -8,7 +8,8 @@
 #include <streambuf>
 #include <sys/stat.h>
 #include <unistd.h>
-#include <utility>
+
+#include "cli/temporary_file.h"
 
 namespace fabscope {
 namespace {
@@ -58,6 +59,8 @@ int WriteDescriptor(int fd, const WriteTo& write) {
   std::ostream stream(&buffer);
   write(stream);
   stream.flush();
+  // A stream keeps it to itself when it finds no memory to print a number.
+  if (buffer.GetError() == 0 && stream.bad()) return ENOMEM;
   return buffer.GetError();
 }
 
@@ -69,22 +72,13 @@ int WriteInPlace(const std::string& path, const WriteTo& write) {
   return error;
 }
 
-// What a new file may be read and written by, as for every other tool.
-mode_t NewFileMode() {
-  const mode_t mask = umask(0);
-  umask(mask);
-  return 0666 & ~mask;
-}
-
-int WriteBeside(const std::string& target, mode_t mode, const WriteTo& write) {
-  std::string temporary = target + ".XXXXXX";
-  const int fd = mkostemp(temporary.data(), O_CLOEXEC);
-  if (fd < 0) return errno;
-  int error = WriteDescriptor(fd, write);
-  if (error == 0 && fchmod(fd, mode) != 0) error = errno;
-  if (close(fd) != 0 && error == 0) error = errno;
-  if (error == 0 && rename(temporary.c_str(), target.c_str()) != 0) error = errno;
-  if (error != 0) unlink(temporary.c_str());
+// `old` is the file that is replaced; null when there is none.
+int WriteBeside(const std::string& target, const struct stat* old, const WriteTo& write) {
+  TemporaryFile file(target);
+  int error = file.GetError();
+  if (error == 0) error = WriteDescriptor(file.GetDescriptor(), write);
+  if (error == 0) error = old != nullptr ? file.AllowAs(*old) : file.AllowAsNew();
+  if (error == 0) error = file.Replace(target);
   return error;
 }
 
@@ -118,7 +112,7 @@ std::optional<std::string> WriteFile(const std::string& path, const WriteTo& wri
   struct stat info {};
   if (stat(path.c_str(), &info) != 0) {
     if (errno != ENOENT) return Failure(path, errno);
-    return Failure(path, WriteBeside(LinkTarget(path), NewFileMode(), write));
+    return Failure(path, WriteBeside(LinkTarget(path), nullptr, write));
   }
   if (S_ISDIR(info.st_mode)) return Failure(path, EISDIR);
   // /dev/stdout is a name of whatever file our output goes to, which must not be replaced.
@@ -126,7 +120,7 @@ std::optional<std::string> WriteFile(const std::string& path, const WriteTo& wri
   if (IsOpenAs(info, STDERR_FILENO)) return Failure(path, WriteDescriptor(STDERR_FILENO, write));
   // The system follows links to pipes and terminals; those of /dev/fd have no target to be read.
   if (!S_ISREG(info.st_mode)) return Failure(path, WriteInPlace(path, write));
-  return Failure(path, WriteBeside(LinkTarget(path), info.st_mode & 07777, write));
+  return Failure(path, WriteBeside(LinkTarget(path), &info, write));
 }
 
 std::optional<std::string> WriteStandardOutput(const WriteTo& write) {

@@ -1,0 +1,124 @@
+#include "cli/temporary_file.h"
+
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
+#include <unistd.h>
+#include <utility>
+
+namespace fabscope {
+namespace {
+
+// The signals that end a process and leave it the time to clean up.
+constexpr std::array<int, 7> endingSignals{SIGHUP,  SIGINT,  SIGQUIT, SIGTERM,
+                                           SIGPIPE, SIGALRM, SIGXCPU};
+
+// What a signal is to remove; null when there is nothing.
+std::atomic<const char*> nameToRemove{nullptr};
+static_assert(std::atomic<const char*>::is_always_lock_free);
+
+// The signal ends the process as soon as this returns: its default is back already.
+void RemoveAndEnd(int signal) {
+  if (const char* name = nameToRemove) unlink(name);
+  (void)raise(signal);
+}
+
+// What was set otherwise (nohup ignores SIGHUP) stays so.
+void CatchEndingSignals() {
+  for (const int signal : endingSignals) {
+    struct sigaction action {};
+    if (sigaction(signal, nullptr, &action) != 0 || action.sa_handler != SIG_DFL) continue;
+    action.sa_handler = RemoveAndEnd;
+    action.sa_flags = static_cast<int>(SA_RESETHAND);
+    sigaction(signal, &action, nullptr);
+  }
+}
+
+void ReleaseEndingSignals() {
+  for (const int signal : endingSignals) {
+    struct sigaction action {};
+    if (sigaction(signal, nullptr, &action) != 0 || action.sa_handler != RemoveAndEnd) continue;
+    action.sa_handler = SIG_DFL;
+    sigaction(signal, &action, nullptr);
+  }
+}
+
+// Signals wait as long as this lives.
+class SignalsWait {
+ public:
+  SignalsWait() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    for (const int signal : endingSignals) sigaddset(&signals, signal);
+    sigprocmask(SIG_BLOCK, &signals, &before_);
+  }
+  SignalsWait(const SignalsWait&) = delete;
+  SignalsWait& operator=(const SignalsWait&) = delete;
+  ~SignalsWait() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
+
+ private:
+  sigset_t before_{};
+};
+
+// What is granted to others than the owner's group, for the group as well.
+mode_t WithoutGroup(mode_t mode) { return (mode & 0707U) | (mode & 0007U) << 3U; }
+
+}  // namespace
+
+// The name is short: the target's may be as long as names can be.
+TemporaryFile::TemporaryFile(const std::string& target)
+    : name_(std::filesystem::path(target).parent_path() / ".fabscope-XXXXXX") {
+  const SignalsWait wait;
+  fd_ = mkostemp(name_.data(), O_CLOEXEC);
+  if (fd_ < 0) {
+    error_ = errno;
+    name_.clear();
+    return;
+  }
+  nameToRemove = name_.c_str();
+  CatchEndingSignals();
+}
+
+TemporaryFile::~TemporaryFile() {
+  if (fd_ >= 0) close(fd_);
+  if (name_.empty()) return;
+  unlink(name_.c_str());
+  Forget();
+}
+
+void TemporaryFile::Forget() {
+  const SignalsWait wait;
+  nameToRemove = nullptr;
+  name_.clear();
+  ReleaseEndingSignals();
+}
+
+int TemporaryFile::AllowAsNew() {
+  const mode_t mask = umask(0);
+  umask(mask);
+  return fchmod(fd_, 0666U & ~mask) == 0 ? 0 : errno;
+}
+
+// Root keeps the owner, others at least the group if they are in it. A report is never run, so
+// marks to run it as its owner are dropped.
+int TemporaryFile::AllowAs(const struct stat& old) {
+  mode_t mode = old.st_mode & 0777U;
+  const bool isOwned = fchown(fd_, old.st_uid, old.st_gid) == 0;
+  if (!isOwned && fchown(fd_, static_cast<uid_t>(-1), old.st_gid) != 0) mode = WithoutGroup(mode);
+  return fchmod(fd_, mode) == 0 ? 0 : errno;
+}
+
+int TemporaryFile::Replace(const std::string& target) {
+  // Some file systems know no other way than to write at once.
+  if (fsync(fd_) != 0 && errno != EINVAL) return errno;
+  if (close(std::exchange(fd_, -1)) != 0) return errno;
+  if (rename(name_.c_str(), target.c_str()) != 0) return errno;
+  Forget();
+  return 0;
+}
+
+}  // namespace fabscope
