@@ -16,7 +16,8 @@ class regExp {
   regExp(const regExp&) = delete;
   regExp& operator=(const regExp&) = delete;
 
-  // False when the expression did not compile; GetError() then says why, and Matches() is false.
+  // False when the expression did not compile or would cost too much (see reg_exp_limits.h);
+  // GetError() then says why, and Matches() is false.
   bool IsValid() const { return error_.empty(); }
   const std::string& GetError() const { return error_; }
   const std::string& GetExpression() const { return expression_; }
