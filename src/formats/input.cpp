@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <new>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -15,6 +16,10 @@ namespace {
 
 // Small enough to stay in the processor's cache while it is read line by line.
 constexpr std::size_t pieceSize = std::size_t{1} << 18U;
+
+// Fabrics unpack to some twenty times their packed size, and nothing can to more than a thousand.
+constexpr std::size_t mostTimesPacked = 250;
+constexpr std::size_t alwaysUnpacked = std::size_t{1} << 24U;
 
 constexpr std::size_t gzipMarkSize = 2;
 bool IsGzip(std::string_view bytes) { return bytes.starts_with("\x1f\x8b"); }
@@ -27,7 +32,7 @@ class Input::Unpacker {
   // `begin` are the first packed bytes, which the input has read already.
   Unpacker(Input& input, std::string_view begin) : input_(input), packed_(begin) {
     constexpr int gzipOnly = 16 + MAX_WBITS;
-    if (inflateInit2(&stream_, gzipOnly) != Z_OK) Fail();
+    if (inflateInit2(&stream_, gzipOnly) != Z_OK) throw std::bad_alloc();
     SetPacked(begin.size());
   }
   Unpacker(const Unpacker&) = delete;
@@ -41,17 +46,24 @@ class Input::Unpacker {
     stream_.next_out = reinterpret_cast<Bytef*>(room);
     stream_.avail_out = asked;
     while (!isAtEnd_ && stream_.avail_out != 0) Unpack();
-    return asked - stream_.avail_out;
+    const std::size_t got = asked - stream_.avail_out;
+    unpacked_ += got;
+    if (IsTooMuch(unpacked_)) {
+      Fail("the gzip data unpacks to more than " + std::to_string(mostTimesPacked) +
+           " times its size, which that of a fabric never does");
+    }
+    return got;
   }
 
  private:
   void Unpack() {
     if (stream_.avail_in == 0) ReadPacked();
     const int status = inflate(&stream_, Z_NO_FLUSH);
+    if (status == Z_MEM_ERROR) throw std::bad_alloc();
     if (status == Z_STREAM_END) {
       BeginMember();
     } else if (status != Z_OK) {
-      Fail();
+      Fail("the gzip data is damaged or cut short: this is the last place that could be unpacked");
     }
   }
 
@@ -63,12 +75,16 @@ class Input::Unpacker {
     if (!isAtEnd_) inflateReset(&stream_);
   }
 
-  void Fail() {
+  void Fail(std::string message) {
     isAtEnd_ = true;
-    if (input_.failure_) return;
-    input_.failure_ = Failure{
-        "the gzip data is damaged or cut short: this is the last place that could be unpacked",
-        true};
+    // That the file cannot be read comes first.
+    if (!input_.failure_) input_.FailHere(std::move(message));
+  }
+
+  // A small file may unpack to more than any memory or patience can hold.
+  bool IsTooMuch(std::size_t unpacked) const {
+    return unpacked > alwaysUnpacked &&
+           unpacked / mostTimesPacked > input_.done_ - stream_.avail_in;
   }
 
   // More packed bytes behind those that are left. False at the file's end.
@@ -91,6 +107,7 @@ class Input::Unpacker {
   std::string packed_;
   std::size_t packedSize_ = 0;
   z_stream stream_{};
+  std::size_t unpacked_ = 0;
   bool isAtEnd_ = false;
 };
 
@@ -149,6 +166,7 @@ void Input::MakeRoom() {
 }
 
 bool Input::Fill() {
+  if (failure_) return false;
   MakeRoom();
   char* room = bytes_.data() + end_;
   const std::size_t size = bytes_.size() - end_;
@@ -157,10 +175,18 @@ bool Input::Fill() {
   return got != 0;
 }
 
+void Input::FailHere(std::string message) { failure_ = Failure{std::move(message), true}; }
+
 std::string Input::TakeRest(std::size_t spare) {
   // One byte more than the file has lets the last read find its end.
-  if (GetExpectedSize() > done_) bytes_.resize(end_ + (GetExpectedSize() - done_) + 1 + spare);
-  while (Fill()) continue;
+  const bool isTooLong = GetExpectedSize() > MostOfADocument;
+  if (!isTooLong && GetExpectedSize() > done_) {
+    bytes_.resize(end_ + (GetExpectedSize() - done_) + 1 + spare);
+  }
+  while (!isTooLong && end_ <= MostOfADocument && Fill()) continue;
+  if (isTooLong || end_ > MostOfADocument) {
+    FailHere("the document is longer than 1 GiB, which that of a fabric never is");
+  }
   bytes_.resize(end_);
   bytes_.erase(0, begin_);
   bytes_.reserve(bytes_.size() + spare);

@@ -14,6 +14,11 @@ namespace fabscope {
 // often larger than the model that is made of it.
 class Input {
  public:
+  // Neither lines nor documents of a fabric are ever as long as these. Without a limit, a file that
+  // is something else, or made to do harm, would take all memory.
+  static constexpr std::size_t MostOfALine = std::size_t{16} << 20U;
+  static constexpr std::size_t MostOfADocument = std::size_t{1} << 30U;
+
   Input();
   // A text in memory; messages name it `file`.
   Input(std::string file, std::string text);
@@ -57,6 +62,8 @@ class Input {
   std::size_t ReadFile(char* room, std::size_t size);
   void FindFormat();
   void MakeRoom();
+  // Ends the input behind what is unread.
+  void FailHere(std::string message);
 
   std::string file_;
   std::string bytes_;  // those from begin_ to end_ are unread

@@ -1,5 +1,6 @@
 #include "formats/lines.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace fabscope {
@@ -13,15 +14,22 @@ void LineReader::SkipByteOrderMark() {
 }
 
 bool LineReader::Next(Line& line) {
+  if (tooLong_) return false;
   if (!isBegun_) SkipByteOrderMark();
   std::string_view unread = input_.Unread();
   std::size_t newline = unread.find('\n');
-  while (newline == std::string_view::npos) {
+  while (newline == std::string_view::npos && unread.size() <= Input::MostOfALine) {
     const std::size_t searched = unread.size();
     const bool isMore = input_.Fill();
     unread = input_.Unread();
     if (!isMore) break;
     newline = unread.find('\n', searched);
+  }
+
+  if (std::min(newline, unread.size()) > Input::MostOfALine) {
+    tooLong_ = ErrorAt(complete_ + 1, behind_ + Input::MostOfALine,
+                       "the line is longer than 16 MiB, which that of a fabric never is");
+    return false;
   }
 
   line.hasEnd = newline != std::string_view::npos;
@@ -47,6 +55,7 @@ InputError LineReader::ErrorAtEnd(std::string message) const {
 
 MaybeError LineReader::Finish(MaybeError error) {
   for (Line rest; Next(rest);) continue;
+  if (tooLong_) return tooLong_;
   const auto& failure = input_.GetFailure();
   if (!failure) return error;
   if (!failure->hasPlace) return ErrorOfFile(failure->message);

@@ -22,7 +22,7 @@ class LineReader {
  public:
   explicit LineReader(Input& input) : input_(input) {}
 
-  // False behind the last line, and where reading failed.
+  // False behind the last line, and where reading failed. A line that is too long ends it.
   bool Next(Line& line);
 
   // An error at a byte of a line; offsets count from 0.
@@ -48,6 +48,7 @@ class LineReader {
   std::size_t complete_ = 0;  // lines that were read
   std::size_t behind_ = 0;    // bytes that were read behind the last of these
   bool isBegun_ = false;
+  MaybeError tooLong_;  // reading ended at a line that no memory is for
 };
 
 }  // namespace fabscope

@@ -13,6 +13,7 @@ bool IsDocument(Input& input) {
     if (text.starts_with(ByteOrderMark)) text.remove_prefix(ByteOrderMark.size());
     const std::size_t first = text.find_first_not_of(" \t\r\n");
     if (first != std::string_view::npos) return text[first] == '{';
+    if (text.size() > Input::MostOfALine) return false;
     if (!input.Fill()) return false;
   }
 }

@@ -229,7 +229,44 @@ TEST_F(InputTest, GzipWithAByteChangedInsideIsDamaged) {
   }
 }
 
+constexpr const char* tooMuch =
+    "the gzip data unpacks to more than 250 times its size, which that of a fabric never does";
+
+TEST_F(InputTest, GzipThatUnpacksToFarMoreThanAnyFabricIsNotUnpackedToItsEnd) {
+  const std::string zeros = Packed(std::string(10'000'000, '\0'));
+  EXPECT_THAT(Read(zeros), ::testing::SizeIs(10'000'000));  // no memory is short of that
+  EXPECT_EQ(Read(zeros + zeros + zeros + zeros), path + ":1:33554433: " + tooMuch);
+  EXPECT_EQ(Read(Packed(std::string(40'000'000, '\n'))), path + ":33554433:1: " + tooMuch);
+}
+
+TEST_F(InputTest, ADocumentLongerThanAnyOfAFabricIsNotRead) {
+  Write("{");
+  ASSERT_EQ(truncate(path.c_str(), Input::MostOfADocument + 1), 0);
+  InputText text;
+  const MaybeError error = ReadInput(path, text);
+  ASSERT_NE(error, std::nullopt);
+  EXPECT_EQ(error->Text(),
+            path + ":1:262145: the document is longer than 1 GiB, which that of a fabric never is");
+}
+
 // Lines.
+
+TEST_F(InputTest, ALineLongerThanAnyOfAFabricIsNotReadToItsEnd) {
+  constexpr const char* tooLong = "the line is longer than 16 MiB, which that of a fabric never is";
+  const std::string longest(Input::MostOfALine, 'x');
+  const auto read = [](const std::string& bytes) {
+    Input input("net.topo", bytes);
+    LineReader reader(input);
+    std::size_t size = 0;
+    for (Line line; reader.Next(line);) size = line.text.size();
+    const MaybeError error = reader.Finish(std::nullopt);
+    return error ? error->Text() : std::to_string(size);
+  };
+  EXPECT_EQ(read("1\n" + longest), "16777216");
+  EXPECT_EQ(read("1\n" + longest + "\n"), "16777216");
+  EXPECT_EQ(read("1\n" + longest + "x"), std::string("net.topo:2:16777217: ") + tooLong);
+  EXPECT_EQ(read("1\n" + longest + "x\n3\n"), std::string("net.topo:2:16777217: ") + tooLong);
+}
 
 std::vector<std::string> Lines(const std::string& bytes) {
   std::vector<std::string> lines;
