@@ -2,6 +2,7 @@
 
 #include <iostream>
 
+#include "formats/text_fields.h"
 #include "platform/logging.h"
 
 namespace fabscope {
@@ -17,7 +18,8 @@ Messages::~Messages() {
 }
 
 void Messages::Tell(std::string_view line) {
-  const std::string text = "fabscope: " + std::string(line) + '\n';
+  // Names of files may hold what a terminal would obey.
+  const std::string text = "fabscope: " + CleanText(line) + '\n';
   std::cerr << text;
   log_ += text;
 }

@@ -28,6 +28,13 @@ TEST(MessagesTest, OfTheStageGoToTheChannelThatItChooses) {
   EXPECT_EQ(messages.GetLog(), "-E- for the log\n");
 }
 
+TEST(MessagesTest, HoldNothingThatATerminalWouldObey) {
+  CaptureStderr();
+  Messages messages;
+  messages.Tell("a\x1b[2J\nb\x7f.topo: No such file or directory");
+  EXPECT_EQ(GetCapturedStderr(), "fabscope: a?[2J?b?.topo: No such file or directory\n");
+}
+
 TEST(MessagesTest, LeaveNoChannelOpenBehindThem) {
   { const Messages messages; }
   CaptureStderr();
