@@ -34,6 +34,8 @@ class CheckRun {
   explicit CheckRun(const CheckOptions& options) : options_(options) {
     result_.input = options.fabric;
     result_.stream = std::make_unique<std::ostringstream>();
+    // Or a text that finds no memory would be left out of the report.
+    result_.stream->exceptions(std::ios::badbit);
   }
 
   CheckResult Run() {

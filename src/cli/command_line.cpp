@@ -3,10 +3,15 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
+#include <cstdlib>
+#include <exception>
 #include <iostream>
+#include <new>
 #include <optional>
 #include <span>
+#include <stdexcept>
 #include <string>
+#include <unistd.h>
 #include <utility>
 #include <vector>
 
@@ -18,6 +23,7 @@
 #include "cli/generate_command.h"
 #include "cli/generate_options.h"
 #include "cli/output_file.h"
+#include "formats/text_fields.h"
 #include "platform/version.h"
 
 namespace fabscope {
@@ -29,7 +35,7 @@ constexpr const char* statusNoteOfWriters =
     "Exit status: 0 all was written, 2 the work could not be done.";
 
 int WrongUsage(const CLI::App& app, const std::string& problem) {
-  std::cerr << "fabscope: " << problem << " (see " << app.get_name() << " --help)\n";
+  std::cerr << "fabscope: " << CleanText(problem) << " (see " << app.get_name() << " --help)\n";
   return ExitFailed;
 }
 
@@ -207,10 +213,7 @@ std::string CommandNames() {
   return names;
 }
 
-}  // namespace
-
-int RunCommandLine(int argc, const char* const* argv) {
-  std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
+int RunWords(std::vector<std::string> words) {
   for (const Command& command : commands) {
     if (words.empty() || words.front() != command.name) continue;
     words.erase(words.begin());
@@ -224,6 +227,37 @@ int RunCommandLine(int argc, const char* const* argv) {
     return *status;
   }
   return WrongUsage(app, "no command given, expected " + CommandNames());
+}
+
+// Must not need any memory itself.
+int OutOfMemory() {
+  std::cerr << "fabscope: out of memory\n";
+  return ExitFailed;
+}
+
+// The parser of the command line has operations that promise not to throw, and yet need memory.
+[[noreturn]] void EndWithoutMemory() {
+  try {
+    if (const auto exception = std::current_exception()) std::rethrow_exception(exception);
+  } catch (const std::bad_alloc&) {
+    _exit(OutOfMemory());
+  } catch (...) {
+    std::abort();
+  }
+  std::abort();
+}
+
+}  // namespace
+
+int RunCommandLine(int argc, const char* const* argv) {
+  std::set_terminate(EndWithoutMemory);
+  try {
+    return RunWords(std::vector<std::string>(argv + std::min(argc, 1), argv + argc));
+  } catch (const std::bad_alloc&) {
+    return OutOfMemory();
+  } catch (const std::length_error&) {  // more than any memory could hold
+    return OutOfMemory();
+  }
 }
 
 }  // namespace fabscope

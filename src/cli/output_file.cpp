@@ -59,8 +59,6 @@ int WriteDescriptor(int fd, const WriteTo& write) {
   std::ostream stream(&buffer);
   write(stream);
   stream.flush();
-  // A stream keeps it to itself when it finds no memory to print a number.
-  if (buffer.GetError() == 0 && stream.bad()) return ENOMEM;
   return buffer.GetError();
 }
 

@@ -160,6 +160,7 @@ void FTTopology::AddNewLinkIssue(const IBNode* a, const IBNode* b) { linkIssues.
 std::string FTTopology::LevelsReport() const {
   const std::vector<NodeSet>& sets = GetRanks();
   std::ostringstream report;
+  report.exceptions(std::ios::badbit);  // a report without some of its lines would be a wrong one
   report << sets.size() << " level Fat-Tree was discovered: \n";
   for (std::size_t rank = 0; rank < sets.size(); ++rank) {
     report << "\t rank: " << rank << (rank == 0 ? "(Roots)" : "")

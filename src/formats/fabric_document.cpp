@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <limits>
+#include <new>
 #include <simdjson.h>
 #include <span>
 #include <utility>
@@ -150,6 +151,8 @@ class DocumentLoader {
 bool DocumentLoader::FailJson(simdjson::error_code code) {
   const std::string_view text = input_.bytes;
   switch (code) {
+    case simdjson::MEMALLOC:
+      throw std::bad_alloc();
     case simdjson::UTF8_ERROR:
       return Fail(FirstInvalidUtf8(text), "malformed JSON: not valid UTF-8");
     case simdjson::UNESCAPED_CHARS:

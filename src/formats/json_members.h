@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <exception>
 #include <string>
 #include <string_view>
 
@@ -25,7 +26,10 @@ class JsonMembers {
   }
   JsonMembers(const JsonMembers&) = delete;
   JsonMembers& operator=(const JsonMembers&) = delete;
-  ~JsonMembers() { json_ += close_; }
+  // May find no memory; must not try while the same is being told of a member.
+  ~JsonMembers() noexcept(false) {
+    if (std::uncaught_exceptions() == 0) json_ += close_;
+  }
 
   // The text to append a member's value to.
   std::string& Next() {

@@ -3,6 +3,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
+#include <new>
 #include <string>
 #include <utility>
 
@@ -22,7 +23,7 @@ LogSink& LogFileSink() {
 std::string Format(const char* format, std::va_list arguments) {
   char* formatted = nullptr;
   const int length = vasprintf(&formatted, format, arguments);
-  if (length < 0) return {};
+  if (length < 0) throw std::bad_alloc();
   std::string text(formatted, static_cast<std::size_t>(length));
   std::free(formatted);
   return text;
