@@ -12,7 +12,9 @@ bool IsDocument(Input& input) {
     std::string_view text = input.Unread();
     if (text.starts_with(ByteOrderMark)) text.remove_prefix(ByteOrderMark.size());
     const std::size_t first = text.find_first_not_of(" \t\r\n");
-    if (first != std::string_view::npos) return text[first] == '{';
+    // A pipe may have given only a part of the mark yet.
+    const bool isKnown = first != std::string_view::npos && !ByteOrderMark.starts_with(text);
+    if (isKnown) return text[first] == '{';
     if (text.size() > Input::MostOfALine) return false;
     if (!input.Fill()) return false;
   }

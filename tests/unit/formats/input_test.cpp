@@ -378,10 +378,26 @@ class LoadFabricTest : public InputTest {
   // The names of the nodes; the error if there is one.
   std::string Load(const std::string& bytes) {
     Write(bytes);
+    return LoadPath(path);
+  }
+  // The same of a pipe, of which each read gives what one write has put in.
+  std::string LoadPieces(const std::vector<std::string>& pieces) {
+    std::array<int, 2> ends{};
+    EXPECT_EQ(pipe2(ends.data(), O_DIRECT), 0);
+    for (const std::string& piece : pieces) {
+      EXPECT_EQ(write(ends[1], piece.data(), piece.size()), static_cast<ssize_t>(piece.size()));
+    }
+    close(ends[1]);
+    const StandardInput redirected(ends[0]);
+    return LoadPath("-");
+  }
+
+ private:
+  static std::string LoadPath(const std::string& from) {
     FabricBuilder builder;
     Warnings warnings;
     const regExp special("special");
-    const MaybeError error = LoadFabric(path, nullptr, &special, builder, warnings);
+    const MaybeError error = LoadFabric(from, nullptr, &special, builder, warnings);
     if (error) return error->Text();
     const auto fabric = builder.Build();
     std::string names;
@@ -404,6 +420,18 @@ TEST_F(LoadFabricTest, WhatBeginsWithABraceIsADocument) {
   EXPECT_EQ(Load(document), "z;special host;");
   EXPECT_EQ(Load(std::string(" \t\r\n\n  ") + document), "z;special host;");
   EXPECT_EQ(Load(std::string("\xef\xbb\xbf\n") + document), "z;special host;");
+}
+
+// A slow pipe may give next to nothing at first.
+TEST_F(LoadFabricTest, TheBeginningMayComeInPieces) {
+  EXPECT_EQ(LoadPieces({"\xef", "\xbb", "\xbf", " ", document}), "z;special host;");
+  EXPECT_EQ(LoadPieces({"\xef\xbb", "\xbf", document}), "z;special host;");
+  EXPECT_EQ(LoadPieces({"\xef\xbb", "\xbf", dump}), "special host!;z;");
+  const std::string packed = Packed(document);
+  EXPECT_EQ(LoadPieces({packed.substr(0, 1), packed.substr(1)}), "z;special host;");
+  EXPECT_EQ(LoadPieces({"\xef\xbb"}),
+            "<stdin>:1:1: no node found, expected a fabric document (JSON) or a topology dump as "
+            "`ibnetdiscover` prints it");
 }
 
 // A document tells itself which nodes are special.
