@@ -1,21 +1,53 @@
-// Any bytes at all are a topology dump or an error with its place.
+// Any bytes at all are a topology dump or an error with its place. How the lines end and what
+// stands in front of them does not matter, and what was read and written is read as the same
+// fabric.
 
-#include <cstdlib>
+#include <cstdint>
+#include <sstream>
 
-#include "formats/topology_dump.h"
+#include "formats/write_fabric.h"
+#include "fuzz/loading.h"
+#include "fuzz/require.h"
+
+namespace {
+
+using namespace fabscope;
+using namespace fabscope::fuzz;
+
+// Port lines are read in one go where they are plain, which with a blank in front they are not.
+void RequireOneReadingOfPorts(const std::string& text, const Loaded& expected) {
+  Loaded loaded = LoadDump(Replaced(text, "\n[", "\n ["));
+  if (loaded.line == expected.line) loaded.column = expected.column;
+  RequireSame(loaded, expected, "a blank before a port line changes nothing");
+}
+
+void RequireOneReadingOfLineEnds(const std::string& text, const Loaded& expected) {
+  if (text.find('\r') != std::string::npos) return;
+  RequireSame(LoadDump(Replaced(text, "\n", "\r\n")), expected,
+              "a carriage return before a line's end changes nothing");
+}
+
+void RequireSameWhenWritten(const Loaded& loaded) {
+  RequireSame(LoadDocument(loaded.document).document, loaded.document,
+              "a dump is written as a document that says the same");
+  for (const std::string& loss : LossesOf(*loaded.fabric, FabricFormat::TopologyDump)) {
+    Require(loss.ends_with("mark as not symmetric"), "a dump can hold what a dump has told");
+  }
+  std::ostringstream written;
+  WriteFabric(*loaded.fabric, FabricFormat::TopologyDump, written);
+  Loaded expected;
+  expected.document = Replaced(loaded.document, ",\"symmetric\":false", "");
+  RequireSame(LoadDump(written.str()), expected, "a dump is read as it was written");
+}
+
+}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  using namespace fabscope;
-  static const regExp specialNodes("Aggregation Node");
-  Input input("fuzz", std::string(reinterpret_cast<const char*>(data), size));
-  FabricBuilder builder;
-  Warnings warnings;
-  const MaybeError error = LoadTopologyDump(input, nullptr, &specialNodes, builder, warnings);
-  warnings.Lines("fuzz");
-  if (error) {
-    if (error->line == 0 || error->column == 0) std::abort();
-    return 0;
-  }
-  if (builder.Build()->GetNodes().empty()) std::abort();
+  const std::string text(reinterpret_cast<const char*>(data), size);
+  const Loaded loaded = LoadDump(text);
+  if (!loaded.error.empty()) RequirePlaceIn(text, loaded.line, loaded.column);
+  RequireOneReadingOfPorts(text, loaded);
+  RequireOneReadingOfLineEnds(text, loaded);
+  if (loaded.error.empty()) RequireSameWhenWritten(loaded);
   return 0;
 }
