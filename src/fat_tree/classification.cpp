@@ -83,9 +83,8 @@ int FTClassification::CheckDistanceTo(const IBNode& node, bool& isFar) const {
 }
 
 bool FTClassification::EqualsTo(const FTClassification& other) const {
-  if (ranks.empty() || other.ranks.empty()) return false;
-  return ranks.size() == other.ranks.size() && ranks.front() == other.ranks.front() &&
-         ranks.back() == other.ranks.back();
+  return !ranks.empty() && ranks.size() == other.ranks.size() &&
+         ranks.front() == other.ranks.front() && ranks.back() == other.ranks.back();
 }
 
 int FTClassification::CountEquals(const std::vector<FTClassification*>& all) const {

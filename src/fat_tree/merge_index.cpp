@@ -14,14 +14,13 @@ void MergeIndex::Add(std::size_t number, const UpHopBits& upSet, std::size_t mos
 }
 
 // The counts of 64 members stand upright: `digits[d]` holds the d-th binary digit of each. They
-// start so high that the first one that exceeds `most` is carried out of the last digit.
+// start at the complement of `most`, so that what exceeds it is carried out of the last digit.
 MergeIndex::Word MergeIndex::Block::MembersNear(const std::vector<std::uint16_t>& indices) const {
   if (indices.size() <= most) return members;
   const auto digitCount = static_cast<std::size_t>(std::bit_width(most));
-  const std::size_t start = (std::size_t{1} << digitCount) - 1 - most;
   std::array<Word, std::bit_width(MaxUpperSwitches)> digits{};
   for (std::size_t d = 0; d < digitCount; ++d) {
-    digits[d] = (start >> d & 1U) != 0 ? ~Word{0} : Word{0};
+    digits[d] = (most >> d & 1U) == 0 ? ~Word{0} : Word{0};
   }
   Word near = members;
   for (const std::uint16_t index : indices) {

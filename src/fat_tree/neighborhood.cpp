@@ -32,10 +32,7 @@ std::uint64_t NextId(bool isNeighborhood) { return isNeighborhood ? neighborhood
 std::vector<std::string> RecordsOf(const std::vector<const IBNode*>& nodes) {
   std::vector<std::string> records;
   records.reserve(nodes.size());
-  for (const IBNode* node : nodes) {
-    if (node == nullptr) break;
-    records.push_back(GetNodeRecord(node));
-  }
+  for (const IBNode* node : nodes) records.push_back(GetNodeRecord(node));
   return records;
 }
 
