@@ -66,7 +66,18 @@ TEST_F(ClassificationTest, IsEmptyBeforeItIsClassified) {
   EXPECT_TRUE(TestPeer::DistanceToNodes(classification).empty());
   EXPECT_EQ(TestPeer::NodeToDistance(classification).Count(), 0U);
   EXPECT_TRUE(TestPeer::Ranks(classification).empty());
+  EXPECT_EQ(classification.GetMaxDistance(), 0);
+  EXPECT_EQ(classification.GetFarthestNode(), nullptr);
   EXPECT_EQ(classification.GetErrorText(), "");
+}
+
+TEST_F(ClassificationTest, FarthestSwitchIsTheFirstReachedOfTheLastClass) {
+  fabric.Switch("leaf").Switch("next").Switch("far").Switch("farToo");
+  fabric.Cable("leaf", "next").Cable("next", "farToo").Cable("next", "far");
+  FTClassification classification(Topology());
+  classification.ClassifyByDistance(*fabric["leaf"]);
+  EXPECT_EQ(classification.GetMaxDistance(), 2);
+  EXPECT_EQ(classification.GetFarthestNode(), fabric["farToo"]);
 }
 
 TEST_F(ClassificationTest, MoreHostsOrderBeforeMoreSwitches) {
@@ -259,6 +270,16 @@ TEST_F(ClassificationTest, ThresholdOfALargeFabricIsHalfTheLowestSwitchRoundedDo
   for (const auto& [ports, threshold] : std::map<std::uint8_t, int>{{0, 0}, {1, 0}, {40, 20}}) {
     EXPECT_EQ(ThresholdOf(1001, ports), threshold) << +ports << " ports";
   }
+}
+
+TEST_F(ClassificationTest, LowestSwitchOfALargeFabricMayBeTheFirstOfTheModel) {
+  fabric.Switch("first", 30);
+  for (int i = 0; i < 1000; ++i) fabric.Switch(std::to_string(i), 200);
+  FTClassification classification(Topology());
+  for (const IBNode& node : fabric.Build().GetNodes()) {
+    TestPeer::NodeToDistance(classification).Set(node, 0);
+  }
+  EXPECT_EQ(classification.CalculateThreshold(), 15);
 }
 
 TEST_F(ClassificationTest, ClassOfOneAmongFiveSwitchesCounts) {

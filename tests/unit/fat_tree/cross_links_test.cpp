@@ -362,6 +362,23 @@ TEST_F(CrossLinksTest, OtherSetsAreComparedInKeyOrderAndTheirSwitchesInIndexOrde
                                              "root1 port 1 rank 0 - leaf0 port 1 rank 1"));
 }
 
+TEST_F(CrossLinksTest, SetThatReachesASwitchTwiceAsOftenLeavesItToOneThatReachesItMoreOften) {
+  // leaf0 and leaf1 share root 6 with four switches of the set of the lower key and with five of
+  // the higher one; root 3 they share with these five only.
+  const std::vector<std::size_t> own{3, 6, 10, 11, 12, 13};
+  const std::vector<std::size_t> low{0, 1, 2, 6};
+  const std::vector<std::size_t> high{3, 6, 7, 8, 9};
+  AddRootsAndLeaves(14, {own, own, low, low, low, low, high, high, high, high, high});
+  RankFromRoots(14);
+  FTUpHopHistogram histogram(Topology(), 0);
+  CheckAllSets(histogram);
+  ASSERT_EQ(TestPeer::UpHopSets(histogram).size(), 3U);
+  EXPECT_THAT(Issues(histogram), ElementsAre("root3 port 1 rank 0 - leaf0 port 1 rank 1",
+                                             "root3 port 2 rank 0 - leaf1 port 1 rank 1",
+                                             "root6 port 1 rank 0 - leaf0 port 2 rank 1",
+                                             "root6 port 2 rank 0 - leaf1 port 2 rank 1"));
+}
+
 TEST_F(CrossLinksTest, SetThatSharesNothingIsPassedOver) {
   // {0,1} stands before {2,3,4}, which is the one that shares root 4 with leaf0's set.
   AddRootsAndLeaves(7, {{4, 5, 6}, {0, 1}, {2, 3, 4}, {2, 3, 4}, {2, 3, 4}});
@@ -525,6 +542,8 @@ TEST_F(CrossLinksTest, SharedSwitchThatTheSetItselfDoesNotCountFailsWhateverTheO
       EXPECT_NE(text.substr(start.size()), pointer.str());
     }
     EXPECT_EQ(text.substr(start.size(), 2), "0x");
+    EXPECT_EQ(text.find("Failed", start.size()), std::string::npos) << text;
+    EXPECT_EQ(set.upSet, Bits({1, 2}));
   }
 }
 

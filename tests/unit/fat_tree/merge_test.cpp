@@ -106,6 +106,16 @@ TEST_F(MergeTest, MergeCountsOnlyBelowTheSizeButUnitesAllBits) {
   EXPECT_THAT(target.encounteredMap, ElementsAre(Pair(0, 1), Pair(1, 1)));
 }
 
+TEST_F(MergeTest, SwitchThatTheOtherSetHoldsWithoutCountingItAddsNothing) {
+  FTUpHopSet target = CountedSet({0, 1, 5}, 2);
+  FTUpHopSet set;
+  set.upSet = Bits({1, 3, 5, 6});
+  set.encounteredMap = Counts({{3, 4}});
+  target.Merge(set, 8);
+  EXPECT_THAT(target.encounteredMap,
+              ElementsAre(Pair(0, 2), Pair(1, 2), Pair(3, 4), Pair(5, 2), Pair(6, 0)));
+}
+
 TEST_F(MergeTest, MergeAddsToNothingWhereTheTargetHasNoCount) {
   FTUpHopSet target;
   target.upSet = Bits({1});

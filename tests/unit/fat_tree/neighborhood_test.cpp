@@ -224,6 +224,17 @@ TEST_F(NeighborhoodTest, LineCabledToOneOfTwoSpinesMissesOneLink) {
   EXPECT_EQ(errors[0]->GetLevel(), EN_FABRIC_ERR_ERROR);
 }
 
+TEST_F(NeighborhoodTest, OneMissingLinkAmongFarMoreLinesThanSpinesIsFound) {
+  for (const char* root : {"root0", "root1"}) fabric.Switch(root, 200);
+  AddSwitches("leaf", 130);
+  Cables cables(130, {0, 1});
+  cables[70] = {0};
+  AddCables("leaf", "root", cables);
+  ASSERT_EQ(GroupFromRoots(2), 0);
+  EXPECT_THAT(ErrorLines(), ElementsAre("Neighborhood " + Id(0, 0) +
+                                        ": missing link between switches (root1) and (leaf70)"));
+}
+
 TEST_F(NeighborhoodTest, GroupThatIsFullyCabledMissesNothing) {
   AddTwoLevelTree(fabric, 3, 4, 2);
   ASSERT_EQ(GroupFromRoots(3), 0);
