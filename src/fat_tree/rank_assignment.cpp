@@ -82,8 +82,8 @@ int FTClassification::Set4L_FTRanks() {
   SetRankToNodes(distanceToNodes[6], ranks[3]);
   SetRankToNodes(distanceToNodes[1], ranks[2]);
   SetRankToNodes(distanceToNodes[5], ranks[2]);
-  Set4L_DistanceToRanks(2, 1);
-  Set4L_DistanceToRanks(4, 3);
+  if (const int status = Set4L_DistanceToRanks(2, 1); status != StatusSuccess) return status;
+  if (const int status = Set4L_DistanceToRanks(4, 3); status != StatusSuccess) return status;
   // ranks[1] is complete from here on.
   std::vector<bool> isUpper(topology.GetFabric().GetNodes().size());
   for (const IBNode* node : ranks[1]) isUpper[node->index] = true;
