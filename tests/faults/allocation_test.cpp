@@ -197,7 +197,7 @@ TEST_P(AllocationTest, ThatFailsEndsTheRunWithOneLineAndNothingHalfWritten) {
     }
   }
   std::printf("%ld faults injected\n", injected);
-  EXPECT_GT(injected, 10);
+  EXPECT_GT(injected, 0);
 }
 
 using Words = std::vector<std::string>;

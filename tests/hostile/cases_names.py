@@ -1,0 +1,160 @@
+"""Names of nodes, which any host may set."""
+
+from hostile import csv_of, document, dot_labels, dump, graphml_names, json_of
+
+ESCAPES = [b"\x1b[2J", b"\x1b]0;title\x07", b"\x1b[31mred\x1b[0m", b"a\rb", b"a\x00b", b"\x08\x08",
+           b"\x7f", b"\x0b\x0c", b"\x1bPq\x1b\\", b"\x0e\x0f", bytes(range(1, 10)),
+           bytes(range(11, 32))]
+MARKUP = [b"<script>alert(1)</script>", b"]]>", b"<!--", b"&amp;", b"&#x1b;", b"<?xml?>", b"%00",
+          b"{{7*7}}", b"${HOME}", b"$(reboot)", b"`reboot`", b"'; reboot; '", b"a|b", b"../../etc"]
+QUOTES = [b'"', b'""', b'a"b', b'\\"', b"\\", b"\\\\", b"\\N", b"'", b'"];', b'"},{"a":"', b"a,b",
+          b'" lid 5 4xSDR', b'# "x"', b"[1]", b"-- b"]
+UNICODE = [b"\xe2\x80\xa8", b"\xe2\x80\xa9", b"\xc2\x85", b"\xe2\x80\xae", b"\xef\xbb\xbf",
+           b"\xef\xbf\xbe", b"\xef\xbf\xbf", b"\xf0\x9f\x90\xa7", b"\xf4\x8f\xbf\xbf", b"e\xcc\x81"]
+# Lone continuation, no continuation, overlong forms, surrogates, beyond the last code point.
+NO_UTF8 = [b"\x80", b"\xff", b"\xfe\xff", b"\xc3", b"\xe2\x80", b"\xf0\x9f\x90", b"\xc0\x80",
+           b"\xc1\xbf", b"\xe0\x80\x80", b"\xe0\x9f\xbf", b"\xf0\x80\x80\x80", b"\xed\xa0\x80",
+           b"\xed\xbf\xbf", b"\xed\xa0\xbd\xed\xb0\xa7", b"\xf4\x90\x80\x80", b"\xf8\x88\x80\x80\x80",
+           b"\xc0\xaf", b"\xc0\xa2"]
+FORMULAS = [b"=1+1", b"=cmd|' /C calc'!A0", b"+1", b"-1", b"@SUM(A1)", b"\t=1", b"%0A=1"]
+BLANKS = [b"", b" ", b"  a  ", b"\t", b"a\tb"]
+ALL = ESCAPES + MARKUP + QUOTES + UNICODE + NO_UTF8 + FORMULAS + BLANKS
+
+
+def clean(name):
+    return bytes(0x3f if byte < 0x20 or byte == 0x7f else byte for byte in name)
+
+
+def as_text(name):
+    """As JSON and the graphs show a name: each byte of no valid sequence is U+FFFD."""
+    text = clean(name).decode("utf-8", errors="surrogateescape")
+    return "".join("\ufffd" if "\udc80" <= c <= "\udcff" else c for c in text)
+
+
+def of_leaves(name):
+    """Both ends of the wrong cable have the name, with a digit behind it."""
+    return [b"root", name + b"1", name + b"2"]
+
+
+def every_name_is_reported_without_its_control_characters(fab):
+    fab.file("old", "")
+    for name in fab.some(ALL):
+        fab.file("net.topo", dump(of_leaves(name)))
+        result = fab.run("check", "--root-regex", "^root$", "--dump", "-", "--csv", "out.csv",
+                         "--log", "out.log", "net.topo")
+        assert result.status == 1, (name, result.err)
+        shown = [clean(name) + digit for digit in (b"1", b"2")]
+        if b"/" not in name:  # what stands behind it may be of the chassis
+            assert b"\t" + shown[0] in result.out, (name, result.out)
+            assert b"(%s port: 2) and (%s port: 2)" % tuple(shown) in result.out, (name, result.out)
+        assert clean(fab.read("out.log").replace(b"\n", b"")) == fab.read("out.log").replace(b"\n", b"")
+
+
+def every_name_leaves_csv_well_formed(fab):
+    for name in fab.some(ALL):
+        fab.file("net.topo", dump(of_leaves(name)))
+        text = fab.reads("check", "--root-regex", "^root$", "--csv", "-", "net.topo").out
+        records = csv_of(text)
+        assert len(records) == 1, (name, text)
+        description = records[0][5].encode("utf-8", errors="surrogateescape")
+        assert b"/" in name or clean(name) in description, (name, text)
+        # A spreadsheet would run it.
+        assert not any(field.startswith(("=", "+", "-", "@", "\t", "\r")) for field in records[0])
+
+
+def every_name_leaves_json_well_formed(fab):
+    for name in fab.some(ALL):
+        fab.file("net.topo", dump(of_leaves(name)))
+        result = json_of(fab.reads("check", "--root-regex", "^root$", "--json", "-", "net.topo").out)
+        assert len(result["records"]) == 1
+        assert b"/" in name or as_text(name) in result["records"][0]["description"], (name, result)
+
+
+def every_name_comes_through_every_format(fab):
+    for name in fab.some(ALL):
+        fab.file("net.topo", dump(of_leaves(name)))
+        fab.reads("convert", "net.topo", "-o", "net.json")
+        nodes = json_of(fab.read("net.json"))["nodes"]
+        assert as_text(name + b"1") in [node["name"] for node in nodes], (name, nodes)
+        labels = dot_labels(fab.reads("convert", "net.topo", "--format", "dot", "-o", "-").out)
+        label = as_text(name + b"1").replace("\\", "\\\\").replace('"', '\\"').replace("&", "&amp;")
+        assert label in labels, (name, labels)
+        names = graphml_names(fab.reads("convert", "net.topo", "--format", "graphml", "-o", "-").out)
+        xml = as_text(name + b"1").replace("\ufffe", "\ufffd").replace("\uffff", "\ufffd")
+        assert xml in names, (name, names)
+        fab.reads("convert", "net.topo", "-o", "net.net")
+        # What was written is read as the same.
+        fab.reads("convert", "net.topo", "-o", "again.topo")
+        fab.reads("convert", "again.topo", "-o", "again.json")
+        assert fab.read("again.json") == fab.read("net.json"), name
+        fab.reads("convert", "net.json", "-o", "other.json")
+        assert fab.read("other.json") == fab.read("net.json"), name
+
+
+def every_name_may_stand_in_a_document(fab):
+    for name in fab.some(ALL):
+        try:
+            text = name.decode()
+        except UnicodeDecodeError:
+            continue
+        nodes = [{"guid": f"0x{i}", "type": "switch", "numPorts": 4, "name": of} for i, of in
+                 enumerate(["root", text + "1", text + "2"], 1)]
+        fab.file("net.json", document(nodes=nodes))
+        result = json_of(fab.reads("check", "--root-regex", "^root$", "--json", "-", "net.json").out)
+        assert b"/" in name or as_text(name) in result["records"][0]["description"], (name, result)
+
+
+def bytes_that_are_no_utf8_are_told_in_a_document(fab):
+    whole = document().encode()
+    at = whole.index(b"leaf-1")
+    for name in NO_UTF8:
+        fab.file("net.json", whole.replace(b"leaf-1", name, 1))
+        fab.refuses("check", "net.json",
+                    message=f"net.json:1:{at + 1}: malformed JSON: not valid UTF-8")
+
+
+def lone_surrogates_of_a_document_are_no_text(fab):
+    for escape in ["\\ud800", "\\udfff", "\\ud800\\ud800", "\\udc27\\ud83d", "\\uD83D", "\\u12", "\\x1b"]:
+        fab.file("net.json", document().replace("leaf-1", escape, 1))
+        result = fab.run("check", "--roots", "smdb", "--json", "-", "net.json")
+        if result.status == 2:
+            assert result.err.endswith(": malformed JSON: bad escape in a string\n"), result.err
+        else:
+            json_of(result.out)
+
+
+def every_name_of_a_map_is_reported_without_its_control_characters(fab):
+    fab.file("net.topo", dump())
+    for name in fab.some(ALL):
+        if b'"' in name:
+            continue
+        fab.file("names.map", b'0x2 "%s1"\n0x3 "%s2"\n' % (name, name))
+        out = fab.reads("check", "--root-regex", "^root$", "--node-name-map", "names.map",
+                        "net.topo").out
+        assert b"/" in name or clean(name) + b"1" in out, (name, out)
+
+
+def a_name_of_a_megabyte_is_one(fab):
+    for name in [b"x" * (1 << 20), b"9" * (1 << 20), b"\xff" * (1 << 20), b'"' * (1 << 20)]:
+        fab.file("net.topo", dump(of_leaves(name)))
+        out = fab.reads("check", "--root-regex", "^root$", "net.topo").out
+        assert b"(%s1 port: 2) and (%s2 port: 2)" % (name, name) in out
+        csv_of_it = fab.reads("check", "--root-regex", "^root$", "--csv", "-", "net.topo").out
+        assert csv_of_it.count(b"\n") == 2
+        json_of(fab.reads("check", "--root-regex", "^root$", "--json", "-", "net.topo").out)
+        for form in ["document", "ibnetdiscover", "ibsim", "dot", "graphml"]:
+            fab.reads("convert", "net.topo", "--format", form, "-o", "-")
+
+
+def names_of_files_are_told_without_their_control_characters(fab):
+    for name, told in [("\x1b[2J.topo", "?[2J.topo"), ("a\nfabscope: b", "a?fabscope: b"),
+                       ("\r.topo", "?.topo")]:
+        fab.refuses("check", name, message=f"{told}: No such file or directory")
+        fab.refuses("check", "--ranks", name, fab.file("net.topo", dump()),
+                    message=f"{told}: No such file or directory")
+        fab.refuses("check", "--equal", name, "net.topo",
+                    message=f'--equal: "{told}" is not allowed, expected a whole number from 1 to '
+                            "2147483647 (see fabscope check --help)")
+        fab.refuses("convert", "net.topo", "-o", f"{name}/out.json",
+                    message=f"cannot write {told}/out.json: No such file or directory")
+        fab.reads("check", "--root-regex", "^root$", "--json", f"{name}.json", "net.topo")

@@ -1,0 +1,89 @@
+"""Command lines, expressions and the environment."""
+
+import os
+
+from hostile import document, dump
+
+TOO_LARGE = ("it is too large, allowed are 200 groups inside each other, 2000 repetitions and 200000 "
+             "letters, with all repetitions written out")
+BACK_REFERENCE = "back-references are no part of them"
+
+
+def expressions_without_end_are_refused_at_once(fab):
+    fab.file("net.topo", dump([b"a" * 64]))
+    nested = 100_000 // 2  # a single word of a command line has at most 128 KiB
+    for expression, why in [
+            ("((a{255}){255}){255}", TOO_LARGE), ("(a{1,30000}){1,2}", TOO_LARGE),
+            ("a{255}{255}{255}", TOO_LARGE), ("a" + "+" * 40, TOO_LARGE),
+            ("(((((((((a{10}){10}){10}){10}){10}){10}){10}){10}){10})", TOO_LARGE),
+            ("(" * nested + ")" * nested, TOO_LARGE), ("(" * nested, TOO_LARGE), ("a*" * nested, TOO_LARGE),
+            ("(a?){2000}a{2000}?{9}", TOO_LARGE), (r"(a*)*\1b", BACK_REFERENCE),
+            (r"(.*)(.*)(.*)(.*)(.*)\1\2\3\4\5x", BACK_REFERENCE), (r"((a*)*)*\2\1b", BACK_REFERENCE)]:
+        for option in ["--root-regex", "--special-nodes"]:
+            fab.refuses("check", option, expression, "net.topo",
+                        message=f'{option}: "{expression}" is not allowed, expected a POSIX extended '
+                                f"regular expression: {why} (see fabscope check --help)")
+    fab.refuses("convert", "--special-nodes", r"(a)\1", "net.topo", "-o", "x.json",
+                message=r'--special-nodes: "(a)\1" is not allowed, expected a POSIX extended regular '
+                        f"expression: {BACK_REFERENCE} (see fabscope convert --help)")
+
+
+def malformed_expressions_are_refused(fab):
+    fab.file("net.topo", dump())
+    for expression in ["(", "[", "[a", "a{2,1}", "a{99999}", "[[:nothing:]]", "[z-a]", "\\", "*", "a{1",
+                       "[[.x", "(()", "\x01(", "\u2028["]:
+        result = fab.run("check", "--root-regex", expression, "net.topo")
+        assert result.status == 2 and result.err.count("\n") == 1, (expression, result)
+
+
+def expressions_that_others_choke_on_are_matched(fab):
+    """Each against a name that nearly matches; the first of a megabyte."""
+    fab.file("long.topo", dump([b"a" * (1 << 20)]))
+    fab.file("net.topo", dump([b"a" * 64]))
+    for expression in ["^(a+)+$", "^(a|aa)+$", "^(a|a?)+$", "^(.*a){12}$", "(x+x+)+y", "^a*a*a*a*a*a*b",
+                       "^([a-z]+)*[0-9]$", "^" + "a?" * 60 + "a" * 60 + "$"]:
+        result = fab.run("check", "--root-regex", expression, "net.topo")
+        assert result.status in (1, 2), result
+    fab.run("check", "--root-regex", "^(a+)+b$", "long.topo")
+
+
+def odd_command_lines_are_wrong_usage(fab):
+    fab.file("net.topo", dump())
+    for words in [[], [""], ["", "check"], ["check"], ["check", ""], ["check", "net.topo", "net.topo"],
+                  ["check", "-"], ["check", "-", "-"], ["check", "--ranks", "-", "-"], ["checks", "net.topo"],
+                  ["check", "--json="], ["check", "--json", "", "net.topo"], ["check", "---", "net.topo"],
+                  ["check", "--no-such", "net.topo"], ["check", "-qx", "net.topo"], ["check", "--color=red", "net.topo"],
+                  ["check", "--roots", "auto", "--root-regex", "x", "net.topo"], ["x" * 100_000],
+                  ["check", "--" + "x" * 100_000], ["check", "\x1b[2J", "b"], ["check", "--\x1b[2J", "b"],
+                  ["\x1b[2J"], ["generate"], ["generate", "--fault", "\x1b[2J=1"], ["convert"],
+                  ["convert", "net.topo"], ["convert", "net.topo", "-o", "\x1b[2J"],
+                  ["check", "--json", "net.topo", "net.topo"], ["convert", "net.topo", "-o", "./net.topo"],
+                  ["check", "--csv", "a", "--json", "a", "net.topo"]] + [["check"] + ["--equal"] * 10_001]:
+        before = fab.read("net.topo")
+        result = fab.run(*words)
+        assert result.status == 2 and result.out == b"", (words, result)
+        assert result.err.count("\n") == 1, (words, result.err)
+        assert fab.read("net.topo") == before and fab.names() == ["net.topo"]
+
+
+def the_environment_changes_no_byte(fab):
+    fab.file("net.topo", dump([b"r\xc3\xb6\xff" + b"1,5"]))
+    fab.file("net.json", document())
+    commands = [["check", "--root-regex", "^r", "--dump", "-", "net.topo"],
+                ["check", "--roots", "smdb", "--json", "-", "net.json"],
+                ["check", "--help"], ["--version"], ["check", "no-such-file"], ["check", "--equal", "0"],
+                ["generate", "--levels", "3", "--radix", "24"],
+                ["convert", "net.topo", "--format", "graphml", "-o", "-"]]
+    plain = [fab.run(*words, environment={}) for words in commands]
+    locales = ["C.UTF-8", "en_US.UTF-8", "de_DE.UTF-8", "tr_TR.UTF-8", "ar_EG", "../../etc/passwd", "%s%n",
+               "x" * 10_000, ""]
+    odd = [{"LC_ALL": name, "LANG": name, "LANGUAGE": name, "LC_NUMERIC": name} for name in locales]
+    odd += [{"TMPDIR": "/nowhere", "HOME": "/nowhere", "PWD": "/nowhere", "TZ": "../../x", "COLUMNS": "5",
+             "TERM": "\x1b[2J"}, {"CLICOLOR_FORCE": "1", "FORCE_COLOR": "1", "NO_COLOR": ""},
+            {"MALLOC_ARENA_MAX": "1", "MALLOC_PERTURB_": "165", "MALLOC_MMAP_THRESHOLD_": "1"},
+            {"LOCPATH": "/tmp", "NLSPATH": "/tmp/%N", "GCONV_PATH": "/tmp", "POSIXLY_CORRECT": "1"},
+            {"FABSCOPE": "x", "FABSCOPE_CHECK": "--quiet", "FABSCOPE_OPTIONS": "--quiet", "DEBUG": "1"},
+            dict(os.environ)]
+    for environment in fab.some(odd):
+        for words, expected in zip(commands, plain):
+            assert fab.run(*words, environment=environment) == expected, (environment, words)
