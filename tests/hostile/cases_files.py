@@ -23,7 +23,7 @@ def bomb(unit, gigabytes, head=b""):
 
 def small_files_that_unpack_to_ten_gigabytes_are_not_unpacked(fab):
     fab.file("net.topo", dump())
-    for unit in [b"\0", b"\n", b" ", b"#"]:
+    for unit in [b"\0", b" ", b"#"] + ([] if fab.is_sanitized else [b"\n"]):
         fab.file("bomb.gz", bomb(unit, 10))
         is_one_line = unit != b"\n"
         fab.refuses("check", "bomb.gz", message=f"bomb.gz:...: {TOO_LONG if is_one_line else FAR_TOO_MUCH}")
@@ -33,6 +33,8 @@ def small_files_that_unpack_to_ten_gigabytes_are_not_unpacked(fab):
             fab.refuses("convert", "bomb.gz", "-o", "out.json", message=f"bomb.gz:...: {TOO_LONG}")
     fab.file("bomb.gz", bomb(b" ", 10, head=b"{"))
     fab.refuses("check", "bomb.gz", message=f"bomb.gz:...: {FAR_TOO_MUCH}")
+    if fab.is_sanitized:
+        return  # line ends take it too long
     fab.file("bomb.gz", bomb(b"\n", 10, head=dump()))
     fab.refuses("check", "-", stdin=fab.read("bomb.gz"), message=f"<stdin>:...: {FAR_TOO_MUCH}")
 

@@ -37,8 +37,8 @@ class Fabscope:
         shutil.rmtree(self.folder)
 
     def some(self, items):
-        """All of them; with the sanitizer, which takes its time to start, every seventh."""
-        return items[::7] if self.is_sanitized else items
+        """All of them; with the sanitizer, which takes its time to start, some."""
+        return items[::13] if self.is_sanitized else items
 
     def file(self, name, content):
         path = self.folder / name
