@@ -97,7 +97,7 @@ void TemporaryFile::Forget() {
   ReleaseEndingSignals();
 }
 
-int TemporaryFile::AllowAsNew() {
+int TemporaryFile::AllowAsNew() const {
   const mode_t mask = umask(0);
   umask(mask);
   return fchmod(fd_, 0666U & ~mask) == 0 ? 0 : errno;
@@ -105,7 +105,7 @@ int TemporaryFile::AllowAsNew() {
 
 // Root keeps the owner, others at least the group if they are in it. A report is never run, so
 // marks to run it as its owner are dropped.
-int TemporaryFile::AllowAs(const struct stat& old) {
+int TemporaryFile::AllowAs(const struct stat& old) const {
   mode_t mode = old.st_mode & 0777U;
   const bool isOwned = fchown(fd_, old.st_uid, old.st_gid) == 0;
   if (!isOwned && fchown(fd_, static_cast<uid_t>(-1), old.st_gid) != 0) mode = WithoutGroup(mode);

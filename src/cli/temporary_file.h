@@ -23,9 +23,9 @@ class TemporaryFile {
   // Each answers 0, or the errno of what went wrong.
   //
   // As the mask of the process wants a new file.
-  int AllowAsNew();
+  int AllowAsNew() const;
   // As the file that it will replace: no more than that allowed, to no one else.
-  int AllowAs(const struct stat& old);
+  int AllowAs(const struct stat& old) const;
   // Gives it the target's name. What was written is on the disk by then: a machine that fails
   // leaves the old file or the new one.
   int Replace(const std::string& target);

@@ -9,37 +9,39 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <dlfcn.h>
+#include <string>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
 
 struct Fault {
-  char call[16];
-  long number;
-  long error;
-  long signal;
-  bool isShort;
-  bool isForGood;
+  std::string call;
+  long number = 0;
+  long error = 0;
+  long signal = 0;
+  bool isShort = false;
+  bool isForGood = false;
 };
 
 long calls = 0;
 
 const Fault& TheFault() {
   static const Fault fault = [] {
-    Fault read{};
-    const char* text = std::getenv("FABSCOPE_FAULT");
-    char what[16] = "";
-    if (text == nullptr ||
-        std::sscanf(text, "%15[^:]:%ld:%15s", read.call, &read.number, what) < 3) {
-      return Fault{};
-    }
-    read.isShort = std::strcmp(what, "short") == 0;
-    read.isForGood = what[std::strlen(what) - 1] == '+';
-    if (what[0] == 's' && !read.isShort) read.signal = std::strtol(what + 1, nullptr, 10);
-    if (what[0] != 's') read.error = std::strtol(what, nullptr, 10);
+    Fault read;
+    const char* given = std::getenv("FABSCOPE_FAULT");
+    const std::string text = given != nullptr ? given : "";
+    const std::size_t first = text.find(':');
+    const std::size_t second = text.find(':', first + 1);
+    if (second == std::string::npos) return read;
+    const std::string what = text.substr(second + 1);
+    read.call = text.substr(0, first);
+    read.number = std::strtol(text.c_str() + first + 1, nullptr, 10);
+    read.isShort = what.starts_with("short");
+    read.isForGood = what.ends_with('+');
+    if (what.starts_with('s') && !read.isShort) read.signal = std::strtol(&what[1], nullptr, 10);
+    if (!what.starts_with('s')) read.error = std::strtol(what.c_str(), nullptr, 10);
     return read;
   }();
   return fault;
@@ -48,7 +50,7 @@ const Fault& TheFault() {
 // Whether this call is the one; calls are counted.
 bool IsFaulty(const char* call) {
   const Fault& fault = TheFault();
-  if (std::strcmp(fault.call, call) != 0) return false;
+  if (fault.call != call) return false;
   ++calls;
   const bool isIt = calls == fault.number || (fault.isForGood && calls > fault.number);
   if (isIt && fault.signal != 0) (void)std::raise(static_cast<int>(fault.signal));
@@ -75,14 +77,15 @@ struct Count {
     const char* path = std::getenv("FABSCOPE_FAULT_COUNT");
     std::FILE* file = path != nullptr ? std::fopen(path, "w") : nullptr;
     if (file == nullptr) return;
-    std::fprintf(file, "%ld", calls);
-    std::fclose(file);
+    (void)std::fprintf(file, "%ld", calls);
+    (void)std::fclose(file);
   }
 };
 const Count atExit;
 
 }  // namespace
 
+// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name)
 extern "C" {
 
 // Some of these are also called where they fail by a signal, a byte or not at all.
@@ -134,3 +137,4 @@ int mkostemp(char* name, int flags) {
 }
 
 }  // extern "C"
+// NOLINTEND(readability-inconsistent-declaration-parameter-name)
