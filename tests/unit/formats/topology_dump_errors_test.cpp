@@ -41,6 +41,21 @@ TEST(TopologyDumpErrorsTest, ANodeGuidMustBeHexadecimal) {
             "digits");
 }
 
+TEST(TopologyDumpErrorsTest, APortLineOfTheUsualFormIsHeldToThePortNumbersThereAre) {
+  const std::string message = ": port number out of range, expected 1 to 255";
+  const std::string end = "\t\t# \"root\" lid 2 4xHDR\n";
+  EXPECT_EQ(Error(leaf + ("[256]\t\"S-0000000000000021\"[1]" + end)), "net.topo:2:2" + message);
+  EXPECT_EQ(Error(leaf + ("[1]\t\"S-0000000000000021\"[256]" + end)), "net.topo:2:26" + message);
+  EXPECT_EQ(Error(leaf + ("[1]\t\"S-0000000000000021\"[255]" + end)), "");
+}
+
+TEST(TopologyDumpErrorsTest, APortLineOfTheUsualFormIsHeldToGuidsOfSixteenDigits) {
+  const std::string end = "\t\"S-0000000000000021\"[1]\t\t# \"root\" lid 2 4xHDR\n";
+  EXPECT_EQ(Error(leaf + ("[1](00000000000000123)" + end)),
+            "net.topo:2:5: not a GUID, expected 1 to 16 hexadecimal digits");
+  EXPECT_EQ(Error(leaf + ("[1](0000000000000123)" + end)), "");
+}
+
 TEST(TopologyDumpErrorsTest, AGuidHasOneToSixteenDigits) {
   const std::string message = ": not a GUID, expected 1 to 16 hexadecimal digits";
   EXPECT_EQ(Error("Ca\t1 \"H-\"\t\t# \"h1\"\n"), "net.topo:1:9" + message);
