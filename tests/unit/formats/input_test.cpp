@@ -233,10 +233,11 @@ constexpr const char* tooMuch =
     "the gzip data unpacks to more than 250 times its size, which that of a fabric never does";
 
 TEST_F(InputTest, GzipThatUnpacksToFarMoreThanAnyFabricIsNotUnpackedToItsEnd) {
-  const std::string zeros = Packed(std::string(10'000'000, '\0'));
+  const auto repeated = [](std::size_t count, char byte) { return std::string(count, byte); };
+  const std::string zeros = Packed(repeated(10'000'000, '\0'));
   EXPECT_THAT(Read(zeros), ::testing::SizeIs(10'000'000));  // no memory is short of that
   EXPECT_EQ(Read(zeros + zeros + zeros + zeros), path + ":1:33554433: " + tooMuch);
-  EXPECT_EQ(Read(Packed(std::string(40'000'000, '\n'))), path + ":33554433:1: " + tooMuch);
+  EXPECT_EQ(Read(Packed(repeated(40'000'000, '\n'))), path + ":33554433:1: " + tooMuch);
 }
 
 TEST_F(InputTest, ADocumentLongerThanAnyOfAFabricIsNotRead) {
