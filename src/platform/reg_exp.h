@@ -8,7 +8,8 @@ namespace fabscope {
 // A compiled POSIX extended regular expression together with its source text.
 //
 // It is matched byte for byte ("C" locale), as the tools that administrators write such
-// expressions for do: a name that is not valid UTF-8 is matched like any other.
+// expressions for do: a name that is not valid UTF-8 is matched like any other. Where memory runs
+// out, compiling and matching throw std::bad_alloc.
 class regExp {
  public:
   explicit regExp(std::string expression);
@@ -16,8 +17,8 @@ class regExp {
   regExp(const regExp&) = delete;
   regExp& operator=(const regExp&) = delete;
 
-  // False when the expression did not compile or would cost too much (see reg_exp_limits.h);
-  // GetError() then says why, and Matches() is false.
+  // False when the expression did not compile or has more than 5000 groups; GetError() then says
+  // why, and Matches() is false.
   bool IsValid() const { return error_.empty(); }
   const std::string& GetError() const { return error_; }
   const std::string& GetExpression() const { return expression_; }

@@ -11,13 +11,13 @@
 #include <gtest/gtest.h>
 #include <map>
 #include <new>
-#include <sstream>
 #include <string>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
 
 #include "cli/command_line.h"
+#include "support/folder_test.h"
 
 namespace {
 
@@ -96,30 +96,21 @@ std::string LastLine(const std::string& text) {
   return text.substr(end);
 }
 
-class AllocationTest : public ::testing::TestWithParam<std::vector<std::string>> {
+class AllocationTest : public FolderTest,
+                       public ::testing::WithParamInterface<std::vector<std::string>> {
  protected:
   AllocationTest() : before_(fs::current_path()) {
-    std::string name = ::testing::TempDir() + "/fabscope-XXXXXX";
-    folder_ = mkdtemp(name.data());
-    fs::create_directory(folder_ / "out");
+    fs::create_directory(folder / "out");
     const fs::path data = FABSCOPE_TEST_DATA;
-    fs::copy(data / "tree-32h-intra.topo", folder_ / "fabric.topo");
-    std::ofstream(folder_ / "ranks.csv") << "guid,rank\n0x1,0\n0x2,1\n";
-    std::ofstream(folder_ / "flids.csv") << "guid,flid\n0x1,7\n0x2,8\n";
-    std::ofstream(folder_ / "names.map") << "0x1 \"a name too long to be kept in its string\"\n";
-    std::ofstream(folder_ / "fabric.json") << document;
-    fs::current_path(folder_);
+    fs::copy(data / "tree-32h-intra.topo", folder / "fabric.topo");
+    std::ofstream(folder / "ranks.csv") << "guid,rank\n0x1,0\n0x2,1\n";
+    std::ofstream(folder / "flids.csv") << "guid,flid\n0x1,7\n0x2,8\n";
+    std::ofstream(folder / "names.map") << "0x1 \"a name too long to be kept in its string\"\n";
+    std::ofstream(folder / "fabric.json") << document;
+    fs::current_path(folder);
   }
-  ~AllocationTest() override {
-    fs::current_path(before_);
-    fs::remove_all(folder_);
-  }
+  ~AllocationTest() override { fs::current_path(before_); }
 
-  static std::string Read(const fs::path& path) {
-    std::ostringstream text;
-    text << std::ifstream(path, std::ios::binary).rdbuf();
-    return text.str();
-  }
   static Files Outputs() {
     Files files;
     for (const auto& entry : fs::directory_iterator("out")) {
@@ -170,7 +161,6 @@ class AllocationTest : public ::testing::TestWithParam<std::vector<std::string>>
 "aports": [{"ports": [["0x1", 1], ["0x1", 2]], "asymmetry": 5}]})";
 
   fs::path before_;
-  fs::path folder_;
 };
 
 TEST_P(AllocationTest, ThatFailsEndsTheRunWithOneLineAndNothingHalfWritten) {

@@ -95,22 +95,23 @@ def a_document_that_is_cut_anywhere_is_told(fab):
         assert result.err.startswith("fabscope: net.json:1:") and result.err.count("\n") == 1, result
 
 
-def any_byte_of_a_document_may_be_another(fab):
-    text = document().encode()
-    for at in range(0, len(text), 61 if fab.is_sanitized else 17):
-        for byte in b'\x00\n"\\\xff{9':
-            fab.file("net.json", text[:at] + bytes([byte]) + text[at + 1:])
-            result = fab.run("check", "--roots", "smdb", "net.json")
+def replace_bytes(fab, name, text, step, values, *options):
+    """Bytes of a file in turn, by each of these values."""
+    for at in range(0, len(text), step):
+        for byte in values:
+            fab.file(name, text[:at] + bytes([byte]) + text[at + 1:])
+            result = fab.run("check", *options, name)
             assert result.status in (0, 1) or result.err.count("\n") >= 1, result
+
+
+def any_byte_of_a_document_may_be_another(fab):
+    replace_bytes(fab, "net.json", document().encode(), 61 if fab.is_sanitized else 17,
+                  b'\x00\n"\\\xff{9', "--roots", "smdb")
 
 
 def any_byte_of_a_dump_may_be_another(fab):
-    text = dump()
-    for at in range(0, len(text), 97 if fab.is_sanitized else 29):
-        for byte in b'\x00\n"[\xff9':
-            fab.file("net.topo", text[:at] + bytes([byte]) + text[at + 1:])
-            result = fab.run("check", "--root-regex", "^root$", "net.topo")
-            assert result.status in (0, 1) or result.err.count("\n") >= 1, result
+    replace_bytes(fab, "net.topo", dump(), 97 if fab.is_sanitized else 29, b'\x00\n"[\xff9',
+                  "--root-regex", "^root$")
 
 
 def nesting_without_end_is_told_with_its_place(fab):

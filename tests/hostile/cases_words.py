@@ -4,28 +4,16 @@ import os
 
 from hostile import document, dump
 
-TOO_LARGE = ("it is too large, allowed are 200 groups inside each other, 2000 repetitions and 200000 "
-             "letters, with all repetitions written out")
-BACK_REFERENCE = "back-references are no part of them"
 
-
-def expressions_without_end_are_refused_at_once(fab):
-    fab.file("net.topo", dump([b"a" * 64]))
+def groups_without_end_are_refused_at_once(fab):
+    fab.file("net.topo", dump())
     nested = 100_000 // 2  # a single word of a command line has at most 128 KiB
-    for expression, why in [
-            ("((a{255}){255}){255}", TOO_LARGE), ("(a{1,30000}){1,2}", TOO_LARGE),
-            ("a{255}{255}{255}", TOO_LARGE), ("a" + "+" * 40, TOO_LARGE),
-            ("(((((((((a{10}){10}){10}){10}){10}){10}){10}){10}){10})", TOO_LARGE),
-            ("(" * nested + ")" * nested, TOO_LARGE), ("(" * nested, TOO_LARGE), ("a*" * nested, TOO_LARGE),
-            ("(a?){2000}a{2000}?{9}", TOO_LARGE), (r"(a*)*\1b", BACK_REFERENCE),
-            (r"(.*)(.*)(.*)(.*)(.*)\1\2\3\4\5x", BACK_REFERENCE), (r"((a*)*)*\2\1b", BACK_REFERENCE)]:
+    for expression in ["(" * nested + ")" * nested, "(" * nested, "()" * nested]:
         for option in ["--root-regex", "--special-nodes"]:
             fab.refuses("check", option, expression, "net.topo",
                         message=f'{option}: "{expression}" is not allowed, expected a POSIX extended '
-                                f"regular expression: {why} (see fabscope check --help)")
-    fab.refuses("convert", "--special-nodes", r"(a)\1", "net.topo", "-o", "x.json",
-                message=r'--special-nodes: "(a)\1" is not allowed, expected a POSIX extended regular '
-                        f"expression: {BACK_REFERENCE} (see fabscope convert --help)")
+                                "regular expression: it has more than 5000 groups "
+                                "(see fabscope check --help)")
 
 
 def malformed_expressions_are_refused(fab):

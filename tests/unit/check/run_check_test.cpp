@@ -6,6 +6,7 @@
 
 #include "check/check.h"
 #include "fat_tree/neighborhood.h"
+#include "support/folder_test.h"
 
 namespace fabscope {
 namespace {
@@ -16,15 +17,12 @@ using ::testing::IsEmpty;
 using ::testing::SizeIs;
 
 // Checks of files that the test writes, from roots that it names.
-class RunCheckTest : public ::testing::Test {
+class RunCheckTest : public FolderTest {
  protected:
   RunCheckTest() {
-    std::string name = ::testing::TempDir() + "/fabscope-XXXXXX";
-    folder = mkdtemp(name.data());
     options.roots = RootsFrom::Regex;
     options.rootRegex = std::make_shared<regExp>("^root");
   }
-  ~RunCheckTest() override { fs::remove_all(folder); }
 
   std::string File(const std::string& name, const std::string& text) const {
     std::string path = folder / name;
@@ -62,7 +60,6 @@ class RunCheckTest : public ::testing::Test {
     return records;
   }
 
-  fs::path folder;
   CheckOptions options;
 };
 

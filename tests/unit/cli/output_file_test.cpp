@@ -9,13 +9,14 @@
 #include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sstream>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/time.h>
 #include <thread>
 #include <unistd.h>
 #include <utility>
+
+#include "support/folder_test.h"
 
 namespace fabscope {
 namespace {
@@ -25,31 +26,11 @@ using ::testing::ElementsAre;
 using ::testing::Eq;
 using ::testing::Optional;
 
-class OutputFileTest : public ::testing::Test {
+class OutputFileTest : public FolderTest {
  protected:
-  OutputFileTest() {
-    std::string name = ::testing::TempDir() + "/fabscope-XXXXXX";
-    folder = mkdtemp(name.data());
-  }
-  ~OutputFileTest() override { fs::remove_all(folder); }
-
-  static std::string Read(const fs::path& path) {
-    std::ostringstream text;
-    text << std::ifstream(path, std::ios::binary).rdbuf();
-    return text.str();
-  }
-  std::vector<std::string> Names() const {
-    std::vector<std::string> names;
-    for (const auto& entry : fs::directory_iterator(folder))
-      names.push_back(entry.path().filename());
-    std::sort(names.begin(), names.end());
-    return names;
-  }
   static WriteTo Text(const std::string& text) {
     return [text](std::ostream& stream) { stream << text; };
   }
-
-  fs::path folder;
 };
 
 TEST_F(OutputFileTest, NewFileHoldsWhatWasWrittenAndNothingElseIsLeft) {

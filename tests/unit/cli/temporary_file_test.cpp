@@ -1,6 +1,5 @@
 #include "cli/temporary_file.h"
 
-#include <algorithm>
 #include <csignal>
 #include <cstring>
 #include <filesystem>
@@ -10,13 +9,13 @@
 #include <gtest/gtest.h>
 #include <new>
 #include <set>
-#include <sstream>
 #include <string>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
 
 #include "cli/output_file.h"
+#include "support/folder_test.h"
 
 namespace fabscope {
 namespace {
@@ -25,22 +24,10 @@ namespace fs = std::filesystem;
 using ::testing::ElementsAre;
 using ::testing::StartsWith;
 
-class TemporaryFileTest : public ::testing::Test {
+class TemporaryFileTest : public FolderTest {
  protected:
-  TemporaryFileTest() {
-    std::string name = ::testing::TempDir() + "/fabscope-XXXXXX";
-    folder = mkdtemp(name.data());
-    target = folder / "report";
-  }
-  ~TemporaryFileTest() override { fs::remove_all(folder); }
+  TemporaryFileTest() : target(folder / "report") {}
 
-  std::vector<std::string> Names() const {
-    std::vector<std::string> names;
-    for (const auto& entry : fs::directory_iterator(folder))
-      names.push_back(entry.path().filename());
-    std::sort(names.begin(), names.end());
-    return names;
-  }
   // Of the one file that is not the target.
   fs::path Other() const {
     for (const auto& entry : fs::directory_iterator(folder)) {
@@ -51,14 +38,8 @@ class TemporaryFileTest : public ::testing::Test {
   static unsigned Permissions(const fs::path& path) {
     return static_cast<unsigned>(fs::status(path).permissions());
   }
-  static std::string Read(const fs::path& path) {
-    std::ostringstream text;
-    text << std::ifstream(path, std::ios::binary).rdbuf();
-    return text.str();
-  }
   static void Write(const fs::path& path, const std::string& text) { std::ofstream(path) << text; }
 
-  fs::path folder;
   fs::path target;
 };
 

@@ -63,5 +63,21 @@ TEST(RegExpTest, AnExpressionThatDoesNotCompileSaysWhyAndMatchesNothing) {
   EXPECT_FALSE(expression.Matches("core("));
 }
 
+TEST(RegExpTest, GroupsInsideEachOtherAreBounded) {
+  const auto nested = [](std::size_t count) {
+    return std::string(count, '(') + "core" + std::string(count, ')');
+  };
+  EXPECT_TRUE(regExp(nested(5000)).Matches("core"));
+  const regExp tooMany(nested(5001));
+  EXPECT_EQ(tooMany.GetError(), "it has more than 5000 groups");
+  EXPECT_FALSE(tooMany.Matches("core"));
+}
+
+TEST(RegExpTest, AnExpressionMayReferBackToItsGroups) {
+  const regExp twins(R"(^(leaf|spine)-\1$)");
+  EXPECT_TRUE(twins.Matches("leaf-leaf"));
+  EXPECT_FALSE(twins.Matches("leaf-spine"));
+}
+
 }  // namespace
 }  // namespace fabscope
