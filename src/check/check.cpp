@@ -100,6 +100,10 @@ bool CheckRun::Build() {
   result_.topology = std::make_unique<FTTopology>(result_.fabric.get(), result_.stream.get(),
                                                   options_.mergePercent);
   FTTopology& topology = *result_.topology;
+  if (options_.wantFindings) {
+    topology.SetFindingSink(
+        [this](Finding&& finding) { result_.findings.push_back(std::move(finding)); });
+  }
   int status = StatusSuccess;
   switch (options_.roots) {
     case RootsFrom::Auto:
@@ -140,6 +144,7 @@ void CheckRun::Collect() {
   result_.records.reserve(records_.size());
   for (FabricErrGeneral* record : records_) result_.records.emplace_back(record);
   result_.issuesCount = result_.topology->GetIssuesCount();
+  result_.topology->SetFindingSink(nullptr);
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <memory>
 #include <optional>
 #include <sstream>
@@ -8,6 +9,7 @@
 #include <vector>
 
 #include "fabric/ib_fabric.h"
+#include "fat_tree/findings.h"
 #include "fat_tree/topology.h"
 #include "formats/diagnostics.h"
 #include "platform/reg_exp.h"
@@ -31,6 +33,7 @@ struct CheckOptions {
   int mergePercent = 70;
   int showGuid = 0;
   bool wantDump = false;
+  bool wantFindings = false;
 };
 
 enum class CheckStatus {
@@ -59,7 +62,11 @@ struct CheckResult {
   std::vector<std::unique_ptr<FabricErrGeneral>> records;
   std::uint64_t issuesCount = 0;
 
-  // The records and texts above do not need them.
+  // What records and issues say in words, as data: a finding for each record, in their order, then
+  // those that the issues count. Empty unless asked for: there can be millions.
+  std::deque<Finding> findings;
+
+  // The records and texts do not need them, the findings do.
   std::unique_ptr<IBFabric> fabric;
   std::unique_ptr<std::ostringstream> stream;  // what `topology` writes to
   std::unique_ptr<FTTopology> topology;

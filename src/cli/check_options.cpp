@@ -155,6 +155,7 @@ std::optional<std::string> SettleArguments(CheckArguments& arguments) {
   CheckOptions& options = arguments.options;
   if (!options.specialNodes) options.specialNodes = std::make_shared<regExp>("Aggregation Node");
   options.wantDump = !arguments.dumpFile.empty();
+  options.wantFindings = !arguments.jsonFile.empty();
   return std::nullopt;
 }
 

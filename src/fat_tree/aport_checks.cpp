@@ -29,7 +29,7 @@ int FTNeighborhood::CheckAsymmetricAPorts(std::ostream& stream) {
 }
 
 int FTNeighborhood::CheckInternalAPorts(std::ostream& stream) {
-  std::uint32_t found = 0;
+  std::vector<const IBPort*> found;
   for (const IBNode* spine : spines) {
     if (spine == nullptr) {
       errStream << "Cannot check APorts internal links symmetry for the "
@@ -39,22 +39,19 @@ int FTNeighborhood::CheckInternalAPorts(std::ostream& stream) {
     if (!topology->GetTreeLinks().HasPlanePorts(*spine)) continue;
     for (const IBPort* port : GetTreePorts(*spine)) {
       if (!IsEligible(port) || !lines.contains(port->remotePort->node)) continue;
-      for (const APort* aport : {port->aport, port->remotePort->aport}) {
-        if (!IsAsymmetric(aport)) continue;
-        ++found;
+      for (const IBPort* end : {port, static_cast<const IBPort*>(port->remotePort)}) {
+        if (!IsAsymmetric(end->aport)) continue;
+        found.push_back(end);
         topology->AddIssues(1);
       }
     }
   }
-  if (found != 0) {
-    stream << "-W- " << GroupTitle(IsNeighborhood()) << id << ": found " << found
-           << " asymmetric APort" << (found == 1 ? "" : "s") << std::endl;
-  }
+  APortsReport(stream, std::move(found), false);
   return StatusSuccess;
 }
 
 int FTNeighborhood::CheckExternalAPorts(std::ostream& stream) {
-  std::uint32_t found = 0;
+  std::vector<const IBPort*> found;
   for (const IBNode* line : lines) {
     if (line == nullptr) {
       // Only neighborhoods come here; that the text says otherwise is its settled form.
@@ -67,15 +64,25 @@ int FTNeighborhood::CheckExternalAPorts(std::ostream& stream) {
     for (const IBPort* port : GetTreePorts(*line)) {
       if (!IsEligible(port) || port->remotePort->node->nodeType != NodeTypeCA) continue;
       if (!IsAsymmetric(port->aport) || !counted.insert(port->aport).second) continue;
-      ++found;
+      found.push_back(port);
       topology->AddIssues(1);
     }
   }
-  if (found != 0) {
-    stream << "-W- " << GroupTitle(true) << id << ": found " << found << " asymmetric APort"
-           << (found == 1 ? "" : "s") << " connected to CAs" << std::endl;
-  }
+  APortsReport(stream, std::move(found), true);
   return StatusSuccess;
+}
+
+void FTNeighborhood::APortsReport(std::ostream& stream, std::vector<const IBPort*> ports,
+                                  bool toHosts) const {
+  if (ports.empty()) return;
+  // Only neighborhoods have switches with hosts.
+  const bool isNeighborhood = toHosts || IsNeighborhood();
+  stream << "-W- " << GroupTitle(isNeighborhood) << id << ": found " << ports.size()
+         << " asymmetric APort" << (ports.size() == 1 ? "" : "s")
+         << (toHosts ? " connected to CAs" : "") << std::endl;
+  if (topology->HasFindingSink()) {
+    topology->HandOver(AsymmetricAPorts{id, std::move(ports), toHosts, isNeighborhood});
+  }
 }
 
 }  // namespace fabscope

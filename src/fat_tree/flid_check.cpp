@@ -47,6 +47,7 @@ int FTTopology::CheckFLIDs() {
       separator = ", ";
     }
     *outStream << std::endl;
+    if (HasFindingSink()) HandOver(SharedFlid{flid, {ids.begin(), ids.end()}});
   }
   if (anyShared) {
     *outStream << "-I- Additional information related to FLIDs could be found in the "

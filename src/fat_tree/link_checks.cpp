@@ -62,6 +62,10 @@ int FTNeighborhood::CheckBlockingConfiguration(std::vector<FabricErrGeneral*>& /
            << totalSpineUplinks << " is less then total number of internal links "
            << totalInternalLinks << std::endl;
     topology->AddIssues(1);
+    if (topology->HasFindingSink()) {
+      topology->HandOver(
+          SuspectedBlocking{id, totalSpineUplinks, totalInternalLinks, IsNeighborhood()});
+    }
   }
   return StatusSuccess;
 }
@@ -98,6 +102,27 @@ void FTNeighborhood::SetLinksReport(std::ostream& stream, const CountMap& counts
   ReportToStream(stream, counts, listedPerLine, linkName);
   stream << std::endl;
   topology->AddIssues(counts.size());
+  if (topology->HasFindingSink()) HandOverUnevenLinks(counts, nodesRank, isUp);
+}
+
+void FTNeighborhood::HandOverUnevenLinks(const CountMap& counts, std::uint64_t nodesRank,
+                                         bool isUp) const {
+  UnevenLinks finding;
+  finding.group = id;
+  finding.expected = counts.rbegin()->first;
+  for (auto entry = std::next(counts.rbegin()); entry != counts.rend(); ++entry) {
+    UnevenLinks::Count& count = finding.others.emplace_back();
+    count.links = entry->first;
+    for (const std::uint64_t guid : entry->second) {
+      const IBNode* node = topology->GetFabric().getNodeByGuid(guid);
+      if (node != nullptr) count.nodes.push_back(node);
+    }
+  }
+  finding.ofSpines = nodesRank == rank;
+  finding.isUp = isUp;
+  finding.isNeighborhood = IsNeighborhood();
+  if (IsWarning(nodesRank, isUp)) finding.level = EN_FABRIC_ERR_WARNING;
+  topology->HandOver(std::move(finding));
 }
 
 void FTNeighborhood::ReportToStream(std::ostream& stream, const CountMap& counts, unsigned perLine,

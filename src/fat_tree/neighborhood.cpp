@@ -117,6 +117,10 @@ int FTUpHopHistogram::InvalidLinksReport(std::vector<FabricErrGeneral*>& errors,
     if (group2 == nullptr) return StatusLookupFailed;
     errors.push_back(
         new FTInvalidLinkError(group1->GetId(), group2->GetId(), issue, isNeighborhood));
+    if (topology.HasFindingSink()) {
+      topology.HandOver(InvalidLink{group1->GetId(), group2->GetId(), issue, isNeighborhood,
+                                    errors.back()->GetLevel()});
+    }
   }
   return StatusSuccess;
 }
@@ -156,6 +160,9 @@ int FTNeighborhood::MissingLinksReport(std::vector<FabricErrGeneral*>& errors,
       if (lineRecords.empty()) lineRecords = RecordsOf(lineNodes);
       if (spineRecord.empty()) spineRecord = GetNodeRecord(spine);
       errors.push_back(new FTMissingLinkError(id, spineRecord, lineRecords[l], isNeighborhood));
+      if (topology->HasFindingSink()) {
+        topology->HandOver(MissingLink{id, spine, line, isNeighborhood, errors.back()->GetLevel()});
+      }
     }
   }
   return StatusSuccess;

@@ -7,11 +7,13 @@
 #include <ostream>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "fabric/fabric_err_general.h"
 #include "fabric/ib_fabric.h"
 #include "fat_tree/classification.h"
+#include "fat_tree/findings.h"
 #include "fat_tree/node_set.h"
 #include "fat_tree/node_table.h"
 #include "fat_tree/pairs_container.h"
@@ -42,6 +44,12 @@ class FTTopology {
   FTTopology(const FTTopology&) = delete;
   FTTopology& operator=(const FTTopology&) = delete;
   ~FTTopology();
+
+  // Where every finding of the validation goes as data, besides the record or line that tells it.
+  // Without a sink none is made. Set before Validate; must outlive it.
+  void SetFindingSink(FindingSink sink) { findingSink = std::move(sink); }
+  bool HasFindingSink() const { return findingSink != nullptr; }
+  void HandOver(Finding&& finding) const { findingSink(std::move(finding)); }
 
   // --- Building the ranks. On failure `message` says why, and the topology must not be validated.
 
@@ -141,6 +149,7 @@ class FTTopology {
   NodeTable<FTClassification::NodeData> classificationNodeData{{}};  // of switches with hosts
   int upHopMergePercent;
   std::uint64_t issuesCount = 0;
+  FindingSink findingSink;       // may be empty
   std::ostringstream errStream;  // never cleared: a message carries all that went before
   mutable std::optional<TreeLinks> treeLinks;  // see GetTreeLinks
 };

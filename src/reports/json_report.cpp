@@ -7,6 +7,7 @@
 #include "fat_tree/neighborhood.h"
 #include "formats/json_members.h"
 #include "platform/version.h"
+#include "reports/json_findings.h"
 
 namespace fabscope {
 namespace {
@@ -56,6 +57,7 @@ class JsonReport {
     WriteGroups(members.Key("groups"));
     WriteRecords(members.Key("records"));
     members.Number("issues", result_.issuesCount);
+    WriteFindings(members.Key("findings"));
     WriteLines(members.Key("report"), style);
   }
   void End() {
@@ -91,6 +93,10 @@ class JsonReport {
   void WriteRecords(std::string& json) {
     JsonMembers list(json, '[', ']');
     for (const auto& record : result_.records) AppendRecord(NextLine(list), *record);
+  }
+  void WriteFindings(std::string& json) {
+    JsonMembers list(json, '[', ']');
+    for (const Finding& finding : result_.findings) AppendFinding(NextLine(list), finding);
   }
   void WriteLines(std::string& json, const TextStyle& style) {
     JsonMembers list(json, '[', ']');

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <sstream>
+#include <utility>
 
 #include "platform/version.h"
 #include "support/stage_fixture.h"
@@ -16,6 +17,8 @@ class JsonReportTest : public StageTest {
     result.input = "dir/my \"fabric\".json";
     result.topology = std::make_unique<FTTopology>(&fabric.Build(), &out, mergePercent);
     regExp regex(rootRegex);
+    result.topology->SetFindingSink(
+        [this](Finding&& finding) { result.findings.push_back(std::move(finding)); });
     result.status = CheckStatus::NotBuilt;
     const int built = result.topology->Build(errors, result.message, regex);
     result.buildOutput = TakeOutput();
@@ -63,7 +66,7 @@ TEST_F(JsonReportTest, TellsRanksGroupsAndTheReportOfACleanFabric) {
                         hood + R"(,"rank":1,"spines":["0x0000000000000002"],)" +
                         R"("lines":["0x0000000000000003"],)" +
                         R"("totalSpineUplinks":1,"totalInternalLinks":1}],"records":[],)" +
-                        R"("issues":0,"report":[
+                        R"("issues":0,"findings":[],"report":[
 "-I- Detecting roots by the regular exp: ^root",
 "3 level Fat-Tree was discovered: ",
 "\u0009 rank: 0(Roots) #switches: 1",
@@ -101,7 +104,7 @@ TEST_F(JsonReportTest, TellsUplinksAndInternalLinksOfAGroupApart) {
             R"({"kind":"neighborhood","id":)" + Id(1) +
                 R"(,"rank":1,"spines":["0x0000000000000003"],"lines":["0x0000000000000004"],)" +
                 R"("totalSpineUplinks":2,"totalInternalLinks":1}],"records":[],"issues":0,)" +
-                R"("report":[)");
+                R"("findings":[],"report":[)");
 }
 
 TEST_F(JsonReportTest, TellsRecordsWithEventAndLevel) {
@@ -110,13 +113,32 @@ TEST_F(JsonReportTest, TellsRecordsWithEventAndLevel) {
   Check("^root");
   const std::string hood = Id(0);
   const std::string json = Json({.quiet = true});
-  EXPECT_EQ(json.substr(0, json.find(R"("report")")).substr(json.find(R"("records")")),
+  EXPECT_EQ(json.substr(0, json.find(R"("findings":)")).substr(json.find(R"("records")")),
             R"("records":[
 {"event":"INVALID_LINK","level":2,"description":"Neighborhood )" +
                 hood + R"j( : invalid link between switches (root0 port: 4) and (root1 port: 4)"},
 {"event":"MISSING_LINK","level":3,"description":"Neighborhood )j" +
                 hood + R"j(: missing link between switches (root1) and (leaf)"}],"issues":4,)j");
   EXPECT_EQ(json.substr(0, json.find(R"("ranks")")), head + R"("status":"findings","message":"",)");
+}
+
+TEST_F(JsonReportTest, TellsFindingsRecordsFirst) {
+  AddTwoLevelTree(fabric, 2, 2, 0);
+  fabric.Switch("leaf").Cable("leaf", "root0");
+  Check("^root");
+  const std::string hood = Id(0);
+  const std::string json = Json();
+  const std::string start = R"(,"groupKind":"neighborhood","groups":[)" + hood + R"(],"issues":)";
+  EXPECT_EQ(json.substr(0, json.find(R"("report")")).substr(json.find(R"("findings":)")),
+            R"("findings":[
+{"kind":"missing-link","level":3)" +
+                start + R"(0,"spine":"0x0000000000000002","line":"0x0000000000000005"},
+{"kind":"uneven-links","level":3)" +
+                start + R"(2,"set":"spines","direction":"down","expected":3,)" +
+                R"("counts":[{"count":2,"switches":["0x0000000000000002"]}]},
+{"kind":"uneven-links","level":3)" +
+                start + R"(2,"set":"lines","direction":"up","expected":2,)" +
+                R"("counts":[{"count":1,"switches":["0x0000000000000005"]}]}],)");
 }
 
 TEST_F(JsonReportTest, RecordsOrIssuesAloneAreFindings) {
@@ -139,10 +161,11 @@ TEST_F(JsonReportTest, RecordsOrIssuesAloneAreFindings) {
 TEST_F(JsonReportTest, OfATreeThatWasNotBuiltHoldsTheMessage) {
   fabric.Switch("a");
   Check("^nothing");
-  EXPECT_EQ(Json(), head + R"("status":"failed","message":"Cannot build Fat-Tree topology. )"
-                           R"(Failed to fill tree's ranks by the regular expression: )"
-                           R"(No root was provided for creating topology",)"
-                           R"("ranks":[],"groups":[],"records":[],"issues":0,"report":[
+  EXPECT_EQ(Json(), head +
+                        R"("status":"failed","message":"Cannot build Fat-Tree topology. )"
+                        R"(Failed to fill tree's ranks by the regular expression: )"
+                        R"(No root was provided for creating topology",)"
+                        R"("ranks":[],"groups":[],"records":[],"issues":0,"findings":[],"report":[
 "-I- Detecting roots by the regular exp: ^nothing"]}
 )");
 }
@@ -153,7 +176,7 @@ TEST_F(JsonReportTest, OfATreeThatWasNotValidatedHoldsWhatThereWasUntilThen) {
   EXPECT_EQ(Json(), head + R"("status":"failed","message":"Cannot validate Fat-Tree topology. )"
                            R"(Cannot calculate Up/Down links. It is not a Fat-Tree topology",)"
                            R"("ranks":[
-["0x0000000000000001"]],"groups":[],"records":[],"issues":0,"report":[
+["0x0000000000000001"]],"groups":[],"records":[],"issues":0,"findings":[],"report":[
 "-I- Detecting roots by the regular exp: a",
 "1 level Fat-Tree was discovered: ",
 "\u0009 rank: 0(Roots) #switches: 1"]}

@@ -166,6 +166,17 @@ TEST_F(RunCheckTest, TheDumpIsMadeWhenAskedFor) {
                 "\t\tlines: 2 switches\n\t\t\tone\n\t\t\ttwo\n\n");
 }
 
+TEST_F(RunCheckTest, FindingsAreKeptWhenAskedFor) {
+  EXPECT_THAT(Check(Document()).findings, IsEmpty());
+  options.wantFindings = true;
+  const CheckResult result = Check(Document());
+  ASSERT_THAT(result.findings, SizeIs(1));
+  const InvalidLink found = std::get<InvalidLink>(result.findings[0]);
+  EXPECT_EQ(found.link.node1->name, "one");
+  EXPECT_EQ(found.link.node2->name, "two");
+  EXPECT_FALSE(result.topology->HasFindingSink()) << "it leads into a result that has moved";
+}
+
 TEST_F(RunCheckTest, AFailureLeavesNoDump) {
   options.wantDump = true;
   options.rootRegex = std::make_shared<regExp>("^nothing");

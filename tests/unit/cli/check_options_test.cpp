@@ -31,6 +31,7 @@ TEST_F(CheckOptionsTest, DefaultsAreThoseOfTheContract) {
   EXPECT_EQ(arguments.options.showGuid, 0);
   EXPECT_EQ(arguments.options.specialNodes->GetExpression(), "Aggregation Node");
   EXPECT_FALSE(arguments.options.wantDump);
+  EXPECT_FALSE(arguments.options.wantFindings);
 }
 
 TEST_F(CheckOptionsTest, NumbersAreTakenAtBothLimitsOfTheirRange) {
@@ -243,6 +244,13 @@ TEST_F(CheckOptionsTest, DumpFileAsksForTheDump) {
   EXPECT_EQ(Take("--dump", "dump.txt"), std::nullopt);
   ASSERT_EQ(Settle(), std::nullopt);
   EXPECT_TRUE(arguments.options.wantDump);
+  EXPECT_FALSE(arguments.options.wantFindings);
+}
+
+TEST_F(CheckOptionsTest, JsonFileAsksForTheFindings) {
+  EXPECT_EQ(Take("--json", "-"), std::nullopt);
+  ASSERT_EQ(Settle(), std::nullopt);
+  EXPECT_TRUE(arguments.options.wantFindings);
 }
 
 }  // namespace
