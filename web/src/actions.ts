@@ -1,0 +1,39 @@
+// Steps that a click, a key or the address may each ask for.
+
+import type { Model } from './model'
+import type { State, Store } from './state'
+
+export interface App {
+  model: Model
+  store: Store
+}
+
+export function showFinding({ model, store }: App, index: number): void {
+  const finding = model.findings[index]
+  const { group } = store.state
+  const own = finding.groups.includes(group) ? group : (finding.groups[0] ?? -1)
+  store.set({ finding: index, switch: -1, group: own })
+}
+
+export function showSwitch({ store }: App, index: number): void {
+  store.set({ switch: index })
+}
+
+export function showGroup({ store }: App, index: number): void {
+  store.set({ group: index, switch: -1, finding: -1 })
+}
+
+const unfiltered: Partial<State> = { kind: '', inGroup: -1, atSwitch: -1, query: '' }
+
+export function clearFilters({ store }: App): void {
+  store.set(unfiltered)
+}
+
+/** One step back: the last thing that was opened is closed first. */
+export function goBack(app: App): void {
+  const { state } = app.store
+  if (state.switch >= 0) app.store.set({ switch: -1 })
+  else if (state.finding >= 0) app.store.set({ finding: -1 })
+  else if (state.group >= 0) app.store.set({ group: -1 })
+  else clearFilters(app)
+}

@@ -1,0 +1,112 @@
+// What the program puts into the page: the result of a check, as `fabscope check --json` writes it,
+// with the switches and cables that it is about.
+
+export type Status = 'clean' | 'findings' | 'failed'
+export type GroupKind = 'neighborhood' | 'connectivity group'
+
+export interface RawGroup {
+  kind: GroupKind
+  id: number
+  rank: number
+  spines: string[]
+  lines: string[]
+  totalSpineUplinks: number
+  totalInternalLinks: number
+}
+
+interface Common {
+  level: 2 | 3
+  groupKind: GroupKind
+  groups: number[]
+  issues: number
+}
+
+export interface MissingLink extends Common {
+  kind: 'missing-link'
+  spine: string
+  line: string
+}
+
+export interface End {
+  switch: string
+  port: number
+  rank: number
+}
+
+export interface InvalidLink extends Common {
+  kind: 'invalid-link'
+  ends: [End, End]
+}
+
+export interface UnevenLinks extends Common {
+  kind: 'uneven-links'
+  set: 'spines' | 'lines'
+  direction: 'up' | 'down'
+  expected: number
+  counts: { count: number; switches: string[] }[]
+}
+
+export interface SuspectedBlocking extends Common {
+  kind: 'suspected-blocking'
+  uplinks: number
+  internalLinks: number
+}
+
+export interface AsymmetricAPorts extends Common {
+  kind: 'asymmetric-aports'
+  toHosts: boolean
+  count: number
+  ports: [string, number][]
+}
+
+export interface SharedFlid extends Common {
+  kind: 'shared-flid'
+  flid: number
+}
+
+export type RawFinding =
+  | MissingLink
+  | InvalidLink
+  | UnevenLinks
+  | SuspectedBlocking
+  | AsymmetricAPorts
+  | SharedFlid
+
+export type Kind = RawFinding['kind']
+
+/** In the order in which the page tells them. */
+export const kinds: Kind[] = [
+  'missing-link',
+  'invalid-link',
+  'uneven-links',
+  'suspected-blocking',
+  'asymmetric-aports',
+  'shared-flid',
+]
+
+export interface Result {
+  tool: string
+  input: string
+  status: Status
+  message: string
+  ranks: string[][]
+  groups: RawGroup[]
+  records: unknown[]
+  issues: number
+  findings: RawFinding[]
+}
+
+/** GUID, name, rank (-1: not of the tree), links to hosts, up-links, down-links (-1: not known). */
+export type RawSwitch = [string, string, number, number, number, number]
+
+export interface Data {
+  result: Result
+  switches: RawSwitch[]
+  /** Of each cable a switch's index, its port, the other's index, its port. */
+  cables: number[]
+}
+
+export function readData(): Data {
+  const text = document.getElementById('data')?.textContent ?? ''
+  return JSON.parse(text) as Data
+}

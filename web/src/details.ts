@@ -1,0 +1,107 @@
+// What an opened row of the list tells: where to look, and the switches with their numbers.
+
+import { showSwitch, type App } from './actions'
+import { copy } from './copy'
+import type { AsymmetricAPorts, UnevenLinks } from './data'
+import { button, make, nameText } from './dom'
+import type { Finding } from './model'
+import { adviceOf, asText, counted, cut, groupName, nameOf, rankName, type Part } from './words'
+
+const mostSwitches = 60
+
+/** A switch of the text, to be looked at by a click. */
+export function switchLink(app: App, index: number): HTMLElement {
+  const one = app.model.switches[index]
+  const link = button('', { class: 'link', title: one.guid }, (event) => {
+    event.stopPropagation()
+    showSwitch(app, index)
+  })
+  link.append(nameText(nameOf(one)))
+  return link
+}
+
+function sentence(app: App, parts: Part[]): (Node | string)[] {
+  return parts.map((part) => (typeof part === 'string' ? part : switchLink(app, part)))
+}
+
+function linkFor(app: App, guid: string): Node {
+  const index = app.model.switchAt(guid)
+  return index >= 0 ? switchLink(app, index) : document.createTextNode(guid)
+}
+
+function many(app: App, guids: string[]): (Node | string)[] {
+  const shown = guids.slice(0, mostSwitches).flatMap((guid) => [linkFor(app, guid), ' '])
+  const rest = guids.length - mostSwitches
+  return rest > 0 ? [...shown, `and ${counted(rest, 'more', 'more')}`] : shown
+}
+
+function countsTable(app: App, raw: UnevenLinks): HTMLElement {
+  const rows = raw.counts.map(({ count, switches }) =>
+    make(
+      'tr',
+      {},
+      make('th', { scope: 'row' }, make('b', {}, String(count)), ` instead of ${raw.expected}`),
+      make('td', {}, ...many(app, switches)),
+    ),
+  )
+  return make('table', { class: 'counts' }, make('tbody', {}, ...rows))
+}
+
+function portsList(app: App, raw: AsymmetricAPorts): HTMLElement {
+  const items = raw.ports
+    .slice(0, mostSwitches)
+    .map(([guid, port]) => make('li', {}, linkFor(app, guid), ` port ${port}`))
+  const rest = raw.ports.length - mostSwitches
+  if (rest > 0) items.push(make('li', {}, `and ${counted(rest, 'more', 'more')}`))
+  return make('ul', { class: 'ports' }, ...items)
+}
+
+function switchRows(app: App, finding: Finding): HTMLElement {
+  const { model } = app
+  const rows = finding.switches.map((index) => {
+    const one = model.switches[index]
+    return make(
+      'li',
+      {},
+      switchLink(app, index),
+      make('code', {}, one.guid),
+      ` ${rankName(one.rank, model.levels)}`,
+    )
+  })
+  return make('ul', { class: 'ports' }, ...rows)
+}
+
+function specifics(app: App, finding: Finding): HTMLElement[] {
+  const { raw } = finding
+  if (raw.kind === 'uneven-links') return [countsTable(app, raw)]
+  if (raw.kind === 'asymmetric-aports') return [portsList(app, raw)]
+  return finding.switches.length > 0 ? [switchRows(app, finding)] : []
+}
+
+function buttons(app: App, finding: Finding): HTMLElement {
+  const { model, store } = app
+  const row = make('div', { class: 'buttons' })
+  for (const index of finding.groups.slice(0, 4)) {
+    const name = finding.groups.length > 1 ? ` of ${groupName(model.groups[index])}` : ''
+    row.append(
+      button(cut(`Matrix${name}`), { class: 'small' }, () =>
+        store.set({ view: 'matrix', group: index }),
+      ),
+    )
+  }
+  row.append(button('Tree', { class: 'small' }, () => store.set({ view: 'tree' })))
+  const text = asText(model, finding)
+  const control = button('Copy', { class: 'small' }, () => void copy(text, control))
+  row.append(control)
+  return row
+}
+
+export function detailsOf(app: App, finding: Finding): HTMLElement {
+  return make(
+    'div',
+    { class: 'details' },
+    make('p', {}, ...sentence(app, adviceOf(app.model, finding))),
+    ...specifics(app, finding),
+    buttons(app, finding),
+  )
+}

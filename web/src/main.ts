@@ -1,0 +1,33 @@
+// The page from its data, part by part.
+
+import { startCard } from './card'
+import { readData } from './data'
+import { byId } from './dom'
+import { keepInAddress, stateFrom } from './fragment'
+import { startKeys } from './keys'
+import { ListView } from './list'
+import { modelOf } from './model'
+import { showHead } from './numbers'
+import { Store } from './state'
+import { startTheme } from './theme'
+import { startViews } from './views'
+
+function start(): void {
+  const model = modelOf(readData())
+  const store = new Store(stateFrom(model, location.hash))
+  const app = { model, store }
+  startTheme()
+  showHead(app)
+  startViews(app)
+  startCard(app)
+  new ListView(app)
+  startKeys(app)
+  keepInAddress(model, store)
+  byId('skip').addEventListener('click', (event) => {
+    event.preventDefault()
+    byId('findings-title').focus()
+  })
+  document.documentElement.dataset.ready = 'true'
+}
+
+start()

@@ -1,0 +1,74 @@
+// The head of the page: the verdict, and numbers that lead on to what they count.
+
+import type { App } from './actions'
+import { button, byId, make, sign } from './dom'
+import { worstLevel, type Model } from './model'
+import { countsByKind, verdictOf } from './verdict'
+import { capital, counted, cut, kindNames, number } from './words'
+
+function signOf(model: Model): string {
+  if (model.result.status === 'failed') return 'error'
+  const worst = worstLevel(model, model.findings.map((finding) => finding.index))
+  return ['clean', 'clean', 'warning', 'error'][worst]
+}
+
+function tile(value: number, name: string, more: Node[] = []): HTMLElement {
+  return make(
+    'span',
+    { class: 'tile', 'data-number': name },
+    ...more,
+    make('b', {}, number.format(value)),
+    ` ${name}`,
+  )
+}
+
+function tiles({ model }: App): HTMLElement[] {
+  const inTree = model.switches.filter((one) => one.rank >= 0).length
+  const outside = model.switches.length - inTree
+  const all: [number, string][] = [
+    [model.levels, model.levels === 1 ? 'level' : 'levels'],
+    [inTree, inTree === 1 ? 'switch' : 'switches'],
+    [model.groups.length, model.groups.length === 1 ? 'group' : 'groups'],
+    [model.hosts, model.hosts === 1 ? 'host link' : 'host links'],
+  ]
+  if (outside > 0) all.push([outside, outside === 1 ? 'switch outside' : 'switches outside'])
+  return all.map(([value, name]) => tile(value, name))
+}
+
+/** A second click on a kind shows all findings again. */
+function kindTiles({ model, store }: App): HTMLElement[] {
+  return [...countsByKind(model)].map(([kind, count]) => {
+    const control = button('', { class: 'tile kind', 'data-kind': kind }, () => {
+      store.set({ kind: store.state.kind === kind ? '' : kind })
+      byId('findings-title').scrollIntoView({ block: 'nearest' })
+    })
+    const worst = worstLevel(
+      model,
+      model.findings.filter((one) => one.raw.kind === kind).map((one) => one.index),
+    )
+    control.classList.add(worst === 3 ? 'error' : 'warning')
+    control.append(sign(kind), make('b', {}, number.format(count)), ` ${kindNames[kind][count === 1 ? 0 : 1]}`)
+    store.watch((state) => control.setAttribute('aria-pressed', String(state.kind === kind)))
+    return control
+  })
+}
+
+const longestInput = 200
+
+export function showHead(app: App): void {
+  const { model } = app
+  const { result } = model
+  const verdict = verdictOf(model)
+  const input = cut(result.input === '-' ? 'standard input' : result.input, longestInput)
+  document.title = `${verdict} – ${cut(input, 60)} – fabscope`
+  byId('input').textContent = input
+  byId('verdict').textContent = verdict
+  byId('verdict-sign').append(sign(signOf(model)))
+  document.documentElement.dataset.verdict = signOf(model)
+  byId('message').hidden = result.message === ''
+  byId('message').textContent = cut(result.message, 2000)
+  byId('source').textContent =
+    `${capital(result.tool)} · ${counted(result.records.length, 'error record')}, ` +
+    counted(result.issues, 'issue')
+  byId('numbers').append(...tiles(app), ...kindTiles(app))
+}

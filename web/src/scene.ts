@@ -1,0 +1,131 @@
+// All that the picture of the tree is drawn from, with paths that stay while it is moved.
+
+import { faultLines, levelsOfSwitches, type FaultLine } from './faults'
+import { curveBetween, trace, type Curve, type Point } from './geometry'
+import { frameOf, layoutOf, type Block, type Bundle, type Frame, type Layout } from './layout'
+import type { Model } from './model'
+
+/** A group's box: one block, or the two of a neighborhood. */
+export interface Box {
+  group: number
+  x: number
+  y: number
+  width: number
+  height: number
+}
+
+export interface Weighted {
+  path: Path2D
+  /** Line width in pixels of the screen. */
+  weight: number
+}
+
+export interface Scene {
+  model: Model
+  frame: Frame
+  layout: Layout
+  boxes: Box[]
+  bundles: Weighted[]
+  /** Cables that are drawn singly. */
+  cables: Path2D
+  faults: FaultLine[]
+  levels: Uint8Array
+}
+
+const weights = [0.7, 1.4, 2.4, 4]
+
+function around(group: number, blocks: Block[]): Box {
+  const x = Math.min(...blocks.map((block) => block.x))
+  const y = Math.min(...blocks.map((block) => block.y))
+  const width = Math.max(...blocks.map((block) => block.x + block.width)) - x
+  const height = Math.max(...blocks.map((block) => block.y + block.height)) - y
+  return { group, x, y, width, height }
+}
+
+function boxesOf(blocks: Block[]): Box[] {
+  const byGroup = new Map<number, Block[]>()
+  const boxes: Box[] = []
+  for (const block of blocks) {
+    if (block.group < 0) boxes.push(around(-1, [block]))
+    else byGroup.set(block.group, [...(byGroup.get(block.group) ?? []), block])
+  }
+  for (const [group, own] of byGroup) boxes.push(around(group, own))
+  return boxes.sort((a, b) => a.y - b.y || a.x - b.x)
+}
+
+export function middleOf(layout: Layout, index: number): Point {
+  return { x: layout.x[index], y: layout.y[index] }
+}
+
+export function curveOf(layout: Layout, a: number, b: number): Curve {
+  return curveBetween(middleOf(layout, a), middleOf(layout, b))
+}
+
+function bundleCurve(layout: Layout, bundle: Bundle): Curve {
+  const [upper, lower] = [layout.blocks[bundle.upper], layout.blocks[bundle.lower]]
+  return curveBetween(
+    { x: upper.x + upper.width / 2, y: upper.y + upper.height },
+    { x: lower.x + lower.width / 2, y: lower.y },
+  )
+}
+
+/** A bundle whose cables are drawn singly is not drawn. */
+function drawnSingly(scene: Frame, bundle: Bundle, opened: number): boolean {
+  return scene.small || (opened >= 0 && scene.blocks[bundle.upper].group === opened)
+}
+
+function bundlePaths(frame: Frame, layout: Layout, opened: number): Weighted[] {
+  const most = layout.bundles.reduce((max, bundle) => Math.max(max, bundle.cables), 1)
+  const paths = weights.map((weight) => ({ weight, path: new Path2D() }))
+  for (const bundle of layout.bundles) {
+    if (drawnSingly(frame, bundle, opened)) continue
+    const size = Math.ceil((bundle.cables / most) * weights.length) - 1
+    trace(paths[Math.max(0, size)].path, bundleCurve(layout, bundle))
+  }
+  return paths
+}
+
+function cablePath(model: Model, frame: Frame, layout: Layout, opened: number): Path2D {
+  const path = new Path2D()
+  if (!frame.small && opened < 0) return path
+  const { cables, invalidBy } = model
+  for (let at = 0; at < cables.length; at += 4) {
+    const [a, b] = [cables[at], cables[at + 2]]
+    const [p, q] = [layout.blockOf[a], layout.blockOf[b]]
+    if (p < 0 || q < 0 || invalidBy[at >> 2] >= 0) continue
+    const [upper, lower] = frame.blocks[p].rank < frame.blocks[q].rank ? [p, q] : [q, p]
+    if (drawnSingly(frame, { upper, lower, cables: 1 }, opened)) trace(path, curveOf(layout, a, b))
+  }
+  return path
+}
+
+export function startScene(model: Model, aspect: number, opened: number): Scene {
+  const frame = frameOf(model)
+  const fixed = { model, frame, faults: faultLines(model), levels: levelsOfSwitches(model) }
+  return { ...fixed, ...placed(model, frame, aspect, opened) }
+}
+
+type Placed = Pick<Scene, 'layout' | 'boxes' | 'bundles' | 'cables'>
+
+/** Everything that moves when a group is opened or the window changes. */
+export function placed(model: Model, frame: Frame, aspect: number, opened: number): Placed {
+  const layout = layoutOf(model, frame, opened, aspect)
+  return {
+    layout,
+    boxes: boxesOf(layout.blocks),
+    bundles: bundlePaths(frame, layout, opened),
+    cables: cablePath(model, frame, layout, opened),
+  }
+}
+
+/** What holds a set of switches. */
+export function boundsOf(layout: Layout, switches: number[]): Box | null {
+  const drawn = switches.filter((index) => layout.blockOf[index] >= 0)
+  if (drawn.length === 0) return null
+  const xs = drawn.map((index) => layout.x[index])
+  const ys = drawn.map((index) => layout.y[index])
+  const [x, y] = [xs.reduce((a, b) => Math.min(a, b)), ys.reduce((a, b) => Math.min(a, b))]
+  const right = xs.reduce((a, b) => Math.max(a, b))
+  const bottom = ys.reduce((a, b) => Math.max(a, b))
+  return { group: -1, x, y, width: right - x, height: bottom - y }
+}

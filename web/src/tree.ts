@@ -1,0 +1,291 @@
+// The picture of the tree: moving in it, and what is under the pointer.
+
+import { select } from 'd3-selection'
+import 'd3-transition'
+import { zoom, zoomIdentity, zoomTransform, type D3ZoomEvent } from 'd3-zoom'
+import { showFinding, showGroup, showSwitch, type App } from './actions'
+import { sheetIn, type Sheet } from './canvas'
+import { announce, button } from './dom'
+import { drawTree, type Badge } from './draw_tree'
+import { distanceTo } from './geometry'
+import { pitch } from './layout'
+import { boundsOf, curveOf, placed, startScene, type Box, type Scene } from './scene'
+import type { State } from './state'
+import { palette } from './theme'
+import { findingTip, groupTip, hideTip, showTip, switchTip } from './tip'
+import { groupName, nameOf } from './words'
+
+type Target = { kind: 'switch' | 'finding' | 'group'; index: number } | null
+
+const still = matchMedia('(prefers-reduced-motion: reduce)')
+
+export class TreeView {
+  #app: App
+  #sheet: Sheet
+  #scene: Scene | null = null
+  #badges: Badge[] = []
+  #hovered = -1
+  #zoom = zoom<HTMLCanvasElement, unknown>()
+
+  constructor(app: App, host: HTMLElement) {
+    this.#app = app
+    this.#sheet = sheetIn(
+      host,
+      'The tree. Arrow keys go from switch to switch, Enter opens one, plus, minus and 0 zoom.',
+      () => this.#draw(),
+      (sheet) => this.#place(sheet),
+    )
+    this.#listen()
+    app.store.watch((state, before) => this.#follow(state, before))
+  }
+
+  tools(): HTMLElement[] {
+    return [
+      button('−', { title: 'Smaller (-)', 'aria-label': 'Zoom out' }, () => this.#scale(1 / 1.6)),
+      button('+', { title: 'Larger (+)', 'aria-label': 'Zoom in' }, () => this.#scale(1.6)),
+      button('Fit', { title: 'Show all (0)' }, () => this.#fitAll()),
+    ]
+  }
+
+  #listen(): void {
+    const { canvas } = this.#sheet
+    this.#zoom.on('zoom', (event: D3ZoomEvent<HTMLCanvasElement, unknown>) => {
+      if (event.sourceEvent) hideTip()
+      this.#sheet.redraw()
+    })
+    select(canvas).call(this.#zoom).on('dblclick.zoom', null)
+    canvas.addEventListener('pointermove', (event) => this.#hover(event))
+    canvas.addEventListener('pointerleave', () => this.#leave())
+    canvas.addEventListener('click', (event) => this.#click(event))
+    canvas.addEventListener('keydown', (event) => this.#key(event))
+    canvas.addEventListener('blur', () => this.#leave())
+  }
+
+  #place(sheet: Sheet): void {
+    const { model, store } = this.#app
+    const aspect = Math.max(0.9, sheet.width / sheet.height)
+    if (!this.#scene) this.#scene = startScene(model, aspect, store.state.group)
+    else Object.assign(this.#scene, placed(model, this.#scene.frame, aspect, store.state.group))
+    this.#focus(store.state, false)
+  }
+
+  #follow(state: State, before: State): void {
+    const scene = this.#scene
+    if (!scene) return
+    if (state.group !== before.group) {
+      const aspect = Math.max(0.9, this.#sheet.width / this.#sheet.height)
+      Object.assign(scene, placed(scene.model, scene.frame, aspect, state.group))
+    }
+    const chosen = (one: State) => `${one.finding} ${one.group} ${one.switch}`
+    if (chosen(state) !== chosen(before)) this.#focus(state, true)
+    this.#sheet.redraw()
+  }
+
+  #draw(): void {
+    const { canvas, ctx, width, height, ratio } = this.#sheet
+    const scene = this.#scene
+    if (!scene) return
+    const { k, x, y } = zoomTransform(canvas)
+    const state = this.#app.store.state
+    const sight = { width, height, k, x, y }
+    const colours = palette()
+    this.#badges = drawTree({ ctx, scene, sight, state, colours, hovered: this.#hovered }, ratio)
+    if (canvas.dataset.drawn) return
+    canvas.dataset.drawn = 'true'
+    performance.mark('first-picture')
+  }
+
+  /** What the reader has chosen comes into sight. */
+  #focus(state: State, slowly: boolean): void {
+    const scene = this.#scene
+    if (!scene) return
+    const box = this.#chosenBox(scene, state)
+    if (box) this.#show(box, slowly)
+    else this.#fitAll(slowly)
+  }
+
+  #chosenBox(scene: Scene, state: State): Box | null {
+    const { model, layout } = scene
+    if (state.switch >= 0) {
+      const peers = model.cablesOf(state.switch).map((cable) => cable.peer)
+      return boundsOf(layout, [state.switch, ...peers])
+    }
+    if (state.finding >= 0) {
+      const named = boundsOf(layout, model.findings[state.finding].switches)
+      if (named) return named
+    }
+    if (state.group < 0) return null
+    return boundsOf(layout, [...model.groups[state.group].spines, ...model.groups[state.group].lines])
+  }
+
+  #fitAll(slowly = true): void {
+    const layout = this.#scene?.layout
+    if (layout) this.#show({ group: -1, x: 0, y: 0, width: layout.width, height: layout.height }, slowly)
+  }
+
+  #show(box: Box, slowly: boolean): void {
+    const { canvas, width, height } = this.#sheet
+    const whole = this.#scene?.layout
+    if (!whole || width === 0) return
+    const [side, top, bottom] = width < 600 ? [26, 56, 84] : [74, 76, 104]
+    const room = { x: Math.max(60, width - 2 * side), y: Math.max(60, height - top - bottom) }
+    const all = Math.min(room.x / Math.max(whole.width, 1), room.y / Math.max(whole.height, 1))
+    const most = Math.max(all, 44 / pitch.open)
+    const k = Math.min(room.x / Math.max(box.width, 1), room.y / Math.max(box.height, 1), most)
+    this.#zoom.scaleExtent([all / 2, Math.max(most * 3, 8)])
+    const x = width / 2 - (box.x + box.width / 2) * k
+    const y = top + room.y / 2 - (box.y + box.height / 2) * k
+    const target = zoomIdentity.translate(x, y).scale(k)
+    const chosen = select(canvas)
+    if (slowly && !still.matches) chosen.transition().duration(380).call(this.#zoom.transform, target)
+    else chosen.call(this.#zoom.transform, target)
+  }
+
+  #scale(by: number): void {
+    const chosen = select(this.#sheet.canvas)
+    if (still.matches) chosen.call(this.#zoom.scaleBy, by)
+    else chosen.transition().duration(180).call(this.#zoom.scaleBy, by)
+  }
+
+  #targetAt(event: MouseEvent): Target {
+    const scene = this.#scene
+    if (!scene) return null
+    const { canvas } = this.#sheet
+    const [sx, sy] = [event.offsetX, event.offsetY]
+    const badge = this.#badges.find(
+      (one) => Math.abs(sx - one.x) <= one.width / 2 && Math.abs(sy - one.y) <= 10,
+    )
+    if (badge) return { kind: 'group', index: badge.group }
+    const { k } = zoomTransform(canvas)
+    const [x, y] = zoomTransform(canvas).invert([sx, sy])
+    return (
+      switchNear(scene, x, y, k) ?? faultNear(scene, x, y, 6 / k) ?? groupAround(scene, x, y)
+    )
+  }
+
+  #hover(event: PointerEvent): void {
+    if (event.buttons !== 0) return
+    const target = this.#targetAt(event)
+    const hovered = target?.kind === 'switch' ? target.index : -1
+    this.#sheet.canvas.classList.toggle('pointing', target !== null)
+    if (hovered !== this.#hovered) {
+      this.#hovered = hovered
+      this.#sheet.redraw()
+    }
+    showTip(this.#tipOf(target), event.clientX, event.clientY)
+  }
+
+  #tipOf(target: Target): ReturnType<typeof switchTip> | null {
+    const { model } = this.#app
+    if (target?.kind === 'switch') return switchTip(model, target.index)
+    if (target?.kind === 'finding') return findingTip(model, target.index)
+    return target ? groupTip(model, target.index) : null
+  }
+
+  #leave(): void {
+    hideTip()
+    this.#hovered = -1
+    this.#sheet.redraw()
+  }
+
+  #click(event: MouseEvent): void {
+    const target = this.#targetAt(event)
+    hideTip()
+    if (target?.kind === 'switch') showSwitch(this.#app, target.index)
+    else if (target?.kind === 'finding') showFinding(this.#app, target.index)
+    else if (target) showGroup(this.#app, target.index)
+  }
+
+  #key(event: KeyboardEvent): void {
+    if (event.ctrlKey || event.metaKey || event.altKey) return
+    const { key } = event
+    if (key === '+' || key === '=') this.#scale(1.6)
+    else if (key === '-') this.#scale(1 / 1.6)
+    else if (key === '0') this.#fitAll()
+    else if (key === 'Enter' && this.#hovered >= 0) showSwitch(this.#app, this.#hovered)
+    else if (event.shiftKey && key.startsWith('Arrow')) this.#pan(key)
+    else if (key.startsWith('Arrow')) this.#step(key)
+    else return
+    event.preventDefault()
+  }
+
+  #pan(key: string): void {
+    const { k } = zoomTransform(this.#sheet.canvas)
+    const by = 80 / k
+    const x = key === 'ArrowLeft' ? by : key === 'ArrowRight' ? -by : 0
+    const y = key === 'ArrowUp' ? by : key === 'ArrowDown' ? -by : 0
+    select(this.#sheet.canvas).call(this.#zoom.translateBy, x, y)
+  }
+
+  /** The keyboard's cursor goes to the next switch of a rank, or to the nearest of the next rank. */
+  #step(key: string): void {
+    const scene = this.#scene
+    if (!scene || scene.layout.blocks.length === 0) return
+    const from = this.#hovered >= 0 ? this.#hovered : this.#app.store.state.switch
+    this.#hovered = from < 0 ? scene.layout.blocks[0].switches[0] : neighbour(scene, from, key)
+    const one = scene.model.switches[this.#hovered]
+    const group = one.asSpine >= 0 ? one.asSpine : one.asLine
+    const where = group >= 0 ? `, ${groupName(scene.model.groups[group])}` : ''
+    announce(`${nameOf(one)}, rank ${one.rank}${where}`)
+    this.#bringIntoSight(scene)
+    this.#sheet.redraw()
+  }
+
+  #bringIntoSight(scene: Scene): void {
+    const { canvas, width, height } = this.#sheet
+    const { layout } = scene
+    const [wx, wy] = [layout.x[this.#hovered], layout.y[this.#hovered]]
+    const [x, y] = zoomTransform(canvas).apply([wx, wy])
+    if (x < 20 || y < 20 || x > width - 20 || y > height - 20)
+      select(canvas).call(this.#zoom.translateTo, wx, wy)
+    const place = canvas.getBoundingClientRect()
+    const [tx, ty] = zoomTransform(canvas).apply([wx, wy])
+    showTip(switchTip(scene.model, this.#hovered), place.left + tx, place.top + ty)
+  }
+}
+
+function switchNear(scene: Scene, x: number, y: number, k: number): Target {
+  const { layout } = scene
+  let [best, nearest] = [-1, Infinity]
+  for (let index = 0; index < layout.blockOf.length; index++) {
+    if (layout.blockOf[index] < 0) continue
+    const distance = Math.hypot(layout.x[index] - x, layout.y[index] - y)
+    if (distance < nearest) [best, nearest] = [index, distance]
+  }
+  if (best < 0) return null
+  const step = layout.blocks[layout.blockOf[best]].folded ? pitch.folded : pitch.open
+  // Marks that are too small to be aimed at leave the pointer to their group.
+  return step * k >= 6 && nearest <= step * 0.6 ? { kind: 'switch', index: best } : null
+}
+
+function faultNear(scene: Scene, x: number, y: number, reach: number): Target {
+  for (const line of scene.faults) {
+    if (scene.layout.blockOf[line.a] < 0 || scene.layout.blockOf[line.b] < 0) continue
+    if (distanceTo(curveOf(scene.layout, line.a, line.b), x, y) <= reach)
+      return { kind: 'finding', index: line.finding }
+  }
+  return null
+}
+
+function groupAround(scene: Scene, x: number, y: number): Target {
+  const box = scene.boxes.find(
+    (one) =>
+      one.group >= 0 && x >= one.x && y >= one.y && x <= one.x + one.width && y <= one.y + one.height,
+  )
+  return box ? { kind: 'group', index: box.group } : null
+}
+
+function neighbour(scene: Scene, from: number, key: string): number {
+  const { layout, model } = scene
+  const rank = layout.blocks[layout.blockOf[from]].rank
+  const rowOf = (wanted: number) =>
+    layout.blocks.filter((block) => block.rank === wanted).sort((a, b) => a.x - b.x).flatMap((block) => block.switches)
+  if (key === 'ArrowLeft' || key === 'ArrowRight') {
+    const row = rowOf(rank)
+    return row[row.indexOf(from) + (key === 'ArrowLeft' ? -1 : 1)] ?? from
+  }
+  const next = rank + (key === 'ArrowUp' ? -1 : 1)
+  if (next < 0 || next >= model.levels) return from
+  const away = (index: number) => Math.abs(layout.x[index] - layout.x[from])
+  return rowOf(next).reduce((best, index) => (away(index) < away(best) ? index : best), rowOf(next)[0]) ?? from
+}

@@ -1,0 +1,190 @@
+// The page's plain words for what was found, as text with the switches that it names.
+
+import type { GroupKind, InvalidLink, Kind, UnevenLinks } from './data'
+import type { Finding, Group, Model, Switch } from './model'
+
+/** A piece of a sentence: text, or a switch (by index). */
+export type Part = string | number
+
+export const kindNames: Record<Kind, [one: string, more: string]> = {
+  'missing-link': ['missing link', 'missing links'],
+  'invalid-link': ['invalid link', 'invalid links'],
+  'uneven-links': ['uneven count', 'uneven counts'],
+  'suspected-blocking': ['suspected blocking', 'suspected blocking'],
+  'asymmetric-aports': ['asymmetric ports', 'asymmetric ports'],
+  'shared-flid': ['shared FLID', 'shared FLIDs'],
+}
+
+export const number = new Intl.NumberFormat('en-US')
+
+export function counted(count: number, one: string, more = `${one}s`): string {
+  return `${number.format(count)} ${count === 1 ? one : more}`
+}
+
+/** Names are as long as whoever set them liked. */
+export function cut(text: string, most = 64): string {
+  const short = text.slice(0, most * 2)
+  const letters = Array.from(short)
+  return letters.length <= most && short.length === text.length
+    ? text
+    : `${letters.slice(0, most - 1).join('')}…`
+}
+
+/** A switch as texts name it: by its GUID when it has no name. */
+export function nameOf(one: Switch, most = 64): string {
+  return cut(one.name.trim() === '' ? one.guid : one.name, most)
+}
+
+export function capital(text: string): string {
+  return text.charAt(0).toUpperCase() + text.slice(1)
+}
+
+export function groupName(group: Group): string {
+  return `${group.kind} ${group.id}`
+}
+
+export function rankName(rank: number, levels: number): string {
+  if (rank < 0) return 'not part of the tree'
+  if (rank === 0) return 'rank 0 (roots)'
+  return rank === levels - 1 ? `rank ${rank} (leaves)` : `rank ${rank}`
+}
+
+export function listed(texts: string[]): string {
+  if (texts.length < 2) return texts.join('')
+  return `${texts.slice(0, -1).join(', ')} and ${texts[texts.length - 1]}`
+}
+
+function groupsInWords(kind: GroupKind, ids: number[]): string {
+  const known = [...new Set(ids)]
+  return `${kind}${known.length > 1 ? 's' : ''} ${listed(known.map(String))}`
+}
+
+/** Where a finding is: "neighborhood 3", "connectivity groups 0 and 2". */
+export function placeOf(finding: Finding): string {
+  return groupsInWords(finding.raw.groupKind, finding.raw.groups)
+}
+
+/** A GUID of a finding as a switch, or as text if the page does not know it. */
+function named(model: Model, guid: string): Part {
+  const index = model.switchAt(guid)
+  return index >= 0 ? index : guid
+}
+
+function unevenTitle(raw: UnevenLinks): string {
+  const odd = raw.counts.reduce((sum, count) => sum + count.switches.length, 0)
+  const set = odd === 1 ? raw.set.slice(0, -1) : raw.set
+  return `${number.format(odd)} ${set} ${odd === 1 ? 'has' : 'have'} not ${counted(raw.expected, `${raw.direction}-link`)}`
+}
+
+/** What is wrong, in one sentence. */
+export function titleOf(model: Model, { raw }: Finding): Part[] {
+  switch (raw.kind) {
+    case 'missing-link':
+      return ['No cable between ', named(model, raw.spine), ' and ', named(model, raw.line)]
+    case 'invalid-link': {
+      const [a, b] = raw.ends
+      return [
+        named(model, a.switch),
+        ` port ${a.port} is cabled to `,
+        named(model, b.switch),
+        ` port ${b.port}`,
+      ]
+    }
+    case 'uneven-links':
+      return [unevenTitle(raw)]
+    case 'suspected-blocking':
+      return [
+        `Spines have ${counted(raw.uplinks, 'up-link')} for ${counted(raw.internalLinks, 'link')} to lines`,
+      ]
+    case 'asymmetric-aports': {
+      const where = raw.toHosts ? 'to hosts' : 'between spines and lines'
+      return [`${counted(raw.count, 'asymmetric aggregated port')} ${where}`]
+    }
+    case 'shared-flid':
+      return [`FLID ${raw.flid} appears in ${groupsInWords(raw.groupKind, raw.groups)}`]
+  }
+}
+
+function invalidAdvice(model: Model, raw: InvalidLink): string {
+  const [a, b] = raw.ends
+  const wrong =
+    a.rank === b.rank
+      ? `Both switches are on ${rankName(a.rank, model.levels)}. Cables lead from one rank to the next.`
+      : `The cable crosses between ${groupsInWords(raw.groupKind, raw.groups)}.`
+  return `${wrong} Follow this cable and see which end was meant for another switch.`
+}
+
+/** Ports up to the highest in use that lead to no switch: where a missing cable may belong. */
+export function sparePorts(model: Model, index: number): number[] {
+  const used = new Set(model.cablesOf(index).map((cable) => cable.port))
+  const spare = []
+  for (let port = 1; port <= Math.max(0, ...used); port++) if (!used.has(port)) spare.push(port)
+  return spare
+}
+
+/** Only where hosts do not take ports too, the gaps say something. */
+function gapHint(model: Model, guid: string): Part[] {
+  const index = model.switchAt(guid)
+  if (index < 0 || model.switches[index].hosts > 0) return []
+  const spare = sparePorts(model, index)
+  if (spare.length === 0 || spare.length > 4) return []
+  const ports = spare.length > 1 ? 'ports' : 'port'
+  return [' ', index, ` has no cable at ${ports} ${listed(spare.map(String))}.`]
+}
+
+/** What to look at. */
+export function adviceOf(model: Model, { raw }: Finding): Part[] {
+  switch (raw.kind) {
+    case 'missing-link':
+      return [
+        'Every spine of a group should have a cable to every line. Look for one that is pulled, broken or in a wrong port.',
+        ...gapHint(model, raw.spine),
+        ...gapHint(model, raw.line),
+      ]
+    case 'invalid-link':
+      return [invalidAdvice(model, raw)]
+    case 'uneven-links': {
+      const far = raw.direction === 'up' ? 'towards the roots' : 'away from the roots'
+      return [
+        `Most ${raw.set} of the group have ${counted(raw.expected, 'link')} ${far}. Compare the ports of these with a neighbour's.`,
+      ]
+    }
+    case 'suspected-blocking':
+      return [
+        'Less leads up than comes from below: traffic that leaves the group may have to wait. Look for missing up-links of the spines.',
+      ]
+    case 'asymmetric-aports':
+      return ['The planes of these ports are not cabled alike, or run at different speeds.']
+    case 'shared-flid':
+      return ['A FLID belongs to one neighborhood. Look at the FLIDs that its leaves were given.']
+  }
+}
+
+/** A sentence as text. */
+export function plain(model: Model, parts: Part[]): string {
+  return parts
+    .map((part) => (typeof part === 'string' ? part : nameOf(model.switches[part])))
+    .join('')
+}
+
+/** A finding as text for a mail or a ticket. */
+export function asText(model: Model, finding: Finding): string {
+  const { raw } = finding
+  const tag = raw.level === 3 ? 'error' : 'warning'
+  const lines = [`[${tag}] ${capital(placeOf(finding))}: ${plain(model, titleOf(model, finding))}`]
+  if (raw.kind === 'uneven-links')
+    for (const { count, switches } of raw.counts)
+      lines.push(`  ${count} instead of ${raw.expected}: ${namesOf(model, switches).join(', ')}`)
+  else if (raw.kind === 'asymmetric-aports')
+    for (const [guid, port] of raw.ports) lines.push(`  ${namesOf(model, [guid])[0]} port ${port}`)
+  else for (const index of finding.switches) lines.push(`  ${described(model.switches[index])}`)
+  return lines.join('\n')
+}
+
+function namesOf(model: Model, guids: string[]): string[] {
+  return guids.map((guid) => plain(model, [named(model, guid)]))
+}
+
+function described(one: Switch): string {
+  return `${nameOf(one)} (${one.guid}, rank ${one.rank})`
+}
