@@ -5,6 +5,7 @@
 #include "cli/output_file.h"
 #include "cli/progress_line.h"
 #include "reports/csv_report.h"
+#include "reports/html_report.h"
 #include "reports/json_report.h"
 #include "reports/text_report.h"
 
@@ -36,6 +37,11 @@ class CheckCommand {
   }
   int Report(const CheckResult& result);
   bool WriteReports(const CheckResult& result);
+  // Whether another form of it goes to standard output.
+  bool IsReportReplaced() const {
+    return arguments_.csvFile == standardOutput || arguments_.jsonFile == standardOutput ||
+           arguments_.htmlFile == standardOutput;
+  }
 
   // Whether the output arrived; says so if it did not.
   bool Write(const std::string& file, const WriteTo& writeTo) {
@@ -76,7 +82,7 @@ bool CheckCommand::WriteReports(const CheckResult& result) {
   style.quiet = arguments_.quiet;
 
   bool written = true;
-  if (arguments_.csvFile != standardOutput && arguments_.jsonFile != standardOutput) {
+  if (!IsReportReplaced()) {
     written &= Write(standardOutput, [&](std::ostream& stream) {
       TextStyle screenStyle = style;
       screenStyle.color = WantsColor(arguments_.color);
@@ -90,6 +96,10 @@ bool CheckCommand::WriteReports(const CheckResult& result) {
   if (!arguments_.jsonFile.empty()) {
     written &= Write(arguments_.jsonFile,
                      [&](std::ostream& stream) { WriteJsonReport(result, style, stream); });
+  }
+  if (!arguments_.htmlFile.empty()) {
+    written &=
+        Write(arguments_.htmlFile, [&](std::ostream& stream) { WriteHtmlReport(result, stream); });
   }
   const bool dumpToFile = !arguments_.dumpFile.empty() && arguments_.dumpFile != standardOutput;
   if (dumpToFile && result.status == CheckStatus::Done) {

@@ -12,7 +12,7 @@ using Problem = OptionProblem;
 
 constexpr int anyCount = std::numeric_limits<int>::max();
 
-constexpr std::array<CheckOption, 16> table{{
+constexpr std::array<CheckOption, 17> table{{
     {"--roots", "auto|smdb|regex",
      "How the roots are found: by themselves (the default), from the subnet manager's ranks, or by "
      "--root-regex",
@@ -84,6 +84,11 @@ constexpr std::array<CheckOption, 16> table{{
      [](CheckArguments& arguments, const std::string& value) {
        return TakePath(arguments.jsonFile, value);
      }},
+    {"--html", "FILE",
+     "Also write the result as a page to look at (- for standard output, instead of the report)",
+     [](CheckArguments& arguments, const std::string& value) {
+       return TakePath(arguments.htmlFile, value);
+     }},
     {"--log", "FILE", "Also write all messages of standard error (- for standard output)",
      [](CheckArguments& arguments, const std::string& value) {
        return TakePath(arguments.logFile, value);
@@ -138,9 +143,10 @@ Problem SettleFiles(const CheckArguments& arguments) {
   const CheckOptions& options = arguments.options;
   const std::array<const std::string*, 4> inputs{&options.fabric, &options.ranks, &options.flids,
                                                  &options.nodeNameMap};
-  const std::array<NamedOutput, 4> outputs{{{"--dump ", arguments.dumpFile},
+  const std::array<NamedOutput, 5> outputs{{{"--dump ", arguments.dumpFile},
                                             {"--csv ", arguments.csvFile},
                                             {"--json ", arguments.jsonFile},
+                                            {"--html ", arguments.htmlFile},
                                             {"--log ", arguments.logFile}}};
   return ProblemOfFiles(inputs, outputs);
 }
@@ -155,7 +161,7 @@ std::optional<std::string> SettleArguments(CheckArguments& arguments) {
   CheckOptions& options = arguments.options;
   if (!options.specialNodes) options.specialNodes = std::make_shared<regExp>("Aggregation Node");
   options.wantDump = !arguments.dumpFile.empty();
-  options.wantFindings = !arguments.jsonFile.empty();
+  options.wantFindings = !arguments.jsonFile.empty() || !arguments.htmlFile.empty();
   return std::nullopt;
 }
 

@@ -17,6 +17,7 @@ struct CheckArguments {
   std::string dumpFile;
   std::string csvFile;
   std::string jsonFile;
+  std::string htmlFile;
   std::string logFile;
   bool quiet = false;
   ColorWhen color = ColorWhen::Auto;

@@ -40,10 +40,9 @@ void AppendRecord(std::string& json, FabricErrGeneral& record) {
   members.Text("description", record.GetErrorLine());
 }
 
-// Writes a document piece by piece: a result can hold millions of records.
 class JsonReport {
  public:
-  JsonReport(const CheckResult& result, std::ostream& stream) : result_(result), stream_(stream) {}
+  JsonReport(const CheckResult& result, const TakePiece& take) : result_(result), take_(take) {}
 
   void Write(const TextStyle& style) {
     JsonMembers members(json_, '{', '}');
@@ -60,16 +59,12 @@ class JsonReport {
     WriteFindings(members.Key("findings"));
     WriteLines(members.Key("report"), style);
   }
-  void End() {
-    json_ += '\n';
-    Flush();
+  void Flush() {
+    take_(json_);
+    json_.clear();
   }
 
  private:
-  void Flush() {
-    stream_ << json_;
-    json_.clear();
-  }
   // A member of a list that may be long, on a line of its own.
   std::string& NextLine(JsonMembers& list) {
     list.Next() += '\n';
@@ -106,16 +101,21 @@ class JsonReport {
 
   static constexpr std::size_t flushSize = std::size_t{1} << 16;
   const CheckResult& result_;
-  std::ostream& stream_;
+  const TakePiece& take_;
   std::string json_;
 };
 
 }  // namespace
 
 void WriteJsonReport(const CheckResult& result, const TextStyle& style, std::ostream& stream) {
-  JsonReport report(result, stream);
+  ForEachPieceOfJson(result, style, [&](std::string_view piece) { stream << piece; });
+  stream << '\n';
+}
+
+void ForEachPieceOfJson(const CheckResult& result, const TextStyle& style, const TakePiece& take) {
+  JsonReport report(result, take);
   report.Write(style);
-  report.End();
+  report.Flush();
 }
 
 }  // namespace fabscope

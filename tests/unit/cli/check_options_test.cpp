@@ -247,8 +247,14 @@ TEST_F(CheckOptionsTest, DumpFileAsksForTheDump) {
   EXPECT_FALSE(arguments.options.wantFindings);
 }
 
-TEST_F(CheckOptionsTest, JsonFileAsksForTheFindings) {
+TEST_F(CheckOptionsTest, JsonAsksForTheFindings) {
   EXPECT_EQ(Take("--json", "-"), std::nullopt);
+  ASSERT_EQ(Settle(), std::nullopt);
+  EXPECT_TRUE(arguments.options.wantFindings);
+}
+
+TEST_F(CheckOptionsTest, PageAsksForTheFindings) {
+  EXPECT_EQ(Take("--html", "page.html"), std::nullopt);
   ASSERT_EQ(Settle(), std::nullopt);
   EXPECT_TRUE(arguments.options.wantFindings);
 }

@@ -1,0 +1,130 @@
+// The page finds its data in a script element that is no script:
+//
+//   {"result": the JSON result,
+//    "switches": [[GUID, name, rank, hosts, up-links, down-links], ...],
+//    "cables": [switch, port, switch, port, ...]}
+//
+// Switches stand in model order and cables name them by their place there. What is not known is -1:
+// the rank of a switch outside the tree, and its link counts.
+
+#include "reports/html_report.h"
+
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "fat_tree/node_record.h"
+#include "formats/json_members.h"
+#include "reports/json_report.h"
+
+namespace fabscope {
+
+extern const std::string_view pageTemplate;
+
+namespace {
+
+constexpr std::string_view dataMark = "@FABSCOPE_DATA@";
+
+// Nothing that could end the element or begin another.
+void WriteInert(std::string_view json, std::ostream& stream) {
+  while (!json.empty()) {
+    const std::size_t at = json.find('<');
+    stream << json.substr(0, at);
+    if (at == std::string_view::npos) return;
+    stream << "\\u003c";
+    json.remove_prefix(at + 1);
+  }
+}
+
+UpDownLinks LinksOf(const FTTopology& topology, const IBNode& node, int rank) {
+  const bool isCounted = rank >= 0 && topology.GetRanks().size() > 1;
+  if (!isCounted) return {-1, -1};
+  return topology.CalculateSwitchUpDownLinks(static_cast<std::uint64_t>(rank), node);
+}
+
+class PageData {
+ public:
+  PageData(const FTTopology& topology, std::ostream& stream)
+      : topology_(topology), switches_(topology.GetFabric().switches), stream_(stream) {
+    std::int32_t place = 0;
+    places_.resize(topology.GetFabric().GetNodes().size());
+    for (const IBNode* node : switches_) places_[node->index] = place++;
+  }
+
+  void WriteSwitches() {
+    JsonMembers list(json_, '[', ']');
+    for (const IBNode* node : switches_) {
+      WriteSwitch(list.Next(), *node);
+      Flush();
+    }
+  }
+
+  void WriteCables() {
+    JsonMembers list(json_, '[', ']');
+    for (const IBNode* node : switches_) {
+      for (const TreeLink& link : topology_.GetTreeLinks().Of(*node)) {
+        if (!IsTold(*node, link)) continue;
+        for (const std::int32_t number : {places_[node->index], std::int32_t{link.port},
+                                          places_[link.remote], std::int32_t{link.remotePort}}) {
+          list.Next() += std::to_string(number);
+        }
+      }
+      Flush();
+    }
+  }
+
+  void Flush() {
+    WriteInert(json_, stream_);
+    json_.clear();
+  }
+
+ private:
+  void WriteSwitch(std::string& json, const IBNode& node) const {
+    const int rank = topology_.GetNodeRank(&node);
+    const UpDownLinks links = LinksOf(topology_, node, rank);
+    JsonMembers members(json, '[', ']');
+    members.Guid(node.guid);
+    AppendJsonString(members.Next(), GetNodeRecord(&node));
+    members.Next() += std::to_string(rank);
+    members.Next() += std::to_string(topology_.GetTreeLinks().Hosts(node));
+    members.Next() += std::to_string(links.up);
+    members.Next() += std::to_string(links.down);
+  }
+
+  // A cable is met at both of its ends, but for one that counts at one end only.
+  bool IsTold(const IBNode& node, const TreeLink& link) const {
+    const bool isFirstEnd =
+        node.index < link.remote || (node.index == link.remote && link.port <= link.remotePort);
+    if (isFirstEnd) return true;
+    const IBNode& remote = topology_.GetFabric().GetNodes()[link.remote];
+    for (const TreeLink& back : topology_.GetTreeLinks().Of(remote)) {
+      if (back.port == link.remotePort) return false;
+    }
+    return true;
+  }
+
+  const FTTopology& topology_;
+  const std::set<IBNode*>& switches_;
+  std::ostream& stream_;
+  std::vector<std::int32_t> places_;  // by IBNode::index
+  std::string json_;
+};
+
+}  // namespace
+
+void WriteHtmlReport(const CheckResult& result, std::ostream& stream) {
+  const std::size_t at = pageTemplate.find(dataMark);
+  stream << pageTemplate.substr(0, at) << R"({"result":)";
+  ForEachPieceOfJson(result, {}, [&](std::string_view piece) { WriteInert(piece, stream); });
+  stream << R"(,"switches":)";
+  PageData data(*result.topology, stream);
+  data.WriteSwitches();
+  data.Flush();
+  stream << R"(,"cables":)";
+  data.WriteCables();
+  data.Flush();
+  stream << '}' << pageTemplate.substr(at + dataMark.size());
+}
+
+}  // namespace fabscope
