@@ -7,6 +7,7 @@
 #include "reports/csv_report.h"
 #include "reports/html_report.h"
 #include "reports/json_report.h"
+#include "reports/svg_report.h"
 #include "reports/text_report.h"
 
 namespace fabscope {
@@ -40,7 +41,7 @@ class CheckCommand {
   // Whether another form of it goes to standard output.
   bool IsReportReplaced() const {
     return arguments_.csvFile == standardOutput || arguments_.jsonFile == standardOutput ||
-           arguments_.htmlFile == standardOutput;
+           arguments_.htmlFile == standardOutput || arguments_.svgFile == standardOutput;
   }
 
   // Whether the output arrived; says so if it did not.
@@ -100,6 +101,10 @@ bool CheckCommand::WriteReports(const CheckResult& result) {
   if (!arguments_.htmlFile.empty()) {
     written &=
         Write(arguments_.htmlFile, [&](std::ostream& stream) { WriteHtmlReport(result, stream); });
+  }
+  if (!arguments_.svgFile.empty() && result.status != CheckStatus::NotBuilt) {
+    written &=
+        Write(arguments_.svgFile, [&](std::ostream& stream) { WriteSvgReport(result, stream); });
   }
   const bool dumpToFile = !arguments_.dumpFile.empty() && arguments_.dumpFile != standardOutput;
   if (dumpToFile && result.status == CheckStatus::Done) {

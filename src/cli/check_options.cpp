@@ -12,7 +12,7 @@ using Problem = OptionProblem;
 
 constexpr int anyCount = std::numeric_limits<int>::max();
 
-constexpr std::array<CheckOption, 17> table{{
+constexpr std::array<CheckOption, 18> table{{
     {"--roots", "auto|smdb|regex",
      "How the roots are found: by themselves (the default), from the subnet manager's ranks, or by "
      "--root-regex",
@@ -89,6 +89,11 @@ constexpr std::array<CheckOption, 17> table{{
      [](CheckArguments& arguments, const std::string& value) {
        return TakePath(arguments.htmlFile, value);
      }},
+    {"--svg", "FILE",
+     "Also draw the tree, for documents (- for standard output, instead of the report)",
+     [](CheckArguments& arguments, const std::string& value) {
+       return TakePath(arguments.svgFile, value);
+     }},
     {"--log", "FILE", "Also write all messages of standard error (- for standard output)",
      [](CheckArguments& arguments, const std::string& value) {
        return TakePath(arguments.logFile, value);
@@ -143,10 +148,11 @@ Problem SettleFiles(const CheckArguments& arguments) {
   const CheckOptions& options = arguments.options;
   const std::array<const std::string*, 4> inputs{&options.fabric, &options.ranks, &options.flids,
                                                  &options.nodeNameMap};
-  const std::array<NamedOutput, 5> outputs{{{"--dump ", arguments.dumpFile},
+  const std::array<NamedOutput, 6> outputs{{{"--dump ", arguments.dumpFile},
                                             {"--csv ", arguments.csvFile},
                                             {"--json ", arguments.jsonFile},
                                             {"--html ", arguments.htmlFile},
+                                            {"--svg ", arguments.svgFile},
                                             {"--log ", arguments.logFile}}};
   return ProblemOfFiles(inputs, outputs);
 }
@@ -161,7 +167,8 @@ std::optional<std::string> SettleArguments(CheckArguments& arguments) {
   CheckOptions& options = arguments.options;
   if (!options.specialNodes) options.specialNodes = std::make_shared<regExp>("Aggregation Node");
   options.wantDump = !arguments.dumpFile.empty();
-  options.wantFindings = !arguments.jsonFile.empty() || !arguments.htmlFile.empty();
+  options.wantFindings =
+      !arguments.jsonFile.empty() || !arguments.htmlFile.empty() || !arguments.svgFile.empty();
   return std::nullopt;
 }
 

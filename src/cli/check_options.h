@@ -18,6 +18,7 @@ struct CheckArguments {
   std::string csvFile;
   std::string jsonFile;
   std::string htmlFile;
+  std::string svgFile;
   std::string logFile;
   bool quiet = false;
   ColorWhen color = ColorWhen::Auto;

@@ -17,6 +17,7 @@
 #include "fat_tree/node_record.h"
 #include "formats/json_members.h"
 #include "reports/json_report.h"
+#include "reports/tree_cables.h"
 
 namespace fabscope {
 
@@ -62,16 +63,13 @@ class PageData {
 
   void WriteCables() {
     JsonMembers list(json_, '[', ']');
-    for (const IBNode* node : switches_) {
-      for (const TreeLink& link : topology_.GetTreeLinks().Of(*node)) {
-        if (!IsTold(*node, link)) continue;
-        for (const std::int32_t number : {places_[node->index], std::int32_t{link.port},
-                                          places_[link.remote], std::int32_t{link.remotePort}}) {
-          list.Next() += std::to_string(number);
-        }
+    ForEachTreeCable(topology_, [&](const IBNode& node, const TreeLink& link) {
+      for (const std::int32_t number : {places_[node.index], std::int32_t{link.port},
+                                        places_[link.remote], std::int32_t{link.remotePort}}) {
+        list.Next() += std::to_string(number);
       }
       Flush();
-    }
+    });
   }
 
   void Flush() {
@@ -90,18 +88,6 @@ class PageData {
     members.Next() += std::to_string(topology_.GetTreeLinks().Hosts(node));
     members.Next() += std::to_string(links.up);
     members.Next() += std::to_string(links.down);
-  }
-
-  // A cable is met at both of its ends, but for one that counts at one end only.
-  bool IsTold(const IBNode& node, const TreeLink& link) const {
-    const bool isFirstEnd =
-        node.index < link.remote || (node.index == link.remote && link.port <= link.remotePort);
-    if (isFirstEnd) return true;
-    const IBNode& remote = topology_.GetFabric().GetNodes()[link.remote];
-    for (const TreeLink& back : topology_.GetTreeLinks().Of(remote)) {
-      if (back.port == link.remotePort) return false;
-    }
-    return true;
   }
 
   const FTTopology& topology_;

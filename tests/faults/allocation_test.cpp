@@ -195,8 +195,8 @@ using Words = std::vector<std::string>;
 INSTANTIATE_TEST_SUITE_P(
     Commands, AllocationTest,
     ::testing::Values(
-        Words{"fabscope", "check", "--csv", "out/a", "--json", "out/b", "--dump", "out/c",
-              "--node-name-map", "names.map", "fabric.topo"},
+        Words{"fabscope", "check", "--csv", "out/a", "--json", "out/b", "--dump", "out/c", "--svg",
+              "out/d", "--html", "out/e", "--node-name-map", "names.map", "fabric.topo"},
         Words{"fabscope", "check", "--ranks", "ranks.csv", "--flids", "flids.csv", "--json",
               "out/a", "--log", "out/b", "fabric.json"},
         Words{"fabscope", "check", "--root-regex", "^(root|x{3})-g[0-9]+", "fabric.topo"},

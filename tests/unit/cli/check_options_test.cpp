@@ -259,5 +259,11 @@ TEST_F(CheckOptionsTest, PageAsksForTheFindings) {
   EXPECT_TRUE(arguments.options.wantFindings);
 }
 
+TEST_F(CheckOptionsTest, PictureAsksForTheFindings) {
+  EXPECT_EQ(Take("--svg", "tree.svg"), std::nullopt);
+  ASSERT_EQ(Settle(), std::nullopt);
+  EXPECT_TRUE(arguments.options.wantFindings);
+}
+
 }  // namespace
 }  // namespace fabscope
