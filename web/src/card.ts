@@ -5,7 +5,7 @@ import { copy } from './copy'
 import { announce, button, byId, make, nameText } from './dom'
 import type { Cable } from './model'
 import { linksOf } from './tip'
-import { capital, counted, cut, groupName, nameOf, plain, rankName, titleOf } from './words'
+import { capital, counted, cut, groupName, nameOf, placeOf, plain, rankName, titleOf } from './words'
 
 const longestName = 400
 const mostFindings = 8
@@ -40,9 +40,10 @@ function cableTable(app: App, cables: Cable[]): HTMLElement {
 function findingsOf(app: App, findings: number[]): HTMLElement[] {
   const { model, store } = app
   const links = findings.slice(0, mostFindings).map((index) => {
-    const text = plain(model, titleOf(model, model.findings[index]))
+    const finding = model.findings[index]
+    const text = cut(plain(model, titleOf(model, finding)), 160)
     const link = button('', { class: 'link' }, () => showFinding(app, index))
-    link.append(nameText(cut(text, 160)))
+    link.append(nameText(text), ` (${placeOf(finding)})`)
     return make('li', {}, link)
   })
   if (links.length === 0) return []

@@ -34,6 +34,9 @@ export interface MatrixDrawing {
   cursor: Place
 }
 
+/** Letters of a name at a row or column. */
+export const longestHead = 24
+
 /** Room between the cells and the two columns behind them. */
 export const gutter = 10
 
@@ -64,7 +67,7 @@ function drawMissing(drawing: MatrixDrawing, x: number, y: number): void {
   const size = grid.cell - 2
   ctx.strokeStyle = colours.error
   ctx.lineWidth = grid.cell > 10 ? 2 : 1.2
-  ctx.setLineDash(grid.cell > 10 ? [4, 2.5] : [])
+  ctx.setLineDash(grid.cell > 15 ? [4, 2.5] : [])
   ctx.strokeRect(x + 2, y + 2, size - 2, size - 2)
   ctx.setLineDash([])
   if (grid.cell < 7) {
@@ -99,7 +102,7 @@ function drawCell(drawing: MatrixDrawing, row: number, column: number, most: num
 /** A text in the middle of a cell. */
 function text(drawing: MatrixDrawing, words: string, x: number, y: number, colour: string, weight: number): void {
   const { ctx, grid } = drawing
-  ctx.font = `${weight} ${Math.min(12, grid.cell * 0.55)}px ${font}`
+  ctx.font = `${weight} ${Math.min(14, grid.cell * 0.55)}px ${font}`
   ctx.textAlign = 'center'
   ctx.textBaseline = 'middle'
   ctx.fillStyle = colour
@@ -181,7 +184,7 @@ function drawCursor({ ctx, matrix, grid, colours, cursor }: MatrixDrawing): void
 
 function headFont(drawing: MatrixDrawing, isMarked: boolean): void {
   const { ctx, grid, colours } = drawing
-  ctx.font = `${isMarked ? 700 : 400} ${Math.min(12, Math.max(9, grid.cell - 3))}px ${font}`
+  ctx.font = `${isMarked ? 700 : 400} ${Math.min(13, Math.max(9, grid.cell - 3))}px ${font}`
   ctx.fillStyle = isMarked ? colours.ink : colours.soft
 }
 
@@ -203,7 +206,7 @@ function rowNames(drawing: MatrixDrawing, bands: Set<number>): void {
     ctx.fillText(words, grid.left - 6, rowY(matrix, grid, row) + grid.cell / 2, grid.left - 12)
   }
   for (let row = first; row < last; row++)
-    if (row % step === 0 || bands.has(row)) name(row, nameOf(model.switches[matrix.spines[row]], 24))
+    if (row % step === 0 || bands.has(row)) name(row, nameOf(model.switches[matrix.spines[row]], longestHead))
   name(matrix.spines.length, 'invalid')
   name(matrix.spines.length + 1, 'cables')
 }
@@ -226,7 +229,7 @@ function columnNames(drawing: MatrixDrawing, bands: Set<number>): void {
   }
   for (let column = first; column < last; column++)
     if (column % step === 0 || bands.has(column))
-      name(column, nameOf(model.switches[matrix.lines[column]], 24))
+      name(column, nameOf(model.switches[matrix.lines[column]], longestHead))
   name(matrix.lines.length, 'invalid')
   name(matrix.lines.length + 1, 'cables')
 }

@@ -2,7 +2,7 @@
 
 import { worstLevel } from './model'
 import { pointOn, trace, type Curve } from './geometry'
-import { pitch, type Layout } from './layout'
+import { stepOf, type Layout } from './layout'
 import { curveOf, type Box, type Scene } from './scene'
 import type { State } from './state'
 import { font, type Palette } from './theme'
@@ -13,6 +13,8 @@ export interface Sight {
   height: number
   /** Screen = world * k + (x, y). */
   k: number
+  /** The k with which all of the tree is in sight. */
+  whole: number
   x: number
   y: number
 }
@@ -52,20 +54,21 @@ function drawBoxes({ ctx, scene, state, colours, sight }: Drawing): void {
 }
 
 /** Where something is chosen, everything else steps back. */
-function focused(state: State): boolean {
-  return state.finding >= 0 || state.switch >= 0
+function focused(scene: Scene, state: State): boolean {
+  const hasPlace = state.finding >= 0 && scene.model.findings[state.finding].switches.length > 0
+  return hasPlace || state.switch >= 0
 }
 
 function drawCables({ ctx, scene, state, colours, sight }: Drawing): void {
   ctx.strokeStyle = colours.cable
   const crowd = Math.max(0.16, Math.min(0.6, 40 / Math.sqrt(scene.layout.bundles.length + 1)))
-  ctx.globalAlpha = (scene.frame.small ? 0.75 : crowd) * (focused(state) ? 0.45 : 1)
+  ctx.globalAlpha = (scene.frame.small ? 0.75 : crowd) * (focused(scene, state) ? 0.45 : 1)
   for (const { path, weight } of scene.bundles) {
     ctx.lineWidth = weight / sight.k
     ctx.stroke(path)
   }
-  ctx.globalAlpha = focused(state) ? 0.3 : 0.6
-  ctx.lineWidth = 0.9 / sight.k
+  ctx.globalAlpha = focused(scene, state) ? 0.3 : 0.6
+  ctx.lineWidth = Math.min(0.9, (200 / scene.singly) * (sight.k / sight.whole)) / sight.k
   ctx.stroke(scene.cables)
   ctx.globalAlpha = 1
 }
@@ -90,9 +93,11 @@ function triangle(ctx: CanvasPath, x: number, y: number, r: number): void {
   ctx.closePath()
 }
 
+const largestMark = 9
+
 /** Half of a mark's width, in the layout's units. */
-function markSize(layout: Layout, index: number): number {
-  return (layout.blocks[layout.blockOf[index]].folded ? pitch.folded : pitch.open) * 0.32
+function markSize(layout: Layout, { k }: Sight, index: number): number {
+  return Math.min(stepOf(layout, layout.blocks[layout.blockOf[index]]) * 0.32, largestMark / k)
 }
 
 function drawMarks({ ctx, scene, colours, sight }: Drawing): void {
@@ -100,7 +105,7 @@ function drawMarks({ ctx, scene, colours, sight }: Drawing): void {
   const paths = [new Path2D(), new Path2D(), new Path2D()]
   for (let index = 0; index < levels.length; index++) {
     if (layout.blockOf[index] < 0) continue
-    const [x, y, r] = [layout.x[index], layout.y[index], markSize(layout, index)]
+    const [x, y, r] = [layout.x[index], layout.y[index], markSize(layout, sight, index)]
     if (!inSight(sight, x, y)) continue
     if (levels[index] === 3) diamond(paths[2], x, y, r * 1.45)
     else if (levels[index] === 2) triangle(paths[1], x, y, r * 1.3)
@@ -124,7 +129,7 @@ function drawFaults({ ctx, scene, state, colours, sight }: Drawing): void {
         if (line.missing === missing && line.level === level && line.finding !== state.finding)
           traceFault(scene.layout, path, line.a, line.b)
       ctx.strokeStyle = level === 3 ? colours.error : colours.warning
-      ctx.globalAlpha = focused(state) ? 0.45 : 1
+      ctx.globalAlpha = focused(scene, state) ? 0.45 : 1
       ctx.setLineDash(missing ? [5 * px, 4 * px] : [])
       ctx.lineWidth = (missing ? 1.6 : 2.6) * px
       ctx.stroke(path)
@@ -160,8 +165,9 @@ function drawFollowed({ ctx, scene, state, colours, sight }: Drawing): void {
   for (const cable of scene.model.cablesOf(state.switch))
     if (scene.layout.blockOf[cable.peer] >= 0 && scene.model.invalidBy[cable.index] < 0)
       trace(path, curveOf(scene.layout, state.switch, cable.peer))
+  const step = stepOf(scene.layout, scene.layout.blocks[scene.layout.blockOf[state.switch]])
   ctx.strokeStyle = colours.accent
-  ctx.lineWidth = 1.5 / sight.k
+  ctx.lineWidth = Math.min(1.5 / sight.k, step / 6)
   ctx.stroke(path)
 }
 
@@ -178,7 +184,7 @@ function drawRings(drawing: Drawing): void {
   ctx.strokeStyle = colours.accent
   ctx.lineWidth = 2 / sight.k
   for (const index of chosenSwitches(drawing)) {
-    const r = Math.max(markSize(scene.layout, index) * 1.9, 5 / sight.k)
+    const r = Math.max(markSize(scene.layout, sight, index) * 1.9, 5 / sight.k)
     ctx.beginPath()
     ctx.arc(scene.layout.x[index], scene.layout.y[index], r, 0, 2 * Math.PI)
     ctx.stroke()
@@ -196,14 +202,17 @@ function haloText(drawing: Drawing, text: string, x: number, y: number, colour: 
   ctx.fillText(text, x, y)
 }
 
+/** Where there is room for some names only, those of the switches with findings. */
 function labelsOf({ scene, sight }: Drawing): number[] {
-  const { layout, model } = scene
+  const { layout, levels } = scene
   const shown: number[] = []
   for (const block of layout.blocks) {
-    const step = (block.folded ? pitch.folded : pitch.open) * sight.k
-    if (block.folded ? step < 60 : step < 13) continue
+    const step = stepOf(layout, block) * sight.k
+    const all = step >= (block.folded ? 60 : 24)
+    if (block.folded ? !all : step < 13) continue
     for (const index of block.switches)
-      if (inSight(sight, layout.x[index], layout.y[index])) shown.push(model.switches[index].index)
+      if ((all || levels[index] > 0) && inSight(sight, layout.x[index], layout.y[index]))
+        shown.push(index)
   }
   return shown
 }
@@ -212,7 +221,7 @@ function nameAt(drawing: Drawing, index: number, upwards: boolean): void {
   const { ctx, scene, sight, colours } = drawing
   const { layout, model, levels } = scene
   const { k } = sight
-  const r = markSize(layout, index) * k + 5
+  const r = markSize(layout, sight, index) * k + 5
   const text = nameOf(model.switches[index], 18)
   ctx.save()
   ctx.translate(layout.x[index] * k + sight.x, layout.y[index] * k + sight.y)
@@ -265,7 +274,7 @@ function drawPorts(drawing: Drawing): void {
   }
   if (state.switch < 0 || layout.blockOf[state.switch] < 0) return
   const cables = model.cablesOf(state.switch).filter((cable) => layout.blockOf[cable.peer] >= 0)
-  if (cables.length > 24 && sight.k * pitch.open < 24) return
+  if (cables.length > 24 && sight.k * layout.pitch < 24) return
   for (const cable of cables)
     portLabel(drawing, curveOf(layout, state.switch, cable.peer), 0.72, cable.port)
 }
@@ -281,7 +290,15 @@ function drawRankNames(drawing: Drawing): void {
     if (!block) continue
     const y = (block.y + block.height / 2) * sight.k + sight.y
     const role = rank === 0 ? ' · roots' : rank === model.levels - 1 ? ' · leaves' : ''
-    haloText(drawing, `${rank}${sight.width < 600 ? '' : role}`, 10, y, colours.soft)
+    const text = `${rank}${sight.width < 600 ? '' : role}`
+    ctx.fillStyle = colours.surface
+    ctx.globalAlpha = 0.86
+    ctx.beginPath()
+    ctx.roundRect(4, y - 10, ctx.measureText(text).width + 12, 20, 5)
+    ctx.fill()
+    ctx.globalAlpha = 1
+    ctx.fillStyle = colours.soft
+    ctx.fillText(text, 10, y + 0.5)
   }
 }
 
@@ -289,18 +306,26 @@ function drawRankNames(drawing: Drawing): void {
 function groupLabel(scene: Scene, box: Box, room: number): string {
   if (box.group < 0) return room > 60 ? 'no group' : ''
   const group = scene.model.groups[box.group]
-  if (room > 190 || (room > 120 && group.kind === 'neighborhood')) return groupName(group)
-  return room > 30 ? `${group.kind === 'neighborhood' ? 'N' : 'C'} ${group.id}` : ''
+  if (room > 130 || (room > 105 && group.kind === 'neighborhood')) return groupName(group)
+  return room > 26 ? `${group.kind === 'neighborhood' ? 'N' : 'C'} ${group.id}` : ''
+}
+
+/** Names of groups stand where only cables are: below the upper row, between the two of a box. */
+function labelHeight({ layout }: Scene, box: Box): number {
+  const isHigh = box.height > layout.gap
+  return isHigh ? box.y + box.height / 2 : box.y + box.height + Math.min(12, layout.gap / 8)
 }
 
 function drawGroupNames(drawing: Drawing): void {
   const { ctx, scene, sight, colours } = drawing
   ctx.font = `600 11px ${font}`
-  ctx.textAlign = 'left'
-  ctx.textBaseline = 'alphabetic'
+  ctx.textAlign = 'center'
+  ctx.textBaseline = 'middle'
   for (const box of scene.boxes) {
     const text = groupLabel(scene, box, box.width * sight.k)
-    if (text) haloText(drawing, text, box.x * sight.k + sight.x + 2, box.y * sight.k + sight.y - 5, colours.soft)
+    const x = (box.x + box.width / 2) * sight.k + sight.x
+    const y = labelHeight(scene, box) * sight.k + sight.y
+    if (text) haloText(drawing, text, x, y, colours.soft)
   }
 }
 
@@ -314,8 +339,9 @@ function drawBadges(drawing: Drawing): Badge[] {
   for (const box of scene.boxes) {
     const findings = box.group < 0 ? [] : scene.model.groups[box.group].findings
     if (findings.length === 0) continue
-    const x = (box.x + box.width) * sight.k + sight.x
-    const y = box.y * sight.k + sight.y
+    const x = (box.x + box.width / 2) * sight.k + sight.x
+    const below = groupLabel(scene, box, box.width * sight.k) ? 19 : 0
+    const y = labelHeight(scene, box) * sight.k + sight.y + below
     const last = badges[badges.length - 1]
     if (last && last.row === box.y && x - last.x < 34) findings.forEach((one) => last.findings.add(one))
     else badges.push({ group: box.group, x, y, width: 0, row: box.y, findings: new Set(findings) })
@@ -355,10 +381,10 @@ export function drawTree(drawing: Drawing, ratio: number): Badge[] {
   ctx.setTransform(ratio * sight.k, 0, 0, ratio * sight.k, ratio * sight.x, ratio * sight.y)
   drawBoxes(drawing)
   drawCables(drawing)
-  drawMarks(drawing)
   drawFaults(drawing)
   drawFollowed(drawing)
   drawChosenFault(drawing)
+  drawMarks(drawing)
   drawRings(drawing)
   ctx.setTransform(ratio, 0, 0, ratio, 0, 0)
   drawGroupNames(drawing)

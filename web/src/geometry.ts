@@ -7,12 +7,13 @@ export interface Point {
 
 export type Curve = [a: Point, b: Point, c: Point, d: Point]
 
-export function curveBetween(a: Point, d: Point): Curve {
-  if (Math.abs(a.y - d.y) > 1) {
+/** `highest`: how far a bow may leave its row. */
+export function curveBetween(a: Point, d: Point, highest: number): Curve {
+  if (Math.abs(a.y - d.y) > highest) {
     const middle = (a.y + d.y) / 2
     return [a, { x: a.x, y: middle }, { x: d.x, y: middle }, d]
   }
-  const bow = Math.min(70, 14 + Math.abs(a.x - d.x) * 0.22)
+  const bow = Math.min(highest, 14 + Math.abs(a.x - d.x) * 0.3)
   return [a, { x: a.x, y: a.y - bow }, { x: d.x, y: d.y - bow }, d]
 }
 

@@ -39,11 +39,15 @@ export interface Layout {
   bundles: Bundle[]
   width: number
   height: number
+  /** From switch to switch in blocks that are not folded. */
+  pitch: number
+  /** Between two rows. */
+  gap: number
   /** All cables can be drawn singly. */
   small: boolean
 }
 
-export const pitch = { folded: 10, open: 16 }
+const pitch = { folded: 10, open: 16, most: 56 }
 const inset = 6
 const between = 14
 const smallRow = 72
@@ -100,18 +104,20 @@ function bundlesOf(model: Model, blockOf: Int32Array, blocks: Block[]): Bundle[]
   return [...bundles.values()]
 }
 
-/** Blocks below one another are drawn near one another: by the block that most cables lead up to. */
+/**
+ * Blocks below one another are drawn near one another: by the first of those above that many
+ * cables lead to; a cable that is missing must not change it.
+ */
 function sortRow(row: Block[], above: Block[], bundles: Bundle[]): void {
   const place = new Map(above.map((block, at) => [block.index, at]))
-  const best = new Map<number, Bundle>()
-  for (const bundle of bundles) {
-    if (!place.has(bundle.upper)) continue
-    const known = best.get(bundle.lower)
-    if (!known || bundle.cables > known.cables) best.set(bundle.lower, bundle)
-  }
-  const key = (block: Block) => place.get(best.get(block.index)?.upper ?? -1) ?? above.length
-  const keys = new Map(row.map((block) => [block, key(block)]))
-  row.sort((a, b) => (keys.get(a) ?? 0) - (keys.get(b) ?? 0))
+  const most = new Map<number, number>()
+  for (const { lower, cables } of bundles) most.set(lower, Math.max(most.get(lower) ?? 0, cables))
+  const keys = new Map<number, number>()
+  for (const { upper, lower, cables } of bundles)
+    if (2 * cables > (most.get(lower) ?? 0))
+      keys.set(lower, Math.min(keys.get(lower) ?? Infinity, place.get(upper) ?? Infinity))
+  const key = (block: Block) => keys.get(block.index) ?? above.length
+  row.sort((a, b) => key(a) - key(b))
 }
 
 export function frameOf(model: Model): Frame {
@@ -134,8 +140,13 @@ function columnsOf(block: Block): number {
   return block.folded ? Math.ceil(Math.sqrt(block.switches.length / 2)) : block.switches.length
 }
 
-function sizeOf(block: Block): void {
-  const step = block.folded ? pitch.folded : pitch.open
+/** From switch to switch. */
+export function stepOf(layout: Layout, block: Block): number {
+  return block.folded ? pitch.folded : layout.pitch
+}
+
+function sizeOf(layout: Layout, block: Block): void {
+  const step = stepOf(layout, block)
   const columns = Math.max(1, columnsOf(block))
   block.width = columns * step + 2 * inset
   block.height = Math.ceil(block.switches.length / columns) * step + 2 * inset
@@ -167,26 +178,48 @@ function placeColumns(columns: Block[][], width: number): number {
   return needed
 }
 
-function placeRows(rows: Block[][], width: number, aspect: number): number {
+function placeRows(rows: Block[][], layout: Layout, aspect: number): void {
+  const { width } = layout
   const heights = rows.map((row) => Math.max(...row.map((block) => block.height)))
   const gaps = Math.max(1, rows.length - 1)
   const full = heights.reduce((sum, one) => sum + one, 0)
-  const gap = Math.min(Math.max((width / aspect - full) / gaps, 70), width * 0.4 + 70)
+  layout.gap = Math.min(Math.max((width / aspect - full) / gaps, 70), width * 0.4 + 70)
   let y = 0
   rows.forEach((row, index) => {
     for (const block of row) block.y = y + (heights[index] - block.height) / 2
-    y += heights[index] + gap
+    y += heights[index] + layout.gap
   })
-  return y - gap
+  layout.height = y - layout.gap
 }
 
 function placeSwitches(block: Block, layout: Layout): void {
-  const step = block.folded ? pitch.folded : pitch.open
+  const step = stepOf(layout, block)
   const columns = Math.max(1, columnsOf(block))
   block.switches.forEach((one, at) => {
     layout.x[one] = block.x + inset + ((at % columns) + 0.5) * step
     layout.y[one] = block.y + inset + (Math.floor(at / columns) + 0.5) * step
   })
+}
+
+/** Rows of columns. The last two rows are one. */
+function stacksOf(rows: Block[][]): Block[][][] {
+  const singly = (row: Block[]) => row.map((block) => [block])
+  return rows.length < 2 ? rows.map(singly) : [...rows.slice(0, -2).map(singly), columnsBelow(rows)]
+}
+
+function widthOf(stacks: Block[][][]): number {
+  return Math.max(...stacks.map((columns) => placeColumns(columns, 0)))
+}
+
+/** An opened group becomes about as wide as it is high, so that its cables can be told apart. */
+function open(layout: Layout, model: Model, opened: number, height: number): void {
+  const own = layout.blocks.filter((block) => isOpen(block, model, opened))
+  const longest = Math.max(1, ...own.map((block) => block.switches.length))
+  layout.pitch = Math.min(pitch.most, Math.max(pitch.open, (1.3 * height) / longest))
+  for (const block of own) {
+    block.folded = false
+    sizeOf(layout, block)
+  }
 }
 
 /** The switches of a group stand side by side, whichever blocks they are in. */
@@ -197,10 +230,6 @@ function isOpen(block: Block, model: Model, group: number): boolean {
 
 export function layoutOf(model: Model, frame: Frame, opened: number, aspect: number): Layout {
   const { rows, blocks, blockOf, bundles, small } = frame
-  for (const block of blocks) {
-    block.folded = !small && !isOpen(block, model, opened)
-    sizeOf(block)
-  }
   const layout: Layout = {
     blocks,
     blockOf,
@@ -210,12 +239,19 @@ export function layoutOf(model: Model, frame: Frame, opened: number, aspect: num
     y: new Float64Array(model.switches.length),
     width: 0,
     height: 0,
+    pitch: pitch.open,
+    gap: 0,
   }
   if (rows.length === 0) return layout
-  const stacks = rows.length > 1 ? [...rows.slice(0, -2).map((row) => row.map((one) => [one])), columnsBelow(rows)] : rows.map((row) => row.map((one) => [one]))
-  layout.width = Math.max(...stacks.map((columns) => placeColumns(columns, 0)))
+  const stacks = stacksOf(rows)
+  for (const block of blocks) {
+    block.folded = !small
+    sizeOf(layout, block)
+  }
+  if (!small) open(layout, model, opened, widthOf(stacks) / aspect / rows.length)
+  layout.width = widthOf(stacks)
   for (const columns of stacks) placeColumns(columns, layout.width)
-  layout.height = placeRows(rows, layout.width, aspect)
+  placeRows(rows, layout, aspect)
   for (const block of blocks) placeSwitches(block, layout)
   return layout
 }

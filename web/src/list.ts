@@ -25,9 +25,9 @@ const page = 100
 const mostOnPaper = 1000
 const mostCopied = 10000
 const orderNames: Record<Order, string> = {
-  found: 'As found',
+  kind: 'Cables first',
   level: 'Errors first',
-  kind: 'By kind',
+  found: 'As found',
   group: 'By group',
 }
 
@@ -47,6 +47,7 @@ export class ListView {
 
   #listen(): void {
     const { model, store } = this.#app
+    document.documentElement.dataset.findings = String(model.findings.length)
     const search = byId<HTMLInputElement>('search')
     search.addEventListener('input', () => store.set({ query: search.value }))
     const groups = byId<HTMLSelectElement>('in-group')
@@ -95,7 +96,8 @@ export class ListView {
     this.#open(store.state.finding, false)
     const rest = this.#shown.length - shown.length
     if (rest > 0) this.#list.append(this.#moreRow(rest))
-    if (this.#shown.length === 0) this.#list.append(this.#emptyRow())
+    if (this.#shown.length === 0)
+      this.#list.append(make('li', { class: 'note' }, 'No finding matches.'))
     const total = model.findings.length
     byId('shown').textContent =
       this.#shown.length === total && rest === 0
@@ -114,17 +116,6 @@ export class ListView {
       this.#list.querySelectorAll<HTMLElement>('.row')[first]?.focus()
     })
     return make('li', { class: 'note' }, more)
-  }
-
-  #emptyRow(): HTMLElement {
-    const { model } = this.#app
-    if (model.findings.length > 0) return make('li', { class: 'note' }, 'No finding matches.')
-    const failed = model.result.status === 'failed'
-    return make(
-      'li',
-      { class: 'note' },
-      failed ? 'Nothing was found before the check ended.' : 'The cabling is as it should be.',
-    )
   }
 
   #row(finding: Finding): HTMLElement {

@@ -14,7 +14,8 @@ import { startViews } from './views'
 
 function start(): void {
   const model = modelOf(readData())
-  const store = new Store(stateFrom(model, location.hash))
+  const asked = stateFrom(model, location.hash)
+  const store = new Store(model.levels > 0 ? asked : { ...asked, view: 'switches' })
   const app = { model, store }
   startTheme()
   showHead(app)

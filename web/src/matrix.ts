@@ -3,14 +3,14 @@
 import { showFinding, type App } from './actions'
 import { sheetIn, type Sheet } from './canvas'
 import { announce, button, byId, make } from './dom'
-import { drawMatrix, columnX, gutter, rowY, wholeSize, type Grid, type Place } from './draw_matrix'
+import { drawMatrix, columnX, gutter, longestHead, rowY, wholeSize, type Grid, type Place } from './draw_matrix'
 import { matrixOf, type Matrix } from './matrix_model'
 import type { State } from './state'
 import { palette } from './theme'
 import { hideTip, showTip, type Tip } from './tip'
 import { capital, counted, groupName, nameOf, plain, titleOf } from './words'
 
-const sizes = [3, 6, 10, 14, 18, 22, 28]
+const cells = { least: 3, readable: 11, most: 44 }
 const none: Place = { row: -1, column: -1 }
 const mostPorts = 12
 
@@ -48,8 +48,8 @@ export class MatrixView {
 
   tools(): HTMLElement[] {
     return [
-      button('−', { title: 'Smaller (-)', 'aria-label': 'Smaller cells' }, () => this.#resize(-1)),
-      button('+', { title: 'Larger (+)', 'aria-label': 'Larger cells' }, () => this.#resize(1)),
+      button('−', { title: 'Smaller (-)', 'aria-label': 'Smaller cells' }, () => this.#resize(1 / 1.35)),
+      button('+', { title: 'Larger (+)', 'aria-label': 'Larger cells' }, () => this.#resize(1.35)),
       button('Fit', { title: 'Show all (0)' }, () => this.#fit()),
     ]
   }
@@ -86,16 +86,22 @@ export class MatrixView {
   }
 
   #grid(): Grid {
-    const narrow = this.#sheet.width < 600
+    const most = this.#sheet.width < 600 ? 100 : 150
+    const room = (switches: number[]) => Math.min(most, this.#longestName(switches) * 6.8 + 18)
     return {
       cell: this.#cell,
-      left: narrow ? 96 : 132,
-      top: narrow ? 92 : 112,
+      left: Math.max(64, room(this.#matrix?.spines ?? [])),
+      top: Math.max(58, room(this.#matrix?.lines ?? [])),
       x: this.#scroller.scrollLeft,
       y: this.#scroller.scrollTop,
       width: this.#sheet.width,
       height: this.#sheet.height,
     }
+  }
+
+  #longestName(switches: number[]): number {
+    const { model } = this.#app
+    return Math.max(0, ...switches.map((index) => nameOf(model.switches[index], longestHead).length))
   }
 
   #draw(): void {
@@ -121,14 +127,13 @@ export class MatrixView {
       (grid.width - grid.left - gutter - 12) / (matrix.lines.length + 2),
       (grid.height - grid.top - gutter - 12) / (matrix.spines.length + 2),
     )
-    const fitting = sizes.filter((size) => size <= room)
-    this.#setCell(fitting[fitting.length - 1] ?? 10)
+    this.#setCell(Math.max(cells.readable, Math.min(cells.most - 8, Math.floor(room))))
     this.#bringIntoSight(this.#app.store.state)
   }
 
   #resize(by: number): void {
-    const at = sizes.indexOf(this.#cell) + by
-    this.#setCell(sizes[Math.max(0, Math.min(sizes.length - 1, at))])
+    const cell = Math.round(this.#cell * by)
+    this.#setCell(Math.max(cells.least, Math.min(cells.most, cell)))
     this.#bringIntoSight(this.#app.store.state)
   }
 
@@ -251,8 +256,8 @@ export class MatrixView {
       ArrowLeft: [0, -1],
       ArrowRight: [0, 1],
     }
-    if (event.key === '+' || event.key === '=') this.#resize(1)
-    else if (event.key === '-') this.#resize(-1)
+    if (event.key === '+' || event.key === '=') this.#resize(1.35)
+    else if (event.key === '-') this.#resize(1 / 1.35)
     else if (event.key === '0') this.#fit()
     else if (event.key === 'Enter') this.#choose(this.#cursor)
     else if (steps[event.key]) this.#step(matrix, steps[event.key])

@@ -3,8 +3,9 @@
 import type { App } from './actions'
 import { button, byId, make, sign } from './dom'
 import { worstLevel, type Model } from './model'
+import type { View } from './state'
 import { countsByKind, verdictOf } from './verdict'
-import { capital, counted, cut, kindNames, number } from './words'
+import { counted, cut, kindNames, number } from './words'
 
 function signOf(model: Model): string {
   if (model.result.status === 'failed') return 'error'
@@ -12,27 +13,30 @@ function signOf(model: Model): string {
   return ['clean', 'clean', 'warning', 'error'][worst]
 }
 
-function tile(value: number, name: string, more: Node[] = []): HTMLElement {
-  return make(
-    'span',
-    { class: 'tile', 'data-number': name },
-    ...more,
-    make('b', {}, number.format(value)),
-    ` ${name}`,
-  )
+/** A number, and the view that shows what it counts. */
+function tile({ store }: App, value: number, name: string, view: View): HTMLElement {
+  const control = button('', { class: 'tile', 'data-number': name }, () => store.set({ view }))
+  control.append(make('b', {}, number.format(value)), ` ${name}`)
+  return control
 }
 
-function tiles({ model }: App): HTMLElement[] {
+function tiles(app: App): HTMLElement[] {
+  const { model } = app
   const inTree = model.switches.filter((one) => one.rank >= 0).length
   const outside = model.switches.length - inTree
-  const all: [number, string][] = [
-    [model.levels, model.levels === 1 ? 'level' : 'levels'],
-    [inTree, inTree === 1 ? 'switch' : 'switches'],
-    [model.groups.length, model.groups.length === 1 ? 'group' : 'groups'],
-    [model.hosts, model.hosts === 1 ? 'host link' : 'host links'],
+  if (model.levels === 0)
+    return [
+      tile(app, outside, outside === 1 ? 'switch' : 'switches', 'switches'),
+      tile(app, model.hosts, model.hosts === 1 ? 'host link' : 'host links', 'switches'),
+    ]
+  const all: [number, string, View][] = [
+    [model.levels, model.levels === 1 ? 'level' : 'levels', 'tree'],
+    [inTree, inTree === 1 ? 'switch' : 'switches', 'switches'],
+    [model.groups.length, model.groups.length === 1 ? 'group' : 'groups', 'matrix'],
+    [model.hosts, model.hosts === 1 ? 'host link' : 'host links', 'switches'],
   ]
-  if (outside > 0) all.push([outside, outside === 1 ? 'switch outside' : 'switches outside'])
-  return all.map(([value, name]) => tile(value, name))
+  if (outside > 0) all.push([outside, 'outside the tree', 'switches'])
+  return all.map(([value, name, view]) => tile(app, value, name, view))
 }
 
 /** A second click on a kind shows all findings again. */
@@ -68,7 +72,7 @@ export function showHead(app: App): void {
   byId('message').hidden = result.message === ''
   byId('message').textContent = cut(result.message, 2000)
   byId('source').textContent =
-    `${capital(result.tool)} · ${counted(result.records.length, 'error record')}, ` +
+    `${result.tool} · ${counted(result.records.length, 'error record')}, ` +
     counted(result.issues, 'issue')
   byId('numbers').append(...tiles(app), ...kindTiles(app))
 }

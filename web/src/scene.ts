@@ -28,11 +28,13 @@ export interface Scene {
   bundles: Weighted[]
   /** Cables that are drawn singly. */
   cables: Path2D
+  /** How many these are. */
+  singly: number
   faults: FaultLine[]
   levels: Uint8Array
 }
 
-const weights = [0.7, 1.4, 2.4, 4]
+const weights = [0.6, 1.2, 2, 3.2]
 
 function around(group: number, blocks: Block[]): Box {
   const x = Math.min(...blocks.map((block) => block.x))
@@ -58,7 +60,7 @@ export function middleOf(layout: Layout, index: number): Point {
 }
 
 export function curveOf(layout: Layout, a: number, b: number): Curve {
-  return curveBetween(middleOf(layout, a), middleOf(layout, b))
+  return curveBetween(middleOf(layout, a), middleOf(layout, b), layout.gap * 0.45)
 }
 
 function bundleCurve(layout: Layout, bundle: Bundle): Curve {
@@ -66,6 +68,7 @@ function bundleCurve(layout: Layout, bundle: Bundle): Curve {
   return curveBetween(
     { x: upper.x + upper.width / 2, y: upper.y + upper.height },
     { x: lower.x + lower.width / 2, y: lower.y },
+    0,
   )
 }
 
@@ -76,27 +79,35 @@ function drawnSingly(scene: Frame, bundle: Bundle, opened: number): boolean {
 
 function bundlePaths(frame: Frame, layout: Layout, opened: number): Weighted[] {
   const most = layout.bundles.reduce((max, bundle) => Math.max(max, bundle.cables), 1)
-  const paths = weights.map((weight) => ({ weight, path: new Path2D() }))
-  for (const bundle of layout.bundles) {
-    if (drawnSingly(frame, bundle, opened)) continue
-    const size = Math.ceil((bundle.cables / most) * weights.length) - 1
-    trace(paths[Math.max(0, size)].path, bundleCurve(layout, bundle))
-  }
-  return paths
+  return frame.rows.flatMap((_, rank) => {
+    const own = layout.bundles.filter((bundle) => frame.blocks[bundle.upper].rank === rank)
+    // Where there are many, thin ones still show how they run.
+    const thinner = Math.min(1, Math.sqrt(160 / own.length))
+    const paths = weights.map((weight) => ({ weight: weight * thinner, path: new Path2D() }))
+    for (const bundle of own) {
+      if (drawnSingly(frame, bundle, opened)) continue
+      const size = Math.ceil((bundle.cables / most) * weights.length) - 1
+      trace(paths[Math.max(0, size)].path, bundleCurve(layout, bundle))
+    }
+    return paths
+  })
 }
 
-function cablePath(model: Model, frame: Frame, layout: Layout, opened: number): Path2D {
+function cablePath(model: Model, frame: Frame, layout: Layout, opened: number): Pick<Scene, 'cables' | 'singly'> {
   const path = new Path2D()
-  if (!frame.small && opened < 0) return path
+  let singly = 0
+  if (!frame.small && opened < 0) return { cables: path, singly }
   const { cables, invalidBy } = model
   for (let at = 0; at < cables.length; at += 4) {
     const [a, b] = [cables[at], cables[at + 2]]
     const [p, q] = [layout.blockOf[a], layout.blockOf[b]]
     if (p < 0 || q < 0 || invalidBy[at >> 2] >= 0) continue
     const [upper, lower] = frame.blocks[p].rank < frame.blocks[q].rank ? [p, q] : [q, p]
-    if (drawnSingly(frame, { upper, lower, cables: 1 }, opened)) trace(path, curveOf(layout, a, b))
+    if (!drawnSingly(frame, { upper, lower, cables: 1 }, opened)) continue
+    trace(path, curveOf(layout, a, b))
+    singly++
   }
-  return path
+  return { cables: path, singly }
 }
 
 export function startScene(model: Model, aspect: number, opened: number): Scene {
@@ -105,7 +116,7 @@ export function startScene(model: Model, aspect: number, opened: number): Scene 
   return { ...fixed, ...placed(model, frame, aspect, opened) }
 }
 
-type Placed = Pick<Scene, 'layout' | 'boxes' | 'bundles' | 'cables'>
+type Placed = Pick<Scene, 'layout' | 'boxes' | 'bundles' | 'cables' | 'singly'>
 
 /** Everything that moves when a group is opened or the window changes. */
 export function placed(model: Model, frame: Frame, aspect: number, opened: number): Placed {
@@ -114,7 +125,7 @@ export function placed(model: Model, frame: Frame, aspect: number, opened: numbe
     layout,
     boxes: boxesOf(layout.blocks),
     bundles: bundlePaths(frame, layout, opened),
-    cables: cablePath(model, frame, layout, opened),
+    ...cablePath(model, frame, layout, opened),
   }
 }
 

@@ -28,7 +28,7 @@ export const start: State = {
   inGroup: -1,
   atSwitch: -1,
   query: '',
-  order: 'found',
+  order: 'kind',
 }
 
 export type Listener = (state: State, before: State) => void

@@ -1,6 +1,6 @@
 // Light or dark: as the reader's system has it, until the reader says otherwise.
 
-import { byId } from './dom'
+import { byId, sign } from './dom'
 
 type Theme = 'light' | 'dark'
 
@@ -37,6 +37,7 @@ export function onTheme(redraw: () => void): void {
 }
 
 export function startTheme(): void {
+  byId('theme').append(sign('theme'))
   byId('theme').addEventListener('click', toggleTheme)
   system.addEventListener('change', changed)
   // Paper is white.

@@ -8,7 +8,7 @@ import { sheetIn, type Sheet } from './canvas'
 import { announce, button } from './dom'
 import { drawTree, type Badge } from './draw_tree'
 import { distanceTo } from './geometry'
-import { pitch } from './layout'
+import { stepOf, type Layout } from './layout'
 import { boundsOf, curveOf, placed, startScene, type Box, type Scene } from './scene'
 import type { State } from './state'
 import { palette } from './theme'
@@ -16,6 +16,9 @@ import { findingTip, groupTip, hideTip, showTip, switchTip } from './tip'
 import { groupName, nameOf } from './words'
 
 type Target = { kind: 'switch' | 'finding' | 'group'; index: number } | null
+
+const cardWidth = 328
+const cardHeight = 0.62
 
 const still = matchMedia('(prefers-reduced-motion: reduce)')
 
@@ -33,7 +36,7 @@ export class TreeView {
       host,
       'The tree. Arrow keys go from switch to switch, Enter opens one, plus, minus and 0 zoom.',
       () => this.#draw(),
-      (sheet) => this.#place(sheet),
+      () => this.#place(),
     )
     this.#listen()
     app.store.watch((state, before) => this.#follow(state, before))
@@ -61,24 +64,46 @@ export class TreeView {
     canvas.addEventListener('blur', () => this.#leave())
   }
 
-  #place(sheet: Sheet): void {
+  #place(): void {
     const { model, store } = this.#app
-    const aspect = Math.max(0.9, sheet.width / sheet.height)
-    if (!this.#scene) this.#scene = startScene(model, aspect, store.state.group)
-    else Object.assign(this.#scene, placed(model, this.#scene.frame, aspect, store.state.group))
+    const { group } = store.state
+    if (!this.#scene) this.#scene = startScene(model, this.#aspect(), group)
+    else Object.assign(this.#scene, placed(model, this.#scene.frame, this.#aspect(), group))
     this.#focus(store.state, false)
   }
 
   #follow(state: State, before: State): void {
     const scene = this.#scene
     if (!scene) return
-    if (state.group !== before.group) {
-      const aspect = Math.max(0.9, this.#sheet.width / this.#sheet.height)
-      Object.assign(scene, placed(scene.model, scene.frame, aspect, state.group))
-    }
+    if (state.group !== before.group)
+      Object.assign(scene, placed(scene.model, scene.frame, this.#aspect(), state.group))
     const chosen = (one: State) => `${one.finding} ${one.group} ${one.switch}`
     if (chosen(state) !== chosen(before)) this.#focus(state, true)
     this.#sheet.redraw()
+  }
+
+  /** Where the tree is shown; around it is room for names. */
+  #room(): { x: number; y: number; top: number; side: number } {
+    const { width, height } = this.#sheet
+    const narrow = width < 600
+    const [side, top, bottom] = narrow ? [26, 60, 92] : [78, 78, 104]
+    // The card of the chosen switch lies over the right or the lower part.
+    const covered = this.#app.store.state.switch >= 0
+    const right = covered && !narrow ? cardWidth : 0
+    const below = covered && narrow ? height * cardHeight - 60 : 0
+    const [x, y] = [width - 2 * side - right, height - top - bottom - below]
+    return { x: Math.max(60, x), y: Math.max(60, y), top, side }
+  }
+
+  /** The scale with which all of the tree is in sight. */
+  #wholeScale({ width, height }: Layout): number {
+    const room = this.#room()
+    return Math.min(room.x / Math.max(width, 1), room.y / Math.max(height, 1))
+  }
+
+  #aspect(): number {
+    const { x, y } = this.#room()
+    return Math.max(0.7, x / y)
   }
 
   #draw(): void {
@@ -87,7 +112,7 @@ export class TreeView {
     if (!scene) return
     const { k, x, y } = zoomTransform(canvas)
     const state = this.#app.store.state
-    const sight = { width, height, k, x, y }
+    const sight = { width, height, k, x, y, whole: this.#wholeScale(scene.layout) }
     const colours = palette()
     this.#badges = drawTree({ ctx, scene, sight, state, colours, hovered: this.#hovered }, ratio)
     if (canvas.dataset.drawn) return
@@ -110,10 +135,9 @@ export class TreeView {
       const peers = model.cablesOf(state.switch).map((cable) => cable.peer)
       return boundsOf(layout, [state.switch, ...peers])
     }
-    if (state.finding >= 0) {
-      const named = boundsOf(layout, model.findings[state.finding].switches)
-      if (named) return named
-    }
+    const line = scene.faults.find((one) => one.finding === state.finding)
+    const ends = line ? boundsOf(layout, [line.a, line.b]) : null
+    if (ends) return ends
     if (state.group < 0) return null
     return boundsOf(layout, [...model.groups[state.group].spines, ...model.groups[state.group].lines])
   }
@@ -124,17 +148,16 @@ export class TreeView {
   }
 
   #show(box: Box, slowly: boolean): void {
-    const { canvas, width, height } = this.#sheet
+    const { canvas, width } = this.#sheet
     const whole = this.#scene?.layout
     if (!whole || width === 0) return
-    const [side, top, bottom] = width < 600 ? [26, 56, 84] : [74, 76, 104]
-    const room = { x: Math.max(60, width - 2 * side), y: Math.max(60, height - top - bottom) }
-    const all = Math.min(room.x / Math.max(whole.width, 1), room.y / Math.max(whole.height, 1))
-    const most = Math.max(all, 44 / pitch.open)
+    const room = this.#room()
+    const all = this.#wholeScale(whole)
+    const most = Math.max(all, 44 / whole.pitch)
     const k = Math.min(room.x / Math.max(box.width, 1), room.y / Math.max(box.height, 1), most)
     this.#zoom.scaleExtent([all / 2, Math.max(most * 3, 8)])
-    const x = width / 2 - (box.x + box.width / 2) * k
-    const y = top + room.y / 2 - (box.y + box.height / 2) * k
+    const x = room.side + room.x / 2 - (box.x + box.width / 2) * k
+    const y = room.top + room.y / 2 - (box.y + box.height / 2) * k
     const target = zoomIdentity.translate(x, y).scale(k)
     const chosen = select(canvas)
     if (slowly && !still.matches) chosen.transition().duration(380).call(this.#zoom.transform, target)
@@ -253,7 +276,7 @@ function switchNear(scene: Scene, x: number, y: number, k: number): Target {
     if (distance < nearest) [best, nearest] = [index, distance]
   }
   if (best < 0) return null
-  const step = layout.blocks[layout.blockOf[best]].folded ? pitch.folded : pitch.open
+  const step = stepOf(layout, layout.blocks[layout.blockOf[best]])
   // Marks that are too small to be aimed at leave the pointer to their group.
   return step * k >= 6 && nearest <= step * 0.6 ? { kind: 'switch', index: best } : null
 }

@@ -36,15 +36,23 @@ function startTabs(app: App, tools: Record<View, HTMLElement[]>): void {
   })
 }
 
-const legend: [sign: string, text: string][] = [
+type Legend = [shape: string, text: string][]
+
+const ofTree: Legend = [
   ['missing-link', 'missing cable'],
   ['invalid-link', 'invalid cable'],
   ['error', 'switch with an error'],
   ['warning', 'with a warning'],
 ]
 
+const ofMatrix: Legend = [
+  ['cable', 'cable'],
+  ['gap', 'missing cable'],
+  ['error', 'invalid links at the switch'],
+]
+
 /** What the shapes mean; only where there is something to explain. */
-function legendOf(app: App): HTMLElement {
+function legendOf(app: App, legend: Legend): HTMLElement {
   const items = legend.map(([name, text]) =>
     make('span', {}, make('i', { class: `shape ${name}`, 'aria-hidden': 'true' }), text),
   )
@@ -66,8 +74,9 @@ export function startViews(app: App): void {
   if (app.model.groups.length === 0)
     matrixHost.append(make('p', { class: 'no-tree' }, 'No groups of switches were found.'))
   const matrix = new MatrixView(app, matrixHost)
+  matrixHost.append(legendOf(app, ofMatrix))
   const tree = hasTree ? new TreeView(app, host) : null
-  if (hasTree) host.append(legendOf(app))
+  if (hasTree) host.append(legendOf(app, ofTree))
   startSwitches(app, byId('switches-view'))
   startTabs(app, { tree: tree?.tools() ?? [], matrix: matrix.tools(), switches: [] })
 }

@@ -70,10 +70,15 @@ function named(model: Model, guid: string): Part {
   return index >= 0 ? index : guid
 }
 
-function unevenTitle(raw: UnevenLinks): string {
+function unevenTitle(model: Model, raw: UnevenLinks): Part[] {
   const odd = raw.counts.reduce((sum, count) => sum + count.switches.length, 0)
-  const set = odd === 1 ? raw.set.slice(0, -1) : raw.set
-  return `${number.format(odd)} ${set} ${odd === 1 ? 'has' : 'have'} not ${counted(raw.expected, `${raw.direction}-link`)}`
+  const links = `${raw.direction}-links`
+  if (raw.counts.length !== 1)
+    return [`${number.format(odd)} ${raw.set} do not have ${raw.expected} ${links}`]
+  const [{ count, switches }] = raw.counts
+  const has = `${count} ${links} instead of ${raw.expected}`
+  if (odd === 1) return [named(model, switches[0]), ` has ${has}`]
+  return [`${number.format(odd)} ${raw.set} have ${has}`]
 }
 
 /** What is wrong, in one sentence. */
@@ -91,7 +96,7 @@ export function titleOf(model: Model, { raw }: Finding): Part[] {
       ]
     }
     case 'uneven-links':
-      return [unevenTitle(raw)]
+      return unevenTitle(model, raw)
     case 'suspected-blocking':
       return [
         `Spines have ${counted(raw.uplinks, 'up-link')} for ${counted(raw.internalLinks, 'link')} to lines`,
