@@ -18,6 +18,7 @@ interface Common {
   level: 2 | 3
   groupKind: GroupKind
   groups: number[]
+  /** What it counts for in the number of issues; 0 for an error record. */
   issues: number
 }
 
@@ -55,7 +56,6 @@ export interface SuspectedBlocking extends Common {
 export interface AsymmetricAPorts extends Common {
   kind: 'asymmetric-aports'
   toHosts: boolean
-  count: number
   ports: [string, number][]
 }
 

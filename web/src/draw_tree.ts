@@ -64,7 +64,7 @@ function drawCables({ ctx, scene, state, colours, sight }: Drawing): void {
   const crowd = Math.max(0.16, Math.min(0.6, 40 / Math.sqrt(scene.layout.bundles.length + 1)))
   ctx.globalAlpha = (scene.frame.small ? 0.75 : crowd) * (focused(scene, state) ? 0.45 : 1)
   for (const { path, weight } of scene.bundles) {
-    ctx.lineWidth = weight / sight.k
+    ctx.lineWidth = (weight * Math.min(1, sight.width / 900)) / sight.k
     ctx.stroke(path)
   }
   ctx.globalAlpha = focused(scene, state) ? 0.3 : 0.6

@@ -18,7 +18,6 @@ import { groupName, nameOf } from './words'
 type Target = { kind: 'switch' | 'finding' | 'group'; index: number } | null
 
 const cardWidth = 328
-const cardHeight = 0.62
 
 const still = matchMedia('(prefers-reduced-motion: reduce)')
 
@@ -83,16 +82,16 @@ export class TreeView {
   }
 
   /** Where the tree is shown; around it is room for names. */
-  #room(): { x: number; y: number; top: number; side: number } {
+  #room(covered = 0): { x: number; y: number; top: number; side: number } {
     const { width, height } = this.#sheet
-    const narrow = width < 600
-    const [side, top, bottom] = narrow ? [26, 60, 92] : [78, 78, 104]
-    // The card of the chosen switch lies over the right or the lower part.
-    const covered = this.#app.store.state.switch >= 0
-    const right = covered && !narrow ? cardWidth : 0
-    const below = covered && narrow ? height * cardHeight - 60 : 0
-    const [x, y] = [width - 2 * side - right, height - top - bottom - below]
+    const [side, top, bottom] = width < 600 ? [26, 60, 92] : [78, 78, 104]
+    const [x, y] = [width - 2 * side - covered, height - top - bottom]
     return { x: Math.max(60, x), y: Math.max(60, y), top, side }
+  }
+
+  /** Width of what lies under the card of the chosen switch. */
+  #covered(): number {
+    return this.#app.store.state.switch >= 0 && this.#sheet.width > 600 ? cardWidth : 0
   }
 
   /** The scale with which all of the tree is in sight. */
@@ -151,7 +150,7 @@ export class TreeView {
     const { canvas, width } = this.#sheet
     const whole = this.#scene?.layout
     if (!whole || width === 0) return
-    const room = this.#room()
+    const room = this.#room(this.#covered())
     const all = this.#wholeScale(whole)
     const most = Math.max(all, 44 / whole.pitch)
     const k = Math.min(room.x / Math.max(box.width, 1), room.y / Math.max(box.height, 1), most)

@@ -103,7 +103,7 @@ export function titleOf(model: Model, { raw }: Finding): Part[] {
       ]
     case 'asymmetric-aports': {
       const where = raw.toHosts ? 'to hosts' : 'between spines and lines'
-      return [`${counted(raw.count, 'asymmetric aggregated port')} ${where}`]
+      return [`${counted(raw.issues, 'asymmetric aggregated port')} ${where}`]
     }
     case 'shared-flid':
       return [`FLID ${raw.flid} appears in ${groupsInWords(raw.groupKind, raw.groups)}`]
