@@ -1,7 +1,8 @@
 // Steps that a click, a key or the address may each ask for.
 
+import { byId } from './dom'
 import type { Model } from './model'
-import type { State, Store } from './state'
+import type { State, Store, View } from './state'
 
 export interface App {
   model: Model
@@ -10,9 +11,15 @@ export interface App {
 
 export function showFinding({ model, store }: App, index: number): void {
   const finding = model.findings[index]
-  const { group } = store.state
+  const { group, view } = store.state
   const own = finding.groups.includes(group) ? group : (finding.groups[0] ?? -1)
-  store.set({ finding: index, switch: -1, group: own })
+  store.set({
+    finding: index,
+    switch: -1,
+    group: own,
+    // The table of switches has no place for findings.
+    view: view === 'switches' ? 'tree' : view,
+  })
 }
 
 export function showSwitch({ store }: App, index: number): void {
@@ -21,6 +28,12 @@ export function showSwitch({ store }: App, index: number): void {
 
 export function showGroup({ store }: App, index: number): void {
   store.set({ group: index, switch: -1, finding: -1 })
+}
+
+/** On a small screen the picture may be far from the list. */
+export function showView({ store }: App, view: View, group = store.state.group): void {
+  store.set({ view, group })
+  byId('stage').scrollIntoView({ block: 'nearest' })
 }
 
 const unfiltered: Partial<State> = { kind: '', inGroup: -1, atSwitch: -1, query: '' }

@@ -1,6 +1,6 @@
 // What an opened row of the list tells: where to look, and the switches with their numbers.
 
-import { showSwitch, type App } from './actions'
+import { showSwitch, showView, type App } from './actions'
 import { copy } from './copy'
 import type { AsymmetricAPorts, UnevenLinks } from './data'
 import { button, make, nameText } from './dom'
@@ -79,17 +79,17 @@ function specifics(app: App, finding: Finding): HTMLElement[] {
 }
 
 function buttons(app: App, finding: Finding): HTMLElement {
-  const { model, store } = app
+  const { model } = app
   const row = make('div', { class: 'buttons' })
   for (const index of finding.groups.slice(0, 4)) {
     const name = finding.groups.length > 1 ? ` of ${groupName(model.groups[index])}` : ''
     row.append(
       button(cut(`Matrix${name}`), { class: 'small' }, () =>
-        store.set({ view: 'matrix', group: index }),
+        showView(app, 'matrix', index),
       ),
     )
   }
-  row.append(button('Tree', { class: 'small' }, () => store.set({ view: 'tree' })))
+  row.append(button('Tree', { class: 'small' }, () => showView(app, 'tree')))
   const text = asText(model, finding)
   const control = button('Copy', { class: 'small' }, () => void copy(text, control))
   row.append(control)

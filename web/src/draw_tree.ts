@@ -6,7 +6,7 @@ import { stepOf, type Layout } from './layout'
 import { curveOf, type Box, type Scene } from './scene'
 import type { State } from './state'
 import { font, type Palette } from './theme'
-import { groupName, nameOf } from './words'
+import { groupName, nameOf, number } from './words'
 
 export interface Sight {
   width: number
@@ -125,9 +125,9 @@ function drawFaults({ ctx, scene, state, colours, sight }: Drawing): void {
   for (const missing of [true, false])
     for (const level of [2, 3]) {
       const path = new Path2D()
-      for (const line of scene.faults)
+      for (const line of scene.drawnFaults)
         if (line.missing === missing && line.level === level && line.finding !== state.finding)
-          traceFault(scene.layout, path, line.a, line.b)
+          trace(path, curveOf(scene.layout, line.a, line.b))
       ctx.strokeStyle = level === 3 ? colours.error : colours.warning
       ctx.globalAlpha = focused(scene, state) ? 0.45 : 1
       ctx.setLineDash(missing ? [5 * px, 4 * px] : [])
@@ -136,10 +136,6 @@ function drawFaults({ ctx, scene, state, colours, sight }: Drawing): void {
     }
   ctx.globalAlpha = 1
   ctx.setLineDash([])
-}
-
-function traceFault(layout: Layout, path: Path2D, a: number, b: number): void {
-  if (layout.blockOf[a] >= 0 && layout.blockOf[b] >= 0) trace(path, curveOf(layout, a, b))
 }
 
 function drawChosenFault(drawing: Drawing): void {
@@ -310,10 +306,9 @@ function groupLabel(scene: Scene, box: Box, room: number): string {
   return room > 26 ? `${group.kind === 'neighborhood' ? 'N' : 'C'} ${group.id}` : ''
 }
 
-/** Names of groups stand where only cables are: below the upper row, between the two of a box. */
-function labelHeight({ layout }: Scene, box: Box): number {
-  const isHigh = box.height > layout.gap
-  return isHigh ? box.y + box.height / 2 : box.y + box.height + Math.min(12, layout.gap / 8)
+/** A little below where a box has its row, or in the middle between its two. */
+function labelHeight({ label, y, height }: Box, { k, y: shift }: Sight): number {
+  return label * k + shift + (label < y + height ? 0 : 12)
 }
 
 function drawGroupNames(drawing: Drawing): void {
@@ -324,7 +319,7 @@ function drawGroupNames(drawing: Drawing): void {
   for (const box of scene.boxes) {
     const text = groupLabel(scene, box, box.width * sight.k)
     const x = (box.x + box.width / 2) * sight.k + sight.x
-    const y = labelHeight(scene, box) * sight.k + sight.y
+    const y = labelHeight(box, sight)
     if (text) haloText(drawing, text, x, y, colours.soft)
   }
 }
@@ -341,7 +336,7 @@ function drawBadges(drawing: Drawing): Badge[] {
     if (findings.length === 0) continue
     const x = (box.x + box.width / 2) * sight.k + sight.x
     const below = groupLabel(scene, box, box.width * sight.k) ? 19 : 0
-    const y = labelHeight(scene, box) * sight.k + sight.y + below
+    const y = labelHeight(box, sight) + below
     const last = badges[badges.length - 1]
     if (last && last.row === box.y && x - last.x < 34) findings.forEach((one) => last.findings.add(one))
     else badges.push({ group: box.group, x, y, width: 0, row: box.y, findings: new Set(findings) })
@@ -352,7 +347,7 @@ function drawBadges(drawing: Drawing): Badge[] {
 
 function drawBadge(drawing: Drawing, at: { x: number; y: number }, findings: number[]): number {
   const { ctx, scene, colours } = drawing
-  const text = String(findings.length)
+  const text = number.format(findings.length)
   const width = ctx.measureText(text).width + 22
   const error = worstLevel(scene.model, findings) === 3
   const [left, top] = [at.x - width / 2, at.y - badgeHeight / 2]

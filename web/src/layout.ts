@@ -17,6 +17,8 @@ export interface Block {
   group: number
   switches: number[]
   folded: boolean
+  /** Width by height when it is folded. */
+  shape: number
   x: number
   y: number
   width: number
@@ -63,7 +65,9 @@ function blocksOfRank(model: Model, rank: number): Block[] {
     const index = model.switchAt(guid)
     if (index < 0) continue
     const group = blockGroup(model.switches[index], model.levels)
-    byGroup.set(group, [...(byGroup.get(group) ?? []), index])
+    const known = byGroup.get(group)
+    if (known) known.push(index)
+    else byGroup.set(group, [index])
   }
   const order = [...byGroup].sort(([a], [b]) => (a < 0 ? 1 : b < 0 ? -1 : a - b))
   return order.map(([group, switches]) => ({
@@ -72,6 +76,7 @@ function blocksOfRank(model: Model, rank: number): Block[] {
     group,
     switches,
     folded: false,
+    shape: Math.max(0.5, 8 / byGroup.size),
     x: 0,
     y: 0,
     width: 0,
@@ -135,9 +140,10 @@ export function frameOf(model: Model): Frame {
   return { rows, blocks, blockOf, bundles, small }
 }
 
-/** Folded blocks are higher than wide: rows have many. */
+/** Folded blocks are higher than wide where a row has many. */
 function columnsOf(block: Block): number {
-  return block.folded ? Math.ceil(Math.sqrt(block.switches.length / 2)) : block.switches.length
+  const count = block.switches.length
+  return block.folded ? Math.ceil(Math.sqrt(count * block.shape)) : count
 }
 
 /** From switch to switch. */

@@ -1,6 +1,6 @@
 // The matrix of a group: moving in it, and what its cells tell.
 
-import { showFinding, type App } from './actions'
+import { showFinding, showSwitch, type App } from './actions'
 import { sheetIn, type Sheet } from './canvas'
 import { announce, button, byId, make } from './dom'
 import { drawMatrix, columnX, gutter, longestHead, rowY, wholeSize, type Grid, type Place } from './draw_matrix'
@@ -60,7 +60,10 @@ export class MatrixView {
     scroller.addEventListener('scroll', () => this.#sheet.redraw())
     scroller.addEventListener('pointermove', (event) => this.#hover(event))
     scroller.addEventListener('pointerleave', () => this.#moveTo(none))
-    scroller.addEventListener('click', (event) => this.#choose(this.#placeAt(event)))
+    scroller.addEventListener('click', (event) => {
+      this.#hover(event)
+      this.#choose(this.#placeAt(event))
+    })
     canvas.addEventListener('keydown', (event) => this.#key(event))
     canvas.addEventListener('blur', () => this.#moveTo(none))
   }
@@ -185,13 +188,14 @@ export class MatrixView {
     }
   }
 
-  #hover(event: PointerEvent): void {
+  #hover(event: MouseEvent): void {
     const place = this.#placeAt(event)
     this.#moveTo(place)
     const tip = this.#tipAt(place)
     if (tip) showTip(tip, event.clientX, event.clientY)
     else hideTip()
-    this.#scroller.classList.toggle('pointing', this.#findingsAt(place).length > 0)
+    const leads = this.#findingsAt(place).length > 0 || this.#namedAt(place) >= 0
+    this.#scroller.classList.toggle('pointing', leads)
   }
 
   #moveTo(place: Place): void {
@@ -213,8 +217,16 @@ export class MatrixView {
     return row === rows && column < columns ? matrix.lineLinks[column] : []
   }
 
+  /** The switch whose name is there; -1: none. */
+  #namedAt({ row, column }: Place): number {
+    if (row < 0 === column < 0) return -1
+    return (column < 0 ? this.#matrix?.spines[row] : this.#matrix?.lines[column]) ?? -1
+  }
+
   #choose(place: Place): void {
     const found = this.#findingsAt(place)
+    const named = this.#namedAt(place)
+    if (named >= 0) showSwitch(this.#app, named)
     if (found.length === 0) return
     const after = found.indexOf(this.#app.store.state.finding) + 1
     showFinding(this.#app, found[after % found.length])

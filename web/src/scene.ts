@@ -5,13 +5,18 @@ import { curveBetween, trace, type Curve, type Point } from './geometry'
 import { frameOf, layoutOf, type Block, type Bundle, type Frame, type Layout } from './layout'
 import type { Model } from './model'
 
-/** A group's box: one block, or the two of a neighborhood. */
-export interface Box {
-  group: number
+export interface Bounds {
   x: number
   y: number
   width: number
   height: number
+}
+
+/** A group's box: one block, or the two of a neighborhood. */
+export interface Box extends Bounds {
+  group: number
+  /** Where only cables are: below the upper row, between the two rows of a neighborhood. */
+  label: number
 }
 
 export interface Weighted {
@@ -31,6 +36,8 @@ export interface Scene {
   /** How many these are. */
   singly: number
   faults: FaultLine[]
+  /** Those that are drawn also when nobody chose them. */
+  drawnFaults: FaultLine[]
   levels: Uint8Array
 }
 
@@ -41,15 +48,19 @@ function around(group: number, blocks: Block[]): Box {
   const y = Math.min(...blocks.map((block) => block.y))
   const width = Math.max(...blocks.map((block) => block.x + block.width)) - x
   const height = Math.max(...blocks.map((block) => block.y + block.height)) - y
-  return { group, x, y, width, height }
+  const [upper, lower] = blocks
+  const bottom = upper.y + upper.height
+  return { group, x, y, width, height, label: lower ? (bottom + lower.y) / 2 : bottom }
 }
 
 function boxesOf(blocks: Block[]): Box[] {
   const byGroup = new Map<number, Block[]>()
   const boxes: Box[] = []
   for (const block of blocks) {
+    const known = byGroup.get(block.group)
     if (block.group < 0) boxes.push(around(-1, [block]))
-    else byGroup.set(block.group, [...(byGroup.get(block.group) ?? []), block])
+    else if (known) known.push(block)
+    else byGroup.set(block.group, [block])
   }
   for (const [group, own] of byGroup) boxes.push(around(group, own))
   return boxes.sort((a, b) => a.y - b.y || a.x - b.x)
@@ -110,10 +121,27 @@ function cablePath(model: Model, frame: Frame, layout: Layout, opened: number): 
   return { cables: path, singly }
 }
 
+const mostFaultLines = 3000
+
+/** Where there are too many, one stands for all between the same two blocks. */
+function someOf(faults: FaultLine[], { blockOf, blocks }: Frame): FaultLine[] {
+  const drawn = faults.filter((line) => blockOf[line.a] >= 0 && blockOf[line.b] >= 0)
+  if (drawn.length <= mostFaultLines) return drawn
+  const first = new Map<number, FaultLine>()
+  for (const line of drawn) {
+    const kind = line.level * 2 + (line.missing ? 1 : 0)
+    const key = (blockOf[line.a] * blocks.length + blockOf[line.b]) * 8 + kind
+    if (!first.has(key)) first.set(key, line)
+  }
+  return [...first.values()]
+}
+
 export function startScene(model: Model, aspect: number, opened: number): Scene {
   const frame = frameOf(model)
-  const fixed = { model, frame, faults: faultLines(model), levels: levelsOfSwitches(model) }
-  return { ...fixed, ...placed(model, frame, aspect, opened) }
+  const faults = faultLines(model)
+  const fixed = { model, frame, faults, levels: levelsOfSwitches(model) }
+  const drawnFaults = someOf(faults, frame)
+  return { ...fixed, drawnFaults, ...placed(model, frame, aspect, opened) }
 }
 
 type Placed = Pick<Scene, 'layout' | 'boxes' | 'bundles' | 'cables' | 'singly'>
@@ -130,7 +158,7 @@ export function placed(model: Model, frame: Frame, aspect: number, opened: numbe
 }
 
 /** What holds a set of switches. */
-export function boundsOf(layout: Layout, switches: number[]): Box | null {
+export function boundsOf(layout: Layout, switches: number[]): Bounds | null {
   const drawn = switches.filter((index) => layout.blockOf[index] >= 0)
   if (drawn.length === 0) return null
   const xs = drawn.map((index) => layout.x[index])
@@ -138,5 +166,5 @@ export function boundsOf(layout: Layout, switches: number[]): Box | null {
   const [x, y] = [xs.reduce((a, b) => Math.min(a, b)), ys.reduce((a, b) => Math.min(a, b))]
   const right = xs.reduce((a, b) => Math.max(a, b))
   const bottom = ys.reduce((a, b) => Math.max(a, b))
-  return { group: -1, x, y, width: right - x, height: bottom - y }
+  return { x, y, width: right - x, height: bottom - y }
 }

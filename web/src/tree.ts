@@ -9,7 +9,7 @@ import { announce, button } from './dom'
 import { drawTree, type Badge } from './draw_tree'
 import { distanceTo } from './geometry'
 import { stepOf, type Layout } from './layout'
-import { boundsOf, curveOf, placed, startScene, type Box, type Scene } from './scene'
+import { boundsOf, curveOf, placed, startScene, type Bounds, type Scene } from './scene'
 import type { State } from './state'
 import { palette } from './theme'
 import { findingTip, groupTip, hideTip, showTip, switchTip } from './tip'
@@ -128,7 +128,7 @@ export class TreeView {
     else this.#fitAll(slowly)
   }
 
-  #chosenBox(scene: Scene, state: State): Box | null {
+  #chosenBox(scene: Scene, state: State): Bounds | null {
     const { model, layout } = scene
     if (state.switch >= 0) {
       const peers = model.cablesOf(state.switch).map((cable) => cable.peer)
@@ -143,10 +143,10 @@ export class TreeView {
 
   #fitAll(slowly = true): void {
     const layout = this.#scene?.layout
-    if (layout) this.#show({ group: -1, x: 0, y: 0, width: layout.width, height: layout.height }, slowly)
+    if (layout) this.#show({ x: 0, y: 0, width: layout.width, height: layout.height }, slowly)
   }
 
-  #show(box: Box, slowly: boolean): void {
+  #show(box: Bounds, slowly: boolean): void {
     const { canvas, width } = this.#sheet
     const whole = this.#scene?.layout
     if (!whole || width === 0) return
@@ -281,8 +281,7 @@ function switchNear(scene: Scene, x: number, y: number, k: number): Target {
 }
 
 function faultNear(scene: Scene, x: number, y: number, reach: number): Target {
-  for (const line of scene.faults) {
-    if (scene.layout.blockOf[line.a] < 0 || scene.layout.blockOf[line.b] < 0) continue
+  for (const line of scene.drawnFaults) {
     if (distanceTo(curveOf(scene.layout, line.a, line.b), x, y) <= reach)
       return { kind: 'finding', index: line.finding }
   }
