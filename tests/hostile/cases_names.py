@@ -1,6 +1,10 @@
 """Names of nodes, which any host may set."""
 
-from hostile import csv_of, document, dot_labels, dump, graphml_names, json_of
+import xml.etree.ElementTree as ElementTree
+
+from hostile import Page, csv_of, document, dot_labels, dump, graphml_names, json_of
+
+SVG_TITLE = "{http://www.w3.org/2000/svg}title"
 
 ESCAPES = [b"\x1b[2J", b"\x1b]0;title\x07", b"\x1b[31mred\x1b[0m", b"a\rb", b"a\x00b", b"\x08\x08",
            b"\x7f", b"\x0b\x0c", b"\x1bPq\x1b\\", b"\x0e\x0f", bytes(range(1, 10)),
@@ -68,6 +72,27 @@ def every_name_leaves_json_well_formed(fab):
         result = json_of(fab.reads("check", "--root-regex", "^root$", "--json", "-", "net.topo").out)
         assert len(result["records"]) == 1
         assert b"/" in name or as_text(name) in result["records"][0]["description"], (name, result)
+
+
+def every_name_is_data_in_the_page(fab):
+    fab.file("net.topo", dump(of_leaves(b"leaf")))
+    harmless = Page(fab.reads("check", "--root-regex", "^root$", "--html", "-", "net.topo").out)
+    for name in fab.some(ALL):
+        fab.file("net.topo", dump(of_leaves(name)))
+        page = Page(fab.reads("check", "--root-regex", "^root$", "--html", "-", "net.topo").out)
+        assert page.elements == harmless.elements, (name, page.elements)
+        names = [switch[1] for switch in json_of(page.data)["switches"]]
+        assert b"/" in name or as_text(name) + "1" in names, (name, names)
+
+
+def every_name_is_words_in_the_picture(fab):
+    for name in fab.some(ALL):
+        fab.file("net.topo", dump(of_leaves(name)))
+        text = fab.reads("check", "--root-regex", "^root$", "--svg", "-", "net.topo").out
+        titles = [element.text for element in ElementTree.fromstring(text).iter(SVG_TITLE)]
+        # XML has no such characters.
+        shown = as_text(name).replace("\ufffe", "\ufffd").replace("\uffff", "\ufffd")
+        assert b"/" in name or shown + "1" in titles, (name, titles)
 
 
 def every_name_comes_through_every_format(fab):

@@ -11,6 +11,7 @@ import subprocess
 import tempfile
 import xml.etree.ElementTree as ElementTree
 from collections import namedtuple
+from html.parser import HTMLParser
 from pathlib import Path
 
 Result = namedtuple("Result", "status out err")
@@ -153,6 +154,24 @@ def csv_of(text):
     records = [row for line in lines[1:-1] for row in csv.reader(io.StringIO(line), strict=True)]
     assert len(records) == len(lines) - 2 and all(len(row) == 6 for row in records), lines
     return records
+
+
+class Page(HTMLParser):
+    """Reads a page as browsers do: its elements with their attributes, and its data."""
+
+    def __init__(self, text):
+        super().__init__()
+        self.elements = []
+        self.data = b""
+        self.feed(text.decode())
+        self.close()
+
+    def handle_starttag(self, tag, attrs):
+        self.elements.append((tag, attrs))
+
+    def handle_data(self, data):
+        if self.elements and ("id", "data") in self.elements[-1][1] and not self.data:
+            self.data = data.encode()
 
 
 def graphml_names(text):
