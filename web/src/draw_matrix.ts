@@ -250,7 +250,7 @@ export function drawMatrix(drawing: MatrixDrawing, ratio: number): void {
   const { ctx, grid, colours } = drawing
   ctx.setTransform(ratio, 0, 0, ratio, 0, 0)
   ctx.fillStyle = colours.surface
-  ctx.fillRect(0, 0, grid.width, grid.height)
+  ctx.fillRect(0, 0, Math.ceil(grid.width), Math.ceil(grid.height))
   drawBands(drawing)
   drawCells(drawing)
   drawCursor(drawing)

@@ -62,7 +62,8 @@ function focused(scene: Scene, state: State): boolean {
 function drawCables({ ctx, scene, state, colours, sight }: Drawing): void {
   ctx.strokeStyle = colours.cable
   const crowd = Math.max(0.16, Math.min(0.6, 40 / Math.sqrt(scene.layout.bundles.length + 1)))
-  ctx.globalAlpha = (scene.frame.small ? 0.75 : crowd) * (focused(scene, state) ? 0.45 : 1)
+  const aside = focused(scene, state) || (state.group >= 0 && !scene.frame.small)
+  ctx.globalAlpha = (scene.frame.small ? 0.75 : crowd) * (aside ? 0.4 : 1)
   for (const { path, weight } of scene.bundles) {
     ctx.lineWidth = (weight * Math.min(1, sight.width / 900)) / sight.k
     ctx.stroke(path)
@@ -372,7 +373,7 @@ export function drawTree(drawing: Drawing, ratio: number): Badge[] {
   const { ctx, sight, colours } = drawing
   ctx.setTransform(ratio, 0, 0, ratio, 0, 0)
   ctx.fillStyle = colours.surface
-  ctx.fillRect(0, 0, sight.width, sight.height)
+  ctx.fillRect(0, 0, Math.ceil(sight.width), Math.ceil(sight.height))
   ctx.setTransform(ratio * sight.k, 0, 0, ratio * sight.k, ratio * sight.x, ratio * sight.y)
   drawBoxes(drawing)
   drawCables(drawing)
