@@ -28,7 +28,17 @@ async function bundle(entry, options) {
 
 /** The licences of what is bundled, each once: their authors ask for that. */
 function licences() {
-  const names = ['color', 'dispatch', 'drag', 'ease', 'interpolate', 'selection', 'timer', 'transition', 'zoom']
+  const names = [
+    'color',
+    'dispatch',
+    'drag',
+    'ease',
+    'interpolate',
+    'selection',
+    'timer',
+    'transition',
+    'zoom',
+  ]
   const texts = new Map()
   for (const name of names.map((part) => `d3-${part}`)) {
     const url = new URL(`node_modules/${name}/LICENSE`, import.meta.url)

@@ -50,7 +50,7 @@ class Fabric:
         self.document = document
         html, result = browser.folder / f"{name}.html", browser.folder / f"{name}.result"
         command = [browser.fabscope, "check", "--html", html, "--json", result, *words]
-        run = subprocess.run([*command, browser.folder / f"{name}.json"], capture_output=True,
+        run = subprocess.run([*command, f"{name}.json"], cwd=browser.folder, capture_output=True,
                              check=False)
         assert run.returncode in (0, 1, 2) and html.exists(), run.stderr.decode()
         self.url = html.as_uri()

@@ -59,6 +59,10 @@ def the_search_finds_names_guids_and_ports(browser):
     search.send_keys(f"{fabric.name(end['switch'])} port {end['port']}")
     assert shown(browser) == [fabric.findings.index(finding)]
     search.clear()
+    search.send_keys("no CABLE between")
+    assert set(shown(browser)) == {
+        at for at, one in enumerate(fabric.findings) if one["kind"] == "missing-link"}
+    search.clear()
     search.send_keys("no such thing")
     assert shown(browser) == []
     assert browser.text("#list") == "No finding matches."

@@ -5,7 +5,17 @@ import { copy } from './copy'
 import { announce, button, byId, make, nameText } from './dom'
 import type { Cable } from './model'
 import { linksOf } from './tip'
-import { capital, counted, cut, groupName, nameOf, placeOf, plain, rankName, titleOf } from './words'
+import {
+  capital,
+  counted,
+  cut,
+  groupName,
+  nameOf,
+  placeOf,
+  plain,
+  rankName,
+  titleOf,
+} from './words'
 
 const longestName = 400
 const mostFindings = 8
@@ -47,8 +57,10 @@ function findingsOf(app: App, findings: number[]): HTMLElement[] {
     return make('li', {}, link)
   })
   if (links.length === 0) return []
-  const only = button(`List only its ${counted(findings.length, 'finding')}`, { class: 'small' }, () =>
-    store.set({ atSwitch: store.state.switch, kind: '', inGroup: -1, query: '' }),
+  const only = button(
+    `List only its ${counted(findings.length, 'finding')}`,
+    { class: 'small' },
+    () => store.set({ atSwitch: store.state.switch, kind: '', inGroup: -1, query: '' }),
   )
   return [make('ul', { class: 'at-switch' }, ...links), only]
 }
@@ -62,7 +74,14 @@ function groupButtons(app: App, index: number): HTMLElement {
   ] as const)
     if (group >= 0)
       row.append(
-        make('span', {}, role, button(groupName(app.model.groups[group]), { class: 'link' }, () => showGroup(app, group))),
+        make(
+          'span',
+          {},
+          role,
+          button(groupName(app.model.groups[group]), { class: 'link' }, () =>
+            showGroup(app, group),
+          ),
+        ),
       )
   return row
 }
@@ -70,19 +89,34 @@ function groupButtons(app: App, index: number): HTMLElement {
 function fill(app: App, card: HTMLElement, index: number): void {
   const { model, store } = app
   const one = model.switches[index]
-  const guid = button(one.guid, { class: 'link guid', title: 'Copy the GUID' }, () => void copy(one.guid, guid))
+  const guid = button(
+    one.guid,
+    { class: 'link guid', title: 'Copy the GUID' },
+    () => void copy(one.guid, guid),
+  )
   const close = button('×', { class: 'quiet close', 'aria-label': 'Close (Escape)' }, () =>
     store.set({ switch: -1 }),
   )
   const cables = model.cablesOf(index)
   card.replaceChildren(
     close,
-    make('h3', {}, nameText(cut(one.name.trim() === '' ? 'Switch without a name' : one.name, longestName))),
+    make(
+      'h3',
+      {},
+      nameText(cut(one.name.trim() === '' ? 'Switch without a name' : one.name, longestName)),
+    ),
     guid,
-    make('p', { class: 'facts' }, make('span', {}, capital(rankName(one.rank, model.levels))), make('span', {}, linksOf(model, index))),
+    make(
+      'p',
+      { class: 'facts' },
+      make('span', {}, capital(rankName(one.rank, model.levels))),
+      make('span', {}, linksOf(model, index)),
+    ),
     groupButtons(app, index),
     ...findingsOf(app, one.findings),
-    cables.length > 0 ? cableTable(app, cables) : make('p', {}, 'No cable leads to another switch.'),
+    cables.length > 0
+      ? cableTable(app, cables)
+      : make('p', {}, 'No cable leads to another switch.'),
   )
 }
 

@@ -65,12 +65,7 @@ export interface SharedFlid extends Common {
 }
 
 export type RawFinding =
-  | MissingLink
-  | InvalidLink
-  | UnevenLinks
-  | SuspectedBlocking
-  | AsymmetricAPorts
-  | SharedFlid
+  MissingLink | InvalidLink | UnevenLinks | SuspectedBlocking | AsymmetricAPorts | SharedFlid
 
 export type Kind = RawFinding['kind']
 

@@ -84,9 +84,7 @@ function buttons(app: App, finding: Finding): HTMLElement {
   for (const index of finding.groups.slice(0, 4)) {
     const name = finding.groups.length > 1 ? ` of ${groupName(model.groups[index])}` : ''
     row.append(
-      button(cut(`Matrix${name}`), { class: 'small' }, () =>
-        showView(app, 'matrix', index),
-      ),
+      button(cut(`Matrix${name}`), { class: 'small' }, () => showView(app, 'matrix', index)),
     )
   }
   row.append(button('Tree', { class: 'small' }, () => showView(app, 'tree')))

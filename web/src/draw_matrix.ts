@@ -93,14 +93,27 @@ function drawCell(drawing: MatrixDrawing, row: number, column: number, most: num
   else if (cell.cables > 0) {
     ctx.fillStyle = colours.cell
     ctx.beginPath()
-    ctx.roundRect(x + space, y + space, grid.cell - 2 * space, grid.cell - 2 * space, grid.cell > 10 ? 3 : 0)
+    ctx.roundRect(
+      x + space,
+      y + space,
+      grid.cell - 2 * space,
+      grid.cell - 2 * space,
+      grid.cell > 10 ? 3 : 0,
+    )
     ctx.fill()
     if (most > 1 && grid.cell >= 14) text(drawing, String(cell.cables), x, y, colours.ink, 500)
   }
 }
 
 /** A text in the middle of a cell. */
-function text(drawing: MatrixDrawing, words: string, x: number, y: number, colour: string, weight: number): void {
+function text(
+  drawing: MatrixDrawing,
+  words: string,
+  x: number,
+  y: number,
+  colour: string,
+  weight: number,
+): void {
   const { ctx, grid } = drawing
   ctx.font = `${weight} ${Math.min(14, grid.cell * 0.55)}px ${font}`
   ctx.textAlign = 'center'
@@ -125,7 +138,13 @@ function drawInvalid(drawing: MatrixDrawing, findings: number[], x: number, y: n
   if (grid.cell >= 14) text(drawing, String(findings.length), x, y, colours.surface, 700)
 }
 
-function drawSum(drawing: MatrixDrawing, sum: number, expected: number, x: number, y: number): void {
+function drawSum(
+  drawing: MatrixDrawing,
+  sum: number,
+  expected: number,
+  x: number,
+  y: number,
+): void {
   const { grid, colours } = drawing
   if (grid.cell < 14) return
   const odd = sum !== expected
@@ -142,12 +161,24 @@ function drawCells(drawing: MatrixDrawing): void {
     const y = rowY(matrix, grid, row)
     for (let column = first; column < last; column++) drawCell(drawing, row, column, most)
     drawInvalid(drawing, matrix.spineLinks[row], columnX(matrix, grid, matrix.lines.length), y)
-    drawSum(drawing, matrix.spineSums[row], spineSum, columnX(matrix, grid, matrix.lines.length + 1), y)
+    drawSum(
+      drawing,
+      matrix.spineSums[row],
+      spineSum,
+      columnX(matrix, grid, matrix.lines.length + 1),
+      y,
+    )
   }
   for (let column = first; column < last; column++) {
     const x = columnX(matrix, grid, column)
     drawInvalid(drawing, matrix.lineLinks[column], x, rowY(matrix, grid, matrix.spines.length))
-    drawSum(drawing, matrix.lineSums[column], lineSum, x, rowY(matrix, grid, matrix.spines.length + 1))
+    drawSum(
+      drawing,
+      matrix.lineSums[column],
+      lineSum,
+      x,
+      rowY(matrix, grid, matrix.spines.length + 1),
+    )
   }
 }
 
@@ -179,7 +210,12 @@ function drawCursor({ ctx, matrix, grid, colours, cursor }: MatrixDrawing): void
   if (cursor.row < 0 || cursor.column < 0) return
   ctx.strokeStyle = colours.accent
   ctx.lineWidth = 2
-  ctx.strokeRect(columnX(matrix, grid, cursor.column), rowY(matrix, grid, cursor.row), grid.cell, grid.cell)
+  ctx.strokeRect(
+    columnX(matrix, grid, cursor.column),
+    rowY(matrix, grid, cursor.row),
+    grid.cell,
+    grid.cell,
+  )
 }
 
 function headFont(drawing: MatrixDrawing, isMarked: boolean): void {
@@ -206,7 +242,8 @@ function rowNames(drawing: MatrixDrawing, bands: Set<number>): void {
     ctx.fillText(words, grid.left - 6, rowY(matrix, grid, row) + grid.cell / 2, grid.left - 12)
   }
   for (let row = first; row < last; row++)
-    if (row % step === 0 || bands.has(row)) name(row, nameOf(model.switches[matrix.spines[row]], longestHead))
+    if (row % step === 0 || bands.has(row))
+      name(row, nameOf(model.switches[matrix.spines[row]], longestHead))
   name(matrix.spines.length, 'invalid')
   name(matrix.spines.length + 1, 'cables')
 }

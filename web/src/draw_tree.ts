@@ -339,7 +339,8 @@ function drawBadges(drawing: Drawing): Badge[] {
     const below = groupLabel(scene, box, box.width * sight.k) ? 19 : 0
     const y = labelHeight(box, sight) + below
     const last = badges[badges.length - 1]
-    if (last && last.row === box.y && x - last.x < 34) findings.forEach((one) => last.findings.add(one))
+    if (last && last.row === box.y && x - last.x < 34)
+      findings.forEach((one) => last.findings.add(one))
     else badges.push({ group: box.group, x, y, width: 0, row: box.y, findings: new Set(findings) })
   }
   for (const badge of badges) badge.width = drawBadge(drawing, badge, [...badge.findings])
@@ -389,4 +390,3 @@ export function drawTree(drawing: Drawing, ratio: number): Badge[] {
   drawRankNames(drawing)
   return drawBadges(drawing)
 }
-

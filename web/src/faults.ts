@@ -21,8 +21,7 @@ export function faultLines(model: Model): FaultLine[] {
       model.switchAt,
     )
     const ports: FaultLine['ports'] = missing ? null : [raw.ends[0].port, raw.ends[1].port]
-    if (a >= 0 && b >= 0)
-      lines.push({ finding: index, missing, level: raw.level, a, b, ports })
+    if (a >= 0 && b >= 0) lines.push({ finding: index, missing, level: raw.level, a, b, ports })
   }
   return lines
 }

@@ -84,8 +84,7 @@ export class ListView {
     this.#rows = Math.max(page, this.#shown.indexOf(state.finding) + 1)
     this.#fill(this.#rows)
     this.#tellFilters(state)
-    if (this.#list.dataset.shown !== undefined)
-      announce(counted(this.#shown.length, 'finding'))
+    if (this.#list.dataset.shown !== undefined) announce(counted(this.#shown.length, 'finding'))
     this.#list.dataset.shown = String(this.#shown.length)
   }
 
@@ -139,7 +138,12 @@ export class ListView {
         'span',
         { class: 'row-text' },
         make('span', { class: 'row-title' }, ...title),
-        make('span', { class: 'row-place' }, sign(level), `${capital(level)} · ${capital(cut(placeOf(finding), 80))}`),
+        make(
+          'span',
+          { class: 'row-place' },
+          sign(level),
+          `${capital(level)} · ${capital(cut(placeOf(finding), 80))}`,
+        ),
       ),
     )
     return make('li', {}, row)
@@ -193,16 +197,18 @@ export class ListView {
     if (state.kind) chip(capital(kindNames[state.kind][1]), () => store.set({ kind: '' }))
     if (state.atSwitch >= 0)
       chip(`At ${nameOf(model.switches[state.atSwitch], 24)}`, () => store.set({ atSwitch: -1 }))
-    if (chips.length > 1) chips.push(button('All', { class: 'chip' }, () => clearFilters(this.#app)))
+    if (chips.length > 1)
+      chips.push(button('All', { class: 'chip' }, () => clearFilters(this.#app)))
     byId('filters').replaceChildren(...chips)
   }
 
   #allAsText(): string {
     const { model } = this.#app
-    const texts = this.#shown.slice(0, mostCopied).map((index) => asText(model, model.findings[index]))
+    const texts = this.#shown
+      .slice(0, mostCopied)
+      .map((index) => asText(model, model.findings[index]))
     const rest = this.#shown.length - texts.length
     if (rest > 0) texts.push(`and ${counted(rest, 'more finding')}`)
     return texts.join('\n')
   }
 }
-

@@ -3,7 +3,16 @@
 import { showFinding, showSwitch, type App } from './actions'
 import { sheetIn, type Sheet } from './canvas'
 import { announce, button, byId, make } from './dom'
-import { drawMatrix, columnX, gutter, longestHead, rowY, wholeSize, type Grid, type Place } from './draw_matrix'
+import {
+  drawMatrix,
+  columnX,
+  gutter,
+  longestHead,
+  rowY,
+  wholeSize,
+  type Grid,
+  type Place,
+} from './draw_matrix'
 import { matrixOf, type Matrix } from './matrix_model'
 import type { State } from './state'
 import { palette } from './theme'
@@ -48,7 +57,9 @@ export class MatrixView {
 
   tools(): HTMLElement[] {
     return [
-      button('−', { title: 'Smaller (-)', 'aria-label': 'Smaller cells' }, () => this.#resize(1 / 1.35)),
+      button('−', { title: 'Smaller (-)', 'aria-label': 'Smaller cells' }, () =>
+        this.#resize(1 / 1.35),
+      ),
       button('+', { title: 'Larger (+)', 'aria-label': 'Larger cells' }, () => this.#resize(1.35)),
       button('Fit', { title: 'Show all (0)' }, () => this.#fit()),
     ]
@@ -85,7 +96,9 @@ export class MatrixView {
     const chooser = byId<HTMLSelectElement>('group')
     const shown = state.view === 'matrix' ? (this.#matrix?.group ?? -1) : state.group
     chooser.value = String(shown)
-    this.#sheet.canvas.dataset.group = this.#matrix ? groupName(this.#app.model.groups[this.#matrix.group]) : ''
+    this.#sheet.canvas.dataset.group = this.#matrix
+      ? groupName(this.#app.model.groups[this.#matrix.group])
+      : ''
   }
 
   #grid(): Grid {
@@ -104,7 +117,10 @@ export class MatrixView {
 
   #longestName(switches: number[]): number {
     const { model } = this.#app
-    return Math.max(0, ...switches.map((index) => nameOf(model.switches[index], longestHead).length))
+    return Math.max(
+      0,
+      ...switches.map((index) => nameOf(model.switches[index], longestHead).length),
+    )
   }
 
   #draw(): void {
@@ -238,10 +254,15 @@ export class MatrixView {
     const { model } = this.#app
     const spine = matrix.spines[place.row]
     const line = matrix.lines[place.column]
-    const found = this.#findingsAt(place).map((index) => plain(model, titleOf(model, model.findings[index])))
+    const found = this.#findingsAt(place).map((index) =>
+      plain(model, titleOf(model, model.findings[index])),
+    )
     const name = (index: number) => nameOf(model.switches[index], 40)
     if (spine !== undefined && line !== undefined)
-      return { title: `${name(spine)} – ${name(line)}`, lines: [...this.#portsOf(spine, line), ...found] }
+      return {
+        title: `${name(spine)} – ${name(line)}`,
+        lines: [...this.#portsOf(spine, line), ...found],
+      }
     const own = spine ?? line
     if (own === undefined) return null
     if (found.length > 0) return { title: name(own), lines: found }
@@ -254,7 +275,9 @@ export class MatrixView {
   #portsOf(spine: number, line: number): string[] {
     const { model } = this.#app
     const cables = model.cablesOf(spine).filter((cable) => cable.peer === line)
-    const texts = cables.slice(0, mostPorts).map((cable) => `port ${cable.port} – port ${cable.peerPort}`)
+    const texts = cables
+      .slice(0, mostPorts)
+      .map((cable) => `port ${cable.port} – port ${cable.peerPort}`)
     if (cables.length > mostPorts) texts.push(`and ${cables.length - mostPorts} more`)
     return texts.length > 0 ? texts : ['No cable']
   }

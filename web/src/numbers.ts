@@ -9,7 +9,10 @@ import { counted, cut, kindNames, number } from './words'
 
 function signOf(model: Model): string {
   if (model.result.status === 'failed') return 'error'
-  const worst = worstLevel(model, model.findings.map((finding) => finding.index))
+  const worst = worstLevel(
+    model,
+    model.findings.map((finding) => finding.index),
+  )
   return ['clean', 'clean', 'warning', 'error'][worst]
 }
 
@@ -51,7 +54,11 @@ function kindTiles({ model, store }: App): HTMLElement[] {
       model.findings.filter((one) => one.raw.kind === kind).map((one) => one.index),
     )
     control.classList.add(worst === 3 ? 'error' : 'warning')
-    control.append(sign(kind), make('b', {}, number.format(count)), ` ${kindNames[kind][count === 1 ? 0 : 1]}`)
+    control.append(
+      sign(kind),
+      make('b', {}, number.format(count)),
+      ` ${kindNames[kind][count === 1 ? 0 : 1]}`,
+    )
     store.watch((state) => control.setAttribute('aria-pressed', String(state.kind === kind)))
     return control
   })

@@ -104,7 +104,12 @@ function bundlePaths(frame: Frame, layout: Layout, opened: number): Weighted[] {
   })
 }
 
-function cablePath(model: Model, frame: Frame, layout: Layout, opened: number): Pick<Scene, 'cables' | 'singly'> {
+function cablePath(
+  model: Model,
+  frame: Frame,
+  layout: Layout,
+  opened: number,
+): Pick<Scene, 'cables' | 'singly'> {
   const path = new Path2D()
   let singly = 0
   if (!frame.small && opened < 0) return { cables: path, singly }

@@ -33,17 +33,36 @@ function row(app: App, one: Switch): HTMLElement {
     make('th', { scope: 'row' }, link),
     make('td', {}, make('code', {}, one.guid)),
     ...numbers.map((text) => make('td', { class: 'number' }, text)),
-    make('td', { class: one.findings.length > 0 ? 'number found' : 'number' }, one.findings.length > 0 ? number.format(one.findings.length) : ''),
+    make(
+      'td',
+      { class: one.findings.length > 0 ? 'number found' : 'number' },
+      one.findings.length > 0 ? number.format(one.findings.length) : '',
+    ),
   )
 }
 
 export function startSwitches(app: App, host: HTMLElement): void {
-  const search = make('input', { type: 'search', placeholder: 'Name or GUID…', 'aria-label': 'Search the switches', autocomplete: 'off' })
+  const search = make('input', {
+    type: 'search',
+    placeholder: 'Name or GUID…',
+    'aria-label': 'Search the switches',
+    autocomplete: 'off',
+  })
   const shown = make('span', { class: 'shown', role: 'status' })
   const body = make('tbody')
-  const head = columns.map((text, at) => make('th', { scope: 'col', class: at > 1 ? 'number' : '' }, text))
-  const table = make('table', { class: 'switches' }, make('thead', {}, make('tr', {}, ...head)), body)
-  host.append(make('div', { class: 'table-bar' }, search, shown), make('div', { class: 'table' }, table))
+  const head = columns.map((text, at) =>
+    make('th', { scope: 'col', class: at > 1 ? 'number' : '' }, text),
+  )
+  const table = make(
+    'table',
+    { class: 'switches' },
+    make('thead', {}, make('tr', {}, ...head)),
+    body,
+  )
+  host.append(
+    make('div', { class: 'table-bar' }, search, shown),
+    make('div', { class: 'table' }, table),
+  )
   const fill = () => {
     const found = matching(app, search.value)
     const rows = found.slice(0, most)

@@ -136,9 +136,12 @@ export class TreeView {
     }
     const line = scene.faults.find((one) => one.finding === state.finding)
     const ends = line ? boundsOf(layout, [line.a, line.b]) : null
-    if (ends) return ends
+    if (ends) return widened(ends, layout)
     if (state.group < 0) return null
-    return boundsOf(layout, [...model.groups[state.group].spines, ...model.groups[state.group].lines])
+    return boundsOf(layout, [
+      ...model.groups[state.group].spines,
+      ...model.groups[state.group].lines,
+    ])
   }
 
   #fitAll(slowly = true): void {
@@ -159,7 +162,8 @@ export class TreeView {
     const y = room.top + room.y / 2 - (box.y + box.height / 2) * k
     const target = zoomIdentity.translate(x, y).scale(k)
     const chosen = select(canvas)
-    if (slowly && !still.matches) chosen.transition().duration(380).call(this.#zoom.transform, target)
+    if (slowly && !still.matches)
+      chosen.transition().duration(380).call(this.#zoom.transform, target)
     else chosen.call(this.#zoom.transform, target)
   }
 
@@ -180,9 +184,7 @@ export class TreeView {
     if (badge) return { kind: 'group', index: badge.group }
     const { k } = zoomTransform(canvas)
     const [x, y] = zoomTransform(canvas).invert([sx, sy])
-    return (
-      switchNear(scene, x, y, k) ?? faultNear(scene, x, y, 6 / k) ?? groupAround(scene, x, y)
-    )
+    return switchNear(scene, x, y, k) ?? faultNear(scene, x, y, 6 / k) ?? groupAround(scene, x, y)
   }
 
   #hover(event: PointerEvent): void {
@@ -266,6 +268,13 @@ export class TreeView {
   }
 }
 
+/** Room for the neighbours of a cable's ends, and for its bow when it stays in a row. */
+function widened({ x, y, width, height }: Bounds, layout: Layout): Bounds {
+  const side = 3 * layout.pitch
+  const bow = height < layout.gap * 0.45 ? Math.min(layout.gap, width * 0.25) : 0
+  return { x: x - side, y: y - bow, width: width + 2 * side, height: height + bow }
+}
+
 function switchNear(scene: Scene, x: number, y: number, k: number): Target {
   const { layout } = scene
   let [best, nearest] = [-1, Infinity]
@@ -291,7 +300,11 @@ function faultNear(scene: Scene, x: number, y: number, reach: number): Target {
 function groupAround(scene: Scene, x: number, y: number): Target {
   const box = scene.boxes.find(
     (one) =>
-      one.group >= 0 && x >= one.x && y >= one.y && x <= one.x + one.width && y <= one.y + one.height,
+      one.group >= 0 &&
+      x >= one.x &&
+      y >= one.y &&
+      x <= one.x + one.width &&
+      y <= one.y + one.height,
   )
   return box ? { kind: 'group', index: box.group } : null
 }
@@ -300,7 +313,10 @@ function neighbour(scene: Scene, from: number, key: string): number {
   const { layout, model } = scene
   const rank = layout.blocks[layout.blockOf[from]].rank
   const rowOf = (wanted: number) =>
-    layout.blocks.filter((block) => block.rank === wanted).sort((a, b) => a.x - b.x).flatMap((block) => block.switches)
+    layout.blocks
+      .filter((block) => block.rank === wanted)
+      .sort((a, b) => a.x - b.x)
+      .flatMap((block) => block.switches)
   if (key === 'ArrowLeft' || key === 'ArrowRight') {
     const row = rowOf(rank)
     return row[row.indexOf(from) + (key === 'ArrowLeft' ? -1 : 1)] ?? from
@@ -308,5 +324,10 @@ function neighbour(scene: Scene, from: number, key: string): number {
   const next = rank + (key === 'ArrowUp' ? -1 : 1)
   if (next < 0 || next >= model.levels) return from
   const away = (index: number) => Math.abs(layout.x[index] - layout.x[from])
-  return rowOf(next).reduce((best, index) => (away(index) < away(best) ? index : best), rowOf(next)[0]) ?? from
+  return (
+    rowOf(next).reduce(
+      (best, index) => (away(index) < away(best) ? index : best),
+      rowOf(next)[0],
+    ) ?? from
+  )
 }

@@ -62,7 +62,9 @@ function legendOf(app: App, legend: Legend): HTMLElement {
 }
 
 function noTree(host: HTMLElement): void {
-  host.append(make('p', { class: 'no-tree' }, 'There is no tree to show. The switches are in the table.'))
+  host.append(
+    make('p', { class: 'no-tree' }, 'There is no tree to show. The switches are in the table.'),
+  )
 }
 
 export function startViews(app: App): void {
