@@ -3,6 +3,9 @@
 import json
 
 from browser import ARROWS, DESKTOP, PHONE
+from selenium.webdriver.common.actions.action_builder import ActionBuilder
+from selenium.webdriver.common.actions.interaction import POINTER_TOUCH
+from selenium.webdriver.common.actions.pointer_input import PointerInput
 from selenium.webdriver.common.by import By
 from selenium.webdriver.common.keys import Keys
 
@@ -248,6 +251,75 @@ def everything_has_a_name_for_those_who_do_not_see(browser):
     assert {"button", "tab", "searchbox", "combobox", "application", "heading"} <= seen
 
 
+def point(browser, kind, x, y):
+    browser.driver.execute_cdp_cmd("Input.dispatchMouseEvent", {
+        "type": kind, "x": x, "y": y, "button": "none" if kind == "mouseMoved" else "left",
+        "clickCount": 0 if kind == "mouseMoved" else 1})
+
+
+def tree_box(page):
+    return page.run("const b = document.querySelector('#tree-view canvas')"
+                    ".getBoundingClientRect(); return [b.left, b.top, b.width, b.height]")
+
+
+def switch_under_pointer(page):
+    """A place where a switch is, and what the tip says of it."""
+    left, top, width, height = tree_box(page)
+    for y in range(int(top), int(min(top + height, 780)), 6):
+        for x in range(int(left) + 100, int(left + width), 8):
+            point(page, "mouseMoved", x, y)
+            lines = page.texts("#tip:not([hidden]) > *")
+            if len(lines) > 1 and lines[1].startswith("0x"):
+                return x, y, lines
+    raise AssertionError("no switch is found by the pointer")
+
+
+def the_pointer_finds_switches(browser):
+    fabric = browser.open(browser.fabric("faulty"))
+    browser.picture()
+    x, y, lines = switch_under_pointer(browser)
+    name, guid = lines[:2]
+    assert fabric.name(guid) == name
+    rank = next(at for at, guids in enumerate(fabric.result["ranks"]) if guid in guids)
+    assert f"Rank {rank}" in lines[2]
+    point(browser, "mousePressed", x, y)
+    point(browser, "mouseReleased", x, y)
+    assert browser.text("#card h3") == name
+    assert f"switch={guid}" in browser.address()
+
+
+def fingers_move_enlarge_and_choose(browser):
+    def touch(kind, *points):
+        browser.driver.execute_cdp_cmd("Input.dispatchTouchEvent", {
+            "type": kind, "touchPoints": [{"x": x, "y": y, "id": at}
+                                          for at, (x, y) in enumerate(points)]})
+
+    browser.size(PHONE)
+    browser.driver.execute_cdp_cmd("Emulation.setTouchEmulationEnabled",
+                                   {"enabled": True, "maxTouchPoints": 2})
+    browser.open(browser.fabric("faulty"))
+    left, top, width, _ = tree_box(browser)
+    x, y = left + width / 2, top + 150
+    pictures = {browser.picture()}
+    touch("touchStart", (x - 20, y), (x + 20, y))
+    for step in range(1, 6):
+        touch("touchMove", (x - 20 - 10 * step, y), (x + 20 + 10 * step, y))
+    touch("touchEnd")
+    pictures.add(browser.picture())
+    touch("touchStart", (x, y))
+    for step in range(1, 6):
+        touch("touchMove", (x + 10 * step, y))
+    touch("touchEnd")
+    pictures.add(browser.picture())
+    assert len(pictures) == 3
+    finger = ActionBuilder(browser.driver, mouse=PointerInput(POINTER_TOUCH, "finger"))
+    place = browser.one("#tab-matrix").rect
+    finger.pointer_action.move_to_location(int(place["x"] + 20), int(place["y"] + 10))
+    finger.pointer_action.pointer_down().pointer_up()
+    finger.perform()
+    assert browser.one("#matrix-view").is_displayed()
+
+
 def nothing_is_wider_than_a_phone(browser):
     browser.size(PHONE)
     for name in ("faulty", "planes"):
@@ -264,13 +336,11 @@ def tips_stay_inside_the_window(browser):
         browser.size(size)
         browser.open(fabric)
         seen = 0
-        box = browser.run("const b = document.querySelector('#tree-view canvas')"
-                          ".getBoundingClientRect(); return [b.left, b.top, b.width, b.height]")
+        box = tree_box(browser)
         for step in range(60):
             x = box[0] + box[2] * (step % 20 + 0.5) / 20
             y = min(box[1] + box[3] * (step // 20 + 0.5) / 3, size[1] - 2)
-            browser.driver.execute_cdp_cmd("Input.dispatchMouseEvent",
-                                           {"type": "mouseMoved", "x": x, "y": y})
+            point(browser, "mouseMoved", x, y)
             tip = browser.run("const t = document.getElementById('tip');"
                               "const b = t.getBoundingClientRect();"
                               "return t.hidden ? null : [b.left, b.top, b.right, b.bottom]")
