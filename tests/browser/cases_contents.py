@@ -148,9 +148,7 @@ def go_to(browser, row, column):
 
 
 def the_matrix_tells_cables_with_their_ports_and_missing_ones(browser):
-    fabric = browser.fabric("parallel")
-    finding = fabric.of_kind("missing-link")[0] if fabric.of_kind("missing-link") else None
-    fabric = fabric if finding else browser.fabric("faulty")
+    fabric = browser.fabric("faulty")
     finding = fabric.of_kind("missing-link")[0]
     group = group_of(fabric, finding)
     row, column = group["spines"].index(finding["spine"]), group["lines"].index(finding["line"])

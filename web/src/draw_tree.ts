@@ -26,6 +26,13 @@ export interface Badge {
   width: number
 }
 
+/** Boxes and cables as they were last drawn. */
+export interface Ground {
+  picture: HTMLCanvasElement
+  sight: Sight
+  time: number
+}
+
 export interface Drawing {
   ctx: CanvasRenderingContext2D
   scene: Scene
@@ -369,15 +376,38 @@ function drawBadge(drawing: Drawing, at: { x: number; y: number }, findings: num
   return width
 }
 
-/** Draws everything, and tells where the badges are. */
-export function drawTree(drawing: Drawing, ratio: number): Badge[] {
-  const { ctx, sight, colours } = drawing
+function clear({ ctx, sight, colours }: Drawing, ratio: number): void {
   ctx.setTransform(ratio, 0, 0, ratio, 0, 0)
   ctx.fillStyle = colours.surface
   ctx.fillRect(0, 0, Math.ceil(sight.width), Math.ceil(sight.height))
-  ctx.setTransform(ratio * sight.k, 0, 0, ratio * sight.k, ratio * sight.x, ratio * sight.y)
+}
+
+function lookAt({ ctx, sight: { k, x, y } }: Drawing, ratio: number): void {
+  ctx.setTransform(ratio * k, 0, 0, ratio * k, ratio * x, ratio * y)
+}
+
+/** Boxes and cables, over which all else is drawn. */
+export function drawGround(drawing: Drawing, ratio: number): void {
+  clear(drawing, ratio)
+  lookAt(drawing, ratio)
   drawBoxes(drawing)
   drawCables(drawing)
+}
+
+/** The same from a picture of it, taken when it was seen otherwise. */
+export function drawOldGround(drawing: Drawing, ratio: number, ground: Ground): void {
+  clear(drawing, ratio)
+  const { ctx, sight } = drawing
+  const { picture, sight: old } = ground
+  const by = sight.k / old.k
+  const [x, y] = [sight.x - old.x * by, sight.y - old.y * by]
+  ctx.drawImage(picture, x, y, (picture.width / ratio) * by, (picture.height / ratio) * by)
+}
+
+/** Everything over the ground. Tells where the badges are. */
+export function drawTree(drawing: Drawing, ratio: number): Badge[] {
+  const { ctx } = drawing
+  lookAt(drawing, ratio)
   drawFaults(drawing)
   drawFollowed(drawing)
   drawChosenFault(drawing)

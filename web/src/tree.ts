@@ -5,8 +5,15 @@ import 'd3-transition'
 import { zoom, zoomIdentity, zoomTransform, type D3ZoomEvent } from 'd3-zoom'
 import { showFinding, showGroup, showSwitch, type App } from './actions'
 import { sheetIn, type Sheet } from './canvas'
-import { announce, button } from './dom'
-import { drawTree, type Badge } from './draw_tree'
+import { announce, button, make } from './dom'
+import {
+  drawGround,
+  drawOldGround,
+  drawTree,
+  type Badge,
+  type Drawing,
+  type Ground,
+} from './draw_tree'
 import { distanceTo } from './geometry'
 import { stepOf, type Layout } from './layout'
 import { boundsOf, curveOf, placed, startScene, type Bounds, type Scene } from './scene'
@@ -18,6 +25,11 @@ import { groupName, nameOf } from './words'
 type Target = { kind: 'switch' | 'finding' | 'group'; index: number } | null
 
 const cardWidth = 328
+const manyLines = 800
+
+/** Milliseconds. */
+const longestCopied = 250
+const restAfter = 120
 
 const still = matchMedia('(prefers-reduced-motion: reduce)')
 
@@ -27,6 +39,9 @@ export class TreeView {
   #scene: Scene | null = null
   #badges: Badge[] = []
   #hovered = -1
+  #ground: Ground | null = null
+  #moving = false
+  #rest = 0
   #zoom = zoom<HTMLCanvasElement, unknown>()
 
   constructor(app: App, host: HTMLElement) {
@@ -53,7 +68,7 @@ export class TreeView {
     const { canvas } = this.#sheet
     this.#zoom.on('zoom', (event: D3ZoomEvent<HTMLCanvasElement, unknown>) => {
       if (event.sourceEvent) hideTip()
-      this.#sheet.redraw()
+      this.#move()
     })
     select(canvas).call(this.#zoom).on('dblclick.zoom', null)
     canvas.addEventListener('pointermove', (event) => this.#hover(event))
@@ -66,6 +81,7 @@ export class TreeView {
   #place(): void {
     const { model, store } = this.#app
     const { group } = store.state
+    this.#ground = null
     if (!this.#scene) this.#scene = startScene(model, this.#aspect(), group)
     else Object.assign(this.#scene, placed(model, this.#scene.frame, this.#aspect(), group))
     this.#focus(store.state, false)
@@ -74,6 +90,7 @@ export class TreeView {
   #follow(state: State, before: State): void {
     const scene = this.#scene
     if (!scene) return
+    this.#ground = null
     if (state.group !== before.group)
       Object.assign(scene, placed(scene.model, scene.frame, this.#aspect(), state.group))
     const chosen = (one: State) => `${one.finding} ${one.group} ${one.switch}`
@@ -113,10 +130,44 @@ export class TreeView {
     const state = this.#app.store.state
     const sight = { width, height, k, x, y, whole: this.#wholeScale(scene.layout) }
     const colours = palette()
-    this.#badges = drawTree({ ctx, scene, sight, state, colours, hovered: this.#hovered }, ratio)
+    const drawing = { ctx, scene, sight, state, colours, hovered: this.#hovered }
+    this.#drawGround(drawing, ratio)
+    this.#badges = drawTree(drawing, ratio)
     if (canvas.dataset.drawn) return
     canvas.dataset.drawn = 'true'
     performance.mark('first-picture')
+  }
+
+  /**
+   * Thousands of cables take longer to draw than there is time between two pictures of a movement.
+   * So most of these show a moved copy, and what is seen at rest is always drawn anew.
+   */
+  #drawGround(drawing: Drawing, ratio: number): void {
+    const { scene, ctx } = drawing
+    const isMany = scene.layout.bundles.length + scene.singly > manyLines
+    const now = performance.now()
+    const ground = this.#ground
+    if (isMany && this.#moving && ground && now - ground.time < longestCopied) {
+      drawOldGround(drawing, ratio, ground)
+      return
+    }
+    drawGround(drawing, ratio)
+    if (!isMany) return
+    const picture = ground?.picture ?? make('canvas')
+    picture.width = ctx.canvas.width
+    picture.height = ctx.canvas.height
+    picture.getContext('2d')?.drawImage(ctx.canvas, 0, 0)
+    this.#ground = { picture, sight: drawing.sight, time: now }
+  }
+
+  #move(): void {
+    this.#moving = true
+    clearTimeout(this.#rest)
+    this.#rest = setTimeout(() => {
+      this.#moving = false
+      this.#sheet.redraw()
+    }, restAfter)
+    this.#sheet.redraw()
   }
 
   /** What the reader has chosen comes into sight. */
