@@ -14,10 +14,12 @@ import {
   type Drawing,
   type Ground,
 } from './draw_tree'
+import type { FaultLine } from './faults'
 import { distanceTo } from './geometry'
 import { stepOf, type Layout } from './layout'
 import { boundsOf, curveOf, placed, startScene, type Bounds, type Scene } from './scene'
 import type { State } from './state'
+import type { Model } from './model'
 import { palette } from './theme'
 import { findingTip, groupTip, hideTip, showTip, switchTip } from './tip'
 import { groupName, nameOf } from './words'
@@ -186,7 +188,7 @@ export class TreeView {
       return boundsOf(layout, [state.switch, ...peers])
     }
     const line = scene.faults.find((one) => one.finding === state.finding)
-    const ends = line ? boundsOf(layout, [line.a, line.b]) : null
+    const ends = line ? boundsOf(layout, [line.a, line.b, ...neighbourhoods(model, line)]) : null
     if (ends) return widened(ends, layout)
     if (state.group < 0) return null
     return boundsOf(layout, [
@@ -317,6 +319,13 @@ export class TreeView {
     const [tx, ty] = zoomTransform(canvas).apply([wx, wy])
     showTip(switchTip(scene.model, this.#hovered), place.left + tx, place.top + ty)
   }
+}
+
+/** What stands in the same boxes as a cable's ends. Connectivity groups are spread too far. */
+function neighbourhoods(model: Model, { finding }: FaultLine): number[] {
+  const { raw, groups } = model.findings[finding]
+  if (raw.groupKind !== 'neighborhood') return []
+  return groups.flatMap((index) => [...model.groups[index].spines, ...model.groups[index].lines])
 }
 
 /** Room for the neighbours of a cable's ends, and for its bow when it stays in a row. */
