@@ -305,8 +305,7 @@ std::vector<std::uint32_t> DumpLoader::SortedNodes() const {
     if (a.key != b.key) return a.key < b.key;
     const DumpNode& nodeA = nodes_[a.node];
     const DumpNode& nodeB = nodes_[b.node];
-    const int order = CompareNodeOrder(nodeA.name, nodeA.guid, nodeB.name, nodeB.guid);
-    return order != 0 ? order < 0 : a.node < b.node;
+    return CompareNodeOrder(nodeA.name, nodeA.guid, nodeB.name, nodeB.guid) < 0;
   });
   std::vector<std::uint32_t> sorted;
   sorted.reserve(entries.size());

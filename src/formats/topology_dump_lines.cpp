@@ -45,7 +45,7 @@ constexpr const char* notAGuid = "not a GUID, expected 1 to 16 hexadecimal digit
 // <word> <digits> "
 bool LooksLikeNode(std::string_view line) {
   LineCursor cursor(line, 0);
-  if (cursor.TakeWord().empty()) return false;
+  cursor.TakeWord();
   cursor.SkipBlanks();
   if (cursor.TakeWhile(IsDigit).empty()) return false;
   cursor.SkipBlanks();
@@ -185,7 +185,7 @@ class PlainPortLine {
     }
     if (number == 0 || number > 255 || !Take(']')) return false;
     port = static_cast<std::uint8_t>(number);
-    if (!Take('(')) return at_ == end_ || *at_ != '[';
+    if (!Take('(')) return true;
     const char* digits = at_;
     while (at_ != end_ && HexDigit(*at_) >= 0) ++at_;
     return at_ != digits && at_ - digits <= 16 && Take(')');
@@ -337,7 +337,7 @@ bool IsCutLine(std::string_view line) {
       return line == "[";
     case DumpLineKind::Ignored:
     case DumpLineKind::UnknownNode:
-      return false;
+      break;
   }
   return false;
 }
