@@ -137,9 +137,7 @@ bool IsCutSpeed(std::string_view speed) {
   return IsPrefixOfSpeed(speed) || std::none_of(speed.begin(), speed.end(), isLetter);
 }
 
-// A port line of the plain form that nearly all have, read in one go; the lines of a large fabric
-// are most of the time that a check takes. It has its brackets at once, GUIDs of 16 digits, and
-// ends in lid, width and speed. False where it is not plain: then it must be looked at closely.
+// The form has its brackets at once, peers of 16 digits, and ends in lid, width and speed.
 class PlainPortLine {
  public:
   explicit PlainPortLine(std::string_view line)
@@ -286,8 +284,12 @@ MaybeProblem ParseNodeLine(std::string_view line, std::size_t offset, DumpNodeLi
   return std::nullopt;
 }
 
+bool ReadPlainPortLine(std::string_view line, std::size_t offset, DumpPortLine& port) {
+  return PlainPortLine(line).Read(offset, port);
+}
+
 MaybeProblem ParsePortLine(std::string_view line, std::size_t offset, DumpPortLine& port) {
-  if (PlainPortLine(line).Read(offset, port)) return std::nullopt;
+  if (ReadPlainPortLine(line, offset, port)) return std::nullopt;
   LineCursor cursor(line, offset);
   cursor.SkipBlanks();
   cursor.Take('[');
