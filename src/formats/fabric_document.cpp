@@ -39,6 +39,8 @@ constexpr std::array<std::string_view, 6> linkKeys{"a",     "aPort", "b",
                                                    "bPort", "speed", "symmetric"};
 constexpr std::array<std::string_view, 2> aportKeys{"ports", "asymmetry"};
 
+constexpr const char* badEscape = "malformed JSON: bad escape in a string";
+
 struct PlacedPort {
   PortSpec spec;
   std::size_t offset = 0;
@@ -181,7 +183,7 @@ bool DocumentLoader::ReadMembers(ondemand::object object, std::size_t offset, st
     ondemand::field field = member.value_unsafe();
     const std::size_t keyOffset = OffsetOf(field.key().raw()) - 1;
     std::string_view key;
-    if (const auto code = field.unescaped_key().get(key)) return FailJson(code);
+    if (field.unescaped_key().get(key) != simdjson::SUCCESS) return Fail(keyOffset, badEscape);
     const auto known = std::find(keys.begin(), keys.end(), key);
     if (known == keys.end()) {
       return Fail(keyOffset, "unknown key \"" + CleanText(key) + "\" in " + std::string(what) +
@@ -233,7 +235,7 @@ bool DocumentLoader::ReadString(ondemand::value value, std::string_view& text) {
   const std::size_t offset = OffsetOf(value);
   const auto code = value.get_string().get(text);
   if (code == simdjson::INCORRECT_TYPE) return Fail(offset, "expected a string");
-  if (code != simdjson::SUCCESS) return Fail(offset, "malformed JSON: bad escape in a string");
+  if (code != simdjson::SUCCESS) return Fail(offset, badEscape);
   return true;
 }
 

@@ -358,6 +358,92 @@ TEST(FabricDocumentErrorsTest, APortIsInOneAggregatedPort) {
             "net.json:2:11: unknown node 0x0000000000000007");
 }
 
+// What stands behind the first mistake is not looked at: a file that is something else, or made to
+// do harm, may have a million of them.
+TEST(FabricDocumentErrorsTest, NothingIsReadBehindTheFirstMistake) {
+  const std::string before = R"({"guid":"0x1","type":"switch","name":"a","numPorts":8)";
+  const std::string behind = R"({"guid":"0x99","type":"ca","name":"z","numPorts":1})";
+  const auto read = [&](const std::string& text) {
+    InputText input{"net.json", text};
+    input.bytes.reserve(text.size() + 64);
+    FabricBuilder builder;
+    const MaybeError error = LoadFabricDocument(input, nullptr, builder);
+    const bool isAll = builder.FindNode(0x99) != GuidIndex::None;
+    return std::string(error ? "wrong" : "right") + (isAll ? ", read on" : ", stopped");
+  };
+  const auto readNode = [&](const std::string& node) {
+    return read(std::string(head) + "[" + node + "," + behind + "]}");
+  };
+  const auto readMember = [&](const std::string& member) {
+    return readNode(before + "," + member + "}");
+  };
+  ASSERT_EQ(readMember(R"("asic":"x")"), "right, read on");
+
+  for (const std::string node :
+       {"1", "[]", "null", "x", R"({"guid":1})", R"({"guid":"1"})", R"({"guid":"\q"})",
+        R"({"type":1})", R"({"type":"hub"})", R"({"name":1})", R"({"name":"\q"})",
+        R"({"numPorts":256})", R"({"name":"a"})", R"({"name":"a","name":"b"})", R"({"names":1})",
+        R"({"\q":1})", R"({"guid" "0x1"})",
+        R"({"guid":"0x0","type":"ca","name":"a","numPorts":1})"}) {
+    EXPECT_EQ(readNode(node), "wrong, stopped") << node;
+  }
+  for (const std::string member : {R"("systemGuid":"1")",
+                                   R"("displayName":1)",
+                                   R"("smdbRank":256)",
+                                   R"("special":1)",
+                                   R"("multiAsic":1)",
+                                   R"("asic":1)",
+                                   R"("planesNumber":0.5)",
+                                   R"("suitablePlane":"1")",
+                                   R"("planes":1)",
+                                   R"("planes":[1,"2"])",
+                                   R"("flids":1)",
+                                   R"("flids":[65536])",
+                                   R"("flids":[1 2])",
+                                   R"("ports":1)",
+                                   R"("ports":[1])",
+                                   R"("ports":[{}])",
+                                   R"("ports":[{"num":9}])",
+                                   R"("ports":[{"num":1,"speed":"warp"}])",
+                                   R"("ports":[{"num":1,"speed":"\q"}])",
+                                   R"("ports":[{"num":1,"speed":x}])",
+                                   R"("ports":[{"num":1,"group":1.5}])",
+                                   R"("ports":[{"num":1},{"num":1}])"}) {
+    EXPECT_EQ(readMember(member), "wrong, stopped") << member;
+  }
+  // Members of the document may come in any order.
+  const auto readInFront = [&](const std::string& member) {
+    return read("{" + member + R"(,"nodes":[)" + behind + "]}");
+  };
+  ASSERT_EQ(readInFront(R"("format":"fabscope-fabric","version":1)"), "right, read on");
+  for (const std::string member :
+       {R"("format":1)", R"("format":"fabscope-result")", R"("format":"\q")", R"("version":2)",
+        R"("version":"1")", R"("links":1)", R"("links":[1])", R"("links":[{"a":"1"}])",
+        R"("aports":[{}])", R"("aports":[{"ports":[["0x1"]]}])",
+        R"("aports":[{"ports":[["0x1",1,2]]}])", R"("name":1)", R"("links":[],"links":[])",
+        R"("version" 1)"}) {
+    EXPECT_EQ(readInFront(member), "wrong, stopped") << member;
+  }
+}
+
+// A document with a mistake has no links, as those stand for the whole of its nodes.
+TEST(FabricDocumentErrorsTest, LinksAreMadeOfAWholeDocumentOnly) {
+  const auto hasLink = [](const std::string& rest) {
+    const std::string text = std::string(head) +
+                             R"([{"guid":"0x1","type":"switch","name":"a","numPorts":8}],)" +
+                             R"("links":[{"a":"0x1","aPort":1,"b":"0x1","bPort":2}])" + rest;
+    InputText input{"net.json", text};
+    input.bytes.reserve(text.size() + 64);
+    FabricBuilder builder;
+    LoadFabricDocument(input, nullptr, builder);
+    return builder.HasLink({0, 1});
+  };
+  ASSERT_TRUE(hasLink("}"));
+  EXPECT_FALSE(hasLink(R"(,"aports":[{}]})"));
+  EXPECT_FALSE(hasLink(R"(,"name":1})"));
+  EXPECT_FALSE(hasLink("}{}"));
+}
+
 // Malformed JSON.
 
 constexpr const char* nothing = "malformed JSON: Empty: no JSON found";
@@ -378,12 +464,22 @@ TEST(FabricDocumentErrorsTest, EscapesAreKnown) {
   EXPECT_EQ(ErrorOfNodes(R"({"name":"a\q"})"), message);
   EXPECT_EQ(ErrorOfNodes(R"({"name":"\ud800"})"), message);
   EXPECT_EQ(ErrorOfNodes(R"({"guid":"0\x31"})"), message);
+  EXPECT_EQ(ErrorOfNodes(R"({"type":"\u12"})"), message);
+  EXPECT_EQ(ErrorOfPort(R"("speed":"\q")"),
+            "net.json:2:83: malformed JSON: bad escape in a string");
+}
+
+TEST(FabricDocumentErrorsTest, EscapesInKeysAreKnown) {
+  const std::string message = ": malformed JSON: bad escape in a string";
+  EXPECT_EQ(ErrorOfNodes(R"({"na\qme":1})"), "net.json:2:2" + message);
+  EXPECT_EQ(ErrorBehindNodes(R"("\ud800":[])"), "net.json:2:1" + message);
 }
 
 TEST(FabricDocumentErrorsTest, AStringEndsOnItsLine) {
   const std::string message = "malformed JSON: a string that does not end on its line";
   EXPECT_EQ(Error("{\"format\":\n\"a\\\"b\nc\"}"), "net.json:2:6: " + message);
   EXPECT_EQ(Error("{\"format\":\"a\tb\"}"), "net.json:1:13: " + message);
+  EXPECT_EQ(Error("{\"format\":\"a b\x1f\"}"), "net.json:1:15: " + message);
   EXPECT_EQ(Error("{\"format\":\"a}"), "net.json:1:14: " + message);
 }
 
@@ -422,6 +518,13 @@ TEST(FabricDocumentErrorsTest, AStructureThatIsWrongIsAnErrorInItsLine) {
   EXPECT_EQ(error(R"("nodes":[{"guid":"0x1"]])"), at(23));
   EXPECT_EQ(error(R"("nodes":[],,"aports":[])"), at(12));
   EXPECT_EQ(error(R"("nodes":[],aports:[])"), at(12));
+}
+
+TEST(FabricDocumentErrorsTest, AValueThatIsNoneIsAnErrorInItsLine) {
+  EXPECT_EQ(ErrorOfPort(R"("speed":x)"), std::string("net.json:2:83: ") + badStructure);
+  EXPECT_EQ(ErrorOfPort(R"("speed":})"), std::string("net.json:2:83: ") + badStructure);
+  EXPECT_EQ(ErrorOfNodes("x"), "net.json:2:1: expected an object: a node");
+  EXPECT_EQ(ErrorOfMember(R"("flids":x)"), "net.json:2:65: expected an array");
 }
 
 TEST(FabricDocumentErrorsTest, ASuperfluousCommaIsAnError) {
