@@ -3,36 +3,22 @@
 #include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <optional>
 #include <string>
 #include <thread>
 #include <unistd.h>
-#include <zlib.h>
+#include <vector>
 
 #include "formats/input_text.h"
 #include "formats/lines.h"
 #include "formats/load_fabric.h"
+#include "support/packed.h"
 
 namespace fabscope {
 namespace {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-
-// One gzip member.
-std::string Packed(const std::string& bytes) {
-  z_stream stream{};
-  deflateInit2(&stream, 9, Z_DEFLATED, 16 + MAX_WBITS, 8, Z_DEFAULT_STRATEGY);
-  std::string packed(deflateBound(&stream, bytes.size()), '\0');
-  std::string text = bytes;
-  stream.next_in = reinterpret_cast<Bytef*>(text.data());
-  stream.avail_in = static_cast<uInt>(text.size());
-  stream.next_out = reinterpret_cast<Bytef*>(packed.data());
-  stream.avail_out = static_cast<uInt>(packed.size());
-  EXPECT_EQ(deflate(&stream, Z_FINISH), Z_STREAM_END);
-  packed.resize(stream.total_out);
-  deflateEnd(&stream);
-  return packed;
-}
 
 // Many different lines, which do not pack well.
 std::string LongText(int lines) {
@@ -97,6 +83,13 @@ TEST_F(InputTest, AMissingFileIsAnErrorWithoutAPlace) {
   EXPECT_EQ(error->Text(), "/nowhere/net.topo: No such file or directory");
 }
 
+TEST_F(InputTest, ADirectoryIsKnownAsNoFileWhenItIsOpened) {
+  Input input;
+  const MaybeError error = input.Open("/");
+  ASSERT_NE(error, std::nullopt);
+  EXPECT_EQ(error->Text(), "/: Is a directory");
+}
+
 TEST_F(InputTest, ADirectoryIsNoFile) {
   InputText input;
   const MaybeError error = ReadInput("/", input);
@@ -121,6 +114,37 @@ class StandardInput {
  private:
   int saved_;
 };
+
+// A pipe of which each read gives what one write has put in.
+class Pieces {
+ public:
+  enum class End { Whole, Failure };
+
+  // Behind the pieces the pipe is at its end, or every read fails.
+  explicit Pieces(const std::vector<std::string>& pieces, End end = End::Whole) {
+    EXPECT_EQ(pipe2(ends_.data(), O_DIRECT | O_NONBLOCK), 0);
+    for (const std::string& piece : pieces) {
+      EXPECT_EQ(write(ends_[1], piece.data(), piece.size()), static_cast<ssize_t>(piece.size()));
+    }
+    if (end == End::Whole) CloseWriter();
+    input_.emplace(ends_[0]);
+  }
+  Pieces(const Pieces&) = delete;
+  Pieces& operator=(const Pieces&) = delete;
+  ~Pieces() { CloseWriter(); }
+
+ private:
+  void CloseWriter() {
+    if (ends_[1] >= 0) close(ends_[1]);
+    ends_[1] = -1;
+  }
+
+  std::array<int, 2> ends_{};
+  std::optional<StandardInput> input_;
+};
+
+// What a read of a pipe that may not wait is told.
+constexpr const char* failed = "<stdin>: Resource temporarily unavailable";
 
 TEST_F(InputTest, ADashIsStandardInput) {
   Write(Packed("from a file"));
@@ -157,6 +181,66 @@ TEST_F(InputTest, StandardInputMayBeAPipe) {
   EXPECT_TRUE(input.bytes == bytes);
 }
 
+TEST_F(InputTest, AReadThatFailsIsAnErrorOfTheFileAsAWhole) {
+  const auto read = [](const std::vector<std::string>& pieces) {
+    const Pieces redirected(pieces, Pieces::End::Failure);
+    InputText input;
+    const MaybeError error = ReadInput("-", input);
+    return error ? error->Text() : "";
+  };
+  EXPECT_EQ(read({}), failed);
+  EXPECT_EQ(read({"a\nb"}), failed);
+  const std::string packed = Packed(LongText(100));
+  EXPECT_EQ(read({packed.substr(0, 100)}), failed);
+}
+
+TEST_F(InputTest, AFileIsClosedWhenItIsNotNeededAnyMore) {
+  Write("x");
+  const auto nextFree = [] {
+    const int fd = dup(STDIN_FILENO);
+    close(fd);
+    return fd;
+  };
+  const int before = nextFree();
+  {
+    Input input;
+    ASSERT_EQ(input.Open(path), std::nullopt);
+    EXPECT_NE(nextFree(), before);
+  }
+  EXPECT_EQ(nextFree(), before);
+}
+
+TEST_F(InputTest, ATextInMemoryIsAllThereIsToRead) {
+  const Pieces redirected({"more"});
+  Input input("net.topo", "text");
+  EXPECT_FALSE(input.Fill());
+  EXPECT_EQ(input.Unread(), "text");
+}
+
+// A dump is often larger than the model that is made of it.
+TEST_F(InputTest, WhatWasConsumedMakesRoomForTheNextPiece) {
+  Write(LongText(200000));
+  Input input;
+  ASSERT_EQ(input.Open(path), std::nullopt);
+  const std::size_t piece = input.Unread().size();
+  std::size_t read = piece;
+  for (;;) {
+    input.Consume(input.Unread().size());
+    if (!input.Fill()) break;
+    EXPECT_LE(input.Unread().size(), piece);
+    read += input.Unread().size();
+  }
+  EXPECT_EQ(read, input.GetTotal());
+}
+
+TEST_F(InputTest, TheRestIsAllThatWasNotConsumed) {
+  Input input("net.topo", "one\ntwo\n");
+  input.Consume(4);
+  EXPECT_EQ(input.TakeRest(0), "two\n");
+  EXPECT_EQ(input.Unread(), "");
+  EXPECT_FALSE(input.Fill());
+}
+
 TEST_F(InputTest, TheParsersRoomFollowsEveryText) {
   InputText input;
   for (const std::string& bytes : {std::string(), LongText(20000), Packed("x"), Packed("")}) {
@@ -186,6 +270,34 @@ TEST_F(InputTest, AllMembersOfAGzipFileAreUnpacked) {
 TEST_F(InputTest, PaddingBehindGzipDoesNotCount) {
   EXPECT_EQ(Read(Packed("one\n") + std::string(512, '\0')), "one\n");
   EXPECT_EQ(Read(Packed("one\n") + "\x1f"), "one\n");
+}
+
+TEST_F(InputTest, GzipMayComeInPieces) {
+  const std::string one = Packed(LongText(100));
+  const std::string two = Packed(LongText(200));
+  const auto read = [](const std::vector<std::string>& pieces) {
+    const Pieces redirected(pieces);
+    InputText input;
+    const MaybeError error = ReadInput("-", input);
+    return error ? error->Text() : input.bytes;
+  };
+  EXPECT_EQ(read({one.substr(0, 1), one.substr(1)}), LongText(100));
+  EXPECT_EQ(read({one.substr(0, 2), one.substr(2, 200), one.substr(202)}), LongText(100));
+  // The second member begins with the last byte of a piece.
+  EXPECT_EQ(read({one + two.substr(0, 1), two.substr(1)}), LongText(100) + LongText(200));
+  EXPECT_EQ(read({one, two}), LongText(100) + LongText(200));
+  EXPECT_EQ(read({one, two.substr(0, 1)}), LongText(100));
+}
+
+// Of a file whole pieces are read, and the second member begins with the last byte of the first.
+TEST_F(InputTest, AMemberMayBeginAnywhereInAPiece) {
+  const std::string rest = LongText(70000);
+  const std::string packed = Packed(rest);
+  const std::size_t pieceSize = 1U << 18U;
+  ASSERT_GT(packed.size(), pieceSize);
+  for (const std::size_t size : {pieceSize - 2, pieceSize - 1, pieceSize, pieceSize + 1}) {
+    EXPECT_TRUE(Read(PackedTo("one\n", size) + packed) == "one\n" + rest) << size;
+  }
 }
 
 TEST_F(InputTest, GzipIsUnpackedOnce) { EXPECT_EQ(Read(Packed(Packed("one"))), Packed("one")); }
@@ -324,6 +436,41 @@ TEST_F(InputTest, LinesOfAFileAreThoseOfItsText) {
   }
 }
 
+// Lines begin behind the mark, however little of it a pipe gives at first.
+TEST_F(InputTest, TheByteOrderMarkMayComeInPieces) {
+  const Pieces redirected({"\xef", "\xbb", "\xbf", "a\n"});
+  Input input;
+  ASSERT_EQ(input.Open("-"), std::nullopt);
+  LineReader reader(input);
+  Line line;
+  ASSERT_TRUE(reader.Next(line));
+  EXPECT_EQ(line.text, "a");
+  EXPECT_EQ(line.offset, 3U);
+}
+
+TEST_F(InputTest, LinesOfAFileThatCannotBeReadToItsEndAreThoseThatAreWhole) {
+  const Pieces redirected({"one\ntw"}, Pieces::End::Failure);
+  Input input;
+  ASSERT_EQ(input.Open("-"), std::nullopt);
+  LineReader reader(input);
+  Line line;
+  ASSERT_TRUE(reader.Next(line));
+  EXPECT_EQ(line.text, "one");
+  EXPECT_FALSE(reader.Next(line));
+  const MaybeError error = reader.Finish(reader.ErrorAt(line.number, 2, "wrong"));
+  ASSERT_NE(error, std::nullopt);
+  EXPECT_EQ(error->Text(), failed);
+}
+
+TEST_F(InputTest, DamageInTheMiddleOfALineIsToldBehindItsLastByte) {
+  const std::string packed = Packed("one\ntwo");
+  Write(packed.substr(0, packed.size() - 1));
+  Input input;
+  ASSERT_EQ(input.Open(path), std::nullopt);
+  LineReader reader(input);
+  EXPECT_EQ(reader.Finish(std::nullopt)->Text(), path + ":2:4: " + damaged);
+}
+
 TEST_F(InputTest, TheEndIsBehindTheLastByte) {
   const auto end = [](const std::string& bytes) {
     Input input("net.topo", bytes);
@@ -372,6 +519,24 @@ TEST_F(InputTest, ProgressIsThatInTheFile) {
   EXPECT_EQ(input.GetDone(), packed.size());
 }
 
+TEST_F(InputTest, ProgressIsWhatWasConsumed) {
+  Input input("net.topo", "12345678");
+  EXPECT_EQ(input.GetDone(), 0U);
+  input.Consume(3);
+  EXPECT_EQ(input.GetDone(), 3U);
+  EXPECT_EQ(input.GetTotal(), 8U);
+}
+
+TEST_F(InputTest, NobodyKnowsTheSizeOfAPipe) {
+  const Pieces redirected({"12345678"});
+  Input input;
+  ASSERT_EQ(input.Open("-"), std::nullopt);
+  EXPECT_EQ(input.GetTotal(), 0U);
+  EXPECT_EQ(input.GetExpectedSize(), 0U);
+  input.Consume(5);
+  EXPECT_EQ(input.GetDone(), 5U);
+}
+
 // The format of a fabric.
 
 class LoadFabricTest : public InputTest {
@@ -381,15 +546,9 @@ class LoadFabricTest : public InputTest {
     Write(bytes);
     return LoadPath(path);
   }
-  // The same of a pipe, of which each read gives what one write has put in.
-  std::string LoadPieces(const std::vector<std::string>& pieces) {
-    std::array<int, 2> ends{};
-    EXPECT_EQ(pipe2(ends.data(), O_DIRECT), 0);
-    for (const std::string& piece : pieces) {
-      EXPECT_EQ(write(ends[1], piece.data(), piece.size()), static_cast<ssize_t>(piece.size()));
-    }
-    close(ends[1]);
-    const StandardInput redirected(ends[0]);
+  std::string LoadPieces(const std::vector<std::string>& pieces,
+                         Pieces::End end = Pieces::End::Whole) {
+    const Pieces redirected(pieces, end);
     return LoadPath("-");
   }
 
@@ -433,6 +592,19 @@ TEST_F(LoadFabricTest, TheBeginningMayComeInPieces) {
   EXPECT_EQ(LoadPieces({"\xef\xbb"}),
             "<stdin>:1:1: no node found, expected a fabric document (JSON) or a topology dump as "
             "`ibnetdiscover` prints it");
+}
+
+TEST_F(LoadFabricTest, AFabricThatCannotBeReadToItsEndIsNoSmallerOne) {
+  EXPECT_EQ(LoadPieces({}, Pieces::End::Failure), failed);
+  EXPECT_EQ(LoadPieces({document}, Pieces::End::Failure), failed);
+  EXPECT_EQ(LoadPieces({dump}, Pieces::End::Failure), failed);
+  EXPECT_EQ(LoadPieces({"# d\n", dump}, Pieces::End::Failure), failed);
+}
+
+// Not even a fabric document has so many blanks in front.
+TEST_F(LoadFabricTest, TheBeginningIsNotLookedForWithoutEnd) {
+  EXPECT_EQ(Load(std::string(2 * Input::MostOfALine, ' ') + document),
+            path + ":1:16777217: the line is longer than 16 MiB, which that of a fabric never is");
 }
 
 // A document tells itself which nodes are special.

@@ -9,6 +9,8 @@
 #include <unistd.h>
 #include <vector>
 
+#include "support/packed.h"
+
 namespace fabscope {
 namespace {
 
@@ -165,6 +167,15 @@ TEST_F(SideFilesTest, AFileWithoutAHeaderLineIsAnError) {
   const std::string message = "the file has no header line, expected \"guid,rank\"";
   EXPECT_EQ(Ranks(""), "1:1: " + message);
   EXPECT_EQ(Ranks("# nothing\n\n"), "3:1: " + message);
+}
+
+// What stands in a packed file that was cut may not be all that was written.
+TEST_F(SideFilesTest, AFileThatCannotBeReadToItsEndIsAnError) {
+  const std::string packed = Packed("guid,rank\n0x11,1\n");
+  EXPECT_EQ(Ranks(packed), "");
+  EXPECT_EQ(Ranks(packed.substr(0, packed.size() - 1)),
+            "3:1: the gzip data is damaged or cut short: this is the last place that could be "
+            "unpacked");
 }
 
 TEST_F(SideFilesTest, AMissingFileIsAnError) {
