@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 #include <string>
 
+#include "formats/json_members.h"
+
 namespace fabscope {
 namespace {
 
@@ -23,6 +25,16 @@ TEST(JsonTextTest, AStringStandsInQuotes) {
 TEST(JsonTextTest, QuotesBackslashesAndControlCharactersAreEscaped) {
   EXPECT_EQ(Json("a\"b\\c"), R"("a\"b\\c")");
   EXPECT_EQ(Json(std::string("\0\n\t\x1f\x20\x7f", 6)), "\"\\u0000\\u000a\\u0009\\u001f \x7f\"");
+}
+
+TEST(JsonTextTest, AListMayHoldGuids) {
+  std::string json;
+  {
+    JsonMembers list(json, '[', ']');
+    list.Guid(0x2c9);
+    list.Guid(0xffffffffffffffff);
+  }
+  EXPECT_EQ(json, R"(["0x00000000000002c9","0xffffffffffffffff"])");
 }
 
 TEST(JsonTextTest, ValidUtf8StaysAsItIs) {

@@ -60,12 +60,31 @@ TEST(NodeOrderTest, DifferentKeysCompareAsTheirNames) {
   EXPECT_GT(different, 150000);
 }
 
+TEST(NodeOrderTest, KeysTellNamesApartThatPartInTheirFirstSixteenBytes) {
+  const std::string same(15, 'x');
+  EXPECT_LT(NodeOrderKey(same + "a"), NodeOrderKey(same + "b"));
+  EXPECT_EQ(NodeOrderKey(same + "xa"), NodeOrderKey(same + "xb"));
+}
+
+TEST(NodeOrderTest, BytesThatAreNotAsciiStandBehindAllOthers) {
+  EXPECT_LT(NodeOrderKey("leaf"), NodeOrderKey(std::string(20, '\xff')));
+  EXPECT_GT(CompareNodeOrder(std::string(20, '\xff'), 1, "leaf", 1), 0);
+}
+
 TEST(NodeOrderTest, KeysOfLongNumbersCompareByTheirLength) {
   const auto number = [](std::size_t digits) { return std::string(digits, '7'); };
-  for (const std::size_t digits : {1U, 7U, 8U, 9U, 10U, 17U, 262U}) {
+  for (std::size_t digits = 1; digits < 264; ++digits) {
     EXPECT_LT(NodeOrderKey(number(digits)), NodeOrderKey(number(digits + 1))) << digits;
   }
   EXPECT_EQ(NodeOrderKey(number(300)), NodeOrderKey(number(301)));
+}
+
+// There a key has no room for the length any more.
+TEST(NodeOrderTest, KeysOfNumbersOfHundredsOfDigitsSayNothing) {
+  const auto number = [](std::size_t digits) { return std::string(digits, '7'); };
+  for (std::size_t digits = 264; digits < 600; ++digits) {
+    EXPECT_EQ(NodeOrderKey(number(digits) + "b"), NodeOrderKey(number(digits + 1) + "a"));
+  }
 }
 
 }  // namespace

@@ -70,12 +70,22 @@ TEST(TextFieldsTest, ANumberIsDecimalAndAtMostItsLimit) {
   EXPECT_EQ(ParseNumber("256", 255), std::nullopt);
   EXPECT_EQ(ParseNumber("18446744073709551615", all), all);
   EXPECT_EQ(ParseNumber("18446744073709551616", all), std::nullopt);
+  EXPECT_EQ(ParseNumber("99999999999999999999", all), std::nullopt);
   EXPECT_EQ(ParseNumber("", 255), std::nullopt);
   EXPECT_EQ(ParseNumber("-1", 255), std::nullopt);
   EXPECT_EQ(ParseNumber("+1", 255), std::nullopt);
   EXPECT_EQ(ParseNumber(" 1", 255), std::nullopt);
   EXPECT_EQ(ParseNumber("1 ", 255), std::nullopt);
   EXPECT_EQ(ParseNumber("0x1", 255), std::nullopt);
+}
+
+TEST(TextFieldsTest, NoNumberAboveItsLimitIsRead) {
+  for (std::uint64_t number = 0; number < 70000; ++number) {
+    const std::string digits = std::to_string(number);
+    for (const std::uint64_t limit : {0U, 9U, 10U, 255U, 65535U}) {
+      EXPECT_EQ(ParseNumber(digits, limit).has_value(), number <= limit) << digits << ' ' << limit;
+    }
+  }
 }
 
 TEST(TextFieldsTest, ACursorWalksAlongItsLine) {

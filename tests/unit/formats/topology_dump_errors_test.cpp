@@ -172,7 +172,8 @@ TEST(TopologyDumpErrorsTest, ANodeGuidIsGivenOnce) {
 TEST(TopologyDumpErrorsTest, ARepeatedNodeGuidIsTheLaterRecordsFaultWhateverTheNames) {
   EXPECT_EQ(Error("Ca\t1 \"H-21\"\t\t# \"z\"\n"
                   "Ca\t1 \"H-22\"\t\t# \"m\"\n"
-                  "Ca\t1 \"H-0021\"\t\t# \"a\"\n"),
+                  "Ca\t1 \"H-0021\"\t\t# \"a\"\n"
+                  "Ca\t1 \"H-23\"\t\t# \"b\"\n"),
             "net.topo:3:9: node GUID 0x0000000000000021 is given twice");
 }
 
@@ -212,6 +213,23 @@ TEST(TopologyDumpErrorsTest, APortListIsNamedAsWhatItIs) {
   EXPECT_EQ(ErrorOfFile("tree-32h.ports"),
             "tree-32h.ports:1:1: this is the port list of `ibnetdiscover -p`, which does not tell "
             "the size of a switch; give the output of `ibnetdiscover` without options");
+}
+
+TEST(TopologyDumpErrorsTest, APortListMayBeginWithAnyTypeOfNode) {
+  const std::string list = "net.topo:1:1: this is the port list of `ibnetdiscover -p`, ";
+  for (const std::string type : {"CA", "SW", "RT"}) {
+    EXPECT_THAT(Error(type + "  1  1 0x0000000000000021 4x HDR 'h1'\n"),
+                ::testing::StartsWith(list));
+    EXPECT_EQ(Error(type + "  1  1\n"), std::string("net.topo:1:1: ") + noNode);
+  }
+  EXPECT_EQ(Error("??  1  1 0x0000000000000021\n"), std::string("net.topo:1:1: ") + noNode);
+}
+
+TEST(TopologyDumpErrorsTest, ALinkListHasArrowsWithBothOfTheirEnds) {
+  EXPECT_THAT(Error("1[  ] ==( 4X 53.125 Gbps Active/  LinkUp)==>  2\n"),
+              ::testing::StartsWith("net.topo:1:1: this is the output of `iblinkinfo`; "));
+  EXPECT_EQ(Error("1 ==( 4X\n"), std::string("net.topo:1:1: ") + noNode);
+  EXPECT_EQ(Error("LinkUp)==> 2\n"), std::string("net.topo:1:1: ") + noNode);
 }
 
 TEST(TopologyDumpErrorsTest, ALinkListIsNamedAsWhatItIs) {

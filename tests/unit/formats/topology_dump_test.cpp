@@ -13,6 +13,7 @@
 #include "fabric/fabric_walk.h"
 #include "formats/fabric_document.h"
 #include "formats/load_fabric.h"
+#include "platform/progress.h"
 
 namespace fabscope {
 namespace {
@@ -160,6 +161,29 @@ TEST_F(TopologyDumpTest, TheSystemGuidOfARecordWithoutNodeLineIsNotTheNextRecord
                  "switchguid=0x11(11)\n"
                  "Switch\t4 \"S-0000000000000011\"\t\t# \"leaf\" base port 0 lid 1 lmc 0\n"),
             "switch 0x11 \"leaf\" ports 4\n");
+}
+
+TEST_F(TopologyDumpTest, TheSystemGuidOfANodeThatIsLeftOutIsNotTheNextRecords) {
+  EXPECT_EQ(Load("sysimgguid=0x77\n"
+                 "???\t1 \"?-0000000000000031\"\t\t# \"odd\"\n"
+                 "Ca\t1 \"H-0000000000000021\"\t\t# \"h1\"\n"),
+            "ca 0x21 \"h1\" ports 1\n");
+}
+
+TEST_F(TopologyDumpTest, EachNodeTellsHowFarTheReadingHasCome) {
+  std::vector<std::string> told;
+  SetProgressSink([&](std::string_view phase, std::size_t done, std::size_t total) {
+    told.push_back(std::string(phase) + " " + std::to_string(done) + "/" + std::to_string(total));
+  });
+  const std::string first = "# dump\nCa\t1 \"H-21\"\t\t# \"h1\"\n";
+  const std::string second = "\nCa\t1 \"H-22\"\t\t# \"h2\"\n";
+  Load(first + second + "# end\n");
+  SetProgressSink({});
+  const auto at = [&](std::size_t done) {
+    return "reading " + std::to_string(done) + "/" +
+           std::to_string(first.size() + second.size() + 6);
+  };
+  EXPECT_THAT(told, ElementsAre(at(first.size()), at(first.size() + second.size())));
 }
 
 TEST_F(TopologyDumpTest, ARecordMayBeginWithItsDevice) {

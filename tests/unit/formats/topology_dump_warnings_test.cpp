@@ -32,6 +32,8 @@ std::string Port(int port, const std::string& digit, int peerPort,
 class TopologyDumpWarningsTest : public ::testing::Test {
  protected:
   void Load(const std::string& bytes) {
+    builder = FabricBuilder();
+    found = Warnings();
     Input input("net.topo", bytes);
     Finish(LoadTopologyDump(input, nullptr, nullptr, builder, found));
   }
@@ -97,6 +99,20 @@ TEST_F(TopologyDumpWarningsTest, ANodeOfUnknownTypeMayStandBehindTheLinesThatNam
               ElementsAre("net.topo:1: warning: node of unknown type, left out with its links",
                           "net.topo:5: warning: node of unknown type, left out with its links"));
   EXPECT_THAT(Cables(), IsEmpty());
+}
+
+std::string OddNode(const std::string& guid) { return "???\t2 \"?-" + guid + "\"\t\t# \"odd\"\n"; }
+std::string OddPeer(const std::string& guid) {
+  return "[1]\t\"?-" + guid + "\"[1]\t\t# \"odd\" lid 1 4xHDR\n";
+}
+
+TEST_F(TopologyDumpWarningsTest, TheGuidOfANodeOfUnknownTypeHasAnyNumberOfDigits) {
+  for (const std::string guid : {"9", "39", "fedcba9876543210"}) {
+    Load(OddNode(guid) + Switch("1", 4) + OddPeer(guid));
+    EXPECT_THAT(warnings, ElementsAre("net.topo:1: warning: node of unknown type, left out with "
+                                      "its links"))
+        << guid;
+  }
 }
 
 TEST_F(TopologyDumpWarningsTest, APeerWithoutRecordLeavesItsLinkOut) {
