@@ -14,7 +14,6 @@ void LineReader::SkipByteOrderMark() {
 }
 
 bool LineReader::Next(Line& line) {
-  if (tooLong_) return false;
   if (!isBegun_) SkipByteOrderMark();
   std::string_view unread = input_.Unread();
   std::size_t newline = unread.find('\n');
