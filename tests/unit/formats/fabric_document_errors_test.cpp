@@ -380,14 +380,21 @@ TEST(FabricDocumentErrorsTest, NothingIsReadBehindTheFirstMistake) {
   ASSERT_EQ(readMember(R"("asic":"x")"), "right, read on");
 
   for (const std::string node :
-       {"1", "[]", "null", "x", R"({"guid":1})", R"({"guid":"1"})", R"({"guid":"\q"})",
-        R"({"type":1})", R"({"type":"hub"})", R"({"name":1})", R"({"name":"\q"})",
-        R"({"numPorts":256})", R"({"name":"a"})", R"({"name":"a","name":"b"})", R"({"names":1})",
-        R"({"\q":1})", R"({"guid" "0x1"})",
+       {"1", "[]", "null", "x", R"({"guid":1})", R"({"guid":"1"})", R"({"guid" "0x1"})",
+        R"({"name":"a"})", R"({"guid":"0x1","type":1,"name":"a","numPorts":1})",
+        R"({"guid":"0x1","type":"hub","name":"a","numPorts":1})",
+        R"({"guid":"0x1","type":"ca","name":1,"numPorts":1})",
+        R"({"guid":"0x1","type":"ca","name":"\q","numPorts":1})",
+        R"({"guid":"0x1","type":"ca","name":"a","numPorts":256})",
         R"({"guid":"0x0","type":"ca","name":"a","numPorts":1})"}) {
     EXPECT_EQ(readNode(node), "wrong, stopped") << node;
   }
-  for (const std::string member : {R"("systemGuid":"1")",
+  for (const std::string member : {R"("names":1)",
+                                   R"("\q":1)",
+                                   R"("name":"b")",
+                                   R"("asic":"\q")",
+                                   R"("systemGuid":1)",
+                                   R"("systemGuid":"1")",
                                    R"("displayName":1)",
                                    R"("smdbRank":256)",
                                    R"("special":1)",
@@ -429,19 +436,22 @@ TEST(FabricDocumentErrorsTest, NothingIsReadBehindTheFirstMistake) {
 // A document with a mistake has no links, as those stand for the whole of its nodes.
 TEST(FabricDocumentErrorsTest, LinksAreMadeOfAWholeDocumentOnly) {
   const auto hasLink = [](const std::string& rest) {
-    const std::string text = std::string(head) +
-                             R"([{"guid":"0x1","type":"switch","name":"a","numPorts":8}],)" +
-                             R"("links":[{"a":"0x1","aPort":1,"b":"0x1","bPort":2}])" + rest;
+    const std::string text =
+        R"({"version":1,"nodes":[{"guid":"0x1","type":"switch","name":"a","numPorts":8}],)"
+        R"("links":[{"a":"0x1","aPort":1,"b":"0x1","bPort":2}])" +
+        rest;
     InputText input{"net.json", text};
     input.bytes.reserve(text.size() + 64);
     FabricBuilder builder;
     LoadFabricDocument(input, nullptr, builder);
     return builder.HasLink({0, 1});
   };
-  ASSERT_TRUE(hasLink("}"));
-  EXPECT_FALSE(hasLink(R"(,"aports":[{}]})"));
-  EXPECT_FALSE(hasLink(R"(,"name":1})"));
-  EXPECT_FALSE(hasLink("}{}"));
+  const std::string format = R"(,"format":"fabscope-fabric")";
+  ASSERT_TRUE(hasLink(format + "}"));
+  EXPECT_FALSE(hasLink("}"));
+  EXPECT_FALSE(hasLink(format + R"(,"aports":[{}]})"));
+  EXPECT_FALSE(hasLink(format + R"(,"name":1})"));
+  EXPECT_FALSE(hasLink(format + "}{}"));
 }
 
 // Malformed JSON.

@@ -241,6 +241,17 @@ TEST_F(InputTest, TheRestIsAllThatWasNotConsumed) {
   EXPECT_FALSE(input.Fill());
 }
 
+TEST_F(InputTest, TheRestBeforeAReadThatFailedIsWhatWasNotConsumed) {
+  const Pieces redirected({"one\ntw"}, Pieces::End::Failure);
+  Input input;
+  ASSERT_EQ(input.Open("-"), std::nullopt);
+  input.Consume(4);
+  ASSERT_FALSE(input.Fill());
+  input.Consume(1);
+  EXPECT_EQ(input.TakeRest(0), "w");
+  EXPECT_EQ(input.Unread(), "");
+}
+
 TEST_F(InputTest, TheParsersRoomFollowsEveryText) {
   InputText input;
   for (const std::string& bytes : {std::string(), LongText(20000), Packed("x"), Packed("")}) {
@@ -295,7 +306,7 @@ TEST_F(InputTest, AMemberMayBeginAnywhereInAPiece) {
   const std::string packed = Packed(rest);
   const std::size_t pieceSize = 1U << 18U;
   ASSERT_GT(packed.size(), pieceSize);
-  for (const std::size_t size : {pieceSize - 2, pieceSize - 1, pieceSize, pieceSize + 1}) {
+  for (const std::size_t size : {pieceSize - 2, pieceSize - 1, pieceSize, 2 * pieceSize - 1}) {
     EXPECT_TRUE(Read(PackedTo("one\n", size) + packed) == "one\n" + rest) << size;
   }
 }
@@ -352,6 +363,15 @@ TEST_F(InputTest, GzipThatUnpacksToFarMoreThanAnyFabricIsNotUnpackedToItsEnd) {
   EXPECT_EQ(Read(Packed(repeated(40'000'000, '\n'))), path + ":33554433:1: " + tooMuch);
 }
 
+TEST_F(InputTest, GzipOfALargeFabricIsUnpackedToItsEnd) {
+  const std::string part = LongText(200000);
+  const std::string packed = Packed(part);
+  std::string all;
+  for (int i = 0; i < 10; ++i) all += packed;
+  ASSERT_GT(10 * part.size(), std::size_t{1} << 24U);
+  EXPECT_THAT(Read(all), ::testing::SizeIs(10 * part.size()));
+}
+
 TEST_F(InputTest, ADocumentLongerThanAnyOfAFabricIsNotRead) {
   Write("{");
   ASSERT_EQ(truncate(path.c_str(), Input::MostOfADocument + 1), 0);
@@ -379,6 +399,29 @@ TEST_F(InputTest, ALineLongerThanAnyOfAFabricIsNotReadToItsEnd) {
   EXPECT_EQ(read("1\n" + longest + "\n"), "16777216");
   EXPECT_EQ(read("1\n" + longest + "x"), std::string("net.topo:2:16777217: ") + tooLong);
   EXPECT_EQ(read("1\n" + longest + "x\n3\n"), std::string("net.topo:2:16777217: ") + tooLong);
+}
+
+TEST_F(InputTest, TheLongestLineOfAFileIsReadToItsEnd) {
+  Write(std::string(Input::MostOfALine, 'x') + "\ntwo\n");
+  Input input;
+  ASSERT_EQ(input.Open(path), std::nullopt);
+  LineReader reader(input);
+  Line line;
+  ASSERT_TRUE(reader.Next(line));
+  EXPECT_EQ(line.text.size(), Input::MostOfALine);
+  EXPECT_TRUE(line.hasEnd);
+  ASSERT_TRUE(reader.Next(line));
+  EXPECT_EQ(line.text, "two");
+}
+
+TEST_F(InputTest, NothingOfALineThatIsTooLongIsHandedOut) {
+  Input input("net.topo", "1\n" + std::string(Input::MostOfALine + 1, 'x') + "\n3\n");
+  LineReader reader(input);
+  Line line;
+  ASSERT_TRUE(reader.Next(line));
+  EXPECT_FALSE(reader.Next(line));
+  EXPECT_FALSE(reader.Next(line));
+  EXPECT_EQ(line.number, 1U);
 }
 
 std::vector<std::string> Lines(const std::string& bytes) {
@@ -552,7 +595,6 @@ class LoadFabricTest : public InputTest {
     return LoadPath("-");
   }
 
- private:
   static std::string LoadPath(const std::string& from) {
     FabricBuilder builder;
     Warnings warnings;
@@ -599,6 +641,10 @@ TEST_F(LoadFabricTest, AFabricThatCannotBeReadToItsEndIsNoSmallerOne) {
   EXPECT_EQ(LoadPieces({document}, Pieces::End::Failure), failed);
   EXPECT_EQ(LoadPieces({dump}, Pieces::End::Failure), failed);
   EXPECT_EQ(LoadPieces({"# d\n", dump}, Pieces::End::Failure), failed);
+}
+
+TEST_F(LoadFabricTest, AMissingFileIsNoEmptyOne) {
+  EXPECT_EQ(LoadPath("/nowhere/net.topo"), "/nowhere/net.topo: No such file or directory");
 }
 
 // Not even a fabric document has so many blanks in front.

@@ -96,6 +96,8 @@ TEST(TopologyDumpLinesTest, PortLinesOfOtherFormsAreLookedAtClosely) {
            R"([1] "S-0000000000000011"[2] # "a" lid 5 HDR)",
            R"([1] "S-0000000000000011"[2] # "a" lid 5 4x)",
            R"([1] "S-0000000000000011"[2] # "a" lid 5 4xhdr)",
+           R"([1] "S-0000000000000011"[2] # "a" lid 5 4xHD@)",
+           R"([1] "S-0000000000000011"[2] # "a" lid 5 4xHD[)",
            R"([1] "S-0000000000000011"[2] # "a" lid 5 4x???)",
            R"([1] "S-0000000000000011"[2] # "a" lid 5 4xHDR slot 3)",
            "",
@@ -145,7 +147,7 @@ TEST(TopologyDumpLinesTest, ANodeOfAnyTypeHasTypePortsAndAQuote) {
   for (const char* line : {"???\t1 \"?-21\"\t\t# \"odd\"", "Gw 0 \"", "x\t \t12\t\"G-21\""}) {
     EXPECT_EQ(KindOfDumpLine(line), DumpLineKind::UnknownNode) << line;
   }
-  for (const char* line : {"$ echo \"a\"", "echo 1", "echo 1 a \"b\"", "1", "x"}) {
+  for (const char* line : {"$ echo \"a\"", "echo \"a\"", "echo 1", "echo 1 a \"b\"", "1", "x"}) {
     EXPECT_EQ(KindOfDumpLine(line), DumpLineKind::Unknown) << line;
   }
 }
