@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstddef>
+#include <numeric>
 #include <string_view>
 
 #include "fat_tree/group_label.h"
@@ -36,11 +37,11 @@ FTMissingLinkError::FTMissingLinkError(std::uint64_t id, const std::string& spin
   const std::string_view title = GroupTitle(isNeighborhood);
   const std::array<std::string_view, 7> pieces{
       title, number, ": missing link between switches (", spine, ") and (", line, ")"};
-  // As much room as it takes, and no more.
-  std::size_t length = 0;
-  for (const std::string_view piece : pieces) length += piece.size();
   description.clear();
-  description.reserve(length);
+  // As much room as it takes, and no more.
+  description.reserve(
+      std::accumulate(pieces.begin(), pieces.end(), std::size_t{0},
+                      [](std::size_t sum, std::string_view piece) { return sum + piece.size(); }));
   for (const std::string_view piece : pieces) description += piece;
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
 #include <functional>
 #include <set>
 #include <utility>
@@ -16,9 +18,7 @@ class PairsContainer {
   std::size_t Size() const { return pairs_.size(); }
 
  private:
-  static std::pair<T, T> Normalised(T a, T b) {
-    return std::less<T>()(a, b) ? std::pair(b, a) : std::pair(a, b);
-  }
+  static std::pair<T, T> Normalised(T a, T b) { return std::minmax(a, b, std::greater<T>()); }
 
   std::set<std::pair<T, T>> pairs_;  // (larger, smaller)
 };
