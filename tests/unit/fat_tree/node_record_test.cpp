@@ -5,8 +5,14 @@
 namespace fabscope {
 namespace {
 
-// Taken before any test can have changed it.
-const int settingAtStart = FTTopology::Show_GUID;
+int settingAtStart = -1;
+
+// Before any test can have changed it.
+class TakeSetting : public ::testing::Environment {
+  void SetUp() override { settingAtStart = FTTopology::Show_GUID; }
+};
+[[maybe_unused]] const auto* const takeSetting =
+    ::testing::AddGlobalTestEnvironment(new TakeSetting);
 
 class NodeRecordTest : public StageTest {
  protected:
