@@ -43,8 +43,10 @@ NUMBERS = {TypeKind.CHAR_U, TypeKind.UCHAR, TypeKind.USHORT, TypeKind.UINT, Type
 # What these do nobody can see in a result: room made ahead, memory given back (the leak checker
 # of the sanitized tests sees that), and words for the log.
 UNSEEN_CALLS = {"reserve", "Reserve", "ReserveNodes", "ReserveLinks", "shrink_to_fit",
-                "dump_to_log_file"}
-SYMMETRIC_CALLS = {"min", "max", "swap", "minmax"}
+                "release_container_data", "dump_to_log_file"}
+# The latter ask for unordered pairs.
+SYMMETRIC_CALLS = {"min", "max", "swap", "minmax", "Normalised", "Contains", "IsReportedLinkIssue",
+                   "AddNewLinkIssue"}
 
 
 @dataclass
