@@ -27,26 +27,25 @@ constexpr double margin = 24;
 constexpr double left = 150;  // behind the names of the ranks
 constexpr double top = 130;   // below the title
 constexpr double titleHeight = 84;
-constexpr double legendHeight = 50;
+constexpr double legendStep = 26;
 constexpr double leastWidth = 720;
 
-constexpr std::string_view style = R"(
-text { font-family: sans-serif; font-size: 12px; fill: #1c2733; }
-.title { font-size: 22px; font-weight: bold; }
-.rank { fill: #52606d; }
-.box { fill: #f3f6f9; stroke: #c3cdd8; }
-.cable { stroke: #7b8794; fill: none; }
-.missing { stroke: #b42318; stroke-width: 2.5; stroke-dasharray: 7 5; fill: none; }
-.invalid { stroke: #b42318; stroke-width: 3; fill: none; }
-.cross { stroke: #b42318; stroke-width: 2.5; }
-.switch { fill: #ffffff; stroke: #243b53; stroke-width: 1.5; }
-.count { text-anchor: middle; }
-.name, .group { font-size: 10px; paint-order: stroke; stroke: #ffffff; stroke-width: 3px; }
-.group { fill: #52606d; stroke: #f3f6f9; }
-.uneven { fill: #f0b429; stroke: #513c06; }
-.badge { fill: #b42318; }
-.badgetext { fill: #ffffff; font-weight: bold; text-anchor: middle; font-size: 11px; }
-)";
+constexpr std::string_view style =
+    "text{font-family:sans-serif;font-size:12px;fill:#1c2733}"
+    ".title{font-size:22px;font-weight:bold}"
+    ".rank{fill:#52606d}"
+    ".box{fill:#f3f6f9;stroke:#c3cdd8}"
+    ".cable{stroke:#7b8794;fill:none}"
+    ".missing{stroke:#b42318;stroke-width:2.5;stroke-dasharray:7 5;fill:none}"
+    ".invalid{stroke:#b42318;stroke-width:3;fill:none}"
+    ".cross{stroke:#b42318;stroke-width:2.5}"
+    ".switch{fill:#ffffff;stroke:#243b53;stroke-width:1.5}"
+    ".count{text-anchor:middle}"
+    ".name, .group{font-size:10px;paint-order:stroke;stroke:#ffffff;stroke-width:3px}"
+    ".group{fill:#52606d;stroke:#f3f6f9}"
+    ".uneven{fill:#f0b429;stroke:#513c06}"
+    ".badge{fill:#b42318}"
+    ".badgetext{fill:#ffffff;font-weight:bold;text-anchor:middle;font-size:11px}";
 
 std::string Counted(std::size_t count, std::string_view one, std::string_view many) {
   return fmt::format("{} {}", count, count == 1 ? one : many);
@@ -79,7 +78,7 @@ class Picture {
     // A large picture is looked at from afar: its words grow with it.
     const double scale = std::clamp(width / 1600, 1.0, 4.0);
     const double begin = titleHeight * (1 - scale);
-    const double end = Bottom() + legendHeight * scale;
+    const double end = Bottom() + LegendHeight() * scale;
     Add(R"(<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 {:.0f} {:.0f} {:.0f}" width="{:.0f}" height="{:.0f}">)",
         begin, width, end - begin, width, end - begin);
     Add("<style>{}</style>", style);
@@ -139,6 +138,12 @@ class Picture {
     ++found_[{found.isNeighborhood, found.group}];
   }
 
+  double LegendHeight() const {
+    const int items = (missing_.empty() ? 0 : 1) + (invalid_.empty() ? 0 : 1) +
+                      (uneven_.empty() ? 0 : 1) + (found_.empty() ? 0 : 1) +
+                      (layout_.isFolded ? 1 : 0);
+    return margin + legendStep * items;
+  }
   double Bottom() const {
     const double lastRow = layout_.rowY.empty() ? top : layout_.rowY.back();
     return lastRow + layout_.labelHeight + 30;
@@ -319,10 +324,10 @@ void Picture::DrawName(const TreeLayout::Mark& mark) {
 }
 
 void Picture::DrawLegend(double y) {
-  double x = margin;
+  const double x = margin;
   const auto text = [&](std::string_view words) {
-    Add(R"(<text x="{:.1f}" y="{:.1f}">{}</text>)", x + 40, y + 4, words);
-    x += 60 + 6.6 * static_cast<double>(words.size());
+    Add(R"(<text x="{:.1f}" y="{:.1f}">{}</text>)", x + 44, y + 4, words);
+    y += legendStep;
   };
   if (!missing_.empty()) {
     Add(R"(<path class="missing" d="M{:.1f} {:.1f}h32"/>)", x, y);

@@ -82,6 +82,15 @@ TEST_F(SvgReportTest, CableInsideARankIsDrawnAsInvalidAndNotAsCable) {
   EXPECT_EQ(Count(picture, "<path class=\"cable\""), 2U);
 }
 
+TEST_F(SvgReportTest, IssuesWithoutWrongCablesAreToldToo) {
+  AddTwoLevelTree(fabric, 2, 2, 0);
+  PortSpec plane;
+  plane.num = 1;
+  plane.planeMultiplicity = 2;
+  fabric.Port("root0", plane).AggregatedPort({{"root0", 1}}, 1);
+  EXPECT_THAT(Picture("^root"), HasSubstr(">0 wrong or missing cables, 1 other issue</text>"));
+}
+
 TEST_F(SvgReportTest, ParallelCablesAreOneThickerLine) {
   fabric.Switch("root").Switch("leaf");
   for (int i = 0; i < 4; ++i) fabric.Cable("root", "leaf");

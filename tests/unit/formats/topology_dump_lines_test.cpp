@@ -25,7 +25,7 @@ std::string Parsed(const std::string& line, std::size_t shift = 0) {
   return InWords(port);
 }
 
-constexpr const char* notPlain = "must be looked at closely";
+constexpr const char* notPlain = "?";
 
 // The same of a line of the plain form.
 std::string ReadPlainly(const std::string& line) {
@@ -168,7 +168,8 @@ TEST(TopologyDumpLinesTest, AWidthAndTheBeginningOfASpeedAreNotAllOfALine) {
     return IsCutLine("[2]\t\"S-11\"[1]\t# \"h1\" lid 2 4x" + speed);
   };
   for (char c = 'A'; c <= 'Z'; ++c) {
-    const bool beginsASpeed = std::string_view("SDQFEHNX").find(c) != std::string_view::npos;
+    const bool beginsASpeed = c == 'S' || c == 'D' || c == 'Q' || c == 'F' || c == 'E' ||
+                              c == 'H' || c == 'N' || c == 'X';
     EXPECT_EQ(isCut({c}), beginsASpeed) << c;
   }
   for (char c = 'a'; c <= 'z'; ++c) EXPECT_FALSE(isCut({c})) << c;
