@@ -1,19 +1,11 @@
 #include "formats/topology_dump.h"
 
-#include <algorithm>
-#include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <memory>
-#include <random>
-#include <sstream>
 #include <string>
-#include <vector>
 
-#include "fabric/fabric_walk.h"
-#include "formats/fabric_document.h"
-#include "formats/load_fabric.h"
 #include "platform/progress.h"
+#include "support/topology_dump_fixture.h"
 
 namespace fabscope {
 namespace {
@@ -21,65 +13,6 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
-
-std::string DataPath(const std::string& name) { return FABSCOPE_TEST_DATA "/" + name; }
-
-std::string TypeText(const IBNode& node) {
-  if (node.nodeType == NodeTypeSwitch) return "switch";
-  return node.nodeType == NodeTypeCA ? "ca" : "router";
-}
-
-// A line for each node in model order, then one for each cable; what is usual is left out.
-std::string ModelText(const IBFabric& fabric) {
-  std::ostringstream text;
-  text << std::hex;
-  for (const IBNode& node : fabric.GetNodes()) {
-    text << TypeText(node) << " 0x" << node.guid << " \"" << node.name << "\" ports "
-         << std::to_string(node.numPorts);
-    if (node.systemGuid != node.guid) text << " system 0x" << node.systemGuid;
-    if (node.displayName != node.name) text << " shown as \"" << node.displayName << '"';
-    text << (node.special ? " special\n" : "\n");
-  }
-  for (const IBPort& port : fabric.GetPorts()) {
-    const IBPort* far = port.remotePort;
-    if (far == nullptr || !IsFirstEnd(port)) continue;
-    text << "0x" << port.node->guid << ':' << std::to_string(port.num) << " - 0x" << far->node->guid
-         << ':' << std::to_string(far->num) << " speed 0x" << port.speed;
-    if (far->speed != port.speed) text << " and 0x" << far->speed;
-    text << (port.symmetric && far->symmetric ? "\n" : " not symmetric\n");
-  }
-  return text.str();
-}
-
-class TopologyDumpTest : public ::testing::Test {
- protected:
-  std::string Load(const std::string& bytes) {
-    FabricBuilder builder;
-    Warnings found;
-    Input input("net.topo", bytes);
-    return Finish(LoadTopologyDump(input, &names, &specialNodes, builder, found), builder, found);
-  }
-
-  std::string LoadFile(const std::string& name) {
-    FabricBuilder builder;
-    Warnings found;
-    return Finish(LoadFabric(DataPath(name), &names, &specialNodes, builder, found), builder,
-                  found);
-  }
-
-  NodeNameMap names;
-  regExp specialNodes{"Aggregation Node"};
-  std::unique_ptr<IBFabric> fabric;
-  std::vector<std::string> warnings;
-
- private:
-  std::string Finish(const MaybeError& error, FabricBuilder& builder, const Warnings& found) {
-    warnings = found.Lines("net.topo");
-    if (error) return error->Text();
-    fabric = builder.Build();
-    return ModelText(*fabric);
-  }
-};
 
 // What lines/plain.topo and all its disguises hold.
 constexpr const char* plainModel = R"(ca 0x21 "h1" ports 1
@@ -486,46 +419,6 @@ TEST_F(TopologyDumpTest, NamesNeedNotBeUtf8) {
   EXPECT_EQ(LoadFile("lines/not-utf8.topo"), "switch 0x11 \"caf\xe9\" ports 4\n");
 }
 
-TEST_F(TopologyDumpTest, NodesAreOrderedByNameDigitsAsNumbersThenByGuid) {
-  EXPECT_EQ(LoadFile("lines/digits-in-names.topo"), R"(switch 0x15 "Leaf2" ports 1
-switch 0x18 "leaf" ports 1
-switch 0x17 "leaf02" ports 1
-switch 0x13 "leaf1" ports 1
-switch 0x16 "leaf2" ports 1
-switch 0x19 "leaf2" ports 1
-switch 0x12 "leaf9" ports 1
-switch 0x11 "leaf10" ports 1
-switch 0x14 "spine" ports 1
-)");
-}
-
-TEST_F(TopologyDumpTest, GuidsOrderNodesOfOneNameAsNumbers) {
-  EXPECT_EQ(Load("Switch\t4 \"S-0000000000000100\"\t\t# \"a\" base port 0 lid 1 lmc 0\n"
-                 "Switch\t4 \"S-9\"\t\t# \"a\" base port 0 lid 2 lmc 0\n"
-                 "Switch\t4 \"S-ffffffffffffffff\"\t\t# \"a\" base port 0 lid 2 lmc 0\n"),
-            "switch 0x9 \"a\" ports 4\n"
-            "switch 0x100 \"a\" ports 4\n"
-            "switch 0xffffffffffffffff \"a\" ports 4\n");
-}
-
-TEST_F(TopologyDumpTest, GivenNamesReplaceThoseOfTheFabricBeforeTheNodesAreOrdered) {
-  names = {{0x11, "aisle 1"}, {0x22, "zone 7"}, {0x99, "elsewhere"}};
-  EXPECT_EQ(LoadFile("lines/plain.topo"), R"(switch 0x11 "aisle 1" ports 4
-ca 0x21 "h1" ports 1
-ca 0x22 "zone 7" ports 1
-0x11:1 - 0x21:1 speed 0x400
-0x11:2 - 0x22:1 speed 0x400
-)");
-}
-
-TEST_F(TopologyDumpTest, AGivenNameDecidesWhetherAnAdapterIsSpecial) {
-  names = {{0x21, "engine"}, {0x22, "my Aggregation Node"}};
-  LoadFile("lines/aggregation-nodes.topo");
-  ASSERT_NE(fabric, nullptr);
-  EXPECT_FALSE(fabric->getNodeByGuid(0x21)->isSpecialNode());
-  EXPECT_TRUE(fabric->getNodeByGuid(0x22)->isSpecialNode());
-}
-
 TEST_F(TopologyDumpTest, WhatADumpDoesNotTellTakesItsDefault) {
   LoadFile("lines/plain.topo");
   ASSERT_NE(fabric, nullptr);
@@ -552,44 +445,6 @@ TEST_F(TopologyDumpTest, WhatADumpDoesNotTellTakesItsDefault) {
   EXPECT_EQ(port->planeMultiplicity, 1);
   EXPECT_EQ(port->group, std::nullopt);
   EXPECT_EQ(port->aport, nullptr);
-}
-
-// The records of a dump, its comments left out.
-std::vector<std::string> Records(const std::string& path) {
-  std::stringstream file;
-  file << std::ifstream(path).rdbuf();
-  const std::string text = file.str();
-  std::vector<std::string> records;
-  for (std::size_t start = 0; start < text.size();) {
-    const std::size_t end = std::min(text.find("\n\n", start), text.size() - 2) + 2;
-    if (text[start] != '#') records.push_back(text.substr(start, end - start));
-    start = end;
-  }
-  return records;
-}
-
-std::string Joined(const std::vector<std::string>& records) {
-  std::string text;
-  for (const std::string& record : records) text += record + "\n";
-  return text;
-}
-
-TEST_F(TopologyDumpTest, TheOrderOfTheRecordsDoesNotMatter) {
-  std::vector<std::string> records = Records(DataPath("tree-32h.topo"));
-  ASSERT_THAT(records, SizeIs(52));
-  LoadFile("tree-32h.topo");
-  ASSERT_NE(fabric, nullptr);
-  const std::string document = FabricDocumentText(*fabric);
-
-  std::mt19937 random(7);
-  for (int i = 0; i < 20; ++i) {
-    std::shuffle(records.begin(), records.end(), random);
-    fabric.reset();
-    const std::string model = Load(Joined(records));
-    ASSERT_NE(fabric, nullptr) << model;
-    EXPECT_EQ(FabricDocumentText(*fabric), document);
-    EXPECT_THAT(warnings, IsEmpty());
-  }
 }
 
 TEST_F(TopologyDumpTest, PackedAndPlainDumpsGiveTheSame) {
