@@ -58,13 +58,15 @@ async function page() {
   const script = checked(
     await bundle('main.ts', { format: 'iife', target: 'es2020', legalComments: 'inline' }),
   )
-  const style = checked(await bundle('style.css', { loader: { '.css': 'css' } }))
+  const style = checked(await bundle('style/page.css', {}))
+  const dark = checked(await bundle('style/dark.css', {}))
   const parts = {
     POLICY:
-      `default-src 'none'; script-src ${hashOf(script)}; style-src ${hashOf(style)}; ` +
+      `default-src 'none'; script-src ${hashOf(script)}; style-src ${hashOf(style)} ${hashOf(dark)}; ` +
       `img-src data:; base-uri 'none'; form-action 'none'`,
     LICENCES: licences(),
     STYLE: style,
+    DARK: dark,
     SCRIPT: script,
   }
   const html = read('page.html').replace(/@([A-Z]+)@/g, (whole, name) => parts[name] ?? whole)

@@ -6,11 +6,13 @@ type Theme = 'light' | 'dark'
 
 const system = matchMedia('(prefers-color-scheme: dark)')
 const redraws: (() => void)[] = []
+let chosen: Theme | '' = ''
+
+/** When the dark colours hold. */
+const media = { light: 'not all', dark: 'all', '': system.media }
 
 function current(): Theme {
-  const chosen = document.documentElement.dataset.theme
-  if (chosen === 'light' || chosen === 'dark') return chosen
-  return system.matches ? 'dark' : 'light'
+  return chosen || (system.matches ? 'dark' : 'light')
 }
 
 function changed(): void {
@@ -21,9 +23,9 @@ function changed(): void {
   for (const redraw of redraws) redraw()
 }
 
-export function useTheme(theme: Theme | ''): void {
-  if (theme) document.documentElement.dataset.theme = theme
-  else delete document.documentElement.dataset.theme
+function useTheme(theme: Theme | ''): void {
+  chosen = theme
+  byId<HTMLStyleElement>('dark').media = media[theme]
   changed()
 }
 
@@ -43,7 +45,7 @@ export function startTheme(): void {
   // Paper is white.
   let before: Theme | '' = ''
   addEventListener('beforeprint', () => {
-    before = (document.documentElement.dataset.theme ?? '') as Theme | ''
+    before = chosen
     useTheme('light')
   })
   addEventListener('afterprint', () => useTheme(before))
