@@ -283,27 +283,32 @@ function drawPorts(drawing: Drawing): void {
     portLabel(drawing, curveOf(layout, state.switch, cable.peer), 0.72, cable.port)
 }
 
+function rankLabel({ scene, sight }: Drawing, rank: number): string {
+  if (sight.width < 600) return String(rank)
+  const { levels } = scene.model
+  return `${rank}${rank === 0 ? ' · roots' : rank === levels - 1 ? ' · leaves' : ''}`
+}
+
+/** The names of the ranks, in a margin that the tree passes under when it is moved. */
 function drawRankNames(drawing: Drawing): void {
   const { ctx, scene, sight, colours } = drawing
-  const { layout, model } = scene
+  const { layout, frame } = scene
   ctx.font = `600 11px ${font}`
   ctx.textAlign = 'left'
   ctx.textBaseline = 'middle'
-  for (let rank = 0; rank < model.levels; rank++) {
+  const labels = frame.rows.map((_, rank) => rankLabel(drawing, rank))
+  const width = Math.max(...labels.map((label) => ctx.measureText(label).width)) + 16
+  ctx.fillStyle = colours.surface
+  ctx.fillRect(0, 0, width, sight.height)
+  const first = layout.blocks.reduce((least, block) => Math.min(least, block.x), Infinity)
+  ctx.fillStyle = colours.edge
+  if (first * sight.k + sight.x < width) ctx.fillRect(width, 0, 1, sight.height)
+  ctx.fillStyle = colours.soft
+  labels.forEach((label, rank) => {
     const block = layout.blocks.find((one) => one.rank === rank)
-    if (!block) continue
-    const y = (block.y + block.height / 2) * sight.k + sight.y
-    const role = rank === 0 ? ' · roots' : rank === model.levels - 1 ? ' · leaves' : ''
-    const text = `${rank}${sight.width < 600 ? '' : role}`
-    ctx.fillStyle = colours.surface
-    ctx.globalAlpha = 0.86
-    ctx.beginPath()
-    ctx.roundRect(4, y - 10, ctx.measureText(text).width + 12, 20, 5)
-    ctx.fill()
-    ctx.globalAlpha = 1
-    ctx.fillStyle = colours.soft
-    ctx.fillText(text, 10, y + 0.5)
-  }
+    if (!block) return
+    ctx.fillText(label, 8, (block.y + block.height / 2) * sight.k + sight.y + 0.5)
+  })
 }
 
 /** As much of a group's name as there is room for. */
@@ -417,6 +422,7 @@ export function drawTree(drawing: Drawing, ratio: number): Badge[] {
   drawGroupNames(drawing)
   drawNames(drawing)
   drawPorts(drawing)
+  const badges = drawBadges(drawing)
   drawRankNames(drawing)
-  return drawBadges(drawing)
+  return badges
 }

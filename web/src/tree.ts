@@ -103,7 +103,7 @@ export class TreeView {
   /** Where the tree is shown; around it is room for names. */
   #room(covered = 0): { x: number; y: number; top: number; side: number } {
     const { width, height } = this.#sheet
-    const [side, top, bottom] = width < 600 ? [26, 60, 92] : [78, 78, 104]
+    const [side, top, bottom] = width < 600 ? [26, 60, 92] : [90, 78, 104]
     const [x, y] = [width - 2 * side - covered, height - top - bottom]
     return { x: Math.max(60, x), y: Math.max(60, y), top, side }
   }
