@@ -122,6 +122,26 @@ def long_lists_are_shown_in_part(browser):
     assert len(shown(browser)) == min(1000, count)
 
 
+def paper_names_every_switch_and_port(browser):
+    kinds = set()
+    for name in ("faulty", "planes"):
+        fabric = browser.open(browser.fabric(name), "#finding=1")
+        browser.run("dispatchEvent(new Event('beforeprint'))")
+        for index, finding in enumerate(fabric.findings):
+            text, details = browser.run(
+                "const row = document.querySelector(`[data-finding='${arguments[0]}']`).parentElement;"
+                "return [row.innerText, row.querySelectorAll('.details').length]", index)
+            assert details <= 1
+            for guid in switches_of(finding):
+                assert fabric.name(guid) in text, text
+            for _, port in finding.get("ports", []):
+                assert f"port {port}" in text, text
+            kinds.add(finding["kind"])
+    assert {"uneven-links", "asymmetric-aports"} <= kinds
+    browser.run("dispatchEvent(new Event('afterprint'))")
+    assert len(browser.all(".list .details")) == 1
+
+
 def the_address_keeps_what_is_shown(browser):
     fabric = browser.open(browser.fabric("faulty"))
     browser.click("[data-kind='missing-link']")

@@ -78,6 +78,14 @@ function specifics(app: App, finding: Finding): HTMLElement[] {
   return finding.switches.length > 0 ? [switchRows(app, finding)] : []
 }
 
+/** Switches and ports that the title only counts: paper has no row to open. */
+export function untoldByTitle(app: App, finding: Finding): HTMLElement[] {
+  const { kind } = finding.raw
+  const isTold =
+    kind === 'uneven-links' ? finding.switches.length === 1 : kind !== 'asymmetric-aports'
+  return isTold ? [] : [make('div', { class: 'details' }, ...specifics(app, finding))]
+}
+
 function buttons(app: App, finding: Finding): HTMLElement {
   const { model } = app
   const row = make('div', { class: 'buttons' })

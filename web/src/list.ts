@@ -2,7 +2,7 @@
 
 import { clearFilters, goBack, showFinding, type App } from './actions'
 import { copy } from './copy'
-import { detailsOf } from './details'
+import { detailsOf, untoldByTitle } from './details'
 import { announce, button, byId, make, nameText, sign } from './dom'
 import { searchTexts, shownFindings } from './filter'
 import type { Finding } from './model'
@@ -62,7 +62,7 @@ export class ListView {
     const all = byId('copy-all')
     all.addEventListener('click', () => void copy(this.#allAsText(), all))
     this.#list.addEventListener('keydown', (event) => this.#key(event))
-    addEventListener('beforeprint', () => this.#fill(mostOnPaper))
+    addEventListener('beforeprint', () => this.#fill(mostOnPaper, true))
     addEventListener('afterprint', () => this.#fill(this.#rows))
   }
 
@@ -88,10 +88,17 @@ export class ListView {
     this.#list.dataset.shown = String(this.#shown.length)
   }
 
-  #fill(most: number): void {
+  #fill(most: number, onPaper = false): void {
     const { model, store } = this.#app
     const shown = this.#shown.slice(0, most)
-    this.#list.replaceChildren(...shown.map((index) => this.#row(model.findings[index])))
+    this.#list.replaceChildren(
+      ...shown.map((index) => {
+        const row = this.#row(model.findings[index])
+        if (onPaper && index !== store.state.finding)
+          row.append(...untoldByTitle(this.#app, model.findings[index]))
+        return row
+      }),
+    )
     this.#open(store.state.finding, false)
     const rest = this.#shown.length - shown.length
     if (rest > 0) this.#list.append(this.#moreRow(rest))
