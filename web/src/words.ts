@@ -151,7 +151,7 @@ export function adviceOf(model: Model, { raw }: Finding): Part[] {
     case 'uneven-links': {
       const far = raw.direction === 'up' ? 'towards the roots' : 'away from the roots'
       return [
-        `Most ${raw.set} of the group have ${counted(raw.expected, 'link')} ${far}. Compare the ports of these with a neighbour's.`,
+        `Other ${raw.set} of the group have ${counted(raw.expected, 'link')} ${far}. Compare the ports of these with theirs.`,
       ]
     }
     case 'suspected-blocking':
