@@ -12,10 +12,16 @@ using Problem = OptionProblem;
 
 constexpr int anyCount = std::numeric_limits<int>::max();
 
+constexpr const char* ofRoots = "How the roots are found";
+constexpr const char* ofGroups = "How switches are grouped and named";
+constexpr const char* ofOutputs = "Also write (- for standard output)";
+constexpr const char* ofReport = "The report";
+
 constexpr std::array<CheckOption, 18> table{{
-    {"--roots", "auto|smdb|regex",
-     "How the roots are found: by themselves (the default), from the subnet manager's ranks, or by "
-     "--root-regex",
+    {{"--roots", "auto|smdb|regex", ofRoots, "by themselves (auto), or as the next two say",
+      "auto finds the roots by the distances between the leaves; smdb takes the ranks of --ranks, "
+      "or else those of a fabric document; regex takes the switches that --root-regex names. The "
+      "default is auto."},
      [](CheckArguments& arguments, const std::string& value) -> Problem {
        if (value != "auto" && value != "smdb" && value != "regex") {
          return "expected auto, smdb or regex";
@@ -23,31 +29,37 @@ constexpr std::array<CheckOption, 18> table{{
        arguments.roots = value;
        return std::nullopt;
      }},
-    {"--root-regex", "ERE",
-     "Roots are the switches whose name matches this POSIX extended regular expression",
+    {{"--root-regex", "ERE", ofRoots, "roots are the switches whose name matches",
+      "A POSIX extended regular expression, looked for anywhere in the name, byte by byte. Implies "
+      "--roots regex."},
      [](CheckArguments& arguments, const std::string& value) {
        return TakeRegex(arguments.options.rootRegex, value);
      }},
-    {"--ranks", "FILE",
-     "The subnet manager's ranks: CSV with the columns guid,rank; rank 0 is a root",
+    {{"--ranks", "FILE", ofRoots, "the subnet manager's ranks (CSV: guid,rank)",
+      "Rank 0 is a root; switches that are not named have no rank. Implies --roots smdb."},
      [](CheckArguments& arguments, const std::string& value) {
        return TakePath(arguments.options.ranks, value);
      }},
-    {"--retries", "N",
-     "Automatic roots: how many further leaves may be tried, 0 or more (default 10)",
+    {{"--retries", "N", ofRoots, "auto: further leaves to try (default 10)",
+      "Leaves are tried until enough of them give the same roots. 0 or more."},
      [](CheckArguments& arguments, const std::string& value) {
        return TakeNumber(arguments.options.retries, value, 0, anyCount);
      }},
-    {"--equal", "N", "Automatic roots: how many classifications must agree, 1 or more (default 2)",
+    {{"--equal", "N", ofRoots, "auto: leaves that must agree (default 2)",
+      "1 or more. A higher number is safer, and fails more often."},
      [](CheckArguments& arguments, const std::string& value) {
        return TakeNumber(arguments.options.equalClassifications, value, 1, anyCount);
      }},
-    {"--merge-percent", "P",
-     "How alike two sets of up-links must be to count as one group, 0 to 100 (default 70)",
+    {{"--merge-percent", "P", ofGroups, "up-links that a group shares (default 70)",
+      "Two sets of up-links that are alike to this many percent belong to one group. 0 to 100. A "
+      "lower number merges strangers when several leaves are damaged, a higher one splits off "
+      "leaves of small groups."},
      [](CheckArguments& arguments, const std::string& value) {
        return TakeNumber(arguments.options.mergePercent, value, 0, 100);
      }},
-    {"--show-guid", "none|system|node", "GUID in front of every switch name (default none)",
+    {{"--show-guid", "none|system|node", ofGroups, "GUID in front of switch names (default none)",
+      "node tells switches of one name apart; system is the GUID that the chips of one system "
+      "share."},
      [](CheckArguments& arguments, const std::string& value) -> Problem {
        constexpr std::array<const char*, 3> names{"none", "system", "node"};
        for (std::size_t i = 0; i < names.size(); ++i) {
@@ -57,55 +69,55 @@ constexpr std::array<CheckOption, 18> table{{
        }
        return "expected none, system or node";
      }},
-    {"--flids", "FILE", "FLIDs of switches: CSV with the columns guid,flid",
+    {{"--flids", "FILE", ofGroups, "FLIDs of switches (CSV: guid,flid)",
+      "A line for each FLID. They add to those of a fabric document."},
      [](CheckArguments& arguments, const std::string& value) {
        return TakePath(arguments.options.flids, value);
      }},
-    {"--special-nodes", "ERE",
-     "Names of channel adapters that are no hosts, in dumps (default \"Aggregation Node\")",
+    {{"--special-nodes", "ERE", ofGroups, specialNodesHelp, specialNodesMore},
      [](CheckArguments& arguments, const std::string& value) {
        return TakeRegex(arguments.options.specialNodes, value);
      }},
-    {"--node-name-map", "FILE", "Names of nodes: lines 0xGUID \"name\"",
+    {{"--node-name-map", "FILE", ofGroups, nodeNameMapHelp, nodeNameMapMore},
      [](CheckArguments& arguments, const std::string& value) {
        return TakePath(arguments.options.nodeNameMap, value);
      }},
-    {"--dump", "FILE", "Also write ranks and groups with their switches (- for standard output)",
+    {{"--dump", "FILE", ofOutputs, "ranks and groups with their switches",
+      "With - it follows the report."},
      [](CheckArguments& arguments, const std::string& value) {
        return TakePath(arguments.dumpFile, value);
      }},
-    {"--csv", "FILE",
-     "Also write the error records as CSV (- for standard output, instead of the report)",
+    {{"--csv", "FILE", ofOutputs, "the error records as CSV",
+      "With - it takes the place of the report."},
      [](CheckArguments& arguments, const std::string& value) {
        return TakePath(arguments.csvFile, value);
      }},
-    {"--json", "FILE",
-     "Also write the whole result as JSON (- for standard output, instead of the report)",
+    {{"--json", "FILE", ofOutputs, "the whole result as JSON",
+      "With - it takes the place of the report."},
      [](CheckArguments& arguments, const std::string& value) {
        return TakePath(arguments.jsonFile, value);
      }},
-    {"--html", "FILE",
-     "Also write the result as a page to look at (- for standard output, instead of the report)",
+    {{"--html", "FILE", ofOutputs, "a page to look at, to mail or to attach",
+      "It loads nothing and needs no network. With - it takes the place of the report."},
      [](CheckArguments& arguments, const std::string& value) {
        return TakePath(arguments.htmlFile, value);
      }},
-    {"--svg", "FILE",
-     "Also draw the tree, for documents (- for standard output, instead of the report)",
+    {{"--svg", "FILE", ofOutputs, "a picture of the tree, for documents",
+      "Of more than 256 switches groups are folded. With - it takes the place of the report."},
      [](CheckArguments& arguments, const std::string& value) {
        return TakePath(arguments.svgFile, value);
      }},
-    {"--log", "FILE", "Also write all messages of standard error (- for standard output)",
+    {{"--log", "FILE", ofOutputs, "all messages of standard error", ""},
      [](CheckArguments& arguments, const std::string& value) {
        return TakePath(arguments.logFile, value);
      }},
-    {"-q,--quiet", "", "The report without its -I- lines",
+    {{"-q,--quiet", "", ofReport, "without the lines that begin with -I-", ""},
      [](CheckArguments& arguments, const std::string&) -> Problem {
        arguments.quiet = true;
        return std::nullopt;
      }},
-    {"--color", "auto|always|never",
-     "Tags of the report in colour: on a terminal, unless NO_COLOR is set (auto, the default), "
-     "always or never",
+    {{"--color", "auto|always|never", ofReport, "coloured tags (auto: on a terminal)",
+      "auto looks at the environment, too: no colours when NO_COLOR is set or TERM is dumb."},
      [](CheckArguments& arguments, const std::string& value) -> Problem {
        if (value == "auto") {
          arguments.color = ColorWhen::Auto;
@@ -160,6 +172,27 @@ Problem SettleFiles(const CheckArguments& arguments) {
 }  // namespace
 
 std::span<const CheckOption> CheckOptionTable() { return table; }
+
+const CommandText checkText{
+    .name = "check",
+    .summary = "Checks the cabling of a fabric and reports what is wrong.",
+    .takesFabric = true,
+    .options = [] { return TextsOf(table); },
+    .examples = {{"ibnetdiscover | fabscope check - --html page.html",
+                  "Checks the fabric that this host is part of, and writes a page to look at."},
+                 {"fabscope check --quiet fabric.topo", "Reports nothing but what was found."},
+                 {"fabscope check --root-regex '^spine' fabric.topo",
+                  "Names the roots, where they cannot be found by themselves."},
+                 {"fabscope check --json - fabric.topo.gz", "The result for a program."}},
+    .statuses = {{0, "nothing found"}, {1, "something found"}, {2, "the work could not be done"}},
+    .description =
+        {"Finds the fat tree that the switches of a fabric form, groups them into neighborhoods "
+         "and connectivity groups, and reports which switches and ports are at fault: missing "
+         "links, links that do not belong there, uneven link counts, suspected blocking, "
+         "asymmetric aggregated ports, and FLIDs of several neighborhoods.",
+         "The report is on standard output, messages are on standard error. Files are written "
+         "whole or not at all, and nothing is written when the fabric cannot be read."},
+};
 
 std::optional<std::string> SettleArguments(CheckArguments& arguments) {
   if (Problem problem = SettleRoots(arguments)) return problem;

@@ -28,6 +28,7 @@ struct CheckArguments {
 using CheckOption = CommandOption<CheckArguments>;
 
 std::span<const CheckOption> CheckOptionTable();
+extern const CommandText checkText;
 
 // Works out what the options mean together; answers what contradicts.
 std::optional<std::string> SettleArguments(CheckArguments& arguments);

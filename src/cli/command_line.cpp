@@ -17,22 +17,19 @@
 
 #include "cli/check_command.h"
 #include "cli/check_options.h"
+#include "cli/command_texts.h"
 #include "cli/convert_command.h"
 #include "cli/convert_options.h"
 #include "cli/exit_status.h"
 #include "cli/generate_command.h"
 #include "cli/generate_options.h"
+#include "cli/help_text.h"
 #include "cli/output_file.h"
 #include "formats/text_fields.h"
 #include "platform/version.h"
 
 namespace fabscope {
 namespace {
-
-constexpr const char* statusNote =
-    "Exit status: 0 nothing found, 1 something found, 2 the work could not be done.";
-constexpr const char* statusNoteOfWriters =
-    "Exit status: 0 all was written, 2 the work could not be done.";
 
 int WrongUsage(const CLI::App& app, const std::string& problem) {
   std::cerr << "fabscope: " << CleanText(problem) << " (see " << app.get_name() << " --help)\n";
@@ -46,14 +43,6 @@ int PrintAndLeave(const std::string& text) {
   return ExitFailed;
 }
 
-void AddVersionAndNote(CLI::App& app, const char* note) {
-  app.set_version_flag("--version", GetToolVersion());
-  app.footer(note);
-}
-
-// "--quiet" of "-q,--quiet"; messages go by it.
-std::string LongName(const std::string& names) { return names.substr(names.find(',') + 1); }
-
 template <typename Arguments>
 void AddOptions(CLI::App& app, std::span<const CommandOption<Arguments>> table,
                 Arguments& arguments) {
@@ -61,20 +50,20 @@ void AddOptions(CLI::App& app, std::span<const CommandOption<Arguments>> table,
     const auto take = [&option, &arguments](const std::string& value) {
       const auto problem = option.take(arguments, value);
       if (problem) {
-        throw CLI::ValidationError(LongName(option.name),
+        throw CLI::ValidationError(LongName(option.text),
                                    "\"" + value + "\" is not allowed, " + *problem);
       }
     };
-    if (*option.metavar == '\0') {
+    if (*option.text.metavar == '\0') {
       app.add_flag_callback(
-          option.name, [take] { take({}); }, option.help);
+          option.text.name, [take] { take({}); }, option.text.help);
     } else {
       const auto takeAll = [take](const CLI::results_t& values) {
         for (const std::string& value : values) take(value);
         return true;
       };
-      app.add_option(option.name, takeAll, option.help)
-          ->type_name(option.metavar)
+      app.add_option(option.text.name, takeAll, option.text.help)
+          ->type_name(option.text.metavar)
           ->multi_option_policy(option.repeatable ? CLI::MultiOptionPolicy::TakeAll
                                                   : CLI::MultiOptionPolicy::TakeLast);
     }
@@ -82,11 +71,7 @@ void AddOptions(CLI::App& app, std::span<const CommandOption<Arguments>> table,
 }
 
 void AddFabric(CLI::App& app, std::string& fabric) {
-  app.add_option("FABRIC", fabric,
-                 "Fabric document (JSON) or topology dump of ibnetdiscover, plain or gzip; - for "
-                 "standard input")
-      ->type_name("")
-      ->required();
+  app.add_option("FABRIC", fabric)->type_name("")->required();
 }
 
 constexpr const char* endOfOptions = "--";
@@ -143,13 +128,14 @@ std::string UnplacedWord(const std::vector<std::string>& remaining, const std::s
 // Parses and answers nothing, or prints what was asked for or is wrong and answers the exit status.
 // `expected` names what an argument that has no place should have been.
 std::optional<int> Parse(CLI::App& app, const std::vector<std::string>& line,
-                         const std::string& expected) {
+                         const std::string& expected, std::string (*help)()) {
+  app.set_version_flag("--version", GetToolVersion());
   try {
     std::vector<std::string> words = SeparateWords(app, line);
     std::reverse(words.begin(), words.end());  // as the parser wants them
     app.parse(std::move(words));
   } catch (const CLI::CallForHelp&) {
-    return PrintAndLeave(app.help());
+    return PrintAndLeave(help());
   } catch (const CLI::CallForVersion& version) {
     return PrintAndLeave(std::string(version.what()) + "\n");
   } catch (const CLI::ExtrasError&) {
@@ -162,68 +148,67 @@ std::optional<int> Parse(CLI::App& app, const std::vector<std::string>& line,
 
 int RunCheckLine(const std::vector<std::string>& words) {
   CheckArguments arguments;
-  CLI::App app("Checks the cabling of a fabric and reports what is wrong.", "fabscope check");
-  AddVersionAndNote(app, statusNote);
+  CLI::App app("", "fabscope check");
   AddFabric(app, arguments.options.fabric);
   AddOptions(app, CheckOptionTable(), arguments);
-  if (const auto status = Parse(app, words, "one FABRIC")) return *status;
+  const auto help = [] { return HelpText(checkText); };
+  if (const auto status = Parse(app, words, "one FABRIC", help)) return *status;
   if (const auto problem = SettleArguments(arguments)) return WrongUsage(app, *problem);
   return RunCheckCommand(arguments);
 }
 
 int RunGenerateLine(const std::vector<std::string>& words) {
   GenerateArguments arguments;
-  CLI::App app("Writes a fat tree made to order, with faults if asked for.", "fabscope generate");
-  AddVersionAndNote(app, statusNoteOfWriters);
+  CLI::App app("", "fabscope generate");
   AddOptions(app, GenerateOptionTable(), arguments);
-  if (const auto status = Parse(app, words, "options only")) return *status;
+  const auto help = [] { return HelpText(generateText); };
+  if (const auto status = Parse(app, words, "options only", help)) return *status;
   if (const auto problem = SettleArguments(arguments)) return WrongUsage(app, *problem);
   return RunGenerateCommand(arguments);
 }
 
 int RunConvertLine(const std::vector<std::string>& words) {
   ConvertArguments arguments;
-  CLI::App app("Reads a fabric of any format and writes it in another.", "fabscope convert");
-  AddVersionAndNote(app, statusNoteOfWriters);
+  CLI::App app("", "fabscope convert");
   AddFabric(app, arguments.fabric);
   AddOptions(app, ConvertOptionTable(), arguments);
-  if (const auto status = Parse(app, words, "one FABRIC")) return *status;
+  const auto help = [] { return HelpText(convertText); };
+  if (const auto status = Parse(app, words, "one FABRIC", help)) return *status;
   if (const auto problem = SettleArguments(arguments)) return WrongUsage(app, *problem);
   return RunConvertCommand(arguments);
 }
 
 struct Command {
-  const char* name;
-  const char* help;
+  const CommandText* text;
   int (*run)(const std::vector<std::string>& words);
 };
 
 constexpr std::array<Command, 3> commands{{
-    {"check", "Checks the cabling of a fabric (fabscope check --help)", RunCheckLine},
-    {"generate", "Writes a fat tree made to order (fabscope generate --help)", RunGenerateLine},
-    {"convert", "Writes a fabric in another format (fabscope convert --help)", RunConvertLine},
+    {&checkText, RunCheckLine},
+    {&generateText, RunGenerateLine},
+    {&convertText, RunConvertLine},
 }};
 
 // "check, generate or convert".
 std::string CommandNames() {
-  std::string names = commands.front().name;
+  std::string names = commands.front().text->name;
   for (std::size_t i = 1; i < commands.size(); ++i) {
-    names += std::string(i + 1 < commands.size() ? ", " : " or ") + commands[i].name;
+    names += std::string(i + 1 < commands.size() ? ", " : " or ") + commands[i].text->name;
   }
   return names;
 }
 
 int RunWords(std::vector<std::string> words) {
   for (const Command& command : commands) {
-    if (words.empty() || words.front() != command.name) continue;
+    if (words.empty() || words.front() != command.text->name) continue;
     words.erase(words.begin());
     return command.run(words);
   }
-  CLI::App app("Finds the wrong cables of an InfiniBand fat tree.", "fabscope");
-  AddVersionAndNote(app, statusNote);
-  // For the help only: the commands' own lines were taken care of above.
-  for (const Command& command : commands) app.add_subcommand(command.name, command.help);
-  if (const auto status = Parse(app, words, "one of the commands " + CommandNames())) {
+  CLI::App app("", "fabscope");
+  // They were taken care of above; behind "--" the parser must know them.
+  for (const Command& command : commands) app.add_subcommand(command.text->name);
+  const auto help = [] { return HelpText(toolText, CommandTexts()); };
+  if (const auto status = Parse(app, words, "one of the commands " + CommandNames(), help)) {
     return *status;
   }
   return WrongUsage(app, "no command given, expected " + CommandNames());

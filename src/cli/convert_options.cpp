@@ -9,25 +9,28 @@ namespace {
 
 using Problem = OptionProblem;
 
+constexpr const char* ofOutputs = "What is written";
+constexpr const char* ofInputs = "How the fabric is read";
+
 constexpr std::array<ConvertOption, 4> table{{
-    {"-o,--output", "FILE", "The file to write (- for standard output); required",
+    {{"-o,--output", "FILE", ofOutputs, "the file to write (- for standard output)", "Required."},
      [](ConvertArguments& arguments, const std::string& value) {
        return TakePath(arguments.output, value);
      }},
-    {"--format", "document|ibnetdiscover|ibsim|dot|graphml",
-     "What to write: fabric document, topology dump, net file of the simulator ibsim, Graphviz or "
-     "GraphML (default by the ending of FILE: .json, .topo, .net, .dot or .gv, .graphml)",
+    {{"--format", "document|ibnetdiscover|ibsim|dot|graphml", ofOutputs,
+      "what to write (default: by the ending of FILE)",
+      "Fabric document, topology dump, net file of the simulator ibsim, Graphviz or GraphML. The "
+      "endings are .json, .topo, .net, .dot or .gv, .graphml."},
      [](ConvertArguments& arguments, const std::string& value) -> Problem {
        arguments.format = FabricFormatOfName(value);
        if (!arguments.format) return "expected document, ibnetdiscover, ibsim, dot or graphml";
        return std::nullopt;
      }},
-    {"--node-name-map", "FILE", "Names of nodes: lines 0xGUID \"name\"",
+    {{"--node-name-map", "FILE", ofInputs, nodeNameMapHelp, nodeNameMapMore},
      [](ConvertArguments& arguments, const std::string& value) {
        return TakePath(arguments.nodeNameMap, value);
      }},
-    {"--special-nodes", "ERE",
-     "Names of channel adapters that are no hosts, in dumps (default \"Aggregation Node\")",
+    {{"--special-nodes", "ERE", ofInputs, specialNodesHelp, specialNodesMore},
      [](ConvertArguments& arguments, const std::string& value) {
        return TakeRegex(arguments.specialNodes, value);
      }},
@@ -45,6 +48,20 @@ Problem SettleFormat(ConvertArguments& arguments) {
 }  // namespace
 
 std::span<const ConvertOption> ConvertOptionTable() { return table; }
+
+const CommandText convertText{
+    .name = "convert",
+    .summary = "Reads a fabric of any format and writes it in another.",
+    .takesFabric = true,
+    .options = [] { return TextsOf(table); },
+    .examples = {{"fabscope convert fabric.topo -o fabric.json",
+                  "A fabric document of a topology dump."},
+                 {"fabscope convert fabric.topo -o - --format dot | dot -Tsvg > fabric.svg",
+                  "A picture by Graphviz."}},
+    .statuses = {{0, "all was written"}, {2, "the work could not be done"}},
+    .description = {"What the other format cannot hold is told on standard error, with how often "
+                    "it occurs."},
+};
 
 std::optional<std::string> SettleArguments(ConvertArguments& arguments) {
   if (Problem problem = SettleFormat(arguments)) return problem;

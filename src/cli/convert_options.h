@@ -24,6 +24,7 @@ struct ConvertArguments {
 using ConvertOption = CommandOption<ConvertArguments>;
 
 std::span<const ConvertOption> ConvertOptionTable();
+extern const CommandText convertText;
 
 // Works out what the options mean together; answers what is missing or contradicts.
 std::optional<std::string> SettleArguments(ConvertArguments& arguments);

@@ -14,6 +14,10 @@ using Problem = OptionProblem;
 
 constexpr int maxFaults = 1'000'000;
 
+constexpr const char* ofTree = "The tree";
+constexpr const char* ofFaults = "Its faults";
+constexpr const char* ofOutputs = "Where it is written";
+
 Problem TakeSeed(std::uint64_t& target, const std::string& value) {
   std::uint64_t number = 0;
   const char* end = value.data() + value.size();
@@ -45,77 +49,86 @@ Problem TakeFault(std::vector<FaultRequest>& faults, const std::string& value) {
 }
 
 constexpr std::array<GenerateOption, 14> table{{
-    {"--xgft", "\"h; m1,...; w1,...\"",
-     "An extended generalised fat tree: h levels of switches, m children of each switch and w "
-     "parents of each node by level, from the leaves up",
+    {{"--xgft", "\"h; m1,...; w1,...\"", ofTree, "an extended generalised fat tree",
+      "h levels of switches, m children of each switch and w parents of each node by level, from "
+      "the leaves up."},
      [](GenerateArguments& arguments, const std::string& value) -> Problem {
        TreeShape shape;
        if (Problem problem = ParseXgft(value, shape)) return problem;
        arguments.xgft = std::move(shape);
        return std::nullopt;
      }},
-    {"--levels", "L", "With --radix: a tree of L levels of switches",
+    {{"--levels", "L", ofTree, "with --radix: L levels of switches", "1 to 8."},
      [](GenerateArguments& arguments, const std::string& value) {
        return TakeNumber(arguments.levels, value, 1, 8);
      }},
-    {"--radix", "K", "With --levels: switches have K ports, half of them up (the roots none)",
+    {{"--radix", "K", ofTree, "with --levels: switches of K ports",
+      "Half of the ports lead up; those of the roots all lead down. 2 to 254."},
      [](GenerateArguments& arguments, const std::string& value) {
        return TakeNumber(arguments.radix, value, 2, 254);
      }},
-    {"--pods", "N",
-     "With --levels: N subtrees below the roots (default: all that the roots have ports for)",
+    {{"--pods", "N", ofTree, "with --levels: N subtrees below the roots",
+      "The default is all that the roots have ports for."},
      [](GenerateArguments& arguments, const std::string& value) {
        return TakeNumber(arguments.pods, value, 1, 254);
      }},
-    {"--hosts-per-leaf", "H", "With --levels: H hosts at each leaf (default K/2)",
+    {{"--hosts-per-leaf", "H", ofTree, "with --levels: hosts (default K/2)", "1 to 254."},
      [](GenerateArguments& arguments, const std::string& value) {
        return TakeNumber(arguments.hostsPerLeaf, value, 1, 254);
      }},
-    {"--parallel", "N", "N cables between a switch and each of its parents (default 1)",
+    {{"--parallel", "N", ofTree, "cables to each parent (default 1)", "1 to 255."},
      [](GenerateArguments& arguments, const std::string& value) {
        return TakeNumber(arguments.parallel, value, 1, 255);
      }},
-    {"--planes", "N", "N planes: switches of N chips, aggregated ports (default 1)",
+    {{"--planes", "N", ofTree, "N planes (default 1)",
+      "Switches of N chips, with aggregated ports. 1 to 16."},
      [](GenerateArguments& arguments, const std::string& value) {
        return TakeNumber(arguments.planes, value, 1, 16);
      }},
-    {"--flids", "", "Leaves have FLIDs, those of each neighborhood its own",
+    {{"--flids", "", ofTree, "leaves have FLIDs, each neighborhood its own", ""},
      [](GenerateArguments& arguments, const std::string&) -> Problem {
        arguments.flids = true;
        return std::nullopt;
      }},
-    {"--speed", "NAME", "Speed of the links: SDR, ..., HDR (the default), NDR, XDR",
+    {{"--speed", "NAME", ofTree, "SDR to XDR (default HDR)",
+      "SDR, DDR, QDR, FDR10, FDR, EDR20, EDR, HDR, NDR or XDR."},
      [](GenerateArguments& arguments, const std::string& value) -> Problem {
        const auto speed = SpeedCode(value);
        if (!speed) return "expected SDR, DDR, QDR, FDR10, FDR, EDR20, EDR, HDR, NDR or XDR";
        arguments.speed = *speed;
        return std::nullopt;
      }},
-    {"--seed", "S", "The same seed makes the same fabric and the same faults (default 1)",
-     [](GenerateArguments& arguments, const std::string& value) {
-       return TakeSeed(arguments.seed, value);
-     }},
-    {"--fault", "KIND=COUNT", "Also make COUNT faults of this kind; may be given again",
+    {{"--fault", "KIND=COUNT", ofFaults, "also COUNT faults of a kind; may be repeated",
+      "The kinds are missing-link, swapped-cables, moved-cable, same-rank-link, root-link, "
+      "missing-host, slow-link, dead-switch, stray-host, asymmetric-aport and shared-flid. COUNT "
+      "is 1 to 1000000."},
      [](GenerateArguments& arguments, const std::string& value) {
        return TakeFault(arguments.faults, value);
      },
      true},
-    {"--truth", "FILE", "Also write what the faults have changed, as JSON (- for standard output)",
+    {{"--seed", "S", ofFaults, "the same seed, the same fabric (default 1)",
+      "And the same faults."},
+     [](GenerateArguments& arguments, const std::string& value) {
+       return TakeSeed(arguments.seed, value);
+     }},
+    {{"--truth", "FILE", ofFaults, "what the faults have changed, as JSON",
+      "- is standard output."},
      [](GenerateArguments& arguments, const std::string& value) {
        return TakePath(arguments.truthFile, value);
      }},
-    {"--format", "NAME",
-     "document, ibnetdiscover, ibsim, dot or graphml (default: by the ending of FILE, else "
-     "document)",
+    {{"-o,--output", "FILE", ofOutputs, "the file to write (default -, standard output)", ""},
+     [](GenerateArguments& arguments, const std::string& value) {
+       return TakePath(arguments.outputFile, value);
+     }},
+    {{"--format", "document|ibnetdiscover|ibsim|dot|graphml", ofOutputs,
+      "what to write (default: by the ending of FILE)",
+      "The default goes by the ending of FILE: .json, .topo, .net, .dot or .gv, .graphml; "
+      "otherwise a fabric document."},
      [](GenerateArguments& arguments, const std::string& value) -> Problem {
        const auto format = FabricFormatOfName(value);
        if (!format) return "expected document, ibnetdiscover, ibsim, dot or graphml";
        arguments.givenFormat = format;
        return std::nullopt;
-     }},
-    {"-o,--output", "FILE", "Where the fabric is written (default -, standard output)",
-     [](GenerateArguments& arguments, const std::string& value) {
-       return TakePath(arguments.outputFile, value);
      }},
 }};
 
@@ -171,6 +184,24 @@ Problem SettleFaults(const GenerateArguments& arguments) {
 }  // namespace
 
 std::span<const GenerateOption> GenerateOptionTable() { return table; }
+
+const CommandText generateText{
+    .name = "generate",
+    .summary = "Writes a fat tree made to order, with faults if asked for.",
+    .takesFabric = false,
+    .options = [] { return TextsOf(table); },
+    .examples =
+        {{"fabscope generate --levels 3 --radix 8 --fault missing-link=2 -o a.json",
+          "A tree of 80 switches without two of its cables."},
+         {"fabscope generate --xgft '2; 4,8; 1,4' --truth truth.json --fault swapped-cables=1 -o "
+          "fabric.topo",
+          "A topology dump, and what is wrong in it."}},
+    .statuses = {{0, "all was written"}, {2, "the work could not be done"}},
+    .description =
+        {"Makes fabrics to try things on. Either --xgft or both --levels and --radix say what "
+         "the tree is. Faults are put into it one after the other, at places that --seed "
+         "chooses."},
+};
 
 std::optional<std::string> SettleArguments(GenerateArguments& arguments) {
   if (Problem problem = SettleTree(arguments)) return problem;

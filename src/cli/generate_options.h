@@ -44,6 +44,7 @@ struct GenerateArguments {
 using GenerateOption = CommandOption<GenerateArguments>;
 
 std::span<const GenerateOption> GenerateOptionTable();
+extern const CommandText generateText;
 
 // Works out what the options mean together; answers what contradicts or cannot be.
 std::optional<std::string> SettleArguments(GenerateArguments& arguments);

@@ -15,7 +15,7 @@ class ConvertOptionsTest : public ::testing::Test {
 
   std::optional<std::string> Take(const std::string& name, const std::string& value) {
     for (const ConvertOption& option : ConvertOptionTable()) {
-      if (name == option.name) return option.take(arguments, value);
+      if (name == LongName(option.text)) return option.take(arguments, value);
     }
     return "no such option";
   }
@@ -25,7 +25,7 @@ class ConvertOptionsTest : public ::testing::Test {
 };
 
 TEST_F(ConvertOptionsTest, EndingOfTheOutputTellsTheFormat) {
-  ASSERT_EQ(Take("-o,--output", "out.gv"), std::nullopt);
+  ASSERT_EQ(Take("--output", "out.gv"), std::nullopt);
   ASSERT_EQ(Settle(), std::nullopt);
   EXPECT_EQ(arguments.output, "out.gv");
   EXPECT_EQ(arguments.format, FabricFormat::Dot);
@@ -33,7 +33,7 @@ TEST_F(ConvertOptionsTest, EndingOfTheOutputTellsTheFormat) {
 }
 
 TEST_F(ConvertOptionsTest, FormatThatIsGivenHoldsAgainstTheEnding) {
-  ASSERT_EQ(Take("-o,--output", "out.json"), std::nullopt);
+  ASSERT_EQ(Take("--output", "out.json"), std::nullopt);
   ASSERT_EQ(Take("--format", "ibsim"), std::nullopt);
   ASSERT_EQ(Settle(), std::nullopt);
   EXPECT_EQ(arguments.format, FabricFormat::NetFile);
@@ -50,13 +50,13 @@ TEST_F(ConvertOptionsTest, UnknownFormatIsRefusedWithTheNamesOfAll) {
 TEST_F(ConvertOptionsTest, OutputIsRequired) {
   ASSERT_EQ(Take("--format", "dot"), std::nullopt);
   EXPECT_THAT(Settle(), Optional(Eq("--output FILE is required")));
-  EXPECT_THAT(Take("-o,--output", ""), Optional(Eq("expected the name of a file")));
+  EXPECT_THAT(Take("--output", ""), Optional(Eq("expected the name of a file")));
 }
 
 TEST_F(ConvertOptionsTest, OutputWithoutATellingEndingNeedsAFormat) {
   for (const std::string file : {"-", "out", "out.txt", "out.json.gz"}) {
     arguments.format.reset();
-    ASSERT_EQ(Take("-o,--output", file), std::nullopt);
+    ASSERT_EQ(Take("--output", file), std::nullopt);
     EXPECT_THAT(Settle(), Optional(Eq("--output " + file +
                                       " does not tell the format by its ending: give --format "
                                       "document, ibnetdiscover, ibsim, dot or graphml")));
@@ -66,16 +66,16 @@ TEST_F(ConvertOptionsTest, OutputWithoutATellingEndingNeedsAFormat) {
 }
 
 TEST_F(ConvertOptionsTest, InputIsNotOverwritten) {
-  ASSERT_EQ(Take("-o,--output", "./in.topo"), std::nullopt);
+  ASSERT_EQ(Take("--output", "./in.topo"), std::nullopt);
   EXPECT_THAT(Settle(), Optional(Eq("--output ./in.topo would overwrite the input in.topo")));
-  ASSERT_EQ(Take("-o,--output", "names.topo"), std::nullopt);
+  ASSERT_EQ(Take("--output", "names.topo"), std::nullopt);
   ASSERT_EQ(Take("--node-name-map", "./names.topo"), std::nullopt);
   EXPECT_THAT(Settle(), Optional(Eq("--output names.topo would overwrite the input ./names.topo")));
 }
 
 TEST_F(ConvertOptionsTest, StandardInputIsReadOnce) {
   arguments.fabric = "-";
-  ASSERT_EQ(Take("-o,--output", "out.json"), std::nullopt);
+  ASSERT_EQ(Take("--output", "out.json"), std::nullopt);
   ASSERT_EQ(Settle(), std::nullopt);
   ASSERT_EQ(Take("--node-name-map", "-"), std::nullopt);
   EXPECT_THAT(Settle(), Optional(Eq("standard input (-) can be read only once")));
@@ -83,14 +83,14 @@ TEST_F(ConvertOptionsTest, StandardInputIsReadOnce) {
 
 TEST_F(ConvertOptionsTest, StandardInputAndOutputMayGoTogether) {
   arguments.fabric = "-";
-  ASSERT_EQ(Take("-o,--output", "-"), std::nullopt);
+  ASSERT_EQ(Take("--output", "-"), std::nullopt);
   ASSERT_EQ(Take("--format", "graphml"), std::nullopt);
   EXPECT_EQ(Settle(), std::nullopt);
   EXPECT_EQ(arguments.format, FabricFormat::GraphMl);
 }
 
 TEST_F(ConvertOptionsTest, SpecialNodesAreAnExpression) {
-  ASSERT_EQ(Take("-o,--output", "out.json"), std::nullopt);
+  ASSERT_EQ(Take("--output", "out.json"), std::nullopt);
   EXPECT_THAT(Take("--special-nodes", "("),
               Optional(Eq("expected a POSIX extended regular expression: Unmatched ( or \\(")));
   EXPECT_EQ(Take("--special-nodes", "^sharp"), std::nullopt);

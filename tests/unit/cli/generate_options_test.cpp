@@ -17,7 +17,7 @@ class GenerateOptionsTest : public ::testing::Test {
  protected:
   std::optional<std::string> Take(const std::string& name, const std::string& value) {
     for (const GenerateOption& option : GenerateOptionTable()) {
-      if (name == option.name) return option.take(arguments, value);
+      if (name == LongName(option.text)) return option.take(arguments, value);
     }
     return "no such option";
   }
@@ -132,12 +132,11 @@ TEST_F(GenerateOptionsTest, TheFormatIsTheOneNamedOrThatOfTheEnding) {
     EXPECT_EQ(Settle(options), std::nullopt);
     return arguments.format;
   };
-  EXPECT_EQ(formatOf({{"-o,--output", "fabric.topo"}}), FabricFormat::TopologyDump);
-  EXPECT_EQ(formatOf({{"-o,--output", "fabric.net"}}), FabricFormat::NetFile);
-  EXPECT_EQ(formatOf({{"-o,--output", "fabric.json"}}), FabricFormat::Document);
-  EXPECT_EQ(formatOf({{"-o,--output", "fabric"}}), FabricFormat::Document);
-  EXPECT_EQ(formatOf({{"-o,--output", "fabric.json"}, {"--format", "ibsim"}}),
-            FabricFormat::NetFile);
+  EXPECT_EQ(formatOf({{"--output", "fabric.topo"}}), FabricFormat::TopologyDump);
+  EXPECT_EQ(formatOf({{"--output", "fabric.net"}}), FabricFormat::NetFile);
+  EXPECT_EQ(formatOf({{"--output", "fabric.json"}}), FabricFormat::Document);
+  EXPECT_EQ(formatOf({{"--output", "fabric"}}), FabricFormat::Document);
+  EXPECT_EQ(formatOf({{"--output", "fabric.json"}, {"--format", "ibsim"}}), FabricFormat::NetFile);
   EXPECT_EQ(formatOf({{"--format", "ibnetdiscover"}}), FabricFormat::TopologyDump);
 }
 
@@ -179,12 +178,12 @@ TEST_F(GenerateOptionsTest, FabricAndTruthNeedAFileEach) {
   const std::pair<const char*, const char*> tree{"--xgft", "2;4,8;1,4"};
   EXPECT_EQ(Settle({tree, {"--truth", "-"}}),
             "--output - and --truth - contradict each other: each needs a file of its own");
-  EXPECT_EQ(Settle({tree, {"--truth", "./one.json"}, {"-o,--output", "one.json"}}),
+  EXPECT_EQ(Settle({tree, {"--truth", "./one.json"}, {"--output", "one.json"}}),
             "--output one.json and --truth ./one.json contradict each other: each needs a file of "
             "its own");
-  EXPECT_EQ(Settle({tree, {"--truth", "-"}, {"-o,--output", "fabric.json"}}), std::nullopt);
+  EXPECT_EQ(Settle({tree, {"--truth", "-"}, {"--output", "fabric.json"}}), std::nullopt);
   EXPECT_EQ(Take("--truth", ""), "expected the name of a file");
-  EXPECT_EQ(Take("-o,--output", ""), "expected the name of a file");
+  EXPECT_EQ(Take("--output", ""), "expected the name of a file");
 }
 
 }  // namespace

@@ -1,0 +1,80 @@
+#pragma once
+
+#include <cstddef>
+#include <initializer_list>
+#include <string>
+#include <vector>
+
+namespace fabscope {
+
+// How commands and their options are called, and what is told of them. The parser, the help, the
+// manual pages and the completions are all made from these, so they cannot differ.
+
+struct OptionText {
+  const char* name;  // "--name" or "-n,--name"
+  // Empty: the option takes no value. "a|b|c": one of these words. "FILE": a path.
+  const char* metavar;
+  const char* group;  // the heading below which it stands
+  const char* help;   // a line of the help
+  const char* more;   // what the manual page adds to it: whole sentences, or nothing
+};
+
+struct ExampleText {
+  const char* command;
+  const char* purpose;
+};
+
+struct StatusText {
+  int status;
+  const char* meaning;
+};
+
+struct CommandText {
+  const char* name;     // "check"; empty for fabscope itself
+  const char* summary;  // a sentence
+  bool takesFabric;
+  std::vector<OptionText> (*options)();  // its own
+  std::initializer_list<ExampleText> examples;
+  std::initializer_list<StatusText> statuses;
+  std::initializer_list<const char*> description;  // paragraphs of the manual page
+};
+
+// "fabscope check", "fabscope".
+inline std::string FullName(const CommandText& command) {
+  return *command.name == '\0' ? "fabscope" : std::string("fabscope ") + command.name;
+}
+
+// "-q" of "-q,--quiet"; empty if there is none.
+inline std::string ShortName(const OptionText& option) {
+  const std::string names = option.name;
+  const std::size_t comma = names.find(',');
+  return comma == std::string::npos ? "" : names.substr(0, comma);
+}
+
+// "--quiet" of "-q,--quiet".
+inline std::string LongName(const OptionText& option) {
+  const std::string names = option.name;
+  return names.substr(names.find(',') + 1);
+}
+
+// The words that an option's value may be; none if it is not one of a few words.
+std::vector<std::string> ChoicesOf(const OptionText& option);
+
+// What every command has, besides its own.
+std::vector<OptionText> CommonOptions();
+
+// Of options that several commands have.
+inline constexpr const char* specialNodesHelp = "channel adapters that are no hosts, by name";
+inline constexpr const char* specialNodesMore =
+    "A POSIX extended regular expression over the names in a dump; fabric documents tell it "
+    "themselves. The default is \"Aggregation Node\".";
+inline constexpr const char* nodeNameMapHelp = "names of nodes (lines: 0xGUID \"name\")";
+inline constexpr const char* nodeNameMapMore =
+    "The form that the standard InfiniBand diagnostics read. These names replace those of the "
+    "fabric before anything else looks at them.";
+
+// What FABRIC means, in the words of a help.
+inline constexpr const char* fabricHelp =
+    "topology dump of ibnetdiscover or fabric document (JSON), plain or gzip; - for standard input";
+
+}  // namespace fabscope

@@ -1,0 +1,41 @@
+// write_manual FOLDER: writes the manual pages and the completions there.
+
+#include <fstream>
+#include <iostream>
+#include <string>
+
+#include "cli/command_texts.h"
+#include "manual/completions.h"
+#include "manual/man_page.h"
+
+namespace {
+
+bool Write(const std::string& path, const std::string& text) {
+  std::ofstream file(path, std::ios::binary);
+  file << text;
+  file.close();
+  if (file) return true;
+  std::cerr << "write_manual: " << path << ": cannot be written\n";
+  return false;
+}
+
+bool WriteAll(const std::string& folder) {
+  const auto commands = fabscope::CommandTexts();
+  bool isWritten = Write(folder + "/fabscope.bash", fabscope::BashCompletion(commands)) &&
+                   Write(folder + "/_fabscope", fabscope::ZshCompletion(commands)) &&
+                   Write(folder + "/fabscope.fish", fabscope::FishCompletion(commands)) &&
+                   Write(folder + "/fabscope.1", fabscope::ManPage(fabscope::toolText, commands));
+  for (const fabscope::CommandText* command : commands) {
+    const std::string path = folder + "/" + fabscope::PageName(*command) + ".1";
+    isWritten = isWritten && Write(path, fabscope::ManPage(*command));
+  }
+  return isWritten;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc == 2) return WriteAll(argv[1]) ? 0 : 2;
+  std::cerr << "usage: write_manual FOLDER\n";
+  return 2;
+}
