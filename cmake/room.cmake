@@ -33,14 +33,25 @@ if(FABSCOPE_FUZZ)
   target_compile_options(fabscope_flags INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
-# fabscope_room(NAME SOURCES ... LINKS ...): one library target for the folder src/NAME, with the
-# alias fabscope::NAME. LINKS are the rooms and libraries that it may include, and no others.
+# fabscope_room(NAME SOURCES ... LINKS ... [HEADERS ...]): one library target for the folder src/NAME,
+# with the alias fabscope::NAME. LINKS are the rooms and libraries that it may include, and no others.
+# A room with HEADERS is part of the library that others may use: these are installed, and need no
+# header that is not.
 function(fabscope_room name)
-  cmake_parse_arguments(ROOM "" "" "SOURCES;LINKS;PRIVATE_LINKS" ${ARGN})
+  cmake_parse_arguments(ROOM "" "" "SOURCES;LINKS;PRIVATE_LINKS;HEADERS" ${ARGN})
   add_library(fabscope_${name} STATIC ${ROOM_SOURCES})
   add_library(fabscope::${name} ALIAS fabscope_${name})
-  target_include_directories(fabscope_${name} PUBLIC ${PROJECT_SOURCE_DIR}/src)
+  target_include_directories(fabscope_${name} PUBLIC
+    $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/src>
+    $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/fabscope>)
   target_link_libraries(fabscope_${name}
     PUBLIC ${ROOM_LINKS}
-    PRIVATE fabscope_flags ${ROOM_PRIVATE_LINKS})
+    PRIVATE $<BUILD_INTERFACE:fabscope_flags> ${ROOM_PRIVATE_LINKS})
+  if(ROOM_HEADERS)
+    target_compile_features(fabscope_${name} PUBLIC cxx_std_20)
+    set_target_properties(fabscope_${name} PROPERTIES EXPORT_NAME ${name})
+    install(TARGETS fabscope_${name} EXPORT fabscope_library COMPONENT library)
+    install(FILES ${ROOM_HEADERS} COMPONENT library
+      DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/fabscope/${name})
+  endif()
 endfunction()
