@@ -1,5 +1,7 @@
 #include "cli/check_command.h"
 
+#include <chrono>
+
 #include "cli/exit_status.h"
 #include "cli/messages.h"
 #include "cli/output_file.h"
@@ -7,6 +9,7 @@
 #include "reports/csv_report.h"
 #include "reports/html_report.h"
 #include "reports/json_report.h"
+#include "reports/prometheus_report.h"
 #include "reports/svg_report.h"
 #include "reports/text_report.h"
 
@@ -38,10 +41,16 @@ class CheckCommand {
   }
   int Report(const CheckResult& result);
   bool WriteReports(const CheckResult& result);
+  CheckTime GetTime() const {
+    const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start_;
+    const auto now = std::chrono::system_clock::now().time_since_epoch();
+    return {taken.count(), std::chrono::duration_cast<std::chrono::seconds>(now).count()};
+  }
   // Whether another form of it goes to standard output.
   bool IsReportReplaced() const {
     return arguments_.csvFile == standardOutput || arguments_.jsonFile == standardOutput ||
-           arguments_.htmlFile == standardOutput || arguments_.svgFile == standardOutput;
+           arguments_.htmlFile == standardOutput || arguments_.svgFile == standardOutput ||
+           arguments_.prometheusFile == standardOutput;
   }
 
   // Whether the output arrived; says so if it did not.
@@ -58,6 +67,7 @@ class CheckCommand {
   }
 
   const CheckArguments& arguments_;
+  const std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
   Messages messages_;
 };
 
@@ -105,6 +115,11 @@ bool CheckCommand::WriteReports(const CheckResult& result) {
   if (!arguments_.svgFile.empty() && result.status != CheckStatus::NotBuilt) {
     written &=
         Write(arguments_.svgFile, [&](std::ostream& stream) { WriteSvgReport(result, stream); });
+  }
+  if (!arguments_.prometheusFile.empty() && result.status == CheckStatus::Done) {
+    written &= Write(arguments_.prometheusFile, [&](std::ostream& stream) {
+      WritePrometheusReport(result, GetTime(), stream);
+    });
   }
   const bool dumpToFile = !arguments_.dumpFile.empty() && arguments_.dumpFile != standardOutput;
   if (dumpToFile && result.status == CheckStatus::Done) {

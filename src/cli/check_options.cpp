@@ -17,7 +17,7 @@ constexpr const char* ofGroups = "How switches are grouped and named";
 constexpr const char* ofOutputs = "Also write (- for standard output)";
 constexpr const char* ofReport = "The report";
 
-constexpr std::array<CheckOption, 18> table{{
+constexpr std::array<CheckOption, 19> table{{
     {{"--roots", "auto|smdb|regex", ofRoots, "by themselves (auto), or as the next two say",
       "auto finds the roots by the distances between the leaves; smdb takes the ranks of --ranks, "
       "or else those of a fabric document; regex takes the switches that --root-regex names. The "
@@ -107,6 +107,13 @@ constexpr std::array<CheckOption, 18> table{{
      [](CheckArguments& arguments, const std::string& value) {
        return TakePath(arguments.svgFile, value);
      }},
+    {{"--prometheus", "FILE", ofOutputs, "numbers for the node exporter of Prometheus",
+      "For its textfile collector: give FILE the ending .prom in the collector's folder. It is "
+      "written when the check was finished, so an old time in it tells that checks fail. With - it "
+      "takes the place of the report."},
+     [](CheckArguments& arguments, const std::string& value) {
+       return TakePath(arguments.prometheusFile, value);
+     }},
     {{"--log", "FILE", ofOutputs, "all messages of standard error", ""},
      [](CheckArguments& arguments, const std::string& value) {
        return TakePath(arguments.logFile, value);
@@ -160,11 +167,12 @@ Problem SettleFiles(const CheckArguments& arguments) {
   const CheckOptions& options = arguments.options;
   const std::array<const std::string*, 4> inputs{&options.fabric, &options.ranks, &options.flids,
                                                  &options.nodeNameMap};
-  const std::array<NamedOutput, 6> outputs{{{"--dump ", arguments.dumpFile},
+  const std::array<NamedOutput, 7> outputs{{{"--dump ", arguments.dumpFile},
                                             {"--csv ", arguments.csvFile},
                                             {"--json ", arguments.jsonFile},
                                             {"--html ", arguments.htmlFile},
                                             {"--svg ", arguments.svgFile},
+                                            {"--prometheus ", arguments.prometheusFile},
                                             {"--log ", arguments.logFile}}};
   return ProblemOfFiles(inputs, outputs);
 }
@@ -200,8 +208,8 @@ std::optional<std::string> SettleArguments(CheckArguments& arguments) {
   CheckOptions& options = arguments.options;
   if (!options.specialNodes) options.specialNodes = std::make_shared<regExp>("Aggregation Node");
   options.wantDump = !arguments.dumpFile.empty();
-  options.wantFindings =
-      !arguments.jsonFile.empty() || !arguments.htmlFile.empty() || !arguments.svgFile.empty();
+  options.wantFindings = !arguments.jsonFile.empty() || !arguments.htmlFile.empty() ||
+                         !arguments.svgFile.empty() || !arguments.prometheusFile.empty();
   return std::nullopt;
 }
 

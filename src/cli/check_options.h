@@ -19,6 +19,7 @@ struct CheckArguments {
   std::string jsonFile;
   std::string htmlFile;
   std::string svgFile;
+  std::string prometheusFile;
   std::string logFile;
   bool quiet = false;
   ColorWhen color = ColorWhen::Auto;

@@ -73,8 +73,8 @@ inline constexpr const char* nodeNameMapMore =
     "The form that the standard InfiniBand diagnostics read. These names replace those of the "
     "fabric before anything else looks at them.";
 
-// What FABRIC means, in the words of a help.
+// What FABRIC means, as a help tells it.
 inline constexpr const char* fabricHelp =
-    "topology dump of ibnetdiscover or fabric document (JSON), plain or gzip; - for standard input";
+    "topology dump or fabric document, also gzip; - for standard input";
 
 }  // namespace fabscope

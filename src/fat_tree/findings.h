@@ -3,7 +3,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
-#include <type_traits>
 #include <variant>
 #include <vector>
 
@@ -22,61 +21,61 @@ namespace fabscope {
 
 // A spine and a line of one group without a cable between them.
 struct MissingLink {
-  std::uint64_t group = 0;
-  const IBNode* spine = nullptr;
-  const IBNode* line = nullptr;
-  bool isNeighborhood = false;
+  std::uint64_t group;
+  const IBNode* spine;
+  const IBNode* line;
+  bool isNeighborhood;
   EnFabricErrLevel_t level = EN_FABRIC_ERR_ERROR;
 };
 
 // A cable inside a rank or between groups: of its first end's group and of its second end's.
 struct InvalidLink {
-  std::uint64_t group1 = 0;
-  std::uint64_t group2 = 0;
+  std::uint64_t group1;
+  std::uint64_t group2;
   FTLinkIssue link;
-  bool isNeighborhood = false;
+  bool isNeighborhood;
   EnFabricErrLevel_t level = EN_FABRIC_ERR_ERROR;
 };
 
 // Spines or lines of a group that differ in their number of links up or down.
 struct UnevenLinks {
   struct Count {
-    std::int32_t links = 0;
+    std::int32_t links;
     std::vector<const IBNode*> nodes;
   };
-  std::uint64_t group = 0;
-  std::int32_t expected = 0;  // the greatest number there is
+  std::uint64_t group;
+  std::int32_t expected;      // the greatest number there is
   std::vector<Count> others;  // all with fewer, the most first
-  bool ofSpines = false;
-  bool isUp = false;
-  bool isNeighborhood = false;
+  bool ofSpines;
+  bool isUp;
+  bool isNeighborhood;
   EnFabricErrLevel_t level = EN_FABRIC_ERR_ERROR;
 };
 
 // A group that more links enter from below than leave upwards.
 struct SuspectedBlocking {
-  std::uint64_t group = 0;
-  std::uint64_t spineUplinks = 0;
-  std::uint64_t internalLinks = 0;
-  bool isNeighborhood = false;
+  std::uint64_t group;
+  std::uint64_t spineUplinks;
+  std::uint64_t internalLinks;
+  bool isNeighborhood;
   EnFabricErrLevel_t level = EN_FABRIC_ERR_WARNING;
 };
 
 // Plane ports of a group's switches whose aggregated port is asymmetric.
 struct AsymmetricAPorts {
-  std::uint64_t group = 0;
+  std::uint64_t group;
   // Inside the group all such ports; towards hosts the first of each aggregated port.
   std::vector<const IBPort*> ports;
-  bool toHosts = false;
-  bool isNeighborhood = false;
+  bool toHosts;
+  bool isNeighborhood;
   EnFabricErrLevel_t level = EN_FABRIC_ERR_WARNING;
 };
 
 // A FLID that occurs in more than one neighborhood.
 struct SharedFlid {
-  std::uint16_t flid = 0;
+  static constexpr bool isNeighborhood = true;
+  std::uint16_t flid;
   std::vector<std::uint64_t> groups;  // ascending
-  bool isNeighborhood = true;
   EnFabricErrLevel_t level = EN_FABRIC_ERR_WARNING;
 };
 
@@ -85,21 +84,6 @@ using Finding = std::variant<MissingLink, InvalidLink, UnevenLinks, SuspectedBlo
 using FindingSink = std::function<void(Finding&& finding)>;
 
 // By how much a finding raises the count of issues: 0 for those that are error records.
-inline std::size_t IssuesOf(const Finding& finding) {
-  return std::visit(
-      [](const auto& found) -> std::size_t {
-        using Kind = std::decay_t<decltype(found)>;
-        if constexpr (std::is_same_v<Kind, MissingLink> || std::is_same_v<Kind, InvalidLink>) {
-          return 0;
-        } else if constexpr (std::is_same_v<Kind, UnevenLinks>) {
-          return found.others.size() + 1;
-        } else if constexpr (std::is_same_v<Kind, AsymmetricAPorts>) {
-          return found.ports.size();
-        } else {
-          return 1;
-        }
-      },
-      finding);
-}
+std::size_t IssuesOf(const Finding& finding);
 
 }  // namespace fabscope

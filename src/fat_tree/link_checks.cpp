@@ -107,9 +107,8 @@ void FTNeighborhood::SetLinksReport(std::ostream& stream, const CountMap& counts
 
 void FTNeighborhood::HandOverUnevenLinks(const CountMap& counts, std::uint64_t nodesRank,
                                          bool isUp) const {
-  UnevenLinks finding;
-  finding.group = id;
-  finding.expected = counts.rbegin()->first;
+  UnevenLinks finding{id, counts.rbegin()->first, {}, nodesRank == rank, isUp, IsNeighborhood()};
+  if (IsWarning(nodesRank, isUp)) finding.level = EN_FABRIC_ERR_WARNING;
   for (auto entry = std::next(counts.rbegin()); entry != counts.rend(); ++entry) {
     UnevenLinks::Count& count = finding.others.emplace_back();
     count.links = entry->first;
@@ -118,10 +117,6 @@ void FTNeighborhood::HandOverUnevenLinks(const CountMap& counts, std::uint64_t n
       if (node != nullptr) count.nodes.push_back(node);
     }
   }
-  finding.ofSpines = nodesRank == rank;
-  finding.isUp = isUp;
-  finding.isNeighborhood = IsNeighborhood();
-  if (IsWarning(nodesRank, isUp)) finding.level = EN_FABRIC_ERR_WARNING;
   topology->HandOver(std::move(finding));
 }
 

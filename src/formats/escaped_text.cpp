@@ -51,6 +51,11 @@ std::string DotLabel(std::string_view text) {
   return Escaped(PlainText(text), escapes);
 }
 
+std::string PrometheusLabel(std::string_view text) {
+  constexpr std::array<Escape, 2> escapes{{{"\"", "\\\""}, {"\\", "\\\\"}}};
+  return Escaped(PlainText(text), escapes);
+}
+
 // The last two are valid UTF-8, U+FFFE and U+FFFF, but no characters of XML.
 std::string XmlText(std::string_view text) {
   constexpr std::array<Escape, 6> escapes{{{"&", "&amp;"},

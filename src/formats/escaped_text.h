@@ -10,6 +10,8 @@ namespace fabscope {
 
 // For a label of Graphviz, which reads escapes such as "\N" there, and entities as HTML has them.
 std::string DotLabel(std::string_view text);
+// For a label of a Prometheus metric.
+std::string PrometheusLabel(std::string_view text);
 // For XML, as content or in an attribute.
 std::string XmlText(std::string_view text);
 

@@ -2,32 +2,10 @@
 
 #include "fat_tree/group_label.h"
 #include "formats/json_members.h"
+#include "reports/finding_kinds.h"
 
 namespace fabscope {
 namespace {
-
-const char* KindName(const MissingLink&) { return "missing-link"; }
-const char* KindName(const InvalidLink&) { return "invalid-link"; }
-const char* KindName(const UnevenLinks&) { return "uneven-links"; }
-const char* KindName(const SuspectedBlocking&) { return "suspected-blocking"; }
-const char* KindName(const AsymmetricAPorts&) { return "asymmetric-aports"; }
-const char* KindName(const SharedFlid&) { return "shared-flid"; }
-
-template <typename Kind>
-void AppendGroups(JsonMembers& members, const Kind& found) {
-  JsonMembers groups(members.Key("groups"), '[', ']');
-  groups.Next() += std::to_string(found.group);
-}
-
-void AppendGroups(JsonMembers& members, const InvalidLink& found) {
-  JsonMembers groups(members.Key("groups"), '[', ']');
-  groups.Next() += std::to_string(found.group1);
-  if (found.group2 != found.group1) groups.Next() += std::to_string(found.group2);
-}
-
-void AppendGroups(JsonMembers& members, const SharedFlid& found) {
-  members.NumberArray("groups", found.groups);
-}
 
 void AppendSwitches(JsonMembers& members, const std::vector<const IBNode*>& nodes) {
   JsonMembers switches(members.Key("switches"), '[', ']');
@@ -90,10 +68,10 @@ void AppendFinding(std::string& json, const Finding& finding) {
   JsonMembers members(json, '{', '}');
   std::visit(
       [&](const auto& found) {
-        members.Text("kind", KindName(found));
+        members.Text("kind", KindOf(finding));
         members.Number("level", static_cast<int>(found.level));
         members.Text("groupKind", GroupName(found.isNeighborhood));
-        AppendGroups(members, found);
+        members.NumberArray("groups", GroupsOf(finding));
         members.Number("issues", IssuesOf(finding));
         AppendDetails(members, found);
       },

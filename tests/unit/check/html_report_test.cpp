@@ -6,7 +6,7 @@
 #include <string>
 
 #include "reports/json_report.h"
-#include "support/stage_fixture.h"
+#include "support/report_fixture.h"
 
 namespace fabscope {
 namespace {
@@ -14,21 +14,11 @@ namespace {
 using ::testing::HasSubstr;
 using ::testing::Not;
 
-class HtmlReportTest : public StageTest {
+class HtmlReportTest : public ReportTest {
  protected:
-  // The page of a check from roots that the test names.
   std::string Page(const std::string& rootRegex) {
-    result.input = "net.topo";
-    result.topology = std::make_unique<FTTopology>(&fabric.Build(), &out, mergePercent);
-    regExp regex(rootRegex);
-    result.status = CheckStatus::NotBuilt;
-    if (result.topology->Build(errors, result.message, regex) == 0) {
-      result.levelsReport = result.topology->LevelsReport();
-      const int status = result.topology->Validate(errors, result.message);
-      result.status = status == 0 ? CheckStatus::Done : CheckStatus::NotValidated;
-    }
     std::ostringstream page;
-    WriteHtmlReport(result, page);
+    WriteHtmlReport(Check(rootRegex), page);
     return page.str();
   }
 
@@ -45,8 +35,6 @@ class HtmlReportTest : public StageTest {
     const std::string data = DataOf(page);
     return data.substr(data.find(R"(,"switches":)"));
   }
-
-  CheckResult result;
 };
 
 TEST_F(HtmlReportTest, DataIsTheResultWithSwitchesAndCables) {

@@ -45,7 +45,7 @@ TEST_F(JsonFindingsTest, InvalidLinkBetweenGroupsNamesThemInTheOrderOfItsEnds) {
 }
 
 TEST_F(JsonFindingsTest, UnevenLinks) {
-  UnevenLinks found;
+  UnevenLinks found{};
   found.group = 1;
   found.expected = 9;
   found.others = {{8, {fabric["a"]}}, {0, {fabric["b"], fabric["a"]}}};

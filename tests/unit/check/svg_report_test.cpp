@@ -4,9 +4,8 @@
 #include <gtest/gtest.h>
 #include <sstream>
 #include <string>
-#include <utility>
 
-#include "support/stage_fixture.h"
+#include "support/report_fixture.h"
 
 namespace fabscope {
 namespace {
@@ -14,23 +13,11 @@ namespace {
 using ::testing::HasSubstr;
 using ::testing::Not;
 
-class SvgReportTest : public StageTest {
+class SvgReportTest : public ReportTest {
  protected:
-  // The picture of a check from roots that the test names.
   std::string Picture(const std::string& rootRegex) {
-    result.input = "net.topo";
-    result.topology = std::make_unique<FTTopology>(&fabric.Build(), &out, mergePercent);
-    result.topology->SetFindingSink(
-        [this](Finding&& finding) { result.findings.push_back(std::move(finding)); });
-    regExp regex(rootRegex);
-    EXPECT_EQ(result.topology->Build(errors, result.message, regex), 0);
-    const int status = result.topology->Validate(errors, result.message);
-    result.status = status == 0 ? CheckStatus::Done : CheckStatus::NotValidated;
-    for (FabricErrGeneral* error : errors) result.records.emplace_back(error);
-    errors.clear();
-    result.issuesCount = result.topology->GetIssuesCount();
     std::ostringstream picture;
-    WriteSvgReport(result, picture);
+    WriteSvgReport(Check(rootRegex), picture);
     return picture.str();
   }
 
@@ -41,8 +28,6 @@ class SvgReportTest : public StageTest {
     }
     return count;
   }
-
-  CheckResult result;
 };
 
 TEST_F(SvgReportTest, CleanTreeShowsSwitchesCablesAndItsGroup) {

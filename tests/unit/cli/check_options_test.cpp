@@ -265,5 +265,11 @@ TEST_F(CheckOptionsTest, PictureAsksForTheFindings) {
   EXPECT_TRUE(arguments.options.wantFindings);
 }
 
+TEST_F(CheckOptionsTest, NumbersAskForTheFindings) {
+  EXPECT_EQ(Take("--prometheus", "fabric.prom"), std::nullopt);
+  ASSERT_EQ(Settle(), std::nullopt);
+  EXPECT_TRUE(arguments.options.wantFindings);
+}
+
 }  // namespace
 }  // namespace fabscope

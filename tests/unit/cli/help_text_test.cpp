@@ -82,8 +82,7 @@ TEST(HelpTextTest, HelpIsWrappedBelowItsColumn) {
 Usage: fabscope try [OPTIONS] FABRIC
 Tries things.
 
-  FABRIC  topology dump of ibnetdiscover or fabric document (JSON), plain or
-          gzip; - for standard input
+  FABRIC  topology dump or fabric document, also gzip; - for standard input
 
 Group:
   -a, --all                    all of them

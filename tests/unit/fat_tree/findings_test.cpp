@@ -139,6 +139,43 @@ TEST_F(FindingsTest, SwitchThatTheFabricDoesNotKnowIsLeftOut) {
   EXPECT_THAT(found[0].others[0].nodes, ElementsAre(fabric["leaf0"]));
 }
 
+TEST_F(FindingsTest, UnevenLinksTellWhoseTheyAre) {
+  AddSwitches("s", 2);
+  Topology().SetFindingSink([this](Finding&& finding) { findings.push_back(std::move(finding)); });
+  const auto report = [this](std::size_t groupedRanks, std::uint64_t nodesRank, bool isUp) {
+    TestPeer::Neighborhoods(Topology()).resize(groupedRanks);
+    FTNeighborhood group(&Topology(), 7, 0);
+    group.SetLinksReport(out, {{1, {fabric["s0"]->guid}}, {2, {fabric["s1"]->guid}}}, nodesRank,
+                         isUp);
+    return Found<UnevenLinks>().back();
+  };
+  const UnevenLinks ofSpines = report(1, 0, false);
+  EXPECT_EQ(ofSpines.group, 7U);
+  EXPECT_TRUE(ofSpines.ofSpines);
+  EXPECT_FALSE(ofSpines.isUp);
+  EXPECT_TRUE(ofSpines.isNeighborhood);
+  const UnevenLinks ofLines = report(2, 1, true);
+  EXPECT_FALSE(ofLines.ofSpines);
+  EXPECT_TRUE(ofLines.isUp);
+  EXPECT_FALSE(ofLines.isNeighborhood);
+}
+
+TEST_F(FindingsTest, RecordsAreNoIssuesAndAllElseIs) {
+  AddSwitches("s", 1);
+  const IBNode* node = fabric["s0"];
+  EXPECT_EQ(IssuesOf(MissingLink{}), 0U);
+  EXPECT_EQ(IssuesOf(InvalidLink{}), 0U);
+  UnevenLinks uneven{};
+  uneven.others = {{2, {node}}, {1, {node}}};
+  EXPECT_EQ(IssuesOf(uneven), 3U);
+  EXPECT_EQ(IssuesOf(SuspectedBlocking{}), 1U);
+  AsymmetricAPorts asymmetric{};
+  EXPECT_EQ(IssuesOf(asymmetric), 0U);
+  asymmetric.ports = {node->getPort(1), node->getPort(2)};
+  EXPECT_EQ(IssuesOf(asymmetric), 2U);
+  EXPECT_EQ(IssuesOf(SharedFlid{}), 1U);
+}
+
 TEST_F(FindingsTest, SuspectedBlockingTellsBothTotals) {
   AddRootsAndMids(1, {{0}});
   fabric.Cable("mid0", "edge0");

@@ -1,0 +1,22 @@
+#include "formats/escaped_text.h"
+
+#include <gtest/gtest.h>
+
+namespace fabscope {
+namespace {
+
+TEST(EscapedTextTest, PrometheusLabelsEscapeQuotesAndBackslashesOnly) {
+  EXPECT_EQ(PrometheusLabel("leaf 1 & <2> {3}"), "leaf 1 & <2> {3}");
+  EXPECT_EQ(PrometheusLabel(R"(a"b\c\")"), R"(a\"b\\c\\\")");
+  EXPECT_EQ(PrometheusLabel(""), "");
+}
+
+TEST(EscapedTextTest, NoTextBringsControlCharactersOrInvalidBytes) {
+  const char* odd = "a\n\x1b\x7f caf\xc3\xa9 \xff";
+  EXPECT_EQ(PrometheusLabel(odd), "a??? caf\xc3\xa9 \xef\xbf\xbd");
+  EXPECT_EQ(DotLabel(odd), "a??? caf\xc3\xa9 \xef\xbf\xbd");
+  EXPECT_EQ(XmlText(odd), "a??? caf\xc3\xa9 \xef\xbf\xbd");
+}
+
+}  // namespace
+}  // namespace fabscope
