@@ -68,8 +68,8 @@ class Page {
     if (!command_.takesFabric) return;
     Line(".PP");
     Line(Italic("FABRIC") +
-         " is a topology dump as ibnetdiscover prints it, or a fabric document (JSON), plain or "
-         "gzip; \\- is standard input.");
+         Plain(" is a topology dump as ibnetdiscover prints it, or a fabric document (JSON), plain "
+               "or gzip; - is standard input."));
   }
 
   void Options() {

@@ -54,7 +54,7 @@ class Metrics {
   }
   // `labels` begins with a comma.
   void Value(std::string_view labels, std::string_view value) {
-    Add("fabscope_{}{{{}{}}} {}", name_, fabric_, labels, value);
+    Add("fabscope_{}{} {}", name_, fmt::format("{{{}{}}}", fabric_, labels), value);
   }
   void Value(std::string_view labels, std::uint64_t value) { Value(labels, std::to_string(value)); }
 

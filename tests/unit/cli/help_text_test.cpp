@@ -7,13 +7,16 @@
 #include <string>
 #include <vector>
 
+#include "cli/check_options.h"
 #include "cli/command_texts.h"
+#include "cli/convert_options.h"
 #include "cli/generate_options.h"
 #include "synthetic/faults.h"
 
 namespace fabscope {
 namespace {
 
+using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
@@ -57,8 +60,6 @@ TEST(HelpTextTest, EveryOptionIsToldBelowItsGroup) {
   }
 }
 
-constexpr const char* group = "Group";
-
 const CommandText small{
     .name = "try",
     .summary = "Tries things.",
@@ -66,10 +67,10 @@ const CommandText small{
     .options =
         [] {
           return std::vector<OptionText>{
-              {"-a,--all", "", group, "all of them", ""},
-              {"--one", "first|second", group,
+              {"-a,--all", "", "Group", "all of them", ""},
+              {"--one", "first|second", "Group",
                "a help that is so long that it does not fit into what is left of its line", ""},
-              {"--a-name-and-its-value", "AND-BOTH", group, "stand above the help", ""}};
+              {"--a-name-and-its-value", "AND-BOTH", "Group", "stand above the help", ""}};
         },
     .examples = {{"fabscope try net", "Tries it."}},
     .statuses = {{0, "yes"}, {1, "no"}},
@@ -115,6 +116,20 @@ Help:
 
 Exit status: 0 yes, 1 no
 )");
+}
+
+std::vector<std::string> NamesOf(const std::vector<OptionText>& options) {
+  std::vector<std::string> names;
+  for (const OptionText& option : options) names.emplace_back(option.name);
+  return names;
+}
+
+TEST(CommandTextTest, OptionsWithAShortNameHaveALongOne) {
+  EXPECT_THAT(NamesOf(CommonOptions()), ElementsAre("-h,--help", "--version"));
+  EXPECT_THAT(NamesOf(checkText.options()), Contains("-q,--quiet"));
+  EXPECT_THAT(NamesOf(convertText.options()),
+              ElementsAre("-o,--output", "--format", "--node-name-map", "--special-nodes"));
+  EXPECT_THAT(NamesOf(generateText.options()), Contains("-o,--output"));
 }
 
 TEST(CommandTextTest, ChoicesAreTheWordsOfAMetavar) {

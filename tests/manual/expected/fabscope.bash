@@ -1,0 +1,69 @@
+# Completions of fabscope for bash.
+
+_fabscope_words() { mapfile -t COMPREPLY < <(compgen -W "$1" -- "$current"); }
+
+_fabscope_files() {
+  compopt -o filenames
+  mapfile -t COMPREPLY < <(compgen -f -- "$current")
+}
+
+_fabscope() {
+  local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
+  # "--roots=au" comes as three words.
+  if [[ $current == '=' ]]; then
+    current=
+  elif [[ $previous == '=' ]]; then
+    previous=${COMP_WORDS[COMP_CWORD - 2]}
+  fi
+  COMPREPLY=()
+  if ((COMP_CWORD == 1)); then
+    _fabscope_words 'check generate convert -h --help --version'
+    return
+  fi
+  case ${COMP_WORDS[1]}:$previous in
+    check:--roots) _fabscope_words 'auto smdb regex'; return ;;
+    check:--root-regex) return ;;
+    check:--ranks) _fabscope_files; return ;;
+    check:--retries) return ;;
+    check:--equal) return ;;
+    check:--merge-percent) return ;;
+    check:--show-guid) _fabscope_words 'none system node'; return ;;
+    check:--flids) _fabscope_files; return ;;
+    check:--special-nodes) return ;;
+    check:--node-name-map) _fabscope_files; return ;;
+    check:--dump) _fabscope_files; return ;;
+    check:--csv) _fabscope_files; return ;;
+    check:--json) _fabscope_files; return ;;
+    check:--html) _fabscope_files; return ;;
+    check:--svg) _fabscope_files; return ;;
+    check:--prometheus) _fabscope_files; return ;;
+    check:--log) _fabscope_files; return ;;
+    check:--color) _fabscope_words 'auto always never'; return ;;
+    generate:--xgft) return ;;
+    generate:--levels) return ;;
+    generate:--radix) return ;;
+    generate:--pods) return ;;
+    generate:--hosts-per-leaf) return ;;
+    generate:--parallel) return ;;
+    generate:--planes) return ;;
+    generate:--speed) return ;;
+    generate:--fault) return ;;
+    generate:--seed) return ;;
+    generate:--truth) _fabscope_files; return ;;
+    generate:-o | generate:--output) _fabscope_files; return ;;
+    generate:--format) _fabscope_words 'document ibnetdiscover ibsim dot graphml'; return ;;
+    convert:-o | convert:--output) _fabscope_files; return ;;
+    convert:--format) _fabscope_words 'document ibnetdiscover ibsim dot graphml'; return ;;
+    convert:--node-name-map) _fabscope_files; return ;;
+    convert:--special-nodes) return ;;
+  esac
+  case ${COMP_WORDS[1]}:$current in
+    check:-*) _fabscope_words '--roots --root-regex --ranks --retries --equal --merge-percent --show-guid --flids --special-nodes --node-name-map --dump --csv --json --html --svg --prometheus --log -q --quiet --color -h --help --version' ;;
+    check:*) _fabscope_files ;;
+    generate:-*) _fabscope_words '--xgft --levels --radix --pods --hosts-per-leaf --parallel --planes --flids --speed --fault --seed --truth -o --output --format -h --help --version' ;;
+    convert:-*) _fabscope_words '-o --output --format --node-name-map --special-nodes -h --help --version' ;;
+    convert:*) _fabscope_files ;;
+  esac
+}
+
+complete -F _fabscope fabscope
