@@ -49,7 +49,10 @@ class FTTopology {
   // Without a sink none is made. Set before Validate; must outlive it.
   void SetFindingSink(FindingSink sink) { findingSink = std::move(sink); }
   bool HasFindingSink() const { return findingSink != nullptr; }
-  void HandOver(Finding&& finding) const { findingSink(std::move(finding)); }
+  template <typename Kind>
+  void HandOver(Kind&& finding) const {
+    findingSink(Finding(std::forward<Kind>(finding)));
+  }
 
   // --- Building the ranks. On failure `message` says why, and the topology must not be validated.
 

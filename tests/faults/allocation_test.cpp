@@ -196,8 +196,7 @@ INSTANTIATE_TEST_SUITE_P(
     Commands, AllocationTest,
     ::testing::Values(
         Words{"fabscope", "check", "--csv", "out/a", "--json", "out/b", "--dump", "out/c", "--svg",
-              "out/d", "--html", "out/e", "--prometheus", "out/f", "--node-name-map", "names.map",
-              "fabric.topo"},
+              "out/d", "--html", "out/e", "--node-name-map", "names.map", "fabric.topo"},
         Words{"fabscope", "check", "--ranks", "ranks.csv", "--flids", "flids.csv", "--json",
               "out/a", "--log", "out/b", "fabric.json"},
         Words{"fabscope", "check", "--root-regex", "^(root|x{3})-g[0-9]+", "fabric.topo"},
