@@ -121,24 +121,19 @@ int FTTopology::Build(std::vector<FabricErrGeneral*>& /*errors*/, std::string& m
   FTClassificationHandler handler;
   const std::vector<FTClassification*>& classifications = handler.GetClassifications();
   FTClassification* classification = handler.GetNewClassification(*this);
-  if (classification->Classify(*leaf) != StatusSuccess) {
+  const auto fail = [&] {
     message = prefix + classification->GetErrorText();
     return StatusBadData;
-  }
+  };
+  if (classification->Classify(*leaf) != StatusSuccess) return fail();
 
   for (int tries = 0; tries < retries; ++tries) {
     ReportProgress("finding roots", static_cast<std::size_t>(tries),
                    static_cast<std::size_t>(retries));
     leaf = classification->GetLeafToClassify(classifications);
-    if (leaf == nullptr) {
-      message = prefix + classification->GetErrorText();
-      return StatusBadData;
-    }
+    if (leaf == nullptr) return fail();
     classification = handler.GetNewClassification(*this);
-    if (classification->Classify(*leaf) != StatusSuccess) {
-      message = prefix + classification->GetErrorText();
-      return StatusBadData;
-    }
+    if (classification->Classify(*leaf) != StatusSuccess) return fail();
     if (classification->CountEquals(classifications) == equalClassifications) {
       std::vector<NodeSet> agreed;
       classification->SwapRanks(agreed);

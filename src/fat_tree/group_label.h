@@ -18,7 +18,10 @@ inline const char* GroupName(bool isNeighborhood) {
 
 // "neighborhood: 3", "connectivity group: 3"
 inline std::string GroupLabel(bool isNeighborhood, std::uint64_t id) {
-  return std::string(GroupName(isNeighborhood)) + ": " + std::to_string(id);
+  std::string label = GroupName(isNeighborhood);
+  label += ": ";
+  label += std::to_string(id);
+  return label;
 }
 
 }  // namespace fabscope

@@ -107,17 +107,21 @@ void FTNeighborhood::SetLinksReport(std::ostream& stream, const CountMap& counts
 
 void FTNeighborhood::HandOverUnevenLinks(const CountMap& counts, std::uint64_t nodesRank,
                                          bool isUp) const {
-  UnevenLinks finding{id, counts.rbegin()->first, {}, nodesRank == rank, isUp, IsNeighborhood()};
-  if (IsWarning(nodesRank, isUp)) finding.level = EN_FABRIC_ERR_WARNING;
+  const std::int32_t expected = counts.rbegin()->first;
+  const bool isNeighborhood = IsNeighborhood();
+  const bool isWarning = IsWarning(nodesRank, isUp);
+  std::vector<UnevenLinks::Count> others;
   for (auto entry = std::next(counts.rbegin()); entry != counts.rend(); ++entry) {
-    UnevenLinks::Count& count = finding.others.emplace_back();
+    UnevenLinks::Count& count = others.emplace_back();
     count.links = entry->first;
     for (const std::uint64_t guid : entry->second) {
       const IBNode* node = topology->GetFabric().getNodeByGuid(guid);
       if (node != nullptr) count.nodes.push_back(node);
     }
   }
-  topology->HandOver(std::move(finding));
+  topology->HandOver(UnevenLinks{id, expected, std::move(others), nodesRank == rank, isUp,
+                                 isNeighborhood,
+                                 isWarning ? EN_FABRIC_ERR_WARNING : EN_FABRIC_ERR_ERROR});
 }
 
 void FTNeighborhood::ReportToStream(std::ostream& stream, const CountMap& counts, unsigned perLine,

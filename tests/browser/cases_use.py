@@ -285,8 +285,8 @@ def tree_box(page):
 def switch_under_pointer(page):
     """A place where a switch is, and what the tip says of it."""
     left, top, width, height = tree_box(page)
-    for y in range(int(top), int(min(top + height, 780)), 6):
-        for x in range(int(left) + 100, int(left + width), 8):
+    for y in range(int(top), int(min(top + height, 780)), 11):
+        for x in range(int(left) + 100, int(left + width), 12):
             point(page, "mouseMoved", x, y)
             lines = page.texts("#tip:not([hidden]) > *")
             if len(lines) > 1 and lines[1].startswith("0x"):
