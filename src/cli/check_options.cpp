@@ -1,7 +1,6 @@
 #include "cli/check_options.h"
 
 #include <array>
-#include <limits>
 
 #include "cli/named_files.h"
 
@@ -10,53 +9,10 @@ namespace {
 
 using Problem = OptionProblem;
 
-constexpr int anyCount = std::numeric_limits<int>::max();
-
-constexpr const char* ofRoots = "How the roots are found";
-constexpr const char* ofGroups = "How switches are grouped and named";
 constexpr const char* ofOutputs = "Also write (- for standard output)";
 constexpr const char* ofReport = "The report";
 
-constexpr std::array<CheckOption, 19> table{{
-    {{"--roots", "auto|smdb|regex", ofRoots, "by themselves (auto), or as the next two say",
-      "auto finds the roots by the distances between the leaves; smdb takes the ranks of --ranks, "
-      "or else those of a fabric document; regex takes the switches that --root-regex names. The "
-      "default is auto."},
-     [](CheckArguments& arguments, const std::string& value) -> Problem {
-       if (value != "auto" && value != "smdb" && value != "regex") {
-         return "expected auto, smdb or regex";
-       }
-       arguments.roots = value;
-       return std::nullopt;
-     }},
-    {{"--root-regex", "ERE", ofRoots, "roots are the switches whose name matches",
-      "A POSIX extended regular expression, looked for anywhere in the name, byte by byte. Implies "
-      "--roots regex."},
-     [](CheckArguments& arguments, const std::string& value) {
-       return TakeRegex(arguments.options.rootRegex, value);
-     }},
-    {{"--ranks", "FILE", ofRoots, "the subnet manager's ranks (CSV: guid,rank)",
-      "Rank 0 is a root; switches that are not named have no rank. Implies --roots smdb."},
-     [](CheckArguments& arguments, const std::string& value) {
-       return TakePath(arguments.options.ranks, value);
-     }},
-    {{"--retries", "N", ofRoots, "auto: further leaves to try (default 10)",
-      "Leaves are tried until enough of them give the same roots. 0 or more."},
-     [](CheckArguments& arguments, const std::string& value) {
-       return TakeNumber(arguments.options.retries, value, 0, anyCount);
-     }},
-    {{"--equal", "N", ofRoots, "auto: leaves that must agree (default 2)",
-      "1 or more. A higher number is safer, and fails more often."},
-     [](CheckArguments& arguments, const std::string& value) {
-       return TakeNumber(arguments.options.equalClassifications, value, 1, anyCount);
-     }},
-    {{"--merge-percent", "P", ofGroups, "up-links that a group shares (default 70)",
-      "Two sets of up-links that are alike to this many percent belong to one group. 0 to 100. A "
-      "lower number merges strangers when several leaves are damaged, a higher one splits off "
-      "leaves of small groups."},
-     [](CheckArguments& arguments, const std::string& value) {
-       return TakeNumber(arguments.options.mergePercent, value, 0, 100);
-     }},
+constexpr std::array<CommandOption<CheckArguments>, 11> table{{
     {{"--show-guid", "none|system|node", ofGroups, "GUID in front of switch names (default none)",
       "node tells switches of one name apart; system is the GUID that the chips of one system "
       "share."},
@@ -73,14 +29,6 @@ constexpr std::array<CheckOption, 19> table{{
       "A line for each FLID. They add to those of a fabric document."},
      [](CheckArguments& arguments, const std::string& value) {
        return TakePath(arguments.options.flids, value);
-     }},
-    {{"--special-nodes", "ERE", ofGroups, specialNodesHelp, specialNodesMore},
-     [](CheckArguments& arguments, const std::string& value) {
-       return TakeRegex(arguments.options.specialNodes, value);
-     }},
-    {{"--node-name-map", "FILE", ofGroups, nodeNameMapHelp, nodeNameMapMore},
-     [](CheckArguments& arguments, const std::string& value) {
-       return TakePath(arguments.options.nodeNameMap, value);
      }},
     {{"--dump", "FILE", ofOutputs, "ranks and groups with their switches",
       "With - it follows the report."},
@@ -139,30 +87,6 @@ constexpr std::array<CheckOption, 19> table{{
      }},
 }};
 
-// --root-regex and --ranks each say how the roots are found; --roots may only say the same.
-Problem SettleRoots(CheckArguments& arguments) {
-  CheckOptions& options = arguments.options;
-  const std::string& roots = arguments.roots;
-  const bool haveRegex = options.rootRegex != nullptr;
-  const bool haveRanks = !options.ranks.empty();
-  if (haveRegex && haveRanks) {
-    return "--root-regex and --ranks contradict each other: roots come from one of them";
-  }
-  if (haveRegex && !roots.empty() && roots != "regex") {
-    return "--roots " + roots + " and --root-regex contradict each other: allowed is --roots regex";
-  }
-  if (haveRanks && !roots.empty() && roots != "smdb") {
-    return "--roots " + roots + " and --ranks contradict each other: allowed is --roots smdb";
-  }
-  if (roots == "regex" && !haveRegex) return "--roots regex needs --root-regex ERE";
-  if (haveRegex) {
-    options.roots = RootsFrom::Regex;
-  } else if (haveRanks || roots == "smdb") {
-    options.roots = RootsFrom::Smdb;
-  }
-  return std::nullopt;
-}
-
 Problem SettleFiles(const CheckArguments& arguments) {
   const CheckOptions& options = arguments.options;
   const std::array<const std::string*, 4> inputs{&options.fabric, &options.ranks, &options.flids,
@@ -179,13 +103,15 @@ Problem SettleFiles(const CheckArguments& arguments) {
 
 }  // namespace
 
-std::span<const CheckOption> CheckOptionTable() { return table; }
+std::vector<BoundOption> BindOptions(CheckArguments& arguments) {
+  return Bind(table, arguments, BindTreeOptions(arguments));
+}
 
 const CommandText checkText{
     .name = "check",
     .summary = "Checks the cabling of a fabric and reports what is wrong.",
-    .takesFabric = true,
-    .options = [] { return TextsOf(table); },
+    .operands = {{"FABRIC", fabricHelp}},
+    .options = TextsOf<CheckArguments>,
     .examples = {{"ibnetdiscover | fabscope check - --html page.html",
                   "Checks the fabric that this host is part of, and writes a page to look at."},
                  {"fabscope check --quiet fabric.topo", "Reports nothing but what was found."},
@@ -203,10 +129,10 @@ const CommandText checkText{
 };
 
 std::optional<std::string> SettleArguments(CheckArguments& arguments) {
-  if (Problem problem = SettleRoots(arguments)) return problem;
+  if (Problem problem = SettleTree(arguments)) return problem;
+  if (!arguments.operands.empty()) arguments.options.fabric = arguments.operands.front();
   if (Problem problem = SettleFiles(arguments)) return problem;
   CheckOptions& options = arguments.options;
-  if (!options.specialNodes) options.specialNodes = std::make_shared<regExp>("Aggregation Node");
   options.wantDump = !arguments.dumpFile.empty();
   options.wantFindings = !arguments.jsonFile.empty() || !arguments.htmlFile.empty() ||
                          !arguments.svgFile.empty() || !arguments.prometheusFile.empty();

@@ -1,19 +1,18 @@
 #pragma once
 
 #include <optional>
-#include <span>
 #include <string>
+#include <vector>
 
-#include "check/check.h"
-#include "cli/option_values.h"
 #include "cli/terminal.h"
+#include "cli/tree_options.h"
 
 namespace fabscope {
 
 // `fabscope check` as the command line gives it. Files: empty when not asked for, "-" for standard
 // output.
-struct CheckArguments {
-  CheckOptions options;
+struct CheckArguments : TreeArguments {
+  std::vector<std::string> operands;  // the FABRIC
   std::string dumpFile;
   std::string csvFile;
   std::string jsonFile;
@@ -23,12 +22,9 @@ struct CheckArguments {
   std::string logFile;
   bool quiet = false;
   ColorWhen color = ColorWhen::Auto;
-  std::string roots;  // the value of --roots; empty when it was not given
 };
 
-using CheckOption = CommandOption<CheckArguments>;
-
-std::span<const CheckOption> CheckOptionTable();
+std::vector<BoundOption> BindOptions(CheckArguments& arguments);
 extern const CommandText checkText;
 
 // Works out what the options mean together; answers what contradicts.

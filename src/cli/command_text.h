@@ -19,6 +19,20 @@ struct OptionText {
   const char* more;   // what the manual page adds to it: whole sentences, or nothing
 };
 
+// What a command is given besides options; each is required.
+struct OperandText {
+  const char* name;  // "FABRIC"; "FABRIC..." takes one or more
+  const char* help;  // a line of the help
+};
+
+// "FABRIC" of "FABRIC...".
+inline std::string NameOf(const OperandText& operand) {
+  const std::string name = operand.name;
+  return name.substr(0, name.find("..."));
+}
+
+inline bool TakesSeveral(const OperandText& operand) { return NameOf(operand) != operand.name; }
+
 struct ExampleText {
   const char* command;
   const char* purpose;
@@ -32,7 +46,7 @@ struct StatusText {
 struct CommandText {
   const char* name;     // "check"; empty for fabscope itself
   const char* summary;  // a sentence
-  bool takesFabric;
+  std::initializer_list<OperandText> operands;
   std::vector<OptionText> (*options)();  // its own
   std::initializer_list<ExampleText> examples;
   std::initializer_list<StatusText> statuses;

@@ -12,7 +12,7 @@ using Problem = OptionProblem;
 constexpr const char* ofOutputs = "What is written";
 constexpr const char* ofInputs = "How the fabric is read";
 
-constexpr std::array<ConvertOption, 4> table{{
+constexpr std::array<CommandOption<ConvertArguments>, 4> table{{
     {{"-o,--output", "FILE", ofOutputs, "the file to write (- for standard output)", "Required."},
      [](ConvertArguments& arguments, const std::string& value) {
        return TakePath(arguments.output, value);
@@ -47,13 +47,13 @@ Problem SettleFormat(ConvertArguments& arguments) {
 
 }  // namespace
 
-std::span<const ConvertOption> ConvertOptionTable() { return table; }
+std::vector<BoundOption> BindOptions(ConvertArguments& arguments) { return Bind(table, arguments); }
 
 const CommandText convertText{
     .name = "convert",
     .summary = "Reads a fabric of any format and writes it in another.",
-    .takesFabric = true,
-    .options = [] { return TextsOf(table); },
+    .operands = {{"FABRIC", fabricHelp}},
+    .options = TextsOf<ConvertArguments>,
     .examples = {{"fabscope convert fabric.topo -o fabric.json",
                   "A fabric document of a topology dump."},
                  {"fabscope convert fabric.topo -o - --format dot | dot -Tsvg > fabric.svg",
@@ -65,6 +65,7 @@ const CommandText convertText{
 
 std::optional<std::string> SettleArguments(ConvertArguments& arguments) {
   if (Problem problem = SettleFormat(arguments)) return problem;
+  if (!arguments.operands.empty()) arguments.fabric = arguments.operands.front();
   const std::array<const std::string*, 2> inputs{&arguments.fabric, &arguments.nodeNameMap};
   const std::array<NamedOutput, 1> outputs{{{"--output ", arguments.output}}};
   if (Problem problem = ProblemOfFiles(inputs, outputs)) return problem;

@@ -2,8 +2,8 @@
 
 #include <memory>
 #include <optional>
-#include <span>
 #include <string>
+#include <vector>
 
 #include "cli/option_values.h"
 #include "formats/write_fabric.h"
@@ -14,6 +14,7 @@ namespace fabscope {
 // `fabscope convert` as the command line gives it. Files: empty when not asked for, "-" for
 // standard input and output.
 struct ConvertArguments {
+  std::vector<std::string> operands;  // the FABRIC
   std::string fabric;
   std::string output;
   std::string nodeNameMap;
@@ -21,9 +22,7 @@ struct ConvertArguments {
   std::optional<FabricFormat> format;  // of the output
 };
 
-using ConvertOption = CommandOption<ConvertArguments>;
-
-std::span<const ConvertOption> ConvertOptionTable();
+std::vector<BoundOption> BindOptions(ConvertArguments& arguments);
 extern const CommandText convertText;
 
 // Works out what the options mean together; answers what is missing or contradicts.

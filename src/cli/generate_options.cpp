@@ -48,7 +48,7 @@ Problem TakeFault(std::vector<FaultRequest>& faults, const std::string& value) {
   return std::nullopt;
 }
 
-constexpr std::array<GenerateOption, 14> table{{
+constexpr std::array<CommandOption<GenerateArguments>, 14> table{{
     {{"--xgft", "\"h; m1,...; w1,...\"", ofTree, "an extended generalised fat tree",
       "h levels of switches, m children of each switch and w parents of each node by level, from "
       "the leaves up."},
@@ -183,13 +183,15 @@ Problem SettleFaults(const GenerateArguments& arguments) {
 
 }  // namespace
 
-std::span<const GenerateOption> GenerateOptionTable() { return table; }
+std::vector<BoundOption> BindOptions(GenerateArguments& arguments) {
+  return Bind(table, arguments);
+}
 
 const CommandText generateText{
     .name = "generate",
     .summary = "Writes a fat tree made to order, with faults if asked for.",
-    .takesFabric = false,
-    .options = [] { return TextsOf(table); },
+    .operands = {},
+    .options = TextsOf<GenerateArguments>,
     .examples =
         {{"fabscope generate --levels 3 --radix 8 --fault missing-link=2 -o a.json",
           "A tree of 80 switches without two of its cables."},

@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <optional>
-#include <span>
 #include <string>
 #include <vector>
 
@@ -21,8 +20,9 @@ struct FaultRequest {
 // `fabscope generate` as the command line gives it. Files: empty when not asked for, "-" for
 // standard output.
 struct GenerateArguments {
-  std::optional<TreeShape> xgft;  // of --xgft
-  int levels = 0;                 // 0 where an option was not given
+  std::vector<std::string> operands;  // it takes none
+  std::optional<TreeShape> xgft;      // of --xgft
+  int levels = 0;                     // 0 where an option was not given
   int radix = 0;
   int pods = 0;
   int hostsPerLeaf = 0;
@@ -41,9 +41,7 @@ struct GenerateArguments {
   FabricFormat format = FabricFormat::Document;
 };
 
-using GenerateOption = CommandOption<GenerateArguments>;
-
-std::span<const GenerateOption> GenerateOptionTable();
+std::vector<BoundOption> BindOptions(GenerateArguments& arguments);
 extern const CommandText generateText;
 
 // Works out what the options mean together; answers what contradicts or cannot be.

@@ -76,10 +76,12 @@ void AppendStatuses(std::string& text, const CommandText& command) {
 
 std::string HelpText(const CommandText& command) {
   std::string text;
-  AppendHead(text, command, command.takesFabric ? " [OPTIONS] FABRIC" : " [OPTIONS]");
-  if (command.takesFabric) {
-    text += '\n';
-    AppendEntry(text, "FABRIC", fabricHelp, 10);
+  std::string usage = " [OPTIONS]";
+  for (const OperandText& operand : command.operands) usage += std::string(" ") + operand.name;
+  AppendHead(text, command, usage);
+  if (command.operands.size() != 0) text += '\n';
+  for (const OperandText& operand : command.operands) {
+    AppendEntry(text, NameOf(operand), operand.help, 10);
   }
   std::vector<OptionText> options = command.options();
   const std::vector<OptionText> common = CommonOptions();
@@ -91,7 +93,7 @@ std::string HelpText(const CommandText& command) {
 
 std::string HelpText(const CommandText& tool, std::span<const CommandText* const> commands) {
   std::string text;
-  AppendHead(text, tool, " COMMAND [OPTIONS] [FABRIC]");
+  AppendHead(text, tool, " COMMAND [OPTIONS] [FABRIC...]");
   text += "\nCommands (fabscope COMMAND --help tells more):\n";
   for (const CommandText* command : commands) {
     AppendEntry(text, command->name, command->summary, 14);

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -24,11 +25,32 @@ struct CommandOption {
   bool repeatable = false;  // every value is taken over, in order; otherwise the last one holds
 };
 
+// An option and the arguments that its values go to; these must outlive it.
+struct BoundOption {
+  OptionText text;
+  std::function<OptionProblem(const std::string& value)> take;
+  bool repeatable;
+};
+
+// Behind those that there are already.
 template <typename Arguments, std::size_t count>
-std::vector<OptionText> TextsOf(const std::array<CommandOption<Arguments>, count>& table) {
+std::vector<BoundOption> Bind(const std::array<CommandOption<Arguments>, count>& table,
+                              Arguments& arguments, std::vector<BoundOption> options = {}) {
+  for (const CommandOption<Arguments>& option : table) {
+    const auto take = option.take;
+    options.push_back(
+        {option.text,
+         [take, &arguments](const std::string& value) { return take(arguments, value); },
+         option.repeatable});
+  }
+  return options;
+}
+
+template <typename Arguments>
+std::vector<OptionText> TextsOf() {
+  Arguments arguments;
   std::vector<OptionText> texts;
-  texts.reserve(count);
-  for (const CommandOption<Arguments>& option : table) texts.push_back(option.text);
+  for (const BoundOption& option : BindOptions(arguments)) texts.push_back(option.text);
   return texts;
 }
 

@@ -94,6 +94,16 @@ std::string ZshOption(const OptionText& option) {
          Quoted(either + LongName(option) + mark + help + value);
 }
 
+// "'1:OLD:_files'"; "'*:FABRIC:_files'" of one that may come again.
+std::vector<std::string> ZshOperands(const CommandText& command) {
+  std::vector<std::string> result;
+  for (const OperandText& operand : command.operands) {
+    const std::string place = TakesSeveral(operand) ? "*" : std::to_string(result.size() + 1);
+    result.push_back(Quoted(place + ":" + NameOf(operand) + ":_files"));
+  }
+  return result;
+}
+
 std::string FishOption(const std::string& condition, const OptionText& option) {
   std::string line = "complete -c fabscope -n " + Quoted(condition);
   if (!ShortName(option).empty()) line += " -s " + ShortName(option).substr(1);
@@ -144,7 +154,7 @@ _fabscope() {
   for (const CommandText* command : commands) {
     text += std::string("    ") + command->name + ":-*) _fabscope_words " +
             Quoted(Joined(NamesOf(OptionsOf(*command)), " ")) + " ;;\n";
-    if (command->takesFabric)
+    if (command->operands.size() != 0)
       text += std::string("    ") + command->name + ":*) _fabscope_files ;;\n";
   }
   return text + "  esac\n}\n\ncomplete -F _fabscope fabscope\n";
@@ -177,7 +187,7 @@ _fabscope() {
     text += std::string("    ") + command->name + ")\n      _arguments -s -S";
     for (const OptionText& option : OptionsOf(*command))
       text += " \\\n        " + ZshOption(option);
-    if (command->takesFabric) text += " \\\n        '1:FABRIC:_files'";
+    for (const std::string& operand : ZshOperands(*command)) text += " \\\n        " + operand;
     text += "\n      ;;\n";
   }
   return text + "  esac\n}\n\n_fabscope \"$@\"\n";
@@ -194,7 +204,8 @@ std::string FishCompletion(Commands commands) {
   for (const CommandText* command : commands) {
     const std::string condition = std::string("__fish_seen_subcommand_from ") + command->name;
     text += "\n";
-    if (command->takesFabric) text += "complete -c fabscope -n " + Quoted(condition) + " -F\n";
+    if (command->operands.size() != 0)
+      text += "complete -c fabscope -n " + Quoted(condition) + " -F\n";
     for (const OptionText& option : OptionsOf(*command)) text += FishOption(condition, option);
   }
   return text;

@@ -4,7 +4,7 @@
 #include <iostream>
 #include <string>
 
-#include "cli/command_texts.h"
+#include "cli/commands.h"
 #include "manual/completions.h"
 #include "manual/man_page.h"
 

@@ -65,11 +65,11 @@ class Page {
       if (paragraph != *command_.description.begin()) Line(".PP");
       Line(Plain(paragraph));
     }
-    if (!command_.takesFabric) return;
-    Line(".PP");
-    Line(Italic("FABRIC") +
-         Plain(" is a topology dump as ibnetdiscover prints it, or a fabric document (JSON), plain "
-               "or gzip; - is standard input."));
+    for (const OperandText& operand : command_.operands) {
+      Line(".TP");
+      Line(Italic(NameOf(operand)));
+      Line(Plain(Sentence(operand.help)));
+    }
   }
 
   void Options() {
@@ -133,8 +133,9 @@ std::string PageName(const CommandText& command) {
 
 std::string ManPage(const CommandText& command) {
   Page page(command);
-  page.Line(Bold(FullName(command)) + " [" + Italic("OPTIONS") + "]" +
-            (command.takesFabric ? " " + Italic("FABRIC") : ""));
+  std::string synopsis = Bold(FullName(command)) + " [" + Italic("OPTIONS") + "]";
+  for (const OperandText& operand : command.operands) synopsis += ' ' + Italic(operand.name);
+  page.Line(synopsis);
   page.Description();
   page.Options();
   page.Statuses();
@@ -147,7 +148,7 @@ std::string ManPage(const CommandText& command) {
 std::string ManPage(const CommandText& tool, std::span<const CommandText* const> commands) {
   Page page(tool);
   page.Line(Bold("fabscope") + ' ' + Italic("COMMAND") + " [" + Italic("OPTIONS") + "] [" +
-            Italic("FABRIC") + "]");
+            Italic("FABRIC...") + "]");
   page.Description();
   page.Section("COMMANDS");
   for (const CommandText* command : commands) {

@@ -27,10 +27,10 @@ _fabscope() {
     check:--retries) return ;;
     check:--equal) return ;;
     check:--merge-percent) return ;;
-    check:--show-guid) _fabscope_words 'none system node'; return ;;
-    check:--flids) _fabscope_files; return ;;
     check:--special-nodes) return ;;
     check:--node-name-map) _fabscope_files; return ;;
+    check:--show-guid) _fabscope_words 'none system node'; return ;;
+    check:--flids) _fabscope_files; return ;;
     check:--dump) _fabscope_files; return ;;
     check:--csv) _fabscope_files; return ;;
     check:--json) _fabscope_files; return ;;
@@ -58,7 +58,7 @@ _fabscope() {
     convert:--special-nodes) return ;;
   esac
   case ${COMP_WORDS[1]}:$current in
-    check:-*) _fabscope_words '--roots --root-regex --ranks --retries --equal --merge-percent --show-guid --flids --special-nodes --node-name-map --dump --csv --json --html --svg --prometheus --log -q --quiet --color -h --help --version' ;;
+    check:-*) _fabscope_words '--roots --root-regex --ranks --retries --equal --merge-percent --special-nodes --node-name-map --show-guid --flids --dump --csv --json --html --svg --prometheus --log -q --quiet --color -h --help --version' ;;
     check:*) _fabscope_files ;;
     generate:-*) _fabscope_words '--xgft --levels --radix --pods --hosts-per-leaf --parallel --planes --flids --speed --fault --seed --truth -o --output --format -h --help --version' ;;
     convert:-*) _fabscope_words '-o --output --format --node-name-map --special-nodes -h --help --version' ;;

@@ -12,8 +12,8 @@ using ::testing::Optional;
 class CheckOptionsTest : public ::testing::Test {
  protected:
   std::optional<std::string> Take(const std::string& name, const std::string& value) {
-    for (const CheckOption& option : CheckOptionTable()) {
-      if (name == LongName(option.text)) return option.take(arguments, value);
+    for (const BoundOption& option : BindOptions(arguments)) {
+      if (name == LongName(option.text)) return option.take(value);
     }
     return "no such option";
   }
@@ -207,25 +207,25 @@ TEST_F(CheckOptionsTest, NoOutputMayOverwriteAnInput) {
 }
 
 TEST_F(CheckOptionsTest, NoOutputMayOverwriteTheFabric) {
-  arguments.options.fabric = "./fabric.topo";
+  arguments.operands = {"./fabric.topo"};
   EXPECT_EQ(Take("--csv", "fabric.topo"), std::nullopt);
   EXPECT_THAT(Settle(), Optional(Eq("--csv fabric.topo would overwrite the input ./fabric.topo")));
 }
 
 TEST_F(CheckOptionsTest, StandardInputIsReadOnceButMayGoToStandardOutput) {
-  arguments.options.fabric = "-";
+  arguments.operands = {"-"};
   EXPECT_EQ(Take("--csv", "-"), std::nullopt);
   EXPECT_EQ(Settle(), std::nullopt);
   for (const char* option : {"--ranks", "--flids", "--node-name-map"}) {
     arguments = {};
-    arguments.options.fabric = "-";
+    arguments.operands = {"-"};
     EXPECT_EQ(Take(option, "-"), std::nullopt);
     EXPECT_THAT(Settle(), Optional(Eq("standard input (-) can be read only once")));
   }
 }
 
 TEST_F(CheckOptionsTest, ADeviceMayTakeSeveralOutputsAndAnInput) {
-  arguments.options.fabric = "/dev/null";
+  arguments.operands = {"/dev/null"};
   EXPECT_EQ(Take("--csv", "/dev/null"), std::nullopt);
   EXPECT_EQ(Take("--json", "/dev/null"), std::nullopt);
   EXPECT_EQ(Settle(), std::nullopt);
@@ -234,7 +234,7 @@ TEST_F(CheckOptionsTest, ADeviceMayTakeSeveralOutputsAndAnInput) {
 // The outputs will fail, but for what is really the matter with them.
 TEST_F(CheckOptionsTest, FilesThatCannotBeLookedAtAreNotTakenForOne) {
   const std::string longName(300, 'x');
-  arguments.options.fabric = longName + ".topo";
+  arguments.operands = {longName + ".topo"};
   EXPECT_EQ(Take("--csv", longName + ".csv"), std::nullopt);
   EXPECT_EQ(Take("--json", longName + ".json"), std::nullopt);
   EXPECT_EQ(Settle(), std::nullopt);

@@ -11,11 +11,11 @@ using ::testing::Optional;
 
 class ConvertOptionsTest : public ::testing::Test {
  protected:
-  ConvertOptionsTest() { arguments.fabric = "in.topo"; }
+  ConvertOptionsTest() { arguments.operands = {"in.topo"}; }
 
   std::optional<std::string> Take(const std::string& name, const std::string& value) {
-    for (const ConvertOption& option : ConvertOptionTable()) {
-      if (name == LongName(option.text)) return option.take(arguments, value);
+    for (const BoundOption& option : BindOptions(arguments)) {
+      if (name == LongName(option.text)) return option.take(value);
     }
     return "no such option";
   }
@@ -74,7 +74,7 @@ TEST_F(ConvertOptionsTest, InputIsNotOverwritten) {
 }
 
 TEST_F(ConvertOptionsTest, StandardInputIsReadOnce) {
-  arguments.fabric = "-";
+  arguments.operands = {"-"};
   ASSERT_EQ(Take("--output", "out.json"), std::nullopt);
   ASSERT_EQ(Settle(), std::nullopt);
   ASSERT_EQ(Take("--node-name-map", "-"), std::nullopt);
@@ -82,7 +82,7 @@ TEST_F(ConvertOptionsTest, StandardInputIsReadOnce) {
 }
 
 TEST_F(ConvertOptionsTest, StandardInputAndOutputMayGoTogether) {
-  arguments.fabric = "-";
+  arguments.operands = {"-"};
   ASSERT_EQ(Take("--output", "-"), std::nullopt);
   ASSERT_EQ(Take("--format", "graphml"), std::nullopt);
   EXPECT_EQ(Settle(), std::nullopt);

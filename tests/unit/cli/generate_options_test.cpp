@@ -16,8 +16,8 @@ constexpr const char* faultKinds =
 class GenerateOptionsTest : public ::testing::Test {
  protected:
   std::optional<std::string> Take(const std::string& name, const std::string& value) {
-    for (const GenerateOption& option : GenerateOptionTable()) {
-      if (name == LongName(option.text)) return option.take(arguments, value);
+    for (const BoundOption& option : BindOptions(arguments)) {
+      if (name == LongName(option.text)) return option.take(value);
     }
     return "no such option";
   }

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "cli/check_options.h"
-#include "cli/command_texts.h"
+#include "cli/commands.h"
 #include "cli/convert_options.h"
 #include "cli/generate_options.h"
 #include "synthetic/faults.h"
@@ -63,7 +63,7 @@ TEST(HelpTextTest, EveryOptionIsToldBelowItsGroup) {
 const CommandText small{
     .name = "try",
     .summary = "Tries things.",
-    .takesFabric = true,
+    .operands = {{"FABRIC", fabricHelp}},
     .options =
         [] {
           return std::vector<OptionText>{
@@ -104,7 +104,7 @@ TEST(HelpTextTest, TheHelpOfTheToolNamesItsCommands) {
   EXPECT_EQ(HelpText(small, std::vector<const CommandText*>{&small}),
             R"(Example: fabscope try net
 
-Usage: fabscope try COMMAND [OPTIONS] [FABRIC]
+Usage: fabscope try COMMAND [OPTIONS] [FABRIC...]
 Tries things.
 
 Commands (fabscope COMMAND --help tells more):

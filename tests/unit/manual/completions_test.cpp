@@ -15,7 +15,7 @@ constexpr const char* group = "Group";
 const CommandText small{
     .name = "try",
     .summary = "It's a try: [really].",
-    .takesFabric = true,
+    .operands = {{"OLD", "first"}, {"NEW...", "others"}},
     .options =
         [] {
           return std::vector<OptionText>{{"-a,--all", "", group, "it's all", ""},
@@ -49,7 +49,7 @@ TEST(CompletionsTest, ZshTellsWhatItOffers) {
                               "'(-m --mode)--mode=[how\\: \\[this\\]]:value:(one two)'"));
   EXPECT_THAT(text, HasSubstr("'--in=[what is read]:FILE:_files'"));
   EXPECT_THAT(text, HasSubstr("'--count=[how often]:N: '"));
-  EXPECT_THAT(text, HasSubstr("'1:FABRIC:_files'"));
+  EXPECT_THAT(text, HasSubstr("'1:OLD:_files' \\\n        '*:NEW:_files'"));
 }
 
 TEST(CompletionsTest, FishTellsWhatItOffers) {

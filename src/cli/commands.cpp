@@ -1,0 +1,66 @@
+#include "cli/commands.h"
+
+#include <array>
+
+#include "cli/check_command.h"
+#include "cli/check_options.h"
+#include "cli/convert_command.h"
+#include "cli/convert_options.h"
+#include "cli/generate_command.h"
+#include "cli/generate_options.h"
+#include "cli/parser.h"
+
+namespace fabscope {
+namespace {
+
+using Words = std::vector<std::string>;
+
+template <typename Arguments, const CommandText& text, int (*run)(const Arguments&)>
+int Run(const Words& words) {
+  Arguments arguments;
+  if (const auto status = Parse(text, BindOptions(arguments), words, arguments.operands)) {
+    return *status;
+  }
+  if (const auto problem = SettleArguments(arguments)) return WrongUsage(text, *problem);
+  return run(arguments);
+}
+
+struct Command {
+  const CommandText* text;
+  int (*run)(const Words& words);
+};
+
+constexpr std::array<Command, 3> commands{{
+    {&checkText, Run<CheckArguments, checkText, RunCheckCommand>},
+    {&generateText, Run<GenerateArguments, generateText, RunGenerateCommand>},
+    {&convertText, Run<ConvertArguments, convertText, RunConvertCommand>},
+}};
+
+}  // namespace
+
+const CommandText toolText{
+    .name = "",
+    .summary = "Finds the wrong cables of an InfiniBand fat tree.",
+    .operands = {},
+    .options = [] { return std::vector<OptionText>(); },
+    .examples = {{"ibnetdiscover | fabscope check -", "Checks the fabric of this host."}},
+    .statuses = {{0, "nothing found"}, {1, "something found"}, {2, "the work could not be done"}},
+    .description = {"Tells the people who run InfiniBand fabrics where the cabling of their fat "
+                    "tree is wrong: the exact switches and ports, from a dump of the fabric."},
+};
+
+std::vector<const CommandText*> CommandTexts() {
+  std::vector<const CommandText*> texts;
+  for (const Command& command : commands) texts.push_back(command.text);
+  return texts;
+}
+
+int RunCommand(const Words& words) {
+  for (const Command& command : commands) {
+    if (words.empty() || words.front() != command.text->name) continue;
+    return command.run({words.begin() + 1, words.end()});
+  }
+  return ParseWithoutCommand(toolText, CommandTexts(), words);
+}
+
+}  // namespace fabscope

@@ -1,0 +1,101 @@
+#include "cli/tree_options.h"
+
+#include <array>
+#include <limits>
+
+namespace fabscope {
+namespace {
+
+using Problem = OptionProblem;
+
+constexpr const char* ofRoots = "How the roots are found";
+constexpr int anyCount = std::numeric_limits<int>::max();
+
+constexpr std::array<CommandOption<TreeArguments>, 8> table{{
+    {{"--roots", "auto|smdb|regex", ofRoots, "by themselves (auto), or as the next two say",
+      "auto finds the roots by the distances between the leaves; smdb takes the ranks of --ranks, "
+      "or else those of a fabric document; regex takes the switches that --root-regex names. The "
+      "default is auto."},
+     [](TreeArguments& arguments, const std::string& value) -> Problem {
+       if (value != "auto" && value != "smdb" && value != "regex") {
+         return "expected auto, smdb or regex";
+       }
+       arguments.roots = value;
+       return std::nullopt;
+     }},
+    {{"--root-regex", "ERE", ofRoots, "roots are the switches whose name matches",
+      "A POSIX extended regular expression, looked for anywhere in the name, byte by byte. Implies "
+      "--roots regex."},
+     [](TreeArguments& arguments, const std::string& value) {
+       return TakeRegex(arguments.options.rootRegex, value);
+     }},
+    {{"--ranks", "FILE", ofRoots, "the subnet manager's ranks (CSV: guid,rank)",
+      "Rank 0 is a root; switches that are not named have no rank. Implies --roots smdb."},
+     [](TreeArguments& arguments, const std::string& value) {
+       return TakePath(arguments.options.ranks, value);
+     }},
+    {{"--retries", "N", ofRoots, "auto: further leaves to try (default 10)",
+      "Leaves are tried until enough of them give the same roots. 0 or more."},
+     [](TreeArguments& arguments, const std::string& value) {
+       return TakeNumber(arguments.options.retries, value, 0, anyCount);
+     }},
+    {{"--equal", "N", ofRoots, "auto: leaves that must agree (default 2)",
+      "1 or more. A higher number is safer, and fails more often."},
+     [](TreeArguments& arguments, const std::string& value) {
+       return TakeNumber(arguments.options.equalClassifications, value, 1, anyCount);
+     }},
+    {{"--merge-percent", "P", ofGroups, "up-links that a group shares (default 70)",
+      "Two sets of up-links that are alike to this many percent belong to one group. 0 to 100. A "
+      "lower number merges strangers when several leaves are damaged, a higher one splits off "
+      "leaves of small groups."},
+     [](TreeArguments& arguments, const std::string& value) {
+       return TakeNumber(arguments.options.mergePercent, value, 0, 100);
+     }},
+    {{"--special-nodes", "ERE", ofGroups, specialNodesHelp, specialNodesMore},
+     [](TreeArguments& arguments, const std::string& value) {
+       return TakeRegex(arguments.options.specialNodes, value);
+     }},
+    {{"--node-name-map", "FILE", ofGroups, nodeNameMapHelp, nodeNameMapMore},
+     [](TreeArguments& arguments, const std::string& value) {
+       return TakePath(arguments.options.nodeNameMap, value);
+     }},
+}};
+
+// --root-regex and --ranks each say how the roots are found; --roots may only say the same.
+Problem SettleRoots(TreeArguments& arguments) {
+  CheckOptions& options = arguments.options;
+  const std::string& roots = arguments.roots;
+  const bool haveRegex = options.rootRegex != nullptr;
+  const bool haveRanks = !options.ranks.empty();
+  if (haveRegex && haveRanks) {
+    return "--root-regex and --ranks contradict each other: roots come from one of them";
+  }
+  if (haveRegex && !roots.empty() && roots != "regex") {
+    return "--roots " + roots + " and --root-regex contradict each other: allowed is --roots regex";
+  }
+  if (haveRanks && !roots.empty() && roots != "smdb") {
+    return "--roots " + roots + " and --ranks contradict each other: allowed is --roots smdb";
+  }
+  if (roots == "regex" && !haveRegex) return "--roots regex needs --root-regex ERE";
+  if (haveRegex) {
+    options.roots = RootsFrom::Regex;
+  } else if (haveRanks || roots == "smdb") {
+    options.roots = RootsFrom::Smdb;
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
+std::vector<BoundOption> BindTreeOptions(TreeArguments& arguments) {
+  return Bind(table, arguments);
+}
+
+std::optional<std::string> SettleTree(TreeArguments& arguments) {
+  if (Problem problem = SettleRoots(arguments)) return problem;
+  CheckOptions& options = arguments.options;
+  if (!options.specialNodes) options.specialNodes = std::make_shared<regExp>("Aggregation Node");
+  return std::nullopt;
+}
+
+}  // namespace fabscope

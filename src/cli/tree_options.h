@@ -1,0 +1,27 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "check/check.h"
+#include "cli/option_values.h"
+
+namespace fabscope {
+
+// How the tree of a fabric is found, as the command line gives it: for every command that looks for
+// one.
+struct TreeArguments {
+  CheckOptions options;
+  std::string roots;  // the value of --roots; empty when it was not given
+};
+
+// The heading of what names nodes and puts them into groups.
+inline constexpr const char* ofGroups = "How switches are grouped and named";
+
+std::vector<BoundOption> BindTreeOptions(TreeArguments& arguments);
+
+// Works out what they mean together; answers what contradicts.
+std::optional<std::string> SettleTree(TreeArguments& arguments);
+
+}  // namespace fabscope
