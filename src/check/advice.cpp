@@ -124,4 +124,11 @@ std::string AdviceOnTree(const FTTopology& topology, const CheckOptions& options
          " switches have no rank and were not checked, the first is " + (*first)->name;
 }
 
+std::string AdviceOnNames(const CheckResult& result, const CheckOptions& options) {
+  if (result.switchesOfSharedName == 0 || options.showGuid != 0) return {};
+  return std::to_string(result.switchesOfSharedName) +
+         " switches share their name with another switch: --show-guid node shows which is meant, "
+         "--node-name-map FILE gives them names of their own";
+}
+
 }  // namespace fabscope

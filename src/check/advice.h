@@ -15,4 +15,7 @@ std::string AdviceOnBuilding(FTTopology& topology, const CheckOptions& options);
 // this is for people, never a finding.
 std::string AdviceOnTree(const FTTopology& topology, const CheckOptions& options);
 
+// How to tell switches apart that share a name; empty when names or GUIDs do.
+std::string AdviceOnNames(const CheckResult& result, const CheckOptions& options);
+
 }  // namespace fabscope

@@ -96,7 +96,8 @@ bool CheckRun::Load() {
 }
 
 bool CheckRun::Build() {
-  FTTopology::Show_GUID = options_.showGuid;
+  // Checks that other threads do meanwhile read it; all want the same.
+  if (FTTopology::Show_GUID != options_.showGuid) FTTopology::Show_GUID = options_.showGuid;
   result_.topology = std::make_unique<FTTopology>(result_.fabric.get(), result_.stream.get(),
                                                   options_.mergePercent);
   FTTopology& topology = *result_.topology;

@@ -74,7 +74,8 @@ struct CheckResult {
   bool HasFindings() const { return !records.empty() || issuesCount != 0; }
 };
 
-// Loads a fabric, builds its tree, validates it and collects what was found.
+// Loads a fabric, builds its tree, validates it and collects what was found. Threads may run checks
+// at the same time once FTTopology::Show_GUID is what all their options say.
 CheckResult RunCheck(const CheckOptions& options);
 
 }  // namespace fabscope

@@ -2,6 +2,8 @@
 
 #include <chrono>
 
+#include "check/advice.h"
+#include "cli/check_several.h"
 #include "cli/exit_status.h"
 #include "cli/messages.h"
 #include "cli/output_file.h"
@@ -23,18 +25,19 @@ class CheckCommand {
   explicit CheckCommand(const CheckArguments& arguments) : arguments_(arguments) {}
 
   int Run() {
-    const CheckResult result = RunWithProgress();
-    int status = ExitFailed;
-    if (result.inputError) {
-      // What was odd before the input turned out to be unreadable would only hide the reason.
-      messages_.Tell(result.inputError->Text());
-    } else {
-      status = Report(result);
-    }
+    const int status =
+        arguments_.operands.size() > 1 ? CheckSeveral(arguments_, messages_) : CheckOne();
     return WriteLog() ? status : ExitFailed;
   }
 
  private:
+  int CheckOne() {
+    const CheckResult result = RunWithProgress();
+    if (!result.inputError) return Report(result);
+    // What was odd before the input turned out to be unreadable would only hide the reason.
+    messages_.Tell(result.inputError->Text());
+    return ExitFailed;
+  }
   CheckResult RunWithProgress() {
     const ProgressLine line(IsWatched() && !arguments_.quiet);
     return RunCheck(arguments_.options);
@@ -73,11 +76,8 @@ class CheckCommand {
 
 int CheckCommand::Report(const CheckResult& result) {
   for (const std::string& warning : result.warnings) messages_.Tell(warning);
-  if (result.switchesOfSharedName != 0 && arguments_.options.showGuid == 0) {
-    messages_.Tell(std::to_string(result.switchesOfSharedName) +
-                   " switches share their name with another switch: --show-guid node shows which "
-                   "is meant, --node-name-map FILE gives them names of their own");
-  }
+  const std::string onNames = AdviceOnNames(result, arguments_.options);
+  if (!onNames.empty()) messages_.Tell(onNames);
   const bool written = WriteReports(result);
   if (result.status != CheckStatus::Done) messages_.Tell(result.message);
   if (!result.advice.empty()) messages_.Tell(result.advice);

@@ -41,7 +41,7 @@ constexpr std::array<CommandOption<CheckArguments>, 11> table{{
        return TakePath(arguments.csvFile, value);
      }},
     {{"--json", "FILE", ofOutputs, "the whole result as JSON",
-      "With - it takes the place of the report."},
+      "With - it takes the place of the report. Of several fabrics a line each."},
      [](CheckArguments& arguments, const std::string& value) {
        return TakePath(arguments.jsonFile, value);
      }},
@@ -89,8 +89,9 @@ constexpr std::array<CommandOption<CheckArguments>, 11> table{{
 
 Problem SettleFiles(const CheckArguments& arguments) {
   const CheckOptions& options = arguments.options;
-  const std::array<const std::string*, 4> inputs{&options.fabric, &options.ranks, &options.flids,
-                                                 &options.nodeNameMap};
+  std::vector<const std::string*> inputs;
+  for (const std::string& fabric : arguments.operands) inputs.push_back(&fabric);
+  inputs.insert(inputs.end(), {&options.ranks, &options.flids, &options.nodeNameMap});
   const std::array<NamedOutput, 7> outputs{{{"--dump ", arguments.dumpFile},
                                             {"--csv ", arguments.csvFile},
                                             {"--json ", arguments.jsonFile},
@@ -99,6 +100,21 @@ Problem SettleFiles(const CheckArguments& arguments) {
                                             {"--prometheus ", arguments.prometheusFile},
                                             {"--log ", arguments.logFile}}};
   return ProblemOfFiles(inputs, outputs);
+}
+
+// These files tell of one fabric.
+Problem SettleSeveral(const CheckArguments& arguments) {
+  if (arguments.operands.size() < 2) return std::nullopt;
+  const std::array<NamedOutput, 5> ofOne{{{"--dump ", arguments.dumpFile},
+                                          {"--csv ", arguments.csvFile},
+                                          {"--html ", arguments.htmlFile},
+                                          {"--svg ", arguments.svgFile},
+                                          {"--prometheus ", arguments.prometheusFile}}};
+  for (const NamedOutput& output : ofOne) {
+    if (output.file.empty()) continue;
+    return output.option + output.file + " takes one FABRIC: of several there is --json";
+  }
+  return std::nullopt;
 }
 
 }  // namespace
@@ -110,14 +126,16 @@ std::vector<BoundOption> BindOptions(CheckArguments& arguments) {
 const CommandText checkText{
     .name = "check",
     .summary = "Checks the cabling of a fabric and reports what is wrong.",
-    .operands = {{"FABRIC", fabricHelp}},
+    .operands = {{"FABRIC...", fabricHelp}},
     .options = TextsOf<CheckArguments>,
     .examples = {{"ibnetdiscover | fabscope check - --html page.html",
                   "Checks the fabric that this host is part of, and writes a page to look at."},
                  {"fabscope check --quiet fabric.topo", "Reports nothing but what was found."},
                  {"fabscope check --root-regex '^spine' fabric.topo",
                   "Names the roots, where they cannot be found by themselves."},
-                 {"fabscope check --json - fabric.topo.gz", "The result for a program."}},
+                 {"fabscope check --json - fabric.topo.gz", "The result for a program."},
+                 {"fabscope check --quiet --json results.jsonl archive/*.topo",
+                  "Checks many fabrics at once, and names those with findings."}},
     .statuses = {{0, "nothing found"}, {1, "something found"}, {2, "the work could not be done"}},
     .description =
         {"Finds the fat tree that the switches of a fabric form, groups them into neighborhoods "
@@ -125,12 +143,17 @@ const CommandText checkText{
          "links, links that do not belong there, uneven link counts, suspected blocking, "
          "asymmetric aggregated ports, and FLIDs of several neighborhoods.",
          "The report is on standard output, messages are on standard error. Files are written "
-         "whole or not at all, and nothing is written when the fabric cannot be read."},
+         "whole or not at all, and nothing is written when the fabric cannot be read.",
+         "Several fabrics are checked at the same time, on all cores. The report is then a line "
+         "for "
+         "each, and the exit status the highest of theirs; one that cannot be read does not keep "
+         "the others from being checked."},
 };
 
 std::optional<std::string> SettleArguments(CheckArguments& arguments) {
   if (Problem problem = SettleTree(arguments)) return problem;
   if (!arguments.operands.empty()) arguments.options.fabric = arguments.operands.front();
+  if (Problem problem = SettleSeveral(arguments)) return problem;
   if (Problem problem = SettleFiles(arguments)) return problem;
   CheckOptions& options = arguments.options;
   options.wantDump = !arguments.dumpFile.empty();

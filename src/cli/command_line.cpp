@@ -7,6 +7,7 @@
 #include <new>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 #include <unistd.h>
 #include <vector>
 
@@ -44,6 +45,9 @@ int RunCommandLine(int argc, const char* const* argv) {
     return OutOfMemory();
   } catch (const std::length_error&) {  // more than any memory could hold
     return OutOfMemory();
+  } catch (const std::system_error& error) {
+    std::cerr << "fabscope: cannot start a thread: " << error.code().message() << '\n';
+    return ExitFailed;
   }
 }
 

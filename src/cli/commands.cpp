@@ -51,6 +51,7 @@ const CommandText toolText{
 
 std::vector<const CommandText*> CommandTexts() {
   std::vector<const CommandText*> texts;
+  texts.reserve(commands.size());
   for (const Command& command : commands) texts.push_back(command.text);
   return texts;
 }

@@ -14,6 +14,8 @@
 namespace fabscope {
 namespace {
 
+constexpr const char* endOfOptions = "--";
+
 int PrintAndLeave(const std::string& text) {
   const auto problem = WriteStandardOutput([&](std::ostream& stream) { stream << text; });
   if (!problem) return ExitClean;
@@ -48,10 +50,17 @@ void AddOperand(CLI::App& app, const OperandText& operand, std::vector<std::stri
     operands.insert(operands.end(), values.begin(), values.end());
     return true;
   };
-  app.add_option(NameOf(operand), take)
-      ->type_name("")
-      ->required()
-      ->expected(1, TakesSeveral(operand) ? CLI::detail::expected_max_vector_size : 1);
+  app.add_option(NameOf(operand), take)->type_name("")->required();
+  // The parser would take "[a,b]" for two.
+  if (TakesSeveral(operand)) app.allow_extras();
+}
+
+// The operands that followed the first one.
+void TakeFurther(const CLI::App& app, std::vector<std::string>& operands) {
+  std::vector<std::string> further = app.remaining();
+  const auto mark = std::find(further.begin(), further.end(), endOfOptions);
+  if (mark != further.end()) further.erase(mark);
+  operands.insert(operands.end(), further.begin(), further.end());
 }
 
 // What an argument that has no place should have been: "one FABRIC", "OLD and NEW".
@@ -64,8 +73,6 @@ std::string ExpectedOperands(const CommandText& command) {
   }
   return names;
 }
-
-constexpr const char* endOfOptions = "--";
 
 bool IsOption(const std::string& word) { return word.size() > 1 && word.front() == '-'; }
 
@@ -158,7 +165,10 @@ std::optional<int> Parse(const CommandText& command, const std::vector<BoundOpti
   CLI::App app;
   for (const OperandText& operand : command.operands) AddOperand(app, operand, operands);
   for (const BoundOption& option : options) AddOption(app, option);
-  return Parse(app, command, words, ExpectedOperands(command), [&] { return HelpText(command); });
+  const auto help = [&] { return HelpText(command); };
+  const auto status = Parse(app, command, words, ExpectedOperands(command), help);
+  if (!status) TakeFurther(app, operands);
+  return status;
 }
 
 int ParseWithoutCommand(const CommandText& tool, const std::vector<const CommandText*>& commands,

@@ -22,7 +22,12 @@ ProgressLine::ProgressLine(bool isWanted) : isWanted_(isWanted), next_(Clock::no
 ProgressLine::~ProgressLine() {
   if (!isWanted_) return;
   SetProgressSink({});
+  Hide();
+}
+
+void ProgressLine::Hide() {
   if (isShown_) std::cerr << cleanLine << std::flush;
+  isShown_ = false;
 }
 
 void ProgressLine::Show(std::string_view phase, std::size_t done, std::size_t total) {

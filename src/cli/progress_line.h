@@ -20,6 +20,9 @@ class ProgressLine {
   ProgressLine& operator=(const ProgressLine&) = delete;
   ~ProgressLine();
 
+  // Makes room for what others write to the terminal.
+  void Hide();
+
  private:
   void Show(std::string_view phase, std::size_t done, std::size_t total);
 

@@ -24,8 +24,9 @@
 namespace fabscope {
 namespace {
 
-std::uint64_t neighborhoodId = 0;
-std::uint64_t groupId = 0;
+// Threads number their groups apart, or checks at the same time would change each other's reports.
+thread_local std::uint64_t neighborhoodId = 0;
+thread_local std::uint64_t groupId = 0;
 
 std::uint64_t NextId(bool isNeighborhood) { return isNeighborhood ? neighborhoodId++ : groupId++; }
 

@@ -6,7 +6,7 @@ namespace fabscope {
 namespace {
 
 ProgressSink& Sink() {
-  static ProgressSink sink;
+  thread_local ProgressSink sink;
   return sink;
 }
 

@@ -6,8 +6,8 @@
 
 namespace fabscope {
 
-// Where long work tells how far it has come. The libraries know no clock and no terminal: until the
-// command sets a sink, what is told is dropped.
+// Where long work of this thread tells how far it has come. The libraries know no clock and no
+// terminal: until the command sets a sink, what is told is dropped.
 using ProgressSink =
     std::function<void(std::string_view phase, std::size_t done, std::size_t total)>;
 void SetProgressSink(ProgressSink sink);

@@ -51,7 +51,7 @@ class JsonReport {
     members.Text("tool", GetToolVersion());
     members.Text("input", result_.input);
     members.Text("status", StatusName(result_));
-    members.Text("message", result_.message);
+    members.Text("message", result_.inputError ? result_.inputError->Text() : result_.message);
     WriteRanks(members.Key("ranks"));
     WriteGroups(members.Key("groups"));
     WriteRecords(members.Key("records"));
@@ -74,10 +74,12 @@ class JsonReport {
 
   void WriteRanks(std::string& json) {
     JsonMembers ranks(json, '[', ']');
+    if (!result_.topology) return;
     for (const NodeSet& rank : result_.topology->GetRanks()) AppendGuids(NextLine(ranks), rank);
   }
   void WriteGroups(std::string& json) {
     JsonMembers list(json, '[', ']');
+    if (!result_.topology) return;
     for (const auto& groups : result_.topology->GetNeighborhoods()) {
       for (const FTNeighborhood* group : groups) {
         const bool isNeighborhood = result_.topology->IsLastRankNeighborhood(group->GetRank());

@@ -25,12 +25,8 @@ std::string_view TagColor(std::string_view line) {
   return {};
 }
 
-void WriteColored(std::string_view line, std::ostream& stream) {
-  if (const std::string_view color = TagColor(line); !color.empty()) {
-    stream << color << line.substr(0, tagLength) << "\033[0m";
-    line.remove_prefix(tagLength);
-  }
-  stream << line << '\n';
+bool IsShown(std::string_view line, const TextStyle& style) {
+  return !style.quiet || !line.starts_with(informationTag);
 }
 
 void TakeAllLines(const CheckResult& result, bool withDump, const TakeLine& take) {
@@ -53,18 +49,23 @@ void TakeAllLines(const CheckResult& result, bool withDump, const TakeLine& take
 
 void ForEachReportLine(const CheckResult& result, const TextStyle& style, const TakeLine& take) {
   TakeAllLines(result, style.withDump, [&](std::string_view line) {
-    if (!style.quiet || !line.starts_with(informationTag)) take(line);
+    if (IsShown(line, style)) take(line);
   });
 }
 
 void WriteTextReport(const CheckResult& result, const TextStyle& style, std::ostream& stream) {
-  ForEachReportLine(result, style, [&](std::string_view line) {
-    if (style.color) {
-      WriteColored(line, stream);
-    } else {
-      stream << line << '\n';
-    }
-  });
+  ForEachReportLine(result, style,
+                    [&](std::string_view line) { WriteReportLine(line, style, stream); });
+}
+
+void WriteReportLine(std::string_view line, const TextStyle& style, std::ostream& stream) {
+  if (!IsShown(line, style)) return;
+  const std::string_view color = style.color ? TagColor(line) : std::string_view();
+  if (!color.empty()) {
+    stream << color << line.substr(0, tagLength) << "\033[0m";
+    line.remove_prefix(tagLength);
+  }
+  stream << line << '\n';
 }
 
 }  // namespace fabscope

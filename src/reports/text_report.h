@@ -19,7 +19,10 @@ struct TextStyle {
 // where the work ended; the reason is not part of it.
 void WriteTextReport(const CheckResult& result, const TextStyle& style, std::ostream& stream);
 
-// The same line by line, without line ends and colour.
+// A line with a tag of its own, in the same style.
+void WriteReportLine(std::string_view line, const TextStyle& style, std::ostream& stream);
+
+// The report line by line, without line ends and colour.
 using TakeLine = std::function<void(std::string_view line)>;
 void ForEachReportLine(const CheckResult& result, const TextStyle& style, const TakeLine& take);
 

@@ -224,6 +224,35 @@ TEST_F(CheckOptionsTest, StandardInputIsReadOnceButMayGoToStandardOutput) {
   }
 }
 
+TEST_F(CheckOptionsTest, SeveralFabricsReadStandardInputOnce) {
+  arguments.operands = {"-", "a.topo", "-"};
+  EXPECT_THAT(Settle(), Optional(Eq("standard input (-) can be read only once")));
+}
+
+TEST_F(CheckOptionsTest, NoOutputMayOverwriteOneOfSeveralFabrics) {
+  arguments.operands = {"a.topo", "b.topo"};
+  EXPECT_EQ(Take("--json", "./b.topo"), std::nullopt);
+  EXPECT_THAT(Settle(), Optional(Eq("--json ./b.topo would overwrite the input b.topo")));
+}
+
+TEST_F(CheckOptionsTest, FilesThatTellOfOneFabricAreRefusedForSeveral) {
+  for (const std::string option : {"--dump", "--csv", "--html", "--svg", "--prometheus"}) {
+    arguments = {};
+    arguments.operands = {"a.topo", "b.topo"};
+    EXPECT_EQ(Take(option, "out"), std::nullopt);
+    EXPECT_EQ(Settle(), option + " out takes one FABRIC: of several there is --json");
+    arguments.operands.pop_back();
+    EXPECT_EQ(Settle(), std::nullopt);
+  }
+}
+
+TEST_F(CheckOptionsTest, SeveralFabricsMayHaveAResultAndALog) {
+  arguments.operands = {"a.topo", "b.topo"};
+  EXPECT_EQ(Take("--json", "results"), std::nullopt);
+  EXPECT_EQ(Take("--log", "log"), std::nullopt);
+  EXPECT_EQ(Settle(), std::nullopt);
+}
+
 TEST_F(CheckOptionsTest, ADeviceMayTakeSeveralOutputsAndAnInput) {
   arguments.operands = {"/dev/null"};
   EXPECT_EQ(Take("--csv", "/dev/null"), std::nullopt);

@@ -1,0 +1,163 @@
+#include "cli/check_several.h"
+
+#include <algorithm>
+#include <array>
+#include <iterator>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <vector>
+
+#include "check/advice.h"
+#include "cli/exit_status.h"
+#include "cli/ordered_work.h"
+#include "cli/output_file.h"
+#include "cli/progress_line.h"
+#include "fat_tree/topology.h"
+#include "formats/text_fields.h"
+#include "platform/progress.h"
+#include "reports/json_report.h"
+#include "reports/text_report.h"
+
+namespace fabscope {
+namespace {
+
+constexpr const char* standardOutput = "-";
+
+// What is left of a check.
+struct Outcome {
+  int status = ExitFailed;
+  std::vector<std::string> messages;
+  std::string line;  // of the report
+  std::string json;
+};
+
+// Without the line ends between its members; those inside of texts are escaped.
+std::string JsonLine(const CheckResult& result) {
+  std::string json;
+  ForEachPieceOfJson(result, {}, [&](std::string_view piece) {
+    std::copy_if(piece.begin(), piece.end(), std::back_inserter(json),
+                 [](char letter) { return letter != '\n'; });
+  });
+  return json + '\n';
+}
+
+std::string ReportLine(const CheckResult& result) {
+  if (result.status != CheckStatus::Done) return "-E- " + result.input + ": not checked";
+  const char* tag = result.issuesCount != 0 ? "-W- " : "-I- ";
+  if (!result.records.empty()) tag = "-E- ";
+  return tag + result.input + ": " + std::to_string(result.records.size()) + " error records, " +
+         std::to_string(result.issuesCount) + " issues";
+}
+
+std::vector<std::string> MessagesOf(const CheckResult& result, const CheckOptions& options) {
+  if (result.inputError) return {result.inputError->Text()};
+  std::vector<std::string> messages = result.warnings;  // these name their file
+  for (const std::string& text : {AdviceOnNames(result, options), result.message, result.advice}) {
+    if (!text.empty()) messages.push_back(result.input + ": " + text);
+  }
+  return messages;
+}
+
+Outcome Check(CheckOptions options, const std::string& fabric, bool wantJson) {
+  options.fabric = fabric;
+  const CheckResult result = RunCheck(options);
+  Outcome outcome;
+  if (result.status == CheckStatus::Done) {
+    outcome.status = result.HasFindings() ? ExitFindings : ExitClean;
+  }
+  outcome.messages = MessagesOf(result, options);
+  outcome.line = CleanText(ReportLine(result));
+  if (wantJson) outcome.json = JsonLine(result);
+  return outcome;
+}
+
+class SeveralChecks {
+ public:
+  SeveralChecks(const CheckArguments& arguments, Messages& messages)
+      : arguments_(arguments), messages_(messages) {
+    style_.quiet = arguments.quiet;
+    style_.color = WantsColor(arguments.color);
+  }
+
+  int Run() {
+    const bool isJsonShown = arguments_.jsonFile == standardOutput;
+    std::optional<std::string> problem;
+    const auto toScreen = [&](std::ostream* json) {
+      problem = WriteStandardOutput([&](std::ostream& stream) {
+        if (isJsonShown) {
+          CheckAll(nullptr, &stream);
+        } else {
+          CheckAll(&stream, json);
+        }
+      });
+    };
+    if (arguments_.jsonFile.empty() || isJsonShown) {
+      toScreen(nullptr);
+    } else {
+      const auto failure =
+          WriteFile(arguments_.jsonFile, [&](std::ostream& stream) { toScreen(&stream); });
+      if (failure) Fail(*failure);
+    }
+    if (problem) Fail(*problem);
+    return status_;
+  }
+
+ private:
+  void CheckAll(std::ostream* lines, std::ostream* json);
+  void TakeOver(const Outcome& outcome, std::ostream* lines, std::ostream* json);
+  void Fail(const std::string& problem) {
+    messages_.Tell(problem);
+    status_ = ExitFailed;
+  }
+
+  const CheckArguments& arguments_;
+  Messages& messages_;
+  TextStyle style_;
+  int status_ = ExitClean;
+  std::array<std::size_t, 3> counts_{};  // of fabrics, by their status
+};
+
+void SeveralChecks::CheckAll(std::ostream* lines, std::ostream* json) {
+  const std::vector<std::string>& fabrics = arguments_.operands;
+  FTTopology::Show_GUID = arguments_.options.showGuid;
+  ProgressLine progress(IsWatched() && !arguments_.quiet);
+  const auto check = [&](std::size_t index) {
+    return Check(arguments_.options, fabrics[index], json != nullptr);
+  };
+  std::size_t done = 0;
+  const auto take = [&](const Outcome& outcome) {
+    progress.Hide();
+    TakeOver(outcome, lines, json);
+    ReportProgress("checking fabrics", ++done, fabrics.size());
+  };
+  // A thread for each numbers its groups from 0, as if it were checked alone.
+  const std::size_t cores = std::max(std::thread::hardware_concurrency(), 1U);
+  DoInOrder<Outcome>(fabrics.size(), cores, check, take);
+  if (lines == nullptr) return;
+  WriteReportLine("-I- " + std::to_string(fabrics.size()) +
+                      " fabrics: " + std::to_string(counts_[ExitClean]) + " clean, " +
+                      std::to_string(counts_[ExitFindings]) + " with findings, " +
+                      std::to_string(counts_[ExitFailed]) + " not checked",
+                  style_, *lines);
+}
+
+void SeveralChecks::TakeOver(const Outcome& outcome, std::ostream* lines, std::ostream* json) {
+  for (const std::string& message : outcome.messages) messages_.Tell(message);
+  if (lines != nullptr) {
+    WriteReportLine(outcome.line, style_, *lines);
+    lines->flush();  // whoever looks on sees it when it is known
+  }
+  if (json != nullptr) *json << outcome.json;
+  ++counts_.at(static_cast<std::size_t>(outcome.status));
+  status_ = std::max(status_, outcome.status);
+}
+
+}  // namespace
+
+int CheckSeveral(const CheckArguments& arguments, Messages& messages) {
+  return SeveralChecks(arguments, messages).Run();
+}
+
+}  // namespace fabscope
