@@ -34,6 +34,7 @@ struct NodeSpec {
   std::vector<std::uint16_t> flids;
 };
 
+// A port of a node that is known by its GUID.
 struct PortRef {
   std::uint64_t guid = 0;
   std::uint8_t num = 0;
@@ -45,7 +46,7 @@ struct PortPlace {
   std::uint8_t num = 0;
 };
 
-// A cable. Speed and symmetry hold for both of its ends.
+// A cable. Speed (a code as in IBPort) and symmetry hold for both of its ends.
 struct LinkSpec {
   PortRef a;
   PortRef b;
@@ -53,7 +54,7 @@ struct LinkSpec {
   bool symmetric = true;
 };
 
-// Attributes of one port; each one given overrides what a link or the default says.
+// Attributes of one port, as in IBPort; each one given overrides what a link or the default says.
 struct PortSpec {
   std::uint8_t num = 0;
   std::optional<std::uint32_t> state;
@@ -73,8 +74,10 @@ struct PortSpec {
 // with it, in words fit for a message ("port 9 of node 0x... does not exist: it has 8 ports").
 class FabricBuilder {
  public:
+  // Nothing when all went well.
   using Problem = std::optional<std::string>;
 
+  // Room for that many at once; more find room as they come.
   void ReserveNodes(std::size_t count);
   void ReserveLinks(std::size_t count);
 
@@ -92,6 +95,7 @@ class FabricBuilder {
 
   // The place of the node with that GUID, or GuidIndex::None.
   std::uint32_t FindNode(std::uint64_t guid) const { return indexByGuid_.Find(guid); }
+  // Whether there is a switch with that GUID.
   bool IsSwitch(std::uint64_t guid) const;
   std::size_t GetNodeCount() const { return nodes_.size(); }
   // Whether the port exists: a number from 1 to the node's port count.
@@ -102,7 +106,7 @@ class FabricBuilder {
   std::string NoPortText(const PortPlace& port) const;
   bool HasLink(const PortPlace& port) const { return linked_[port.node].test(port.num); }
 
-  // What side files say of switches. The GUID must be a switch's.
+  // What side files say of switches. The GUID must be a switch's. Without a rank it has 255.
   void ClearRanks();
   void SetRank(std::uint64_t guid, std::uint8_t rank);
   void AddFlid(std::uint64_t guid, std::uint16_t flid);

@@ -30,8 +30,8 @@ class IBNode {
   std::uint32_t nodeType = 0;
   std::uint8_t smdbRank = 255;  // rank given by the subnet manager; 0 marks a root, 255 none
   std::uint8_t numPorts = 0;    // ports are numbered 1 to numPorts
-  bool special = false;
-  bool multiAsic = false;
+  bool special = false;         // a channel adapter that is no host
+  bool multiAsic = false;       // a switch of the family whose chips serve all planes
   std::int32_t planesNumber = 1;
   std::int32_t suitablePlane = 1;
   // The planes the node belongs to, where it is not the suitable plane alone.

@@ -22,6 +22,7 @@ class IBPort {
   APort* aport = nullptr;        // null when the port is in no aggregated port
   std::uint32_t state = 1;       // PortInfo PortState: 1 down .. 4 active
   std::uint32_t speed = 0;       // one-bit link speed code (0x400 = HDR, ...); 0 unknown
+  // Above 1: one of the ports of an aggregated port, each on its plane.
   std::int32_t planeMultiplicity = 1;
   std::optional<GroupRecord> group;
   std::uint8_t num = 0;
@@ -30,7 +31,7 @@ class IBPort {
   bool symmetric : 1 = true;
   bool fnm : 1 = false;
   bool fnm1 : 1 = false;
-  bool inSubFabric : 1 = true;
+  bool inSubFabric : 1 = true;  // false: left out where aggregated ports are checked
 
   IBNode* get_remote_node() const { return remotePort != nullptr ? remotePort->node : nullptr; }
   bool isSymmetricLink() const { return symmetric; }

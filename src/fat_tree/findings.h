@@ -39,6 +39,7 @@ struct InvalidLink {
 
 // Spines or lines of a group that differ in their number of links up or down.
 struct UnevenLinks {
+  // The switches that have one of the lesser numbers of links.
   struct Count {
     std::int32_t links;
     std::vector<const IBNode*> nodes;

@@ -75,6 +75,7 @@ class FTNeighborhood {
   std::uint64_t GetRank() const { return rank; }
   const NodeSet& GetSpines() const { return spines; }
   const NodeSet& GetLines() const { return lines; }
+  // How many cables all spines have up and down. 0 until CheckBlockingConfiguration and on rank 0.
   std::uint64_t GetTotalSpineUplinks() const { return totalSpineUplinks; }
   std::uint64_t GetTotalInternalLinks() const { return totalInternalLinks; }
   bool Holds(const IBNode* node) const { return spines.contains(node) || lines.contains(node); }

@@ -49,6 +49,7 @@ class FTTopology {
   // Without a sink none is made. Set before Validate; must outlive it.
   void SetFindingSink(FindingSink sink) { findingSink = std::move(sink); }
   bool HasFindingSink() const { return findingSink != nullptr; }
+  // Gives a finding to the sink, which must be there.
   template <typename Kind>
   void HandOver(Kind&& finding) const {
     findingSink(Finding(std::forward<Kind>(finding)));
@@ -65,9 +66,10 @@ class FTTopology {
   int Build(std::vector<FabricErrGeneral*>& errors, std::string& message, int retries,
             int equalClassifications);
 
-  // The root pickers. The first accepted switch fixes the plane, others on other planes are left
-  // out.
+  // Adds the switches that the subnet manager gave rank 0. The first one fixes the plane, others on
+  // other planes are left out.
   int GetRootsBySMDB(NodeSet& roots);
+  // Likewise those whose name the expression matches.
   int GetNodes(NodeSet& nodes, regExp& rootsRegExp);
   // Ranks every switch by its hop distance from the roots; `roots` is emptied.
   int FillRanksFromRoots(NodeSet& roots);
@@ -79,12 +81,17 @@ class FTTopology {
 
   // Groups the switches and runs all checks, up to the first failure, which `message` tells.
   int Validate(std::vector<FabricErrGeneral*>& errors, std::string& message);
+  // The first step of it: groups on every pair of ranks. Appends all records that there are.
   int CreateNeighborhoods(std::vector<FabricErrGeneral*>& errors);
+  // A part of that: the groups of a rank and the next one down.
   int CreateNeighborhoodsOnRank(std::vector<FabricErrGeneral*>& errors, std::uint64_t rank);
   // Takes over the groups of a rank; the caller is handed those it had before.
   int SetNeighborhoodsOnRank(std::vector<FTNeighborhood*>& groups, std::size_t rank);
+  // The second step: the least ratio of links, then the checks of each group. Appends no records.
   int CheckUpDownLinksAndAPorts(std::vector<FabricErrGeneral*>& errors);
+  // The same without the ratio.
   int CheckNeighborhoodsLinksAndAPorts(std::vector<FabricErrGeneral*>& errors);
+  // The last step.
   int CheckFLIDs();
 
   // --- Link accounting.
@@ -118,13 +125,18 @@ class FTTopology {
   // ports later is not seen.
   const TreeLinks& GetTreeLinks() const;
   int GetUpHopMergePercent() const { return upHopMergePercent; }
+  // The switches by rank, the roots first; empty before a tree is built.
   const std::vector<NodeSet>& GetRanks() const { return ranks.Sets(); }
+  // By the rank of their spines. The topology owns them.
   const std::vector<std::vector<FTNeighborhood*>>& GetNeighborhoods() const {
     return neighborhoods;
   }
+  // 0.0 until CalculateUpDownLinksMinRatio has found one.
   double GetMinUpDownRatio() const { return minUpDownRatio; }
+  // How many findings there are beside the records.
   std::uint64_t GetIssuesCount() const { return issuesCount; }
   void AddIssues(std::uint64_t count) { issuesCount += count; }
+  // The reasons of all failures until now.
   std::string GetErrorText() const { return errStream.str(); }
 
   // --- Reports.

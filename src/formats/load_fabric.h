@@ -12,7 +12,7 @@ namespace fabscope {
 // Reads a fabric of any format into an empty builder; "-" is standard input. The format is found
 // from the content: gzip of any format, a fabric document (first character "{"), otherwise a
 // topology dump. `names` and `specialNodes` may be null; the latter is for dumps only, which do not
-// tell special nodes.
+// tell special nodes. After an error the builder holds a part of the fabric.
 MaybeError LoadFabric(const std::string& path, const NodeNameMap* names, const regExp* specialNodes,
                       FabricBuilder& builder, Warnings& warnings);
 

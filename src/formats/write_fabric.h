@@ -24,6 +24,7 @@ std::optional<FabricFormat> FabricFormatOfName(std::string_view name);
 // The format that a file's ending tells: .json, .topo, .net, .dot or .gv, .graphml.
 std::optional<FabricFormat> FabricFormatOfFile(std::string_view path);
 
+// Whether all of it could be written is the stream's to say.
 void WriteFabric(const IBFabric& fabric, FabricFormat format, std::ostream& stream);
 
 // What of this fabric the format cannot hold, a line for each attribute with the number of nodes,
