@@ -53,5 +53,7 @@ function(fabscope_room name)
     install(TARGETS fabscope_${name} EXPORT fabscope_library COMPONENT library)
     install(FILES ${ROOM_HEADERS} COMPONENT library
       DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/fabscope/${name})
+    list(TRANSFORM ROOM_HEADERS PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
+    set_property(GLOBAL APPEND PROPERTY FABSCOPE_PUBLIC_HEADERS ${ROOM_HEADERS})
   endif()
 endfunction()

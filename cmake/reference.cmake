@@ -1,0 +1,8 @@
+# What Doxygen is told about the library's public headers, those that are installed. It needs not be
+# there to build: `doxygen build/release/Doxyfile` makes build/release/api.
+get_property(public_headers GLOBAL PROPERTY FABSCOPE_PUBLIC_HEADERS)
+set(reference_input "\"${PROJECT_SOURCE_DIR}/docs/library.md\"")
+foreach(header IN LISTS public_headers)
+  string(APPEND reference_input " \\\n                         \"${header}\"")
+endforeach()
+configure_file(${CMAKE_CURRENT_LIST_DIR}/Doxyfile.in ${PROJECT_BINARY_DIR}/Doxyfile @ONLY)
