@@ -10,7 +10,6 @@ namespace {
 using Problem = OptionProblem;
 
 constexpr const char* ofOutputs = "Also write (- for standard output)";
-constexpr const char* ofReport = "The report";
 
 constexpr std::array<CommandOption<CheckArguments>, 11> table{{
     {{"--show-guid", "none|system|node", ofGroups, "GUID in front of switch names (default none)",
@@ -66,25 +65,13 @@ constexpr std::array<CommandOption<CheckArguments>, 11> table{{
      [](CheckArguments& arguments, const std::string& value) {
        return TakePath(arguments.logFile, value);
      }},
-    {{"-q,--quiet", "", ofReport, "without the lines that begin with -I-", ""},
+    {quietText,
      [](CheckArguments& arguments, const std::string&) -> Problem {
        arguments.quiet = true;
        return std::nullopt;
      }},
-    {{"--color", "auto|always|never", ofReport, "coloured tags (auto: on a terminal)",
-      "auto looks at the environment, too: no colours when NO_COLOR is set or TERM is dumb."},
-     [](CheckArguments& arguments, const std::string& value) -> Problem {
-       if (value == "auto") {
-         arguments.color = ColorWhen::Auto;
-       } else if (value == "always") {
-         arguments.color = ColorWhen::Always;
-       } else if (value == "never") {
-         arguments.color = ColorWhen::Never;
-       } else {
-         return "expected auto, always or never";
-       }
-       return std::nullopt;
-     }},
+    {colorText, [](CheckArguments& arguments,
+                   const std::string& value) { return TakeColor(arguments.color, value); }},
 }};
 
 Problem SettleFiles(const CheckArguments& arguments) {

@@ -6,6 +6,8 @@
 #include "cli/check_options.h"
 #include "cli/convert_command.h"
 #include "cli/convert_options.h"
+#include "cli/diff_command.h"
+#include "cli/diff_options.h"
 #include "cli/generate_command.h"
 #include "cli/generate_options.h"
 #include "cli/parser.h"
@@ -30,8 +32,9 @@ struct Command {
   int (*run)(const Words& words);
 };
 
-constexpr std::array<Command, 3> commands{{
+constexpr std::array<Command, 4> commands{{
     {&checkText, Run<CheckArguments, checkText, RunCheckCommand>},
+    {&diffText, Run<DiffArguments, diffText, RunDiffCommand>},
     {&generateText, Run<GenerateArguments, generateText, RunGenerateCommand>},
     {&convertText, Run<ConvertArguments, convertText, RunConvertCommand>},
 }};

@@ -32,4 +32,17 @@ OptionProblem TakePath(std::string& target, const std::string& value) {
   return std::nullopt;
 }
 
+OptionProblem TakeColor(ColorWhen& target, const std::string& value) {
+  if (value == "auto") {
+    target = ColorWhen::Auto;
+  } else if (value == "always") {
+    target = ColorWhen::Always;
+  } else if (value == "never") {
+    target = ColorWhen::Never;
+  } else {
+    return "expected auto, always or never";
+  }
+  return std::nullopt;
+}
+
 }  // namespace fabscope

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "cli/command_text.h"
+#include "cli/terminal.h"
 #include "platform/reg_exp.h"
 
 namespace fabscope {
@@ -58,5 +59,14 @@ std::vector<OptionText> TextsOf() {
 OptionProblem TakeNumber(int& target, const std::string& value, int least, int greatest);
 OptionProblem TakeRegex(std::shared_ptr<regExp>& target, const std::string& value);
 OptionProblem TakePath(std::string& target, const std::string& value);
+OptionProblem TakeColor(ColorWhen& target, const std::string& value);
+
+// Of every command that has a report.
+inline constexpr const char* ofReport = "The report";
+inline constexpr OptionText quietText{"-q,--quiet", "", ofReport,
+                                      "without the lines that begin with -I-", ""};
+inline constexpr OptionText colorText{
+    "--color", "auto|always|never", ofReport, "coloured tags (auto: on a terminal)",
+    "auto looks at the environment, too: no colours when NO_COLOR is set or TERM is dumb."};
 
 }  // namespace fabscope

@@ -14,18 +14,6 @@
 namespace fabscope {
 namespace {
 
-std::string SpeedText(std::uint32_t code) {
-  const std::string_view name = SpeedName(code);
-  if (!name.empty()) return std::string(name);
-  return code == 0 ? std::string() : std::to_string(code);
-}
-
-// "HDR", "HDR/EDR" where the ends differ, or an empty text where neither is known.
-std::string SpeedText(const IBPort& source, const IBPort& target) {
-  if (source.speed == target.speed) return SpeedText(source.speed);
-  return SpeedText(source.speed) + "/" + SpeedText(target.speed);
-}
-
 // Calls visit(source, target) for the ports of every cable.
 template <typename Visit>
 void ForEachCable(const IBFabric& fabric, Visit visit) {

@@ -44,4 +44,15 @@ std::string_view SpeedName(std::uint32_t code) {
   return {};
 }
 
+std::string SpeedText(std::uint32_t code) {
+  const std::string_view name = SpeedName(code);
+  if (!name.empty()) return std::string(name);
+  return code == 0 ? std::string() : std::to_string(code);
+}
+
+std::string SpeedText(const IBPort& source, const IBPort& target) {
+  if (source.speed == target.speed) return SpeedText(source.speed);
+  return SpeedText(source.speed) + "/" + SpeedText(target.speed);
+}
+
 }  // namespace fabscope

@@ -2,7 +2,10 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
+
+#include "fabric/ib_port.h"
 
 namespace fabscope {
 
@@ -12,5 +15,11 @@ std::optional<std::uint32_t> SpeedCode(std::string_view name);
 bool IsPrefixOfSpeed(std::string_view text);
 // The name of a code, or an empty text.
 std::string_view SpeedName(std::uint32_t code);
+
+// The speed of a port for people: its name, the number of a code that has none, or an empty text
+// where it is not known.
+std::string SpeedText(std::uint32_t code);
+// That of a cable: "HDR", or "HDR/EDR" where its ends differ.
+std::string SpeedText(const IBPort& source, const IBPort& target);
 
 }  // namespace fabscope

@@ -21,6 +21,10 @@ std::vector<std::uint64_t> GroupsOf(const Finding& finding) {
   return std::visit([](const auto& found) { return Groups(found); }, finding);
 }
 
+EnFabricErrLevel_t LevelOf(const Finding& finding) {
+  return std::visit([](const auto& found) { return found.level; }, finding);
+}
+
 bool IsOfNeighborhoods(const Finding& finding) {
   return std::visit([](const auto& found) { return found.isNeighborhood; }, finding);
 }

@@ -19,6 +19,8 @@ inline const char* KindOf(const Finding& finding) { return FindingKinds.at(findi
 // The numbers of the groups that a finding is about, each once; of a link in the order of its ends.
 std::vector<std::uint64_t> GroupsOf(const Finding& finding);
 
+EnFabricErrLevel_t LevelOf(const Finding& finding);
+
 // Whether these number neighborhoods.
 bool IsOfNeighborhoods(const Finding& finding);
 

@@ -1,6 +1,7 @@
 #include "support/test_fabric.h"
 
 #include <stdexcept>
+#include <utility>
 
 namespace fabscope {
 namespace {
@@ -23,6 +24,16 @@ TestFabric& TestFabric::Switch(const std::string& name, std::uint8_t numPorts) {
   NodeSpec spec;
   spec.name = name;
   spec.numPorts = numPorts;
+  return Node(std::move(spec));
+}
+
+TestFabric& TestFabric::SwitchOfGuid(std::uint64_t guid, const std::string& name,
+                                     std::vector<std::uint16_t> flids) {
+  NodeSpec spec;
+  spec.guid = guid;
+  spec.name = name;
+  spec.numPorts = 16;
+  spec.flids = std::move(flids);
   return Node(std::move(spec));
 }
 

@@ -22,6 +22,8 @@ namespace fabscope {
 class TestFabric {
  public:
   TestFabric& Switch(const std::string& name, std::uint8_t numPorts = 16);
+  TestFabric& SwitchOfGuid(std::uint64_t guid, const std::string& name,
+                           std::vector<std::uint16_t> flids = {});
   TestFabric& Host(const std::string& name, std::uint8_t numPorts = 1);
   TestFabric& Node(NodeSpec spec);  // guid 0: the next number
 

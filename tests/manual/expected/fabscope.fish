@@ -1,11 +1,12 @@
 # Completions of fabscope for fish.
 
 complete -c fabscope -f
-complete -c fabscope -n 'not __fish_seen_subcommand_from check generate convert' -a check -d 'Checks the cabling of a fabric and reports what is wrong.'
-complete -c fabscope -n 'not __fish_seen_subcommand_from check generate convert' -a generate -d 'Writes a fat tree made to order, with faults if asked for.'
-complete -c fabscope -n 'not __fish_seen_subcommand_from check generate convert' -a convert -d 'Reads a fabric of any format and writes it in another.'
-complete -c fabscope -n 'not __fish_seen_subcommand_from check generate convert' -s h -l help -d 'this help'
-complete -c fabscope -n 'not __fish_seen_subcommand_from check generate convert' -l version -d 'the version of fabscope'
+complete -c fabscope -n 'not __fish_seen_subcommand_from check diff generate convert' -a check -d 'Checks the cabling of a fabric and reports what is wrong.'
+complete -c fabscope -n 'not __fish_seen_subcommand_from check diff generate convert' -a diff -d 'Tells what has changed between two dumps of a fabric.'
+complete -c fabscope -n 'not __fish_seen_subcommand_from check diff generate convert' -a generate -d 'Writes a fat tree made to order, with faults if asked for.'
+complete -c fabscope -n 'not __fish_seen_subcommand_from check diff generate convert' -a convert -d 'Reads a fabric of any format and writes it in another.'
+complete -c fabscope -n 'not __fish_seen_subcommand_from check diff generate convert' -s h -l help -d 'this help'
+complete -c fabscope -n 'not __fish_seen_subcommand_from check diff generate convert' -l version -d 'the version of fabscope'
 
 complete -c fabscope -n '__fish_seen_subcommand_from check' -F
 complete -c fabscope -n '__fish_seen_subcommand_from check' -l roots -x -a 'auto smdb regex' -d 'by themselves (auto), or as the next two say'
@@ -29,6 +30,21 @@ complete -c fabscope -n '__fish_seen_subcommand_from check' -s q -l quiet -d 'wi
 complete -c fabscope -n '__fish_seen_subcommand_from check' -l color -x -a 'auto always never' -d 'coloured tags (auto: on a terminal)'
 complete -c fabscope -n '__fish_seen_subcommand_from check' -s h -l help -d 'this help'
 complete -c fabscope -n '__fish_seen_subcommand_from check' -l version -d 'the version of fabscope'
+
+complete -c fabscope -n '__fish_seen_subcommand_from diff' -F
+complete -c fabscope -n '__fish_seen_subcommand_from diff' -l roots -x -a 'auto smdb regex' -d 'by themselves (auto), or as the next two say'
+complete -c fabscope -n '__fish_seen_subcommand_from diff' -l root-regex -x -d 'roots are the switches whose name matches'
+complete -c fabscope -n '__fish_seen_subcommand_from diff' -l ranks -r -F -d 'the subnet manager'\''s ranks (CSV: guid,rank)'
+complete -c fabscope -n '__fish_seen_subcommand_from diff' -l retries -x -d 'auto: further leaves to try (default 10)'
+complete -c fabscope -n '__fish_seen_subcommand_from diff' -l equal -x -d 'auto: leaves that must agree (default 2)'
+complete -c fabscope -n '__fish_seen_subcommand_from diff' -l merge-percent -x -d 'up-links that a group shares (default 70)'
+complete -c fabscope -n '__fish_seen_subcommand_from diff' -l special-nodes -x -d 'channel adapters that are no hosts, by name'
+complete -c fabscope -n '__fish_seen_subcommand_from diff' -l node-name-map -r -F -d 'names of nodes (lines: 0xGUID "name")'
+complete -c fabscope -n '__fish_seen_subcommand_from diff' -l json -r -F -d 'also write it as JSON (- for standard output)'
+complete -c fabscope -n '__fish_seen_subcommand_from diff' -s q -l quiet -d 'without the lines that begin with -I-'
+complete -c fabscope -n '__fish_seen_subcommand_from diff' -l color -x -a 'auto always never' -d 'coloured tags (auto: on a terminal)'
+complete -c fabscope -n '__fish_seen_subcommand_from diff' -s h -l help -d 'this help'
+complete -c fabscope -n '__fish_seen_subcommand_from diff' -l version -d 'the version of fabscope'
 
 complete -c fabscope -n '__fish_seen_subcommand_from generate' -l xgft -x -d 'an extended generalised fat tree'
 complete -c fabscope -n '__fish_seen_subcommand_from generate' -l levels -x -d 'with --radix: L levels of switches'

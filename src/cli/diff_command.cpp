@@ -1,0 +1,124 @@
+#include "cli/diff_command.h"
+
+#include <array>
+#include <cstddef>
+#include <string>
+
+#include "cli/exit_status.h"
+#include "cli/messages.h"
+#include "cli/ordered_work.h"
+#include "cli/output_file.h"
+#include "cli/progress_line.h"
+#include "compare/difference.h"
+#include "fat_tree/topology.h"
+#include "reports/difference_report.h"
+
+namespace fabscope {
+namespace {
+
+constexpr const char* standardOutput = "-";
+
+class DiffCommand {
+ public:
+  explicit DiffCommand(const DiffArguments& arguments) : arguments_(arguments) {}
+
+  int Run() {
+    CheckBoth();
+    if (TellInputErrors()) return ExitFailed;
+    TellWarnings();
+    const CheckResult& was = results_[0];
+    const CheckResult& is = results_[1];
+    const Counterparts nodes(*was.fabric, *is.fabric);
+    Difference difference{was.input,
+                          is.input,
+                          *was.fabric,
+                          *is.fabric,
+                          CompareFabrics(*was.fabric, *is.fabric, nodes),
+                          std::nullopt,
+                          WhyNoFindings()};
+    if (difference.message.empty()) {
+      difference.findings =
+          CompareFindings({*was.topology, was.findings}, {*is.topology, is.findings}, nodes);
+    }
+    const bool written = Write(difference);
+    if (!difference.message.empty()) messages_.Tell(difference.message);
+    if (!written || !difference.findings) return ExitFailed;
+    return difference.IsEmpty() ? ExitClean : ExitFindings;
+  }
+
+ private:
+  void CheckBoth();
+  bool TellInputErrors();
+  void TellWarnings();
+  std::string WhyNoFindings() const;
+  bool Write(const Difference& difference);
+
+  const DiffArguments& arguments_;
+  Messages messages_;
+  std::array<CheckResult, 2> results_;  // of OLD and NEW
+};
+
+// At the same time, each numbering its groups from 0.
+void DiffCommand::CheckBoth() {
+  const ProgressLine line(IsWatched());
+  FTTopology::Show_GUID = arguments_.options.showGuid;
+  const auto check = [this](std::size_t index) {
+    CheckOptions options = arguments_.options;
+    options.fabric = arguments_.operands[index];
+    return RunCheck(options);
+  };
+  std::size_t done = 0;
+  DoInOrder<CheckResult>(results_.size(), results_.size(), check,
+                         [&](CheckResult&& result) { results_.at(done++) = std::move(result); });
+}
+
+bool DiffCommand::TellInputErrors() {
+  bool isTold = false;
+  for (const CheckResult& result : results_) {
+    if (!result.inputError) continue;
+    messages_.Tell(result.inputError->Text());
+    isTold = true;
+  }
+  return isTold;
+}
+
+void DiffCommand::TellWarnings() {
+  for (const CheckResult& result : results_) {
+    for (const std::string& warning : result.warnings) messages_.Tell(warning);
+  }
+}
+
+std::string DiffCommand::WhyNoFindings() const {
+  for (const CheckResult& result : results_) {
+    if (result.status != CheckStatus::Done) {
+      return result.input + ": " + result.message + ": findings are not compared";
+    }
+  }
+  return {};
+}
+
+bool DiffCommand::Write(const Difference& difference) {
+  const auto writeJson = [&](std::ostream& stream) { WriteDifferenceJson(difference, stream); };
+  bool isWritten = true;
+  const auto tell = [&](const std::optional<std::string>& problem) {
+    if (problem) messages_.Tell(*problem);
+    isWritten = isWritten && !problem;
+  };
+  if (arguments_.jsonFile == standardOutput) {
+    tell(WriteStandardOutput(writeJson));
+    return isWritten;
+  }
+  TextStyle style;
+  style.quiet = arguments_.quiet;
+  style.color = WantsColor(arguments_.color);
+  tell(WriteStandardOutput(
+      [&](std::ostream& stream) { WriteDifferenceReport(difference, style, stream); }));
+  if (!arguments_.jsonFile.empty()) tell(WriteFile(arguments_.jsonFile, writeJson));
+  return isWritten;
+}
+
+}  // namespace
+
+int RunDiffCommand(const DiffArguments& arguments) { return DiffCommand(arguments).Run(); }
+
+}  // namespace fabscope

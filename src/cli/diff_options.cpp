@@ -1,0 +1,63 @@
+#include "cli/diff_options.h"
+
+#include <array>
+
+#include "cli/named_files.h"
+
+namespace fabscope {
+namespace {
+
+constexpr std::array<CommandOption<DiffArguments>, 3> table{{
+    {{"--json", "FILE", ofReport, "also write it as JSON (- for standard output)",
+      "With - it takes the place of the report."},
+     [](DiffArguments& arguments, const std::string& value) {
+       return TakePath(arguments.jsonFile, value);
+     }},
+    {quietText,
+     [](DiffArguments& arguments, const std::string&) -> OptionProblem {
+       arguments.quiet = true;
+       return std::nullopt;
+     }},
+    {colorText, [](DiffArguments& arguments,
+                   const std::string& value) { return TakeColor(arguments.color, value); }},
+}};
+
+}  // namespace
+
+std::vector<BoundOption> BindOptions(DiffArguments& arguments) {
+  return Bind(table, arguments, BindTreeOptions(arguments));
+}
+
+const CommandText diffText{
+    .name = "diff",
+    .summary = "Tells what has changed between two dumps of a fabric.",
+    .operands = {{"OLD", "the fabric as it was; dump or document as for check"},
+                 {"NEW", "the fabric as it is; - for standard input"}},
+    .options = TextsOf<DiffArguments>,
+    .examples = {{"ibnetdiscover | fabscope diff yesterday.topo -",
+                  "What has happened since yesterday."},
+                 {"fabscope diff --json - monday.topo tuesday.topo", "The same for a program."}},
+    .statuses = {{0, "no difference"}, {1, "something differs"}, {2, "the work could not be done"}},
+    .description =
+        {"Tells which switches, hosts and cables came, went or moved, which links have another "
+         "speed, and which findings of fabscope check are cured or have appeared: a line each, and "
+         "nothing when nothing differs.",
+         "Nodes are the same when their GUID is. A node that went and one that came under the same "
+         "name are hardware that was replaced. A cable of which one end stayed in its port has "
+         "moved. Numbers of groups do not matter.",
+         "When one of the two trees cannot be built or validated, its findings are not compared, "
+         "and the exit status is 2."},
+};
+
+std::optional<std::string> SettleArguments(DiffArguments& arguments) {
+  if (OptionProblem problem = SettleTree(arguments)) return problem;
+  std::vector<const std::string*> inputs;
+  for (const std::string& fabric : arguments.operands) inputs.push_back(&fabric);
+  inputs.insert(inputs.end(), {&arguments.options.ranks, &arguments.options.nodeNameMap});
+  const std::array<NamedOutput, 1> outputs{{{"--json ", arguments.jsonFile}}};
+  if (OptionProblem problem = ProblemOfFiles(inputs, outputs)) return problem;
+  arguments.options.wantFindings = true;
+  return std::nullopt;
+}
+
+}  // namespace fabscope

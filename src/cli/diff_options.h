@@ -1,0 +1,27 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "cli/terminal.h"
+#include "cli/tree_options.h"
+
+namespace fabscope {
+
+// `fabscope diff` as the command line gives it. Files: empty when not asked for, "-" for standard
+// output.
+struct DiffArguments : TreeArguments {
+  std::vector<std::string> operands;  // OLD and NEW
+  std::string jsonFile;
+  bool quiet = false;
+  ColorWhen color = ColorWhen::Auto;
+};
+
+std::vector<BoundOption> BindOptions(DiffArguments& arguments);
+extern const CommandText diffText;
+
+// Works out what the options mean together; answers what contradicts.
+std::optional<std::string> SettleArguments(DiffArguments& arguments);
+
+}  // namespace fabscope

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "compare/fabric_changes.h"
+#include "compare/finding_changes.h"
+
+namespace fabscope {
+
+// All that is different between two dumps of a fabric. It points into the two fabrics and into what
+// was found of them.
+struct Difference {
+  std::string oldName;  // as the user named them
+  std::string newName;
+  const IBFabric& was;
+  const IBFabric& is;
+  FabricChanges fabric;
+  std::optional<FindingChanges> findings;  // none when one of them could not be checked
+  std::string message;                     // why not
+
+  bool IsEmpty() const {
+    return fabric.IsEmpty() &&
+           (!findings || (findings->cured.empty() && findings->appeared.empty()));
+  }
+};
+
+}  // namespace fabscope

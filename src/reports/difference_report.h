@@ -1,0 +1,17 @@
+#pragma once
+
+#include <ostream>
+
+#include "compare/difference.h"
+#include "reports/text_report.h"
+
+namespace fabscope {
+
+// What is different, for people and grep: a line each, "cable moved: ...". Nothing when nothing is.
+void WriteDifferenceReport(const Difference& difference, const TextStyle& style,
+                           std::ostream& stream);
+
+// The same as one JSON document; docs/difference.schema.json describes it.
+void WriteDifferenceJson(const Difference& difference, std::ostream& stream);
+
+}  // namespace fabscope
