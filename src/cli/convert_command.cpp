@@ -2,7 +2,9 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
+#include "check/check.h"
 #include "cli/exit_status.h"
 #include "cli/messages.h"
 #include "cli/output_file.h"
@@ -12,6 +14,7 @@
 #include "formats/diagnostics.h"
 #include "formats/load_fabric.h"
 #include "formats/node_name_map.h"
+#include "reports/slurm_topology.h"
 
 namespace fabscope {
 namespace {
@@ -22,68 +25,95 @@ class ConvertCommand {
  public:
   explicit ConvertCommand(const ConvertArguments& arguments) : arguments_(arguments) {}
 
-  int Run() {
-    if (const MaybeError error = Load()) {
-      messages_.Tell(error->Text());
-      return ExitFailed;
-    }
-    TellWarnings();
-    if (!Write()) return ExitFailed;
-    TellLosses();
-    return ExitClean;
-  }
+  int Run() { return arguments_.isSlurm ? WriteTree() : WriteAll(); }
 
  private:
+  // The fabric with all that the format can hold.
+  int WriteAll();
+  // The tree that a check finds in it.
+  int WriteTree();
+
   MaybeError Load();
-  bool Write();
-  void TellWarnings();
-  void TellLosses();
+  bool Write(const WriteTo& write);
+  void TellLosses(const std::vector<std::string>& losses);
 
   const ConvertArguments& arguments_;
+  const CheckOptions& options_ = arguments_.options;
   Messages messages_;
   Warnings warnings_;
   std::unique_ptr<IBFabric> fabric_;
 };
 
+int ConvertCommand::WriteAll() {
+  if (const MaybeError error = Load()) {
+    messages_.Tell(error->Text());
+    return ExitFailed;
+  }
+  const bool isStandard = options_.fabric == standardStream;
+  for (const std::string& line : warnings_.Lines(isStandard ? "<stdin>" : options_.fabric)) {
+    messages_.Tell(line);
+  }
+  const bool isWritten =
+      Write([this](std::ostream& stream) { WriteFabric(*fabric_, *arguments_.format, stream); });
+  if (!isWritten) return ExitFailed;
+  TellLosses(LossesOf(*fabric_, *arguments_.format));
+  return ExitClean;
+}
+
+int ConvertCommand::WriteTree() {
+  const CheckResult result = [this] {
+    const ProgressLine line(IsWatched());
+    return RunCheck(options_);
+  }();
+  if (result.inputError) {
+    messages_.Tell(result.inputError->Text());
+    return ExitFailed;
+  }
+  for (const std::string& warning : result.warnings) messages_.Tell(warning);
+  if (result.status != CheckStatus::Done) {
+    messages_.Tell(result.message);
+    if (!result.advice.empty()) messages_.Tell(result.advice);
+    return ExitFailed;
+  }
+  if (!result.doubt.empty() && IsWatched()) messages_.Tell(result.doubt);
+
+  const SlurmTopology topology = MakeSlurmTopology(result);
+  const bool hasHosts = !topology.switches.empty();
+  const bool isWritten = hasHosts && Write([&](std::ostream& stream) {
+                           WriteSlurmTopology(result, topology, stream);
+                         });
+  if (isWritten || !hasHosts) TellLosses(topology.losses);
+  if (!hasHosts) messages_.Tell("no host of the fabric has a place in its tree");
+  return isWritten ? ExitClean : ExitFailed;
+}
+
 // The name map comes first: its names decide the order of a dump's nodes.
 MaybeError ConvertCommand::Load() {
   const ProgressLine line(IsWatched());
   NodeNameMap names;
-  if (!arguments_.nodeNameMap.empty()) {
-    if (MaybeError error = LoadNodeNameMap(arguments_.nodeNameMap, names)) return error;
+  if (!options_.nodeNameMap.empty()) {
+    if (MaybeError error = LoadNodeNameMap(options_.nodeNameMap, names)) return error;
   }
   FabricBuilder builder;
-  if (MaybeError error = LoadFabric(arguments_.fabric, &names, arguments_.specialNodes.get(),
-                                    builder, warnings_)) {
+  if (MaybeError error =
+          LoadFabric(options_.fabric, &names, options_.specialNodes.get(), builder, warnings_)) {
     return error;
   }
   fabric_ = builder.Build();
   return std::nullopt;
 }
 
-void ConvertCommand::TellWarnings() {
-  const bool isStandard = arguments_.fabric == standardStream;
-  for (const std::string& line : warnings_.Lines(isStandard ? "<stdin>" : arguments_.fabric)) {
-    messages_.Tell(line);
-  }
-}
-
-bool ConvertCommand::Write() {
-  const auto write = [this](std::ostream& stream) {
-    WriteFabric(*fabric_, *arguments_.format, stream);
-  };
+bool ConvertCommand::Write(const WriteTo& write) {
   const auto problem = arguments_.output == standardStream ? WriteStandardOutput(write)
                                                            : WriteFile(arguments_.output, write);
   if (problem) messages_.Tell(*problem);
   return !problem;
 }
 
-void ConvertCommand::TellLosses() {
+void ConvertCommand::TellLosses(const std::vector<std::string>& losses) {
   const bool isStandard = arguments_.output == standardStream;
   const std::string start = (isStandard ? "<stdout>" : arguments_.output) + ": warning: ";
-  for (const std::string& loss : LossesOf(*fabric_, *arguments_.format)) {
-    messages_.Tell(start + loss);
-  }
+  for (const std::string& loss : losses) messages_.Tell(start + loss);
 }
 
 }  // namespace

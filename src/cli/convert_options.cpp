@@ -11,43 +11,70 @@ using Problem = OptionProblem;
 
 constexpr const char* ofOutputs = "What is written";
 constexpr const char* ofInputs = "How the fabric is read";
+constexpr const char* ofTree = "How the tree is found (slurm)";
 
-constexpr std::array<CommandOption<ConvertArguments>, 4> table{{
+constexpr const char* slurmName = "slurm";
+constexpr const char* slurmEnding = ".conf";
+
+constexpr std::array<CommandOption<ConvertArguments>, 2> table{{
     {{"-o,--output", "FILE", ofOutputs, "the file to write (- for standard output)", "Required."},
      [](ConvertArguments& arguments, const std::string& value) {
        return TakePath(arguments.output, value);
      }},
-    {{"--format", "document|ibnetdiscover|ibsim|dot|graphml", ofOutputs,
+    {{"--format", "document|ibnetdiscover|ibsim|dot|graphml|slurm", ofOutputs,
       "what to write (default: by the ending of FILE)",
-      "Fabric document, topology dump, net file of the simulator ibsim, Graphviz or GraphML. The "
-      "endings are .json, .topo, .net, .dot or .gv, .graphml."},
+      "Fabric document, topology dump, net file of the simulator ibsim, Graphviz, GraphML or the "
+      "topology.conf of Slurm. The endings are .json, .topo, .net, .dot or .gv, .graphml, .conf."},
      [](ConvertArguments& arguments, const std::string& value) -> Problem {
        arguments.format = FabricFormatOfName(value);
-       if (!arguments.format) return "expected document, ibnetdiscover, ibsim, dot or graphml";
-       return std::nullopt;
-     }},
-    {{"--node-name-map", "FILE", ofInputs, nodeNameMapHelp, nodeNameMapMore},
-     [](ConvertArguments& arguments, const std::string& value) {
-       return TakePath(arguments.nodeNameMap, value);
-     }},
-    {{"--special-nodes", "ERE", ofInputs, specialNodesHelp, specialNodesMore},
-     [](ConvertArguments& arguments, const std::string& value) {
-       return TakeRegex(arguments.specialNodes, value);
+       arguments.isSlurm = value == slurmName;
+       if (arguments.format || arguments.isSlurm) return std::nullopt;
+       return "expected document, ibnetdiscover, ibsim, dot, graphml or slurm";
      }},
 }};
 
+// What only the search for a tree looks at is told apart from what every format takes.
+void AddTreeOptions(ConvertArguments& arguments, std::vector<BoundOption>& options) {
+  std::vector<BoundOption> ofTreeOnly;
+  for (BoundOption& option : BindTreeOptions(arguments)) {
+    const std::string name = LongName(option.text);
+    if (name == "--node-name-map" || name == "--special-nodes") {
+      option.text.group = ofInputs;
+      options.push_back(option);
+      continue;
+    }
+    option.text.group = ofTree;
+    option.take = [take = option.take, name, &arguments](const std::string& value) {
+      arguments.treeOption = name;
+      return take(value);
+    };
+    ofTreeOnly.push_back(option);
+  }
+  options.insert(options.end(), ofTreeOnly.begin(), ofTreeOnly.end());
+}
+
 Problem SettleFormat(ConvertArguments& arguments) {
   if (arguments.output.empty()) return "--output FILE is required";
-  if (!arguments.format) arguments.format = FabricFormatOfFile(arguments.output);
-  if (arguments.format) return std::nullopt;
-  return "--output " + arguments.output +
-         " does not tell the format by its ending: give --format document, ibnetdiscover, ibsim, "
-         "dot or graphml";
+  if (!arguments.format && !arguments.isSlurm) {
+    arguments.format = FabricFormatOfFile(arguments.output);
+    arguments.isSlurm = arguments.output.ends_with(slurmEnding);
+  }
+  if (!arguments.format && !arguments.isSlurm) {
+    return "--output " + arguments.output +
+           " does not tell the format by its ending: give --format document, ibnetdiscover, "
+           "ibsim, dot, graphml or slurm";
+  }
+  if (arguments.isSlurm || arguments.treeOption.empty()) return std::nullopt;
+  return arguments.treeOption + " is for --format slurm only: no other looks for a tree";
 }
 
 }  // namespace
 
-std::vector<BoundOption> BindOptions(ConvertArguments& arguments) { return Bind(table, arguments); }
+std::vector<BoundOption> BindOptions(ConvertArguments& arguments) {
+  std::vector<BoundOption> options = Bind(table, arguments);
+  AddTreeOptions(arguments, options);
+  return options;
+}
 
 const CommandText convertText{
     .name = "convert",
@@ -65,13 +92,13 @@ const CommandText convertText{
 
 std::optional<std::string> SettleArguments(ConvertArguments& arguments) {
   if (Problem problem = SettleFormat(arguments)) return problem;
-  if (!arguments.operands.empty()) arguments.fabric = arguments.operands.front();
-  const std::array<const std::string*, 2> inputs{&arguments.fabric, &arguments.nodeNameMap};
+  if (Problem problem = SettleTree(arguments)) return problem;
+  CheckOptions& options = arguments.options;
+  if (!arguments.operands.empty()) options.fabric = arguments.operands.front();
+  const std::array<const std::string*, 3> inputs{&options.fabric, &options.nodeNameMap,
+                                                 &options.ranks};
   const std::array<NamedOutput, 1> outputs{{{"--output ", arguments.output}}};
-  if (Problem problem = ProblemOfFiles(inputs, outputs)) return problem;
-  if (!arguments.specialNodes)
-    arguments.specialNodes = std::make_shared<regExp>("Aggregation Node");
-  return std::nullopt;
+  return ProblemOfFiles(inputs, outputs);
 }
 
 }  // namespace fabscope

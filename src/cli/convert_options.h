@@ -1,25 +1,22 @@
 #pragma once
 
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "cli/option_values.h"
+#include "cli/tree_options.h"
 #include "formats/write_fabric.h"
-#include "platform/reg_exp.h"
 
 namespace fabscope {
 
 // `fabscope convert` as the command line gives it. Files: empty when not asked for, "-" for
 // standard input and output.
-struct ConvertArguments {
+struct ConvertArguments : TreeArguments {
   std::vector<std::string> operands;  // the FABRIC
-  std::string fabric;
   std::string output;
-  std::string nodeNameMap;
-  std::shared_ptr<regExp> specialNodes;
   std::optional<FabricFormat> format;  // of the output
+  bool isSlurm = false;    // the output is for Slurm, in none of the formats of a fabric
+  std::string treeOption;  // the last one given that only a search for the tree looks at, or none
 };
 
 std::vector<BoundOption> BindOptions(ConvertArguments& arguments);

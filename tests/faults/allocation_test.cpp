@@ -205,6 +205,8 @@ INSTANTIATE_TEST_SUITE_P(
         Words{"fabscope", "convert", "fabric.topo", "-o", "out/a", "--format", "ibsim"},
         Words{"fabscope", "convert", "fabric.topo", "-o", "out/a", "--format", "dot"},
         Words{"fabscope", "convert", "fabric.topo", "-o", "out/a", "--format", "graphml"},
+        Words{"fabscope", "convert", "fabric.topo", "-o", "out/a", "--format", "slurm",
+              "--root-regex", "^root"},
         Words{"fabscope", "generate", "--levels", "2", "--radix", "4", "--flids", "--fault",
               "missing-link=1", "--truth", "out/a", "-o", "out/b"}),
     [](const auto& test) { return test.param[1] + std::to_string(test.index); });

@@ -1,5 +1,6 @@
 """Names of nodes, which any host may set."""
 
+import re
 import xml.etree.ElementTree as ElementTree
 
 from hostile import Page, csv_of, document, dot_labels, dump, graphml_names, json_of
@@ -116,6 +117,19 @@ def every_name_comes_through_every_format(fab):
         assert fab.read("other.json") == fab.read("net.json"), name
 
 
+def every_name_leaves_the_topology_of_slurm_well_formed(fab):
+    line = re.compile(rb"SwitchName=[A-Za-z0-9_-]+ (Nodes|Switches)=[A-Za-z0-9_.,\[\]-]+")
+    for name in fab.some(ALL):
+        for names in (of_leaves(name), [b"root", b"leaf-1", b"leaf-2", name + b"3", b"host-2"]):
+            fab.file("net.topo", dump(names))
+            lines = fab.reads("convert", "net.topo", "--root-regex", "^root$", "--format", "slurm",
+                              "-o", "-").out.splitlines()
+            switches = [text for text in lines if not text.startswith(b"# ")]
+            assert all(line.fullmatch(text) for text in switches), (name, lines)
+            # Without the adapter of a name that is none its leaf is left out, too.
+            assert len(switches) in (2, 3), (name, lines)
+
+
 def every_name_may_stand_in_a_document(fab):
     for name in fab.some(ALL):
         try:
@@ -169,6 +183,7 @@ def a_name_of_a_megabyte_is_one(fab):
         json_of(fab.reads("check", "--root-regex", "^root$", "--json", "-", "net.topo").out)
         for form in ["document", "ibnetdiscover", "ibsim", "dot", "graphml"]:
             fab.reads("convert", "net.topo", "--format", form, "-o", "-")
+        fab.reads("convert", "net.topo", "--format", "slurm", "--root-regex", "^root$", "-o", "-")
 
 
 def names_of_files_are_told_without_their_control_characters(fab):

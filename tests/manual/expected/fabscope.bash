@@ -63,9 +63,15 @@ _fabscope() {
     generate:-o | generate:--output) _fabscope_files; return ;;
     generate:--format) _fabscope_words 'document ibnetdiscover ibsim dot graphml'; return ;;
     convert:-o | convert:--output) _fabscope_files; return ;;
-    convert:--format) _fabscope_words 'document ibnetdiscover ibsim dot graphml'; return ;;
-    convert:--node-name-map) _fabscope_files; return ;;
+    convert:--format) _fabscope_words 'document ibnetdiscover ibsim dot graphml slurm'; return ;;
     convert:--special-nodes) return ;;
+    convert:--node-name-map) _fabscope_files; return ;;
+    convert:--roots) _fabscope_words 'auto smdb regex'; return ;;
+    convert:--root-regex) return ;;
+    convert:--ranks) _fabscope_files; return ;;
+    convert:--retries) return ;;
+    convert:--equal) return ;;
+    convert:--merge-percent) return ;;
   esac
   case ${COMP_WORDS[1]}:$current in
     check:-*) _fabscope_words '--roots --root-regex --ranks --retries --equal --merge-percent --special-nodes --node-name-map --show-guid --flids --dump --csv --json --html --svg --prometheus --log -q --quiet --color -h --help --version' ;;
@@ -73,7 +79,7 @@ _fabscope() {
     diff:-*) _fabscope_words '--roots --root-regex --ranks --retries --equal --merge-percent --special-nodes --node-name-map --json -q --quiet --color -h --help --version' ;;
     diff:*) _fabscope_files ;;
     generate:-*) _fabscope_words '--xgft --levels --radix --pods --hosts-per-leaf --parallel --planes --flids --speed --fault --seed --truth -o --output --format -h --help --version' ;;
-    convert:-*) _fabscope_words '-o --output --format --node-name-map --special-nodes -h --help --version' ;;
+    convert:-*) _fabscope_words '-o --output --format --special-nodes --node-name-map --roots --root-regex --ranks --retries --equal --merge-percent -h --help --version' ;;
     convert:*) _fabscope_files ;;
   esac
 }

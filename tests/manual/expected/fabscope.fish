@@ -65,8 +65,14 @@ complete -c fabscope -n '__fish_seen_subcommand_from generate' -l version -d 'th
 
 complete -c fabscope -n '__fish_seen_subcommand_from convert' -F
 complete -c fabscope -n '__fish_seen_subcommand_from convert' -s o -l output -r -F -d 'the file to write (- for standard output)'
-complete -c fabscope -n '__fish_seen_subcommand_from convert' -l format -x -a 'document ibnetdiscover ibsim dot graphml' -d 'what to write (default: by the ending of FILE)'
-complete -c fabscope -n '__fish_seen_subcommand_from convert' -l node-name-map -r -F -d 'names of nodes (lines: 0xGUID "name")'
+complete -c fabscope -n '__fish_seen_subcommand_from convert' -l format -x -a 'document ibnetdiscover ibsim dot graphml slurm' -d 'what to write (default: by the ending of FILE)'
 complete -c fabscope -n '__fish_seen_subcommand_from convert' -l special-nodes -x -d 'channel adapters that are no hosts, by name'
+complete -c fabscope -n '__fish_seen_subcommand_from convert' -l node-name-map -r -F -d 'names of nodes (lines: 0xGUID "name")'
+complete -c fabscope -n '__fish_seen_subcommand_from convert' -l roots -x -a 'auto smdb regex' -d 'by themselves (auto), or as the next two say'
+complete -c fabscope -n '__fish_seen_subcommand_from convert' -l root-regex -x -d 'roots are the switches whose name matches'
+complete -c fabscope -n '__fish_seen_subcommand_from convert' -l ranks -r -F -d 'the subnet manager'\''s ranks (CSV: guid,rank)'
+complete -c fabscope -n '__fish_seen_subcommand_from convert' -l retries -x -d 'auto: further leaves to try (default 10)'
+complete -c fabscope -n '__fish_seen_subcommand_from convert' -l equal -x -d 'auto: leaves that must agree (default 2)'
+complete -c fabscope -n '__fish_seen_subcommand_from convert' -l merge-percent -x -d 'up-links that a group shares (default 70)'
 complete -c fabscope -n '__fish_seen_subcommand_from convert' -s h -l help -d 'this help'
 complete -c fabscope -n '__fish_seen_subcommand_from convert' -l version -d 'the version of fabscope'

@@ -29,7 +29,7 @@ TEST_F(ConvertOptionsTest, EndingOfTheOutputTellsTheFormat) {
   ASSERT_EQ(Settle(), std::nullopt);
   EXPECT_EQ(arguments.output, "out.gv");
   EXPECT_EQ(arguments.format, FabricFormat::Dot);
-  EXPECT_EQ(arguments.specialNodes->GetExpression(), "Aggregation Node");
+  EXPECT_EQ(arguments.options.specialNodes->GetExpression(), "Aggregation Node");
 }
 
 TEST_F(ConvertOptionsTest, FormatThatIsGivenHoldsAgainstTheEnding) {
@@ -42,9 +42,55 @@ TEST_F(ConvertOptionsTest, FormatThatIsGivenHoldsAgainstTheEnding) {
 TEST_F(ConvertOptionsTest, UnknownFormatIsRefusedWithTheNamesOfAll) {
   for (const char* value : {"", "json", "Dot", "topology"}) {
     EXPECT_THAT(Take("--format", value),
-                Optional(Eq("expected document, ibnetdiscover, ibsim, dot or graphml")))
+                Optional(Eq("expected document, ibnetdiscover, ibsim, dot, graphml or slurm")))
         << value;
   }
+}
+
+TEST_F(ConvertOptionsTest, SlurmIsGivenByNameOrByTheEnding) {
+  ASSERT_EQ(Take("--output", "topology.conf"), std::nullopt);
+  ASSERT_EQ(Settle(), std::nullopt);
+  EXPECT_TRUE(arguments.isSlurm);
+  ASSERT_EQ(Take("--format", "dot"), std::nullopt);
+  ASSERT_EQ(Settle(), std::nullopt);
+  EXPECT_FALSE(arguments.isSlurm);
+  ASSERT_EQ(Take("--output", "-"), std::nullopt);
+  ASSERT_EQ(Take("--format", "slurm"), std::nullopt);
+  ASSERT_EQ(Settle(), std::nullopt);
+  EXPECT_TRUE(arguments.isSlurm);
+  EXPECT_EQ(arguments.format, std::nullopt);
+}
+
+TEST_F(ConvertOptionsTest, SearchForTheTreeIsForSlurmOnly) {
+  const std::vector<std::pair<std::string, std::string>> options{
+      {"--roots", "auto"}, {"--root-regex", "^root"}, {"--ranks", "ranks.csv"},
+      {"--retries", "10"}, {"--equal", "2"},          {"--merge-percent", "70"}};
+  for (const auto& [option, value] : options) {
+    arguments = {};
+    arguments.operands = {"in.topo"};
+    ASSERT_EQ(Take(option, value), std::nullopt);
+    ASSERT_EQ(Take("--output", "out.json"), std::nullopt);
+    EXPECT_THAT(Settle(),
+                Optional(Eq(option + " is for --format slurm only: no other looks for a tree")));
+    ASSERT_EQ(Take("--format", "slurm"), std::nullopt);
+    EXPECT_EQ(Settle(), std::nullopt) << option;
+  }
+}
+
+TEST_F(ConvertOptionsTest, RootsOfTheTreeMayNotContradictEachOther) {
+  ASSERT_EQ(Take("--output", "topology.conf"), std::nullopt);
+  ASSERT_EQ(Take("--root-regex", "^root"), std::nullopt);
+  ASSERT_EQ(Settle(), std::nullopt);
+  EXPECT_EQ(arguments.options.roots, RootsFrom::Regex);
+  ASSERT_EQ(Take("--roots", "auto"), std::nullopt);
+  EXPECT_THAT(Settle(), Optional(Eq("--roots auto and --root-regex contradict each other: allowed "
+                                    "is --roots regex")));
+}
+
+TEST_F(ConvertOptionsTest, RanksAreAnInputThatIsNotOverwritten) {
+  ASSERT_EQ(Take("--output", "ranks.conf"), std::nullopt);
+  ASSERT_EQ(Take("--ranks", "./ranks.conf"), std::nullopt);
+  EXPECT_THAT(Settle(), Optional(Eq("--output ranks.conf would overwrite the input ./ranks.conf")));
 }
 
 TEST_F(ConvertOptionsTest, OutputIsRequired) {
@@ -59,7 +105,7 @@ TEST_F(ConvertOptionsTest, OutputWithoutATellingEndingNeedsAFormat) {
     ASSERT_EQ(Take("--output", file), std::nullopt);
     EXPECT_THAT(Settle(), Optional(Eq("--output " + file +
                                       " does not tell the format by its ending: give --format "
-                                      "document, ibnetdiscover, ibsim, dot or graphml")));
+                                      "document, ibnetdiscover, ibsim, dot, graphml or slurm")));
     ASSERT_EQ(Take("--format", "document"), std::nullopt);
     EXPECT_EQ(Settle(), std::nullopt) << file;
   }
@@ -95,7 +141,7 @@ TEST_F(ConvertOptionsTest, SpecialNodesAreAnExpression) {
               Optional(Eq("expected a POSIX extended regular expression: Unmatched ( or \\(")));
   EXPECT_EQ(Take("--special-nodes", "^sharp"), std::nullopt);
   ASSERT_EQ(Settle(), std::nullopt);
-  EXPECT_EQ(arguments.specialNodes->GetExpression(), "^sharp");
+  EXPECT_EQ(arguments.options.specialNodes->GetExpression(), "^sharp");
 }
 
 }  // namespace

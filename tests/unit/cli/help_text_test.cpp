@@ -127,8 +127,10 @@ std::vector<std::string> NamesOf(const std::vector<OptionText>& options) {
 TEST(CommandTextTest, OptionsWithAShortNameHaveALongOne) {
   EXPECT_THAT(NamesOf(CommonOptions()), ElementsAre("-h,--help", "--version"));
   EXPECT_THAT(NamesOf(checkText.options()), Contains("-q,--quiet"));
-  EXPECT_THAT(NamesOf(convertText.options()),
-              ElementsAre("-o,--output", "--format", "--node-name-map", "--special-nodes"));
+  EXPECT_THAT(
+      NamesOf(convertText.options()),
+      ElementsAre("-o,--output", "--format", "--special-nodes", "--node-name-map", "--roots",
+                  "--root-regex", "--ranks", "--retries", "--equal", "--merge-percent"));
   EXPECT_THAT(NamesOf(generateText.options()), Contains("-o,--output"));
 }
 
