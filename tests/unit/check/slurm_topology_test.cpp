@@ -147,12 +147,30 @@ TEST_F(SlurmTopologyTest, TreesThatNothingJoinsHaveOneRootAboveThem) {
                                   "root: N0 N1"));
 }
 
+TEST_F(SlurmTopologyTest, GroupsAreOneThroughOthersToo) {
+  for (const std::string i : {"0", "1", "2"}) fabric.Switch("root" + i);
+  for (const char* mid : {"mid-a1", "mid-a2", "mid-b0", "mid-b1"}) fabric.Switch(mid);
+  fabric.Cable("mid-a1", "root1").Cable("mid-a2", "root2");
+  fabric.Cable("mid-b0", "root0").Cable("mid-b1", "root1");
+  fabric.Switch("a").Host("ha").Cable("a", "ha").Cable("a", "mid-a1").Cable("a", "mid-a2");
+  fabric.Switch("b").Host("hb").Cable("b", "hb").Cable("b", "mid-b0").Cable("b", "mid-b1");
+  EXPECT_THAT(Tree(),
+              ElementsAre("a: ha", "b: hb", "N0 = N0: a", "N1 = N1: b", "root = C0 C1 C2: N0 N1"));
+}
+
 TEST_F(SlurmTopologyTest, HostAboveTheLeavesStandsBesideThoseOfItsGroup) {
-  AddThreeLevelTree(fabric, 2, 1, 1, 1, 1);
-  fabric.Host("gate").Cable("mid1.0", "gate").Host("admin").Cable("root0", "admin");
-  EXPECT_THAT(Tree(), ElementsAre("root0: admin", "mid1_0: gate", "leaf0_0: host0.0.0",
+  AddThreeLevelTree(fabric, 2, 1, 2, 1, 1);
+  fabric.Host("gate").Cable("mid1.0", "gate").Host("admin").Cable("root1", "admin");
+  EXPECT_THAT(Tree(), ElementsAre("root1: admin", "mid1_0: gate", "leaf0_0: host0.0.0",
                                   "leaf1_0: host1.0.0", "N0 = N0: leaf0_0",
-                                  "N1 = N1: mid1_0 leaf1_0", "root = C0: root0 N0 N1"));
+                                  "N1 = N1: mid1_0 leaf1_0", "root = C0 C1: root1 N0 N1"));
+}
+
+TEST_F(SlurmTopologyTest, SwitchWithHostsInNoGroupStandsRightUnderTheRoot) {
+  AddTwoLevelTree(fabric, 1, 2, 1);
+  fabric.Switch("root9").Host("h").Cable("root9", "h");
+  EXPECT_THAT(Tree(), ElementsAre("leaf0: host0.0", "leaf1: host1.0", "root9: h",
+                                  "N0 = N0: leaf0 leaf1", "root: root9 N0"));
 }
 
 TEST_F(SlurmTopologyTest, SwitchWithHostsButWithoutLeavesBelowIsALeafOfTheGroupAbove) {
