@@ -4,7 +4,6 @@ Needs the Debian packages slurmctld, slurmd and slurm-client. Nothing of the mac
 munge is used: no key, no configuration, no port that is known.
 """
 
-import contextlib
 import getpass
 import os
 import shutil
@@ -40,21 +39,19 @@ def stop_on_signals():
         signal.signal(number, lambda *_: sys.exit("stopped by a signal"))
 
 
-def free_ports(count):
-    with contextlib.ExitStack() as stack:
-        sockets = [stack.enter_context(socket.socket()) for _ in range(count)]
-        for each in sockets:
-            each.bind(("127.0.0.1", 0))
-        return [each.getsockname()[1] for each in sockets]
+def free_port():
+    with socket.socket() as listener:
+        listener.bind(("127.0.0.1", 0))
+        return listener.getsockname()[1]
 
 
 class Cluster:
-    """A slurmctld of its own. `lines` are added to its configuration."""
+    """A slurmctld of its own. `lines` of its configuration tell its nodes."""
 
-    def __init__(self, lines, topology=None, ports=1):
+    def __init__(self, lines, topology=None):
         self.lines = lines
         self.topology = topology
-        self.ports = free_ports(1 + ports)
+        self.port = free_port()
         self.running = []
 
     def __enter__(self):
@@ -63,14 +60,15 @@ class Cluster:
         (self.folder / "state").mkdir()
         settings = {
             "ClusterName": "fabscope", "SlurmctldHost": "localhost(127.0.0.1)",
-            "SlurmctldPort": self.ports[0], "SlurmUser": getpass.getuser(),
+            "SlurmctldPort": self.port, "SlurmUser": getpass.getuser(),
             "SlurmdUser": getpass.getuser(), "CommunicationParameters": "NoCtldInAddrAny",
             "AuthType": "auth/none", "CredType": "cred/none", "MailProg": "/bin/true",
             "StateSaveLocation": self.folder / "state", "SlurmdSpoolDir": self.folder / "spool",
             "SlurmctldPidFile": self.folder / "slurmctld.pid",
             "SlurmdPidFile": self.folder / "slurmd.pid", "SlurmctldTimeout": 10,
             "ProctrackType": "proctrack/pgid", "TaskPlugin": "task/none",
-            "SelectType": "select/linear", "ReturnToService": 2,
+            "SelectType": "select/cons_tres", "SelectTypeParameters": "CR_Core",
+            "ReturnToService": 2,
             "TopologyPlugin": "topology/tree" if self.topology else "topology/none"}
         lines = [f"{key}={value}" for key, value in settings.items()] + self.lines
         (self.folder / "slurm.conf").write_text("\n".join(lines) + "\n")
@@ -87,6 +85,8 @@ class Cluster:
         return self
 
     def __exit__(self, *_):
+        if len(self.running) > 1:
+            self.try_run("scancel", "--full", f"--user={getpass.getuser()}")
         for process in reversed(self.running):
             process.terminate()
         for process in self.running:
@@ -104,6 +104,11 @@ class Cluster:
             ["setpriv", "--pdeathsig", "KILL", program, *arguments, "-L", log],
             env=self.environment, cwd=self.folder, stdin=subprocess.DEVNULL,
             stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL))
+
+    def run_jobs(self, node):
+        """Starts the compute node of that name, which is this machine."""
+        self.start("slurmd", "-D")
+        self.wait_for(node, lambda: "idle" in self.try_run("sinfo", "-hN", "-o", "%T").stdout)
 
     def wait_for(self, what, is_there):
         """As long as all that was started is running."""
