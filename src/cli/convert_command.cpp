@@ -77,7 +77,7 @@ int ConvertCommand::WriteTree() {
   }
   if (!result.doubt.empty() && IsWatched()) messages_.Tell(result.doubt);
 
-  const SlurmTopology topology = MakeSlurmTopology(result);
+  const SlurmTopology topology = MakeSlurmTopology(*result.topology);
   const bool hasHosts = !topology.switches.empty();
   const bool isWritten = hasHosts && Write([&](std::ostream& stream) {
                            WriteSlurmTopology(result, topology, stream);

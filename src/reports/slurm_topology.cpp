@@ -199,9 +199,7 @@ void SlurmTree::AddGroups() {
 
 }  // namespace
 
-SlurmTopology MakeSlurmTopology(const CheckResult& result) {
-  return SlurmTree(*result.topology).Make();
-}
+SlurmTopology MakeSlurmTopology(const FTTopology& tree) { return SlurmTree(tree).Make(); }
 
 void WriteSlurmTopology(const CheckResult& result, const SlurmTopology& topology,
                         std::ostream& stream) {

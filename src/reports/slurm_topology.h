@@ -8,7 +8,7 @@
 
 namespace fabscope {
 
-// The tree of a check that was finished, as the tree plugin of Slurm takes it: leaves with hosts,
+// A tree that was validated, as the tree plugin of Slurm takes it: leaves with hosts,
 // above them the groups that the check has found, above all of them one root.
 struct SlurmTopology {
   struct Switch {
@@ -23,9 +23,9 @@ struct SlurmTopology {
   std::vector<std::string> losses;  // what of the fabric Slurm is not told, a line each
 };
 
-SlurmTopology MakeSlurmTopology(const CheckResult& result);
+SlurmTopology MakeSlurmTopology(const FTTopology& tree);
 
-// Writes it as the file topology.conf of Slurm.
+// Writes that of a check as the file topology.conf of Slurm.
 void WriteSlurmTopology(const CheckResult& result, const SlurmTopology& topology,
                         std::ostream& stream);
 

@@ -20,7 +20,7 @@ class SlurmTopologyTest : public ReportTest {
   // "leaf0: host0 host1", "N0: leaf0 leaf1", "root = C0 C1: N0 N1". Groups are numbered from 0
   // here, neighborhoods (N) and connectivity groups (C) apart.
   std::vector<std::string> Tree(const std::string& rootRegex = "^root") {
-    topology = MakeSlurmTopology(Check(rootRegex));
+    topology = MakeSlurmTopology(*Check(rootRegex).topology);
     EXPECT_EQ(result.status, CheckStatus::Done) << result.message;
     std::vector<std::string> lines;
     for (const SlurmTopology::Switch& entry : topology.switches) {
