@@ -84,10 +84,15 @@ const CommandText convertText{
     .examples = {{"fabscope convert fabric.topo -o fabric.json",
                   "A fabric document of a topology dump."},
                  {"fabscope convert fabric.topo -o - --format dot | dot -Tsvg > fabric.svg",
-                  "A picture by Graphviz."}},
+                  "A picture by Graphviz."},
+                 {"fabscope convert fabric.topo -o topology.conf",
+                  "The tree, for Slurm to place jobs by."}},
     .statuses = {{0, "all was written"}, {2, "the work could not be done"}},
-    .description = {"What the other format cannot hold is told on standard error, with how often "
-                    "it occurs."},
+    .description =
+        {"What the other format cannot hold is told on standard error, with how often "
+         "it occurs.",
+         "For Slurm the tree is looked for as by check: leaves with their hosts, groups, "
+         "and one root become its topology.conf. Without a tree nothing is written."},
 };
 
 std::optional<std::string> SettleArguments(ConvertArguments& arguments) {
