@@ -28,6 +28,18 @@ install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs COMPONENT command
 install(FILES ${PROJECT_SOURCE_DIR}/LICENSE RENAME copyright COMPONENT library
   DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libfabscope-dev)
 
+# The nightly check. Its units name the prefix, which is known at last when files are installed.
+set(packaging ${PROJECT_SOURCE_DIR}/packaging)
+install(PROGRAMS ${packaging}/nightly COMPONENT command DESTINATION libexec/fabscope)
+install(FILES ${packaging}/fabscope-nightly.timer COMPONENT command
+  DESTINATION lib/systemd/system)
+install(CODE "
+  configure_file(\"${packaging}/fabscope-nightly.service.in\"
+    \"${PROJECT_BINARY_DIR}/fabscope-nightly.service\" @ONLY)
+  file(INSTALL \"${PROJECT_BINARY_DIR}/fabscope-nightly.service\"
+    DESTINATION \"\${CMAKE_INSTALL_PREFIX}/lib/systemd/system\")"
+  COMPONENT command)
+
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
@@ -40,6 +52,7 @@ set(CPACK_DEBIAN_COMMAND_PACKAGE_SECTION net)
 set(CPACK_DEBIAN_COMMAND_PACKAGE_SHLIBDEPS ON)
 set(CPACK_COMPONENT_COMMAND_DESCRIPTION "Finds the wrong cables of an InfiniBand fat tree
  From the dump that ibnetdiscover prints it finds the tree, and names the switches and ports at fault.")
+set(CPACK_DEBIAN_COMMAND_PACKAGE_RECOMMENDS infiniband-diags)
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME libfabscope-dev)
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_DEPENDS "zlib1g-dev, libsimdjson-dev, libfmt-dev")

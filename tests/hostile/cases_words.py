@@ -37,14 +37,14 @@ def expressions_that_others_choke_on_are_matched(fab):
 
 def odd_command_lines_are_wrong_usage(fab):
     fab.file("net.topo", dump())
-    for words in [[], [""], ["", "check"], ["check"], ["check", ""], ["check", "net.topo", "net.topo"],
+    for words in [[], [""], ["", "check"], ["check"], ["check", ""], ["diff", "net.topo"],
                   ["check", "-"], ["check", "-", "-"], ["check", "--ranks", "-", "-"], ["checks", "net.topo"],
                   ["check", "--json="], ["check", "--json", "", "net.topo"], ["check", "---", "net.topo"],
                   ["check", "--no-such", "net.topo"], ["check", "-qx", "net.topo"], ["check", "--color=red", "net.topo"],
                   ["check", "--roots", "auto", "--root-regex", "x", "net.topo"], ["x" * 100_000],
-                  ["check", "--" + "x" * 100_000], ["check", "\x1b[2J", "b"], ["check", "--\x1b[2J", "b"],
+                  ["check", "--" + "x" * 100_000], ["convert", "\x1b[2J", "b"], ["check", "--\x1b[2J", "b"],
                   ["\x1b[2J"], ["generate"], ["generate", "--fault", "\x1b[2J=1"], ["convert"],
-                  ["convert", "net.topo"], ["convert", "net.topo", "-o", "\x1b[2J"],
+                  ["convert", "net.topo"], ["convert", "net.topo", "net.topo", "-o", "a.json"], ["convert", "net.topo", "-o", "\x1b[2J"],
                   ["check", "--json", "net.topo", "net.topo"], ["convert", "net.topo", "-o", "./net.topo"],
                   ["check", "--csv", "a", "--json", "a", "net.topo"]] + [["check"] + ["--equal"] * 10_001]:
         before = fab.read("net.topo")
