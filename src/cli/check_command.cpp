@@ -8,6 +8,7 @@
 #include "cli/messages.h"
 #include "cli/output_file.h"
 #include "cli/progress_line.h"
+#include "cli/standard_streams.h"
 #include "reports/csv_report.h"
 #include "reports/html_report.h"
 #include "reports/json_report.h"
@@ -17,8 +18,6 @@
 
 namespace fabscope {
 namespace {
-
-constexpr const char* standardOutput = "-";
 
 class CheckCommand {
  public:
@@ -51,15 +50,14 @@ class CheckCommand {
   }
   // Whether another form of it goes to standard output.
   bool IsReportReplaced() const {
-    return arguments_.csvFile == standardOutput || arguments_.jsonFile == standardOutput ||
-           arguments_.htmlFile == standardOutput || arguments_.svgFile == standardOutput ||
-           arguments_.prometheusFile == standardOutput;
+    return arguments_.csvFile == standardStream || arguments_.jsonFile == standardStream ||
+           arguments_.htmlFile == standardStream || arguments_.svgFile == standardStream ||
+           arguments_.prometheusFile == standardStream;
   }
 
   // Whether the output arrived; says so if it did not.
   bool Write(const std::string& file, const WriteTo& writeTo) {
-    const auto problem =
-        file == standardOutput ? WriteStandardOutput(writeTo) : WriteFile(file, writeTo);
+    const auto problem = WriteOutput(file, writeTo);
     if (problem) messages_.Tell(*problem);
     return !problem;
   }
@@ -89,12 +87,12 @@ int CheckCommand::Report(const CheckResult& result) {
 
 bool CheckCommand::WriteReports(const CheckResult& result) {
   TextStyle style;
-  style.withDump = arguments_.dumpFile == standardOutput;
+  style.withDump = arguments_.dumpFile == standardStream;
   style.quiet = arguments_.quiet;
 
   bool written = true;
   if (!IsReportReplaced()) {
-    written &= Write(standardOutput, [&](std::ostream& stream) {
+    written &= Write(standardStream, [&](std::ostream& stream) {
       TextStyle screenStyle = style;
       screenStyle.color = WantsColor(arguments_.color);
       WriteTextReport(result, screenStyle, stream);
@@ -121,7 +119,7 @@ bool CheckCommand::WriteReports(const CheckResult& result) {
       WritePrometheusReport(result, GetTime(), stream);
     });
   }
-  const bool dumpToFile = !arguments_.dumpFile.empty() && arguments_.dumpFile != standardOutput;
+  const bool dumpToFile = !arguments_.dumpFile.empty() && arguments_.dumpFile != standardStream;
   if (dumpToFile && result.status == CheckStatus::Done) {
     written &= Write(arguments_.dumpFile, [&](std::ostream& stream) { stream << result.dump; });
   }

@@ -101,7 +101,11 @@ Problem SettleSeveral(const CheckArguments& arguments) {
     if (output.file.empty()) continue;
     return output.option + output.file + " takes one FABRIC: of several there is --json";
   }
-  return std::nullopt;
+  const CheckOptions& options = arguments.options;
+  const std::array<NamedInput, 3> shared{{{"--ranks ", options.ranks},
+                                          {"--flids ", options.flids},
+                                          {"--node-name-map ", options.nodeNameMap}}};
+  return ProblemOfSharedInputs(shared);
 }
 
 }  // namespace

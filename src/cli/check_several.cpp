@@ -9,11 +9,11 @@
 #include <thread>
 #include <vector>
 
-#include "check/advice.h"
 #include "cli/exit_status.h"
 #include "cli/ordered_work.h"
 #include "cli/output_file.h"
 #include "cli/progress_line.h"
+#include "cli/standard_streams.h"
 #include "fat_tree/topology.h"
 #include "formats/text_fields.h"
 #include "platform/progress.h"
@@ -22,8 +22,6 @@
 
 namespace fabscope {
 namespace {
-
-constexpr const char* standardOutput = "-";
 
 // What is left of a check.
 struct Outcome {
@@ -34,9 +32,9 @@ struct Outcome {
 };
 
 // Without the line ends between its members; those inside of texts are escaped.
-std::string JsonLine(const CheckResult& result) {
+std::string JsonLine(const CheckResult& result, const TextStyle& style) {
   std::string json;
-  ForEachPieceOfJson(result, {}, [&](std::string_view piece) {
+  ForEachPieceOfJson(result, style, [&](std::string_view piece) {
     std::copy_if(piece.begin(), piece.end(), std::back_inserter(json),
                  [](char letter) { return letter != '\n'; });
   });
@@ -51,25 +49,26 @@ std::string ReportLine(const CheckResult& result) {
          std::to_string(result.issuesCount) + " issues";
 }
 
-std::vector<std::string> MessagesOf(const CheckResult& result, const CheckOptions& options) {
+std::vector<std::string> MessagesOf(const CheckResult& result) {
   if (result.inputError) return {result.inputError->Text()};
   std::vector<std::string> messages = result.warnings;  // these name their file
-  for (const std::string& text : {AdviceOnNames(result, options), result.message, result.advice}) {
-    if (!text.empty()) messages.push_back(result.input + ": " + text);
+  for (const std::string* text : {&result.message, &result.advice}) {
+    if (!text->empty()) messages.push_back(result.input + ": " + *text);
   }
   return messages;
 }
 
-Outcome Check(CheckOptions options, const std::string& fabric, bool wantJson) {
+// Of the style only what is left out matters to the lines of a result.
+Outcome Check(CheckOptions options, const std::string& fabric, const TextStyle* jsonStyle) {
   options.fabric = fabric;
   const CheckResult result = RunCheck(options);
   Outcome outcome;
   if (result.status == CheckStatus::Done) {
     outcome.status = result.HasFindings() ? ExitFindings : ExitClean;
   }
-  outcome.messages = MessagesOf(result, options);
+  outcome.messages = MessagesOf(result);
   outcome.line = CleanText(ReportLine(result));
-  if (wantJson) outcome.json = JsonLine(result);
+  if (jsonStyle != nullptr) outcome.json = JsonLine(result, *jsonStyle);
   return outcome;
 }
 
@@ -82,7 +81,7 @@ class SeveralChecks {
   }
 
   int Run() {
-    const bool isJsonShown = arguments_.jsonFile == standardOutput;
+    const bool isJsonShown = arguments_.jsonFile == standardStream;
     std::optional<std::string> problem;
     const auto toScreen = [&](std::ostream* json) {
       problem = WriteStandardOutput([&](std::ostream& stream) {
@@ -96,8 +95,13 @@ class SeveralChecks {
     if (arguments_.jsonFile.empty() || isJsonShown) {
       toScreen(nullptr);
     } else {
-      const auto failure =
-          WriteFile(arguments_.jsonFile, [&](std::ostream& stream) { toScreen(&stream); });
+      bool isShown = false;
+      const auto failure = WriteFile(arguments_.jsonFile, [&](std::ostream& stream) {
+        toScreen(&stream);
+        isShown = true;
+      });
+      // The report does not suffer from a file that cannot be made.
+      if (!isShown) toScreen(nullptr);
       if (failure) Fail(*failure);
     }
     if (problem) Fail(*problem);
@@ -124,7 +128,7 @@ void SeveralChecks::CheckAll(std::ostream* lines, std::ostream* json) {
   FTTopology::Show_GUID = arguments_.options.showGuid;
   ProgressLine progress(IsWatched() && !arguments_.quiet);
   const auto check = [&](std::size_t index) {
-    return Check(arguments_.options, fabrics[index], json != nullptr);
+    return Check(arguments_.options, fabrics[index], json != nullptr ? &style_ : nullptr);
   };
   std::size_t done = 0;
   const auto take = [&](const Outcome& outcome) {
@@ -149,7 +153,7 @@ void SeveralChecks::TakeOver(const Outcome& outcome, std::ostream* lines, std::o
     WriteReportLine(outcome.line, style_, *lines);
     lines->flush();  // whoever looks on sees it when it is known
   }
-  if (json != nullptr) *json << outcome.json;
+  if (json != nullptr) *json << outcome.json << std::flush;  // it may be the same terminal
   ++counts_.at(static_cast<std::size_t>(outcome.status));
   status_ = std::max(status_, outcome.status);
 }

@@ -9,6 +9,7 @@
 #include "cli/messages.h"
 #include "cli/output_file.h"
 #include "cli/progress_line.h"
+#include "cli/standard_streams.h"
 #include "cli/terminal.h"
 #include "fabric/fabric_builder.h"
 #include "formats/diagnostics.h"
@@ -18,8 +19,6 @@
 
 namespace fabscope {
 namespace {
-
-constexpr const char* standardStream = "-";
 
 class ConvertCommand {
  public:
@@ -104,8 +103,7 @@ MaybeError ConvertCommand::Load() {
 }
 
 bool ConvertCommand::Write(const WriteTo& write) {
-  const auto problem = arguments_.output == standardStream ? WriteStandardOutput(write)
-                                                           : WriteFile(arguments_.output, write);
+  const auto problem = WriteOutput(arguments_.output, write);
   if (problem) messages_.Tell(*problem);
   return !problem;
 }

@@ -9,14 +9,14 @@
 #include "cli/ordered_work.h"
 #include "cli/output_file.h"
 #include "cli/progress_line.h"
+#include "cli/standard_streams.h"
 #include "compare/difference.h"
 #include "fat_tree/topology.h"
+#include "platform/progress.h"
 #include "reports/difference_report.h"
 
 namespace fabscope {
 namespace {
-
-constexpr const char* standardOutput = "-";
 
 class DiffCommand {
  public:
@@ -41,7 +41,7 @@ class DiffCommand {
           CompareFindings({*was.topology, was.findings}, {*is.topology, is.findings}, nodes);
     }
     const bool written = Write(difference);
-    if (!difference.message.empty()) messages_.Tell(difference.message);
+    TellFailures();
     if (!written || !difference.findings) return ExitFailed;
     return difference.IsEmpty() ? ExitClean : ExitFindings;
   }
@@ -50,6 +50,8 @@ class DiffCommand {
   void CheckBoth();
   bool TellInputErrors();
   void TellWarnings();
+  void TellFailures();
+  static std::string WhyNot(const CheckResult& result);
   std::string WhyNoFindings() const;
   bool Write(const Difference& difference);
 
@@ -68,8 +70,10 @@ void DiffCommand::CheckBoth() {
     return RunCheck(options);
   };
   std::size_t done = 0;
-  DoInOrder<CheckResult>(results_.size(), results_.size(), check,
-                         [&](CheckResult&& result) { results_.at(done++) = std::move(result); });
+  DoInOrder<CheckResult>(results_.size(), results_.size(), check, [&](CheckResult&& result) {
+    results_.at(done++) = std::move(result);
+    ReportProgress("checking fabrics", done, results_.size());
+  });
 }
 
 bool DiffCommand::TellInputErrors() {
@@ -88,13 +92,23 @@ void DiffCommand::TellWarnings() {
   }
 }
 
+std::string DiffCommand::WhyNot(const CheckResult& result) {
+  return result.input + ": " + result.message + ": findings are not compared";
+}
+
 std::string DiffCommand::WhyNoFindings() const {
   for (const CheckResult& result : results_) {
-    if (result.status != CheckStatus::Done) {
-      return result.input + ": " + result.message + ": findings are not compared";
-    }
+    if (result.status != CheckStatus::Done) return WhyNot(result);
   }
   return {};
+}
+
+void DiffCommand::TellFailures() {
+  for (const CheckResult& result : results_) {
+    if (result.status == CheckStatus::Done) continue;
+    messages_.Tell(WhyNot(result));
+    if (!result.advice.empty()) messages_.Tell(result.input + ": " + result.advice);
+  }
 }
 
 bool DiffCommand::Write(const Difference& difference) {
@@ -104,7 +118,7 @@ bool DiffCommand::Write(const Difference& difference) {
     if (problem) messages_.Tell(*problem);
     isWritten = isWritten && !problem;
   };
-  if (arguments_.jsonFile == standardOutput) {
+  if (arguments_.jsonFile == standardStream) {
     tell(WriteStandardOutput(writeJson));
     return isWritten;
   }

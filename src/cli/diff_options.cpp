@@ -54,6 +54,9 @@ std::optional<std::string> SettleArguments(DiffArguments& arguments) {
   std::vector<const std::string*> inputs;
   for (const std::string& fabric : arguments.operands) inputs.push_back(&fabric);
   inputs.insert(inputs.end(), {&arguments.options.ranks, &arguments.options.nodeNameMap});
+  const std::array<NamedInput, 2> shared{
+      {{"--ranks ", arguments.options.ranks}, {"--node-name-map ", arguments.options.nodeNameMap}}};
+  if (OptionProblem problem = ProblemOfSharedInputs(shared)) return problem;
   const std::array<NamedOutput, 1> outputs{{{"--json ", arguments.jsonFile}}};
   if (OptionProblem problem = ProblemOfFiles(inputs, outputs)) return problem;
   arguments.options.wantFindings = true;

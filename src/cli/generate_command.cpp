@@ -34,7 +34,7 @@ class GenerateCommand {
 
   // Whether the output arrived; says so if it did not.
   bool Write(const std::string& file, const WriteTo& writeTo) {
-    const auto problem = file == "-" ? WriteStandardOutput(writeTo) : WriteFile(file, writeTo);
+    const auto problem = WriteOutput(file, writeTo);
     if (problem) messages_.Tell(*problem);
     return !problem;
   }

@@ -3,6 +3,7 @@
 #include <malloc.h>
 
 #include "cli/command_line.h"
+#include "cli/standard_streams.h"
 
 int main(int argc, char** argv) {
   // Memory that one step has given back is for the next: it costs more to get it from the system
@@ -12,5 +13,6 @@ int main(int argc, char** argv) {
   mallopt(M_TRIM_THRESHOLD, std::numeric_limits<int>::max());
   // A file that may not grow any more is an output that cannot be written, and told as one.
   (void)std::signal(SIGXFSZ, SIG_IGN);
+  fabscope::OccupyClosedStreams();
   return fabscope::RunCommandLine(argc, argv);
 }

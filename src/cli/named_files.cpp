@@ -50,4 +50,19 @@ std::optional<std::string> ProblemOfFiles(std::span<const std::string* const> in
   return std::nullopt;
 }
 
+std::optional<std::string> ProblemOfSharedInputs(std::span<const NamedInput> inputs) {
+  for (const NamedInput& input : inputs) {
+    if (input.file.empty()) continue;
+    std::error_code error;
+    const auto status = std::filesystem::status(input.file, error);
+    const bool isOnce =
+        input.file == "-" || (exists(status) && !is_regular_file(status) && !is_directory(status));
+    if (isOnce) {
+      return input.option + input.file +
+             " can be read only once, and there are several fabrics: give a file";
+    }
+  }
+  return std::nullopt;
+}
+
 }  // namespace fabscope

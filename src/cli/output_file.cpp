@@ -9,6 +9,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "cli/standard_streams.h"
 #include "cli/temporary_file.h"
 
 namespace fabscope {
@@ -123,6 +124,10 @@ std::optional<std::string> WriteFile(const std::string& path, const WriteTo& wri
 
 std::optional<std::string> WriteStandardOutput(const WriteTo& write) {
   return Failure("standard output", WriteDescriptor(STDOUT_FILENO, write));
+}
+
+std::optional<std::string> WriteOutput(const std::string& name, const WriteTo& write) {
+  return name == standardStream ? WriteStandardOutput(write) : WriteFile(name, write);
 }
 
 }  // namespace fabscope

@@ -17,4 +17,7 @@ std::optional<std::string> WriteFile(const std::string& path, const WriteTo& wri
 // Writes to standard output and makes sure that all of it arrived.
 std::optional<std::string> WriteStandardOutput(const WriteTo& write);
 
+// Either, as the user has named it: "-" is standard output.
+std::optional<std::string> WriteOutput(const std::string& name, const WriteTo& write);
+
 }  // namespace fabscope

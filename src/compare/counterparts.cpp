@@ -26,7 +26,7 @@ Counterparts::Counterparts(const IBFabric& was, const IBFabric& is)
     : now_(was.GetNodes().size()), then_(is.GetNodes().size()) {
   for (const IBNode& node : was.GetNodes()) {
     const IBNode* same = is.getNodeByGuid(node.guid);
-    if (same != nullptr) Join(node, *same);
+    if (same != nullptr && same->nodeType == node.nodeType) Join(node, *same);
   }
   const Places places = PlacesOf(is);
   for (const auto& [place, node] : PlacesOf(was)) {

@@ -7,10 +7,11 @@
 
 namespace fabscope {
 
-// Which node of a fabric as it was is which of the fabric as it is. Nodes with one GUID are the
-// same. When hardware is replaced the GUID changes and the place does not: a node that went and one
-// that came are the same place if they have one type and one name, which no other node of that type
-// has in either fabric; so the cables of a replaced switch need not all be told as moved.
+// Which node of a fabric as it was is which of the fabric as it is. Nodes of one type with one
+// GUID are the same. When hardware is replaced the GUID changes and the place does not: a node that
+// went and one that came are the same place if they have one type and one name, which no other node
+// of that type has in either fabric; so the cables of a replaced switch need not all be told as
+// moved.
 class Counterparts {
  public:
   Counterparts(const IBFabric& was, const IBFabric& is);

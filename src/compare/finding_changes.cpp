@@ -1,7 +1,6 @@
 #include "compare/finding_changes.h"
 
 #include <algorithm>
-#include <functional>
 #include <map>
 #include <set>
 #include <utility>
@@ -48,7 +47,7 @@ class FaultList {
     }
   }
   void Add(const Finding& finding, const SuspectedBlocking& found) {
-    faults_.push_back({&finding, {FirstLine(found.isNeighborhood, found.group)}});
+    AddGroups(finding, found.isNeighborhood, {found.group});
   }
   void Add(const Finding& finding, const AsymmetricAPorts& found) {
     for (const IBPort* port : found.ports) {
@@ -56,15 +55,17 @@ class FaultList {
     }
   }
   void Add(const Finding& finding, const SharedFlid& found) {
-    Fault fault{&finding, {}};
-    for (const std::uint64_t group : found.groups) {
-      fault.places.push_back(FirstLine(found.isNeighborhood, group));
-    }
-    faults_.push_back(std::move(fault));
+    AddGroups(finding, found.isNeighborhood, found.groups);
   }
-
-  Place FirstLine(bool isNeighborhood, std::uint64_t id) const {
-    return {*groups_.at({isNeighborhood, id})->GetLines().begin(), 0};
+  // A group has lines: it is made of the switches that reach its spines.
+  void AddGroups(const Finding& finding, bool isNeighborhood,
+                 const std::vector<std::uint64_t>& ids) {
+    Fault& fault = faults_.emplace_back(Fault{&finding, {}});
+    for (const std::uint64_t id : ids) {
+      const FTNeighborhood* group = groups_.at({isNeighborhood, id});
+      fault.groups.push_back(group);
+      fault.places.push_back({*group->GetLines().begin(), 0});
+    }
   }
 
   std::map<std::pair<bool, std::uint64_t>, const FTNeighborhood*> groups_;
@@ -73,33 +74,69 @@ class FaultList {
 
 // What tells that two faults are the same.
 using Key = std::vector<std::uint64_t>;
-using Identity = std::function<std::uint64_t(const IBNode& node)>;
+
+// One of the two fabrics: how its nodes are known, and which of them the other one has, too.
+class Side {
+ public:
+  Side(const Counterparts& nodes, bool isNew) : nodes_(nodes), isNew_(isNew) {}
+
+  std::uint64_t IdentityOf(const IBNode& node) const {
+    return isNew_ ? nodes_.IdentityOfNew(node) : nodes_.IdentityOfOld(node);
+  }
+  // By the lines that stayed, if there are any.
+  std::uint64_t IdentityOf(const FTNeighborhood& group) const {
+    std::pair<bool, std::uint64_t> first{true, ~std::uint64_t{0}};
+    for (const IBNode* line : group.GetLines()) {
+      first = std::min(first, {!IsInBoth(*line), IdentityOf(*line)});
+    }
+    return first.second;
+  }
+
+ private:
+  bool IsInBoth(const IBNode& node) const {
+    return (isNew_ ? nodes_.Then(node) : nodes_.Now(node)) != nullptr;
+  }
+
+  const Counterparts& nodes_;
+  bool isNew_;
+};
 
 constexpr std::uint64_t Number(bool flag) { return flag ? 1 : 0; }
 
-Key KeyOf(const Fault& fault, const Identity& identity) {
+// What it tells besides places.
+struct Details {
+  Key operator()(const MissingLink&) const { return {}; }
+  Key operator()(const InvalidLink&) const { return {}; }
+  Key operator()(const UnevenLinks& found) const {
+    return {static_cast<std::uint64_t>(found.expected), Number(found.isUp), Number(found.ofSpines)};
+  }
+  Key operator()(const SuspectedBlocking& found) const {
+    return {found.spineUplinks, found.internalLinks, Number(found.isNeighborhood)};
+  }
+  Key operator()(const AsymmetricAPorts& found) const { return {Number(found.toHosts)}; }
+  Key operator()(const SharedFlid& found) const { return {found.flid}; }
+};
+
+Key KeyOf(const Fault& fault, const Side& side) {
   std::vector<std::pair<std::uint64_t, std::uint64_t>> places;
-  for (const Place& place : fault.places) places.emplace_back(identity(*place.node), place.port);
+  for (const FTNeighborhood* group : fault.groups) places.emplace_back(side.IdentityOf(*group), 0);
+  for (const Place& place : fault.places) {
+    if (fault.groups.empty()) places.emplace_back(side.IdentityOf(*place.node), place.port);
+  }
   // An end may come first in one fabric and second in the other.
   std::sort(places.begin(), places.end());
   Key key{fault.finding->index(), static_cast<std::uint64_t>(fault.links)};
+  const Key details = std::visit(Details(), *fault.finding);
+  key.insert(key.end(), details.begin(), details.end());
   for (const auto& [node, port] : places) key.insert(key.end(), {node, port});
-  if (const auto* uneven = std::get_if<UnevenLinks>(fault.finding)) {
-    key.insert(key.end(), {static_cast<std::uint64_t>(uneven->expected), Number(uneven->isUp),
-                           Number(uneven->ofSpines)});
-  } else if (const auto* shared = std::get_if<SharedFlid>(fault.finding)) {
-    key.push_back(shared->flid);
-  } else if (const auto* asymmetric = std::get_if<AsymmetricAPorts>(fault.finding)) {
-    key.push_back(Number(asymmetric->toHosts));
-  }
   return key;
 }
 
 struct KeyedFaults {
-  KeyedFaults(const CheckedFabric& checked, const Identity& identity)
+  KeyedFaults(const CheckedFabric& checked, const Side& side)
       : faults(FaultList(checked.topology).Of(checked.findings)) {
     keys.reserve(faults.size());
-    for (const Fault& fault : faults) keys.push_back(KeyOf(fault, identity));
+    for (const Fault& fault : faults) keys.push_back(KeyOf(fault, side));
   }
 
   // Those that the others have not, each once.
@@ -120,8 +157,8 @@ struct KeyedFaults {
 
 FindingChanges CompareFindings(const CheckedFabric& was, const CheckedFabric& is,
                                const Counterparts& nodes) {
-  const KeyedFaults before(was, [&](const IBNode& node) { return nodes.IdentityOfOld(node); });
-  const KeyedFaults now(is, [&](const IBNode& node) { return nodes.IdentityOfNew(node); });
+  const KeyedFaults before(was, Side(nodes, false));
+  const KeyedFaults now(is, Side(nodes, true));
   return {before.Without(now), now.Without(before)};
 }
 

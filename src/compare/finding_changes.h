@@ -23,7 +23,8 @@ struct Fault {
   // The ends of a link; the switch or the port at fault; of what is wrong with groups, the first
   // line of each.
   std::vector<Place> places;
-  std::int32_t links = 0;  // what the switch has, of uneven links
+  std::int32_t links = 0;                       // what the switch has, of uneven links
+  std::vector<const FTNeighborhood*> groups{};  // of what is wrong with groups
 };
 
 // What a check has found of a fabric.
@@ -38,7 +39,8 @@ struct FindingChanges {
 };
 
 // Faults are the same when they are of one kind and at the same places with the same counts of
-// links. The numbers of groups do not matter, since they change when other groups come or go.
+// links. The numbers of groups do not matter, since they change when other groups come or go: two
+// groups are the same when the first by GUID of their lines that are in both fabrics is.
 FindingChanges CompareFindings(const CheckedFabric& was, const CheckedFabric& is,
                                const Counterparts& nodes);
 

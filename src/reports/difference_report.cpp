@@ -11,9 +11,16 @@
 namespace fabscope {
 namespace {
 
-std::string SpeedOf(const Cable& cable) {
-  const std::string speed = SpeedText(*cable.end1, *cable.end2);
+std::string SpeedOf(const IBPort& port) {
+  const std::string speed = SpeedText(port.speed);
   return speed.empty() ? "unknown" : speed;
+}
+
+// "HDR", or "HDR/unknown" where the ends differ.
+std::string SpeedOf(const Cable& cable) {
+  const std::string speed = SpeedOf(*cable.end1);
+  const std::string other = SpeedOf(*cable.end2);
+  return speed == other ? speed : speed + "/" + other;
 }
 
 class Report {
@@ -39,7 +46,7 @@ class Report {
   void WriteSum();
 
   void Line(const std::string& what, const std::string& text) {
-    WriteReportLine(what + ": " + text, style_, stream_);
+    WriteReportLine(text, style_, stream_, what + ": ");
   }
   void CountNode(const IBNode& node) { ++(node.nodeType == NodeTypeSwitch ? switches_ : hosts_); }
 
@@ -76,8 +83,11 @@ void Report::WriteNodes() {
   }
   for (const NodeChange& change : fabric.renamed) {
     CountNode(*change.is);
+    // A change of the name need not be one of the name that is shown.
+    const bool isShown = change.was->getAlternativeName() != change.is->getAlternativeName();
     Line(NodeTypeName(*change.is) + " renamed",
-         then_.Of(*change.was) + " to " + now_.Of(*change.is));
+         isShown ? then_.Of(*change.was) + " to " + now_.Of(*change.is)
+                 : change.was->name + " to " + change.is->name);
   }
 }
 

@@ -95,8 +95,8 @@ void JsonDifference::WriteNodes(std::string& json) {
   List(nodes, "renamed", fabric.renamed, [](JsonMembers& object, const NodeChange& change) {
     object.Text("type", NodeTypeName(*change.is));
     object.Guid("guid", change.is->guid);
-    object.Text("old", change.was->getAlternativeName());
-    object.Text("new", change.is->getAlternativeName());
+    object.Text("old", change.was->name);
+    object.Text("new", change.is->name);
   });
 }
 

@@ -58,8 +58,10 @@ void WriteTextReport(const CheckResult& result, const TextStyle& style, std::ost
                     [&](std::string_view line) { WriteReportLine(line, style, stream); });
 }
 
-void WriteReportLine(std::string_view line, const TextStyle& style, std::ostream& stream) {
+void WriteReportLine(std::string_view line, const TextStyle& style, std::ostream& stream,
+                     std::string_view start) {
   if (!IsShown(line, style)) return;
+  stream << start;
   const std::string_view color = style.color ? TagColor(line) : std::string_view();
   if (!color.empty()) {
     stream << color << line.substr(0, tagLength) << "\033[0m";

@@ -19,8 +19,9 @@ struct TextStyle {
 // where the work ended; the reason is not part of it.
 void WriteTextReport(const CheckResult& result, const TextStyle& style, std::ostream& stream);
 
-// A line with a tag of its own, in the same style.
-void WriteReportLine(std::string_view line, const TextStyle& style, std::ostream& stream);
+// A line with a tag of its own, in the same style; `start` stands before the tag.
+void WriteReportLine(std::string_view line, const TextStyle& style, std::ostream& stream,
+                     std::string_view start = {});
 
 // The report line by line, without line ends and colour.
 using TakeLine = std::function<void(std::string_view line)>;

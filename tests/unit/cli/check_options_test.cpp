@@ -246,6 +246,18 @@ TEST_F(CheckOptionsTest, FilesThatTellOfOneFabricAreRefusedForSeveral) {
   }
 }
 
+TEST_F(CheckOptionsTest, WhatGivesItsBytesOnceIsNotReadForSeveralFabrics) {
+  for (const char* option : {"--ranks", "--flids", "--node-name-map"}) {
+    arguments = {};
+    arguments.operands = {"a.topo", "b.topo"};
+    EXPECT_EQ(Take(option, "-"), std::nullopt);
+    EXPECT_EQ(Settle(), std::string(option) +
+                            " - can be read only once, and there are several fabrics: give a file");
+    arguments.operands.pop_back();
+    EXPECT_EQ(Settle(), std::nullopt);
+  }
+}
+
 TEST_F(CheckOptionsTest, SeveralFabricsMayHaveAResultAndALog) {
   arguments.operands = {"a.topo", "b.topo"};
   EXPECT_EQ(Take("--json", "results"), std::nullopt);

@@ -56,6 +56,18 @@ TEST_F(DiffOptionsTest, StandardInputIsReadOnce) {
   EXPECT_THAT(Settle(), Optional(Eq("standard input (-) can be read only once")));
 }
 
+TEST_F(DiffOptionsTest, WhatGivesItsBytesOnceIsNotReadForBoth) {
+  for (const char* option : {"--ranks", "--node-name-map"}) {
+    for (const char* file : {"-", "/dev/null"}) {
+      arguments = {};
+      arguments.operands = {"old.topo", "new.topo"};
+      EXPECT_EQ(Take(option, file), std::nullopt);
+      EXPECT_EQ(Settle(), std::string(option) + " " + file +
+                              " can be read only once, and there are several fabrics: give a file");
+    }
+  }
+}
+
 TEST_F(DiffOptionsTest, ReportIsQuietOrColouredWhenAskedFor) {
   EXPECT_EQ(Take("--quiet", ""), std::nullopt);
   EXPECT_EQ(Take("--color", "always"), std::nullopt);

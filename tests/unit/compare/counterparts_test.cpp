@@ -25,6 +25,19 @@ TEST_F(CounterpartsTest, NodesOfOneGuidAreTheSameWhateverTheirName) {
   EXPECT_EQ(nodes.Then(*is["first"]), nullptr);
 }
 
+TEST_F(CounterpartsTest, ANodeOfAnotherTypeIsAnotherNode) {
+  was.SwitchOfGuid(7, "name");
+  NodeSpec host;
+  host.guid = 7;
+  host.name = "name";
+  host.type = NodeTypeCA;
+  host.numPorts = 1;
+  is.Node(std::move(host));
+  const Counterparts nodes = Compare();
+  EXPECT_EQ(nodes.Now(*was["name"]), nullptr);
+  EXPECT_EQ(nodes.Then(*is["name"]), nullptr);
+}
+
 TEST_F(CounterpartsTest, AnotherGuidUnderTheSameNameIsTheSamePlace) {
   was.SwitchOfGuid(7, "leaf");
   is.SwitchOfGuid(8, "leaf");
