@@ -9,6 +9,15 @@ namespace {
 
 class CounterpartsTest : public ::testing::Test {
  protected:
+  static void AddHost(TestFabric& fabric, std::uint64_t guid, const std::string& name) {
+    NodeSpec host;
+    host.guid = guid;
+    host.name = name;
+    host.type = NodeTypeCA;
+    host.numPorts = 1;
+    fabric.Node(std::move(host));
+  }
+
   Counterparts Compare() { return {was.Build(), is.Build()}; }
 
   TestFabric was;
@@ -27,12 +36,7 @@ TEST_F(CounterpartsTest, NodesOfOneGuidAreTheSameWhateverTheirName) {
 
 TEST_F(CounterpartsTest, ANodeOfAnotherTypeIsAnotherNode) {
   was.SwitchOfGuid(7, "name");
-  NodeSpec host;
-  host.guid = 7;
-  host.name = "name";
-  host.type = NodeTypeCA;
-  host.numPorts = 1;
-  is.Node(std::move(host));
+  AddHost(is, 7, "name");
   const Counterparts nodes = Compare();
   EXPECT_EQ(nodes.Now(*was["name"]), nullptr);
   EXPECT_EQ(nodes.Then(*is["name"]), nullptr);
@@ -48,12 +52,7 @@ TEST_F(CounterpartsTest, AnotherGuidUnderTheSameNameIsTheSamePlace) {
 
 TEST_F(CounterpartsTest, ANodeOfAnotherTypeIsAnotherPlace) {
   was.SwitchOfGuid(7, "name");
-  NodeSpec host;
-  host.guid = 8;
-  host.name = "name";
-  host.type = NodeTypeCA;
-  host.numPorts = 1;
-  is.Node(std::move(host));
+  AddHost(is, 8, "name");
   const Counterparts nodes = Compare();
   EXPECT_EQ(nodes.Now(*was["name"]), nullptr);
   EXPECT_EQ(nodes.Then(*is["name"]), nullptr);
