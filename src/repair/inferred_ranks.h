@@ -1,0 +1,18 @@
+#pragma once
+
+#include <cstdint>
+
+#include "fabric/ib_fabric.h"
+#include "repair/repair_plan.h"
+
+namespace fabscope {
+
+// Ranks found from all cables at once, which a few wrong ones cannot mislead. `levels` is 0 when
+// the fabric has no tree at all (no switch, or none that leads to a host or to another switch).
+TreeRanks InferRanks(const IBFabric& fabric);
+
+// The edit distance of the fabric to a proper fat tree of these ranks: cables between switches that
+// must go, plus cables that lack. A cable that should be elsewhere counts twice.
+std::uint64_t CountMisfits(const IBFabric& fabric, const TreeRanks& ranks);
+
+}  // namespace fabscope
