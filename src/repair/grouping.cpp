@@ -1,10 +1,10 @@
 // Groups of a pair of ranks, found again behind wrong cables.
 //
 // In a proper tree two lines of one group have exactly the same spines, and two lines of different
-// groups have none in common. Wrong cables blur that: a leaf {a1,a2,a3,b4} has three spines of pod A
-// and one of pod B. What is looked for is the grouping that the fewest changes make proper, where a
-// cable that goes and a cable that comes count one each: bicluster editing. That is hard in general
-// and easy here, since wrong cables are few.
+// groups have none in common. Wrong cables blur that: a leaf {a1,a2,a3,b4} has three spines of pod
+// A and one of pod B. What is looked for is the grouping that the fewest changes make proper, where
+// a cable that goes and a cable that comes count one each: bicluster editing. That is hard in
+// general and easy here, since wrong cables are few.
 //
 //   1. Lines whose set of spines occurs most often are the centers; a line joins the center that
 //      shares at least half of what either has. Or the same with the sides exchanged.
@@ -271,7 +271,8 @@ bool Grouper::Choose(Side side) {
              std::int64_t{result_.multiplicity[place]} * result_.size[far][place];
     };
     int best = group;
-    if (best != Grouping::none && tally_[static_cast<std::size_t>(best)] == 0) best = Grouping::none;
+    if (best != Grouping::none && tally_[static_cast<std::size_t>(best)] == 0)
+      best = Grouping::none;
     for (const int candidate : seen_) {
       if (best == Grouping::none || gain(candidate) > gain(best)) best = candidate;
     }
@@ -344,8 +345,8 @@ void Recount(const RankPair& pair, Grouping& grouping) {
   }
   std::vector<std::uint64_t> lacking(grouping.Count());
   for (std::size_t group = 0; group < grouping.Count(); ++group) {
-    lacking[group] = std::uint64_t{grouping.multiplicity[group]} *
-                     grouping.size[SpineSide][group] * grouping.size[LineSide][group];
+    lacking[group] = std::uint64_t{grouping.multiplicity[group]} * grouping.size[SpineSide][group] *
+                     grouping.size[LineSide][group];
   }
   grouping.cost = 0;
   for (std::uint32_t line = 0; line < pair.Lines().size(); ++line) {

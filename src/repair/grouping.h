@@ -17,10 +17,10 @@ inline Side OtherSide(Side side) { return side == SpineSide ? LineSide : SpineSi
 struct Grouping {
   static constexpr int none = -1;  // a switch without a cable to the other side
 
-  std::array<std::vector<int>, 2> groupOf;                  // by side, then by place in the pair
-  std::array<std::vector<std::uint32_t>, 2> size;           // by side, then by group
-  std::vector<std::uint32_t> multiplicity;                  // by group: cables of a spine and a line
-  std::uint64_t cost = 0;  // cables that must go plus cables that lack
+  std::array<std::vector<int>, 2> groupOf;         // by side, then by place in the pair
+  std::array<std::vector<std::uint32_t>, 2> size;  // by side, then by group
+  std::vector<std::uint32_t> multiplicity;         // by group: cables of a spine and a line
+  std::uint64_t cost = 0;                          // cables that must go plus cables that lack
 
   std::size_t Count() const { return multiplicity.size(); }
 };

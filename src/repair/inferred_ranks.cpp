@@ -1,9 +1,9 @@
 // Ranks from all cables at once.
 //
-// One leaf's view of the fabric is spoiled by one wrong cable near it: a leaf up-link in another pod
-// makes that pod's leaves two hops away, where roots should be. But the wrong cable still ends one
-// rank higher. So all leaves are looked at together, and every switch gets its height, the number of
-// hops to the nearest leaf, which a swapped or moved cable does not change:
+// One leaf's view of the fabric is spoiled by one wrong cable near it: a leaf up-link in another
+// pod makes that pod's leaves two hops away, where roots should be. But the wrong cable still ends
+// one rank higher. So all leaves are looked at together, and every switch gets its height, the
+// number of hops to the nearest leaf, which a swapped or moved cable does not change:
 //
 //   leaves 0, the switches that they are cabled to 1, what those are cabled to beyond 2, ...
 //
@@ -12,8 +12,9 @@
 //   2. Heights are peeled upwards. A switch with much fewer cables down than its peers waits: one
 //      cable from a leaf to a root makes no middle switch of the root.
 //   3. What is left over goes where it fits: a switch most of whose cables are wrong at its height;
-//      a leaf without hosts, which looks like a root from below but is cabled like the leaves beside
-//      it; a pod without hosts, which hangs down from the roots like a second tree upside down.
+//      a leaf without hosts, which looks like a root from below but is cabled like the leaves
+//      beside it; a pod without hosts, which hangs down from the roots like a second tree upside
+//      down.
 //   4. Where several heights are possible, the tree wins that the fewest changes make proper. Of
 //      equals the one with fewer levels wins.
 
@@ -21,7 +22,8 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <numeric>
+#include <functional>
+#include <set>
 #include <tuple>
 #include <utility>
 
@@ -39,11 +41,24 @@ using Heights = std::vector<int>;  // by switch; unknown where no leaf is in rea
 struct Price {
   std::uint64_t changes = 0;
   int levels = 0;
+  std::uint64_t emptyLeaves = 0;  // without hosts
+
+  // The same where a leaf without hosts speaks against a tree, too.
+  bool IsBelow(const Price& other) const {
+    const std::uint64_t mine = changes + emptyLeafPrice * emptyLeaves;
+    const std::uint64_t others = other.changes + emptyLeafPrice * other.emptyLeaves;
+    return std::tie(mine, levels) < std::tie(others, other.levels);
+  }
+
+  static constexpr std::uint64_t emptyLeafPrice = 6;
 
   friend bool operator<(const Price& a, const Price& b) {
     return std::tie(a.changes, a.levels) < std::tie(b.changes, b.levels);
   }
 };
+
+// Which of the switches with hosts may be no leaves.
+enum class Doubt { None, OfThoseBetweenLeaves, OfThoseUnlikeTheirTwins, OfNoneAndNobodyWaits };
 
 class HeightFinder {
  public:
@@ -53,15 +68,25 @@ class HeightFinder {
   Heights Find() {
     FindFullCount();
     if (full_ == 0) return Heights(graph_.Count(), unknown);
-    FindLeaves();
-    Peel();
-    Settle();
-    Fold();
-    JoinTwins();
-    Settle();
-    Fold();
-    MoveSuspects();
-    return std::move(heights_);
+    Price best;
+    Heights bestHeights;
+    for (const Doubt doubt : {Doubt::None, Doubt::OfThoseBetweenLeaves,
+                              Doubt::OfThoseUnlikeTheirTwins, Doubt::OfNoneAndNobodyWaits}) {
+      FindLeaves(doubt);
+      Peel(doubt != Doubt::OfNoneAndNobodyWaits);
+      Settle();
+      Fold();
+      JoinTwins();
+      Settle();
+      Fold();
+      PeelDown();
+      const Price price = MoveSuspects();
+      if (!bestHeights.empty() && !price.IsBelow(best)) continue;
+      best = price;
+      bestHeights = heights_;
+      if (best.changes == 0) break;
+    }
+    return bestHeights;
   }
 
  private:
@@ -77,13 +102,16 @@ class HeightFinder {
   std::vector<std::uint32_t> NeighborsOf(std::uint32_t i) const;
 
   void FindFullCount();
-  void FindLeaves();
+  void FindLeaves(Doubt doubt);
+  void DropThoseBetweenLeaves();
   bool IsLeafByTwins(std::uint32_t i);
-  void Peel();
+  void Peel(bool canWait);
+  void PeelDown();
   void Settle();
   void Fold();
+  std::vector<bool> FindWaysUp(int top) const;
   void JoinTwins();
-  void MoveSuspects();
+  Price MoveSuspects();
   double LikenessTo(std::uint32_t i, int height);
   Price PriceOf(const Heights& heights, Misfits* misfits = nullptr) const;
 
@@ -135,36 +163,36 @@ bool HeightFinder::IsLeafByTwins(std::uint32_t i) {
   return 2 * fullTwins >= twins;
 }
 
-void HeightFinder::FindLeaves() {
-  constexpr std::uint32_t few = 4;
-  std::vector<std::uint32_t> leaves;
+void HeightFinder::FindLeaves(Doubt doubt) {
+  isLeaf_.assign(graph_.Count(), false);
   for (std::uint32_t i = 0; i < graph_.Count(); ++i) {
-    if (IsFull(i)) leaves.push_back(i);
+    isLeaf_[i] = IsFull(i) && (doubt != Doubt::OfThoseUnlikeTheirTwins || IsLeafByTwins(i));
   }
-  std::vector<bool> isDropped(graph_.Count());
-  if (full_ <= few) {
-    for (const std::uint32_t i : leaves) isDropped[i] = !IsLeafByTwins(i);
-  }
-  for (const std::uint32_t i : leaves) isLeaf_[i] = !isDropped[i];
-  // A spine with hosts has leaves around it.
-  std::vector<std::uint32_t> between;
-  for (const std::uint32_t i : leaves) {
+  if (doubt == Doubt::OfThoseBetweenLeaves) DropThoseBetweenLeaves();
+}
+
+// A spine with hosts has leaves around it. The one with most of them goes first; then leaves around
+// it have fewer themselves.
+void HeightFinder::DropThoseBetweenLeaves() {
+  std::vector<std::uint32_t> around(graph_.Count());
+  std::set<std::pair<std::uint32_t, std::uint32_t>, std::greater<>> most;
+  for (std::uint32_t i = 0; i < graph_.Count(); ++i) {
     if (!isLeaf_[i]) continue;
-    const std::vector<std::uint32_t> neighbors = NeighborsOf(i);
-    const auto around = std::count_if(neighbors.begin(), neighbors.end(),
-                                      [&](std::uint32_t other) { return isLeaf_[other]; });
-    if (around >= 2 && 2 * static_cast<std::size_t>(around) > neighbors.size()) between.push_back(i);
+    for (const std::uint32_t other : NeighborsOf(i)) around[i] += isLeaf_[other] ? 1 : 0;
+    if (around[i] >= 2) most.emplace(around[i], i);
   }
-  // With hosts on every switch of a small tree all look so.
-  if (between.size() < leaves.size()) {
-    for (const std::uint32_t i : between) isLeaf_[i] = false;
-  }
-  if (std::none_of(leaves.begin(), leaves.end(), [&](std::uint32_t i) { return isLeaf_[i]; })) {
-    for (const std::uint32_t i : leaves) isLeaf_[i] = true;
+  while (!most.empty()) {
+    const std::uint32_t i = most.begin()->second;
+    most.erase(most.begin());
+    isLeaf_[i] = false;
+    for (const std::uint32_t other : NeighborsOf(i)) {
+      if (most.erase({around[other], other}) == 0) continue;
+      if (--around[other] >= 2) most.emplace(around[other], other);
+    }
   }
 }
 
-void HeightFinder::Peel() {
+void HeightFinder::Peel(bool canWait) {
   heights_.assign(graph_.Count(), unknown);
   std::vector<std::uint32_t> below;
   for (std::uint32_t i = 0; i < graph_.Count(); ++i) {
@@ -199,7 +227,7 @@ void HeightFinder::Peel() {
     }
     for (const std::uint32_t i : fresh) {
       const bool hasWaited = std::find(candidates.begin(), candidates.end(), i) != candidates.end();
-      if (2 * common_[i] <= median && !hasWaited) {
+      if (canWait && 2 * common_[i] < median && !hasWaited) {
         waiting.push_back(i);
       } else {
         heights_[i] = height;
@@ -208,6 +236,31 @@ void HeightFinder::Peel() {
       common_[i] = 0;
     }
   }
+}
+
+// Heights from the roots downwards, where they make the tree cheaper.
+void HeightFinder::PeelDown() {
+  const int top = Top();
+  Heights down(graph_.Count(), unknown);
+  std::vector<std::uint32_t> reached;
+  for (std::uint32_t i = 0; i < graph_.Count(); ++i) {
+    if (heights_[i] != top) continue;
+    down[i] = top;
+    reached.push_back(i);
+  }
+  for (std::size_t next = 0; next < reached.size(); ++next) {
+    const std::uint32_t i = reached[next];
+    if (down[i] == 0) continue;
+    ForEachNeighbor(i, [&](std::uint32_t other) {
+      if (down[other] != unknown) return;
+      down[other] = down[i] - 1;
+      reached.push_back(other);
+    });
+  }
+  for (std::uint32_t i = 0; i < graph_.Count(); ++i) {
+    if (down[i] == unknown) down[i] = heights_[i];
+  }
+  if (down != heights_ && PriceOf(down) < PriceOf(heights_)) heights_ = std::move(down);
 }
 
 // Moves switches to the height at which fewest of their cables join heights that are not neighbors,
@@ -238,10 +291,11 @@ void HeightFinder::Settle() {
   }
   std::uint32_t moves = 0;
   while (!worst.empty() && moves < mostMoves) {
-    const auto place = std::max_element(worst.begin(), worst.end(), [](const auto& a, const auto& b) {
-      return std::get<0>(a) != std::get<0>(b) ? std::get<0>(a) < std::get<0>(b)
-                                              : std::get<1>(a) > std::get<1>(b);
-    });
+    const auto place =
+        std::max_element(worst.begin(), worst.end(), [](const auto& a, const auto& b) {
+          return std::get<0>(a) != std::get<0>(b) ? std::get<0>(a) < std::get<0>(b)
+                                                  : std::get<1>(a) > std::get<1>(b);
+        });
     const std::uint32_t i = std::get<1>(*place);
     worst.erase(place);
     const auto [height, gain] = best(i);
@@ -259,25 +313,44 @@ void HeightFinder::Settle() {
 }
 
 // A tree that is higher than it must be: what stands above a height is mirrored down where that
-// costs nothing.
+// makes the tree no dearer. Either all of it, or what leads up to the top, which leaves alone the
+// roots beside a pod without hosts.
 void HeightFinder::Fold() {
   const int top = Top();
-  if (top < 2) return;
   Price best = PriceOf(heights_);
   Heights bestHeights = heights_;
-  for (int crease = 1; crease < top; ++crease) {
-    if (2 * crease < top) continue;
-    Heights folded = heights_;
-    bool isPossible = true;
-    for (std::uint32_t i = 0; i < graph_.Count(); ++i) {
-      if (folded[i] > crease) folded[i] = 2 * crease - folded[i];
-      isPossible = isPossible && (folded[i] >= 0 || heights_[i] == unknown);
+  const std::vector<bool> leadsUp = FindWaysUp(top);
+  for (int crease = (top + 1) / 2; crease > 0 && crease < top; ++crease) {
+    for (const bool all : {true, false}) {
+      Heights folded = heights_;
+      for (std::uint32_t i = 0; i < graph_.Count(); ++i) {
+        if (folded[i] > crease && (all || leadsUp[i])) folded[i] = 2 * crease - folded[i];
+      }
+      if (!all && std::equal(folded.begin(), folded.end(), bestHeights.begin())) continue;
+      const Price price = PriceOf(folded);
+      if (price < best) best = price, bestHeights = std::move(folded);
     }
-    if (!isPossible) continue;
-    const Price price = PriceOf(folded);
-    if (price < best) best = price, bestHeights = std::move(folded);
   }
   heights_ = std::move(bestHeights);
+}
+
+// By switch: whether a way that always leads upwards ends at the top.
+std::vector<bool> HeightFinder::FindWaysUp(int top) const {
+  std::vector<bool> leadsUp(graph_.Count());
+  std::vector<std::uint32_t> open;
+  for (std::uint32_t i = 0; i < graph_.Count(); ++i) {
+    if (heights_[i] == top) leadsUp[i] = true, open.push_back(i);
+  }
+  while (!open.empty()) {
+    const std::uint32_t i = open.back();
+    open.pop_back();
+    ForEachNeighbor(i, [&](std::uint32_t other) {
+      if (leadsUp[other] || heights_[other] != heights_[i] - 1) return;
+      leadsUp[other] = true;
+      open.push_back(other);
+    });
+  }
+  return leadsUp;
 }
 
 // How alike the neighbors of a switch are to those of the most similar other switch of a height.
@@ -309,7 +382,8 @@ void HeightFinder::JoinTwins() {
     if (heights_[i] < 2 || graph_.Hosts(i) > full_ / 2) continue;
     const double below = LikenessTo(i, heights_[i] - 2);
     if (below < ratherLike) continue;
-    if (below >= like || below >= LikenessTo(i, heights_[i])) moves.emplace_back(i, heights_[i] - 2);
+    if (below >= like || below >= LikenessTo(i, heights_[i]))
+      moves.emplace_back(i, heights_[i] - 2);
   }
   for (const auto& [i, height] : moves) heights_[i] = height;
 }
@@ -326,8 +400,9 @@ Price HeightFinder::PriceOf(const Heights& heights, Misfits* misfits) const {
     hasBelow[heights[cable.a] > heights[cable.b] ? cable.a : cable.b] = true;
   }
   Misfits found = FindMisfits(graph_, ranks);
-  Price price{4 * found.cables, top + 1};
+  Price price{4 * found.cables, top + 1, 0};
   for (std::uint32_t i = 0; i < graph_.Count(); ++i) {
+    if (heights[i] == 0 && graph_.Hosts(i) == 0) ++price.emptyLeaves;
     if (heights[i] <= 0) continue;
     price.changes += std::uint64_t{4} * std::min(graph_.Hosts(i), full_);
     if (!hasBelow[i]) price.changes += 8;
@@ -337,7 +412,7 @@ Price HeightFinder::PriceOf(const Heights& heights, Misfits* misfits) const {
 }
 
 // Tries switches with many wrong cables at other heights, and keeps what makes the tree cheaper.
-void HeightFinder::MoveSuspects() {
+Price HeightFinder::MoveSuspects() {
   constexpr std::uint64_t mostWork = 40'000'000;
   std::uint64_t work = 0;
   const std::uint64_t workOfOne = 8 * graph_.Cables().size() + graph_.Count();
@@ -364,13 +439,17 @@ void HeightFinder::MoveSuspects() {
     const int was = heights_[suspect];
     int bestHeight = was;
     Misfits bestMisfits;
-    for (const int height : {was - 2, was + 2, was - 1, was + 1}) {
-      if (height < 0 || height > top) continue;
+    std::set<int> candidates;
+    ForEachNeighbor(suspect, [&](std::uint32_t other) {
+      candidates.insert({heights_[other] - 1, heights_[other] + 1});
+    });
+    for (const int height : candidates) {
+      if (height < 0 || height > top || height == was) continue;
       heights_[suspect] = height;
       Misfits now;
       const Price price = PriceOf(heights_, &now);
       work += workOfOne;
-      if (!(price < best)) continue;
+      if (!price.IsBelow(best)) continue;
       best = price;
       bestHeight = height;
       bestMisfits = std::move(now);
@@ -381,6 +460,7 @@ void HeightFinder::MoveSuspects() {
     std::fill(isTried.begin(), isTried.end(), false);
     isTried[suspect] = true;
   }
+  return best;
 }
 
 // --- From heights to ranks.
@@ -425,11 +505,11 @@ TreeRanks InferRanks(const IBFabric& fabric) {
     ++size[part[i]];
     top[part[i]] = std::max(top[part[i]], heights[i]);
   }
-  const auto largest = static_cast<std::size_t>(
-      std::max_element(size.begin(), size.end()) - size.begin());
+  const auto largest =
+      static_cast<std::size_t>(std::max_element(size.begin(), size.end()) - size.begin());
   // A piece that faults cut off is as high as the tree that it was cut from.
   for (std::size_t i = 0; i < partCount; ++i) {
-    if (top[i] != unknown && 4 * size[i] < size[largest]) top[i] = std::max(top[i], top[largest]);
+    if (top[i] != unknown && 2 * size[i] < size[largest]) top[i] = std::max(top[i], top[largest]);
   }
   for (std::uint32_t i = 0; i < graph.Count(); ++i) {
     if (heights[i] == unknown) continue;
