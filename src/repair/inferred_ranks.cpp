@@ -37,28 +37,24 @@ constexpr int unknown = TreeRanks::none;
 
 using Heights = std::vector<int>;  // by switch; unknown where no leaf is in reach
 
-// What a tree costs: wrong and lacking cables, switches that do not look like their height.
+// What a tree costs, in quarters of a cable: wrong and lacking cables, switches that do not look like
+// their height, and levels.
 struct Price {
   std::uint64_t changes = 0;
-  int levels = 0;
   std::uint64_t emptyLeaves = 0;  // without hosts
 
-  // The same where a leaf without hosts speaks against a tree, too.
-  bool IsBelow(const Price& other) const {
-    const std::uint64_t mine = changes + emptyLeafPrice * emptyLeaves;
-    const std::uint64_t others = other.changes + emptyLeafPrice * other.emptyLeaves;
-    return std::tie(mine, levels) < std::tie(others, other.levels);
-  }
-
-  static constexpr std::uint64_t emptyLeafPrice = 6;
+  // Leaves without hosts are no fault of a tree. But a single switch is not taken for one lightly.
+  std::uint64_t WithEmptyLeaves() const { return changes + 6 * emptyLeaves; }
 
   friend bool operator<(const Price& a, const Price& b) {
-    return std::tie(a.changes, a.levels) < std::tie(b.changes, b.levels);
+    return std::tie(a.changes, a.emptyLeaves) < std::tie(b.changes, b.emptyLeaves);
   }
 };
 
 // Which of the switches with hosts may be no leaves.
 enum class Doubt { None, OfThoseBetweenLeaves, OfThoseUnlikeTheirTwins, OfNoneAndNobodyWaits };
+
+constexpr std::uint64_t levelPrice = 8;
 
 class HeightFinder {
  public:
@@ -73,18 +69,18 @@ class HeightFinder {
     for (const Doubt doubt : {Doubt::None, Doubt::OfThoseBetweenLeaves,
                               Doubt::OfThoseUnlikeTheirTwins, Doubt::OfNoneAndNobodyWaits}) {
       FindLeaves(doubt);
+      if (std::find(isLeaf_.begin(), isLeaf_.end(), true) == isLeaf_.end()) continue;
       Peel(doubt != Doubt::OfNoneAndNobodyWaits);
       Settle();
+      JoinTwins();
       Fold();
       JoinTwins();
-      Settle();
-      Fold();
       PeelDown();
       const Price price = MoveSuspects();
-      if (!bestHeights.empty() && !price.IsBelow(best)) continue;
+      if (!bestHeights.empty() && !(price < best)) continue;
       best = price;
       bestHeights = heights_;
-      if (best.changes == 0) break;
+      if (best.changes == levelPrice * static_cast<std::uint64_t>(Top())) break;
     }
     return bestHeights;
   }
@@ -358,15 +354,17 @@ double HeightFinder::LikenessTo(std::uint32_t i, int height) {
   std::vector<std::uint32_t> touched;
   const std::vector<std::uint32_t> neighbors = NeighborsOf(i);
   for (const std::uint32_t neighbor : neighbors) {
+    std::uint32_t last = i;  // parallel cables stand together where ports are cabled in order
     ForEachNeighbor(neighbor, [&](std::uint32_t twin) {
-      if (twin == i || heights_[twin] != height) return;
+      if (twin == i || twin == last || heights_[twin] != height) return;
+      last = twin;
       if (common_[twin]++ == 0) touched.push_back(twin);
     });
   }
   double best = 0;
   for (const std::uint32_t twin : touched) {
     const double shared = std::min<double>(common_[twin], static_cast<double>(neighbors.size()));
-    const double all = static_cast<double>(neighbors.size() + Degree(twin)) - shared;
+    const double all = static_cast<double>(neighbors.size() + NeighborsOf(twin).size()) - shared;
     if (all > 0) best = std::max(best, shared / all);
     common_[twin] = 0;
   }
@@ -385,7 +383,11 @@ void HeightFinder::JoinTwins() {
     if (below >= like || below >= LikenessTo(i, heights_[i]))
       moves.emplace_back(i, heights_[i] - 2);
   }
+  if (moves.empty()) return;
+  const Heights before = heights_;
   for (const auto& [i, height] : moves) heights_[i] = height;
+  Settle();
+  if (PriceOf(before) < PriceOf(heights_)) heights_ = before;
 }
 
 Price HeightFinder::PriceOf(const Heights& heights, Misfits* misfits) const {
@@ -400,12 +402,28 @@ Price HeightFinder::PriceOf(const Heights& heights, Misfits* misfits) const {
     hasBelow[heights[cable.a] > heights[cable.b] ? cable.a : cable.b] = true;
   }
   Misfits found = FindMisfits(graph_, ranks);
-  Price price{4 * found.cables, top + 1, 0};
+  Price price{4 * found.cables + levelPrice * static_cast<std::uint64_t>(top), 0};
+  std::vector<std::uint64_t> strays(static_cast<std::size_t>(top) + 1);
+  std::vector<std::uint32_t> withHosts(strays.size());
+  std::vector<std::uint32_t> onHeight(strays.size());
   for (std::uint32_t i = 0; i < graph_.Count(); ++i) {
-    if (heights[i] == 0 && graph_.Hosts(i) == 0) ++price.emptyLeaves;
-    if (heights[i] <= 0) continue;
-    price.changes += std::uint64_t{4} * std::min(graph_.Hosts(i), full_);
+    if (heights[i] == unknown) continue;
+    const auto height = static_cast<std::size_t>(heights[i]);
+    const std::uint32_t hosts = graph_.Hosts(i);
+    if (height == 0) {
+      price.emptyLeaves += hosts == 0 ? 1 : 0;
+      continue;
+    }
+    ++onHeight[height];
     if (!hasBelow[i]) price.changes += 8;
+    if (hosts == 0) continue;
+    ++withHosts[height];
+    strays[height] += std::uint64_t{4} * std::min(hosts, full_) + (hosts >= full_ ? 7 : 0);
+  }
+  for (std::size_t height = 1; height < strays.size(); ++height) {
+    // Where most of a height have hosts, that is how the tree was meant.
+    const bool isMeant = 2 * withHosts[height] > onHeight[height];
+    price.changes += isMeant ? std::min<std::uint64_t>(strays[height], 8) : strays[height];
   }
   if (misfits != nullptr) *misfits = std::move(found);
   return price;
@@ -449,7 +467,7 @@ Price HeightFinder::MoveSuspects() {
       Misfits now;
       const Price price = PriceOf(heights_, &now);
       work += workOfOne;
-      if (!price.IsBelow(best)) continue;
+      if (price.WithEmptyLeaves() >= best.WithEmptyLeaves()) continue;
       best = price;
       bestHeight = height;
       bestMisfits = std::move(now);
