@@ -52,9 +52,19 @@ struct Price {
 };
 
 // Which of the switches with hosts may be no leaves.
-enum class Doubt { None, OfThoseBetweenLeaves, OfThoseUnlikeTheirTwins, OfNoneAndNobodyWaits };
+enum class Doubt {
+  None,
+  OfThoseBetweenLeaves,
+  OfThoseUnlikeTheirTwins,
+  OfThoseWithFewHosts,
+  OfNoneAndNobodyWaits
+};
 
 constexpr std::uint64_t levelPrice = 8;
+constexpr int mostLevels = 6;
+
+// What a tree costs in which everything is right.
+std::uint64_t CheapestWith(int top) { return levelPrice * static_cast<std::uint64_t>(top); }
 
 class HeightFinder {
  public:
@@ -71,16 +81,17 @@ class HeightFinder {
       FindLeaves(doubt);
       if (std::find(isLeaf_.begin(), isLeaf_.end(), true) == isLeaf_.end()) continue;
       Peel(doubt != Doubt::OfNoneAndNobodyWaits);
+      const Heights fromLeaves = heights_;
       Settle();
       JoinTwins();
       Fold();
       JoinTwins();
-      PeelDown();
+      if (PriceOf(heights_).changes != CheapestWith(Top())) PeelDown(fromLeaves);
       const Price price = MoveSuspects();
       if (!bestHeights.empty() && !(price < best)) continue;
       best = price;
       bestHeights = heights_;
-      if (best.changes == levelPrice * static_cast<std::uint64_t>(Top())) break;
+      if (best.changes == CheapestWith(Top())) break;
     }
     return bestHeights;
   }
@@ -102,7 +113,8 @@ class HeightFinder {
   void DropThoseBetweenLeaves();
   bool IsLeafByTwins(std::uint32_t i);
   void Peel(bool canWait);
-  void PeelDown();
+  void PeelDown(const Heights& fromLeaves);
+  Heights HeightsBelow(const Heights& fromLeaves, int top) const;
   void Settle();
   void Fold();
   std::vector<bool> FindWaysUp(int top) const;
@@ -161,8 +173,13 @@ bool HeightFinder::IsLeafByTwins(std::uint32_t i) {
 
 void HeightFinder::FindLeaves(Doubt doubt) {
   isLeaf_.assign(graph_.Count(), false);
+  std::uint32_t mostHosts = 0;
   for (std::uint32_t i = 0; i < graph_.Count(); ++i) {
-    isLeaf_[i] = IsFull(i) && (doubt != Doubt::OfThoseUnlikeTheirTwins || IsLeafByTwins(i));
+    mostHosts = std::max(mostHosts, graph_.Hosts(i));
+  }
+  for (std::uint32_t i = 0; i < graph_.Count(); ++i) {
+    isLeaf_[i] = IsFull(i) && (doubt != Doubt::OfThoseUnlikeTheirTwins || IsLeafByTwins(i)) &&
+                 (doubt != Doubt::OfThoseWithFewHosts || 2 * graph_.Hosts(i) > mostHosts);
   }
   if (doubt == Doubt::OfThoseBetweenLeaves) DropThoseBetweenLeaves();
 }
@@ -234,13 +251,39 @@ void HeightFinder::Peel(bool canWait) {
   }
 }
 
-// Heights from the roots downwards, where they make the tree cheaper.
-void HeightFinder::PeelDown() {
-  const int top = Top();
+// Heights from the roots downwards. A pod without hosts hangs below the roots like all others, but
+// its heights from the leaves go on upwards. Roots are those on some height that lead down as much as
+// their peers; each height is tried, and the cheapest tree taken.
+void HeightFinder::PeelDown(const Heights& fromLeaves) {
+  Price best = PriceOf(heights_);
+  Heights bestHeights = heights_;
+  const int highest = *std::max_element(fromLeaves.begin(), fromLeaves.end());
+  for (int top = 1; top <= std::min(highest, mostLevels - 1); ++top) {
+    heights_ = HeightsBelow(fromLeaves, top);
+    Settle();
+    JoinTwins();
+    const Price price = PriceOf(heights_);
+    if (price < best) best = price, bestHeights = heights_;
+  }
+  heights_ = std::move(bestHeights);
+}
+
+Heights HeightFinder::HeightsBelow(const Heights& fromLeaves, int top) const {
+  const auto leadsDown = [&](std::uint32_t i) {
+    std::size_t count = 0;
+    ForEachNeighbor(i, [&](std::uint32_t other) { count += fromLeaves[other] == top - 1 ? 1 : 0; });
+    return count;
+  };
+  std::vector<std::size_t> counts;
+  for (std::uint32_t i = 0; i < graph_.Count(); ++i) {
+    if (fromLeaves[i] == top) counts.push_back(leadsDown(i));
+  }
+  const auto middle = counts.begin() + static_cast<std::ptrdiff_t>(counts.size() / 2);
+  std::nth_element(counts.begin(), middle, counts.end());
   Heights down(graph_.Count(), unknown);
   std::vector<std::uint32_t> reached;
   for (std::uint32_t i = 0; i < graph_.Count(); ++i) {
-    if (heights_[i] != top) continue;
+    if (fromLeaves[i] != top || 2 * leadsDown(i) <= *middle) continue;
     down[i] = top;
     reached.push_back(i);
   }
@@ -254,9 +297,9 @@ void HeightFinder::PeelDown() {
     });
   }
   for (std::uint32_t i = 0; i < graph_.Count(); ++i) {
-    if (down[i] == unknown) down[i] = heights_[i];
+    if (down[i] == unknown) down[i] = std::min(fromLeaves[i], top);
   }
-  if (down != heights_ && PriceOf(down) < PriceOf(heights_)) heights_ = std::move(down);
+  return down;
 }
 
 // Moves switches to the height at which fewest of their cables join heights that are not neighbors,
@@ -402,7 +445,7 @@ Price HeightFinder::PriceOf(const Heights& heights, Misfits* misfits) const {
     hasBelow[heights[cable.a] > heights[cable.b] ? cable.a : cable.b] = true;
   }
   Misfits found = FindMisfits(graph_, ranks);
-  Price price{4 * found.cables + levelPrice * static_cast<std::uint64_t>(top), 0};
+  Price price{4 * found.cables + CheapestWith(top), 0};
   std::vector<std::uint64_t> strays(static_cast<std::size_t>(top) + 1);
   std::vector<std::uint32_t> withHosts(strays.size());
   std::vector<std::uint32_t> onHeight(strays.size());
