@@ -37,8 +37,8 @@ constexpr int unknown = TreeRanks::none;
 
 using Heights = std::vector<int>;  // by switch; unknown where no leaf is in reach
 
-// What a tree costs, in quarters of a cable: wrong and lacking cables, switches that do not look like
-// their height, and levels.
+// What a tree costs, in quarters of a cable: wrong and lacking cables, switches that do not look
+// like their height, and levels.
 struct Price {
   std::uint64_t changes = 0;
   std::uint64_t emptyLeaves = 0;  // without hosts
@@ -252,8 +252,8 @@ void HeightFinder::Peel(bool canWait) {
 }
 
 // Heights from the roots downwards. A pod without hosts hangs below the roots like all others, but
-// its heights from the leaves go on upwards. Roots are those on some height that lead down as much as
-// their peers; each height is tried, and the cheapest tree taken.
+// its heights from the leaves go on upwards. Roots are those on some height that lead down as much
+// as their peers; each height is tried, and the cheapest tree taken.
 void HeightFinder::PeelDown(const Heights& fromLeaves) {
   Price best = PriceOf(heights_);
   Heights bestHeights = heights_;

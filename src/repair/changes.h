@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "repair/repair_plan.h"
+#include "repair/tree_groups.h"
+
+namespace fabscope {
+
+// A cable of the graph, or none, and where it should be, if anywhere. Ends are switches of the
+// graph.
+struct CableTarget {
+  struct End {
+    std::uint32_t number = 0;  // the switch
+    std::uint8_t port = 0;
+  };
+  std::uint32_t cable = SwitchGraph::none;
+  std::optional<End> upper;  // both are set, or none of them
+  std::optional<End> lower;
+  RepairReason reason{};
+};
+
+// What becomes of the cables that do not fit the groups, and which new ones there must be.
+struct Changes {
+  std::vector<CableTarget> targets;
+  std::uint64_t extras = 0;  // cables that must go
+  std::uint64_t lacks = 0;   // cables that lack
+  // Links that lack, but no port is free for them.
+  std::vector<std::pair<std::uint32_t, std::uint32_t>> withoutPort;
+};
+
+Changes FindChanges(const TreeGroups& groups);
+
+}  // namespace fabscope

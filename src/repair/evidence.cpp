@@ -1,0 +1,139 @@
+#include "repair/evidence.h"
+
+#include <algorithm>
+#include <map>
+
+namespace fabscope {
+namespace {
+
+std::uint64_t KeyOf(int group, int siblings) {
+  return static_cast<std::uint64_t>(group) << 32U | static_cast<std::uint32_t>(siblings);
+}
+
+}  // namespace
+
+Evidence::Evidence(const TreeGroups& groups)
+    : groups_(groups), seats_(groups), sides_(groups.pairs.size()) {
+  for (std::size_t rank = 0; rank < groups.pairs.size(); ++rank) {
+    for (const Side side : {SpineSide, LineSide}) {
+      OfSide& facts = sides_[rank][side];
+      const auto& switches =
+          side == SpineSide ? groups.pairs[rank].Spines() : groups.pairs[rank].Lines();
+      const Grouping& grouping = groups.groupings[rank];
+      std::size_t asked = 0;
+      for (std::size_t i = 0; i < switches.size(); ++i) {
+        const int group = grouping.groupOf[side][i];
+        const int siblings = SiblingsOf(switches[i], side);
+        if (group == Grouping::none || siblings == Grouping::none) continue;
+        ++facts.siblings[KeyOf(group, siblings)];
+        ++asked;
+      }
+      std::size_t alone = 0;
+      for (const auto& [key, count] : facts.siblings) alone += count == 1 ? 1 : 0;
+      facts.areUnique = asked >= 4 && 5 * alone >= 4 * asked;
+      std::map<std::uint32_t, std::uint32_t> sizes;
+      for (const std::uint32_t size : grouping.size[side]) ++sizes[size];
+      std::uint32_t most = 0;
+      for (const auto& [size, times] : sizes) {
+        if (times > most) most = times, facts.usualSize = size;
+      }
+    }
+  }
+}
+
+// The pod of a line is the group that it is a spine of; that of a spine the group that it is a line
+// of.
+int Evidence::SiblingsOf(std::uint32_t number, Side side) const {
+  return side == LineSide ? groups_.GroupBelow(number) : groups_.GroupAbove(number);
+}
+
+int Evidence::ScoreOf(std::uint32_t number, Side side, int group, int own) const {
+  const int upper = groups_.ranks[number] - (side == LineSide ? 1 : 0);
+  const auto rank = static_cast<std::size_t>(upper);
+  int score = 0;
+  for (const std::uint32_t i : groups_.graph.CablesOf(number)) {
+    const SwitchGraph::Cable& cable = groups_.graph.Cables()[i];
+    const std::uint32_t far = cable.Other(number);
+    const int farRank = upper + (side == LineSide ? 0 : 1);
+    if (groups_.ranks[far] != farRank) continue;
+    const int farGroup = side == LineSide ? groups_.GroupBelow(far) : groups_.GroupAbove(far);
+    if (farGroup != group) continue;
+    score += seats_.Fit(i, number) + seats_.Fit(i, far);
+  }
+  const OfSide& facts = sides_[rank][side];
+  if (facts.areUnique) {
+    const auto found = facts.siblings.find(KeyOf(group, SiblingsOf(number, side)));
+    const std::uint32_t mine = group == own ? 1 : 0;
+    if (found != facts.siblings.end() && found->second > mine) score -= 3;
+  }
+  const std::uint32_t size = groups_.groupings[rank].size[side][static_cast<std::size_t>(group)];
+  if (size - (group == own ? 1 : 0) < facts.usualSize) score += 1;
+  return score;
+}
+
+Margin Evidence::MarginOf(std::uint32_t number, Side side) const {
+  Margin margin;
+  const int own = side == LineSide ? groups_.GroupAbove(number) : groups_.GroupBelow(number);
+  if (own == Grouping::none) return margin;
+  const auto rank = static_cast<std::size_t>(groups_.ranks[number] - (side == LineSide ? 1 : 0));
+  const Grouping& grouping = groups_.groupings[rank];
+  const RankPair& pair = groups_.pairs[rank];
+  const Side farSide = OtherSide(side);
+  const std::uint32_t place = groups_.place[number];
+  std::map<int, std::int64_t> tally;
+  for (const RankPair::Link& link : side == LineSide ? pair.OfLine(place) : pair.OfSpine(place)) {
+    const int group = grouping.groupOf[farSide][link.far];
+    if (group == Grouping::none) continue;
+    tally[group] += std::min(link.count, grouping.multiplicity[static_cast<std::size_t>(group)]);
+  }
+  const auto gain = [&](int group) {
+    const auto i = static_cast<std::size_t>(group);
+    return 2 * tally[group] - std::int64_t{grouping.multiplicity[i]} * grouping.size[farSide][i];
+  };
+  const std::int64_t ownGain = gain(own);
+  const auto others = tally;
+  int ownScore = 0;
+  bool isScored = false;
+  for (const auto& [group, count] : others) {
+    if (group == own) continue;
+    const int cost =
+        static_cast<int>(std::min<std::int64_t>(ownGain - gain(group), Margin::plenty));
+    if (cost > margin.cost) continue;
+    if (!isScored) ownScore = ScoreOf(number, side, own, own), isScored = true;
+    const int evidence = ownScore - ScoreOf(number, side, group, own);
+    if (cost == margin.cost && evidence >= margin.evidence) continue;
+    margin = {cost, evidence, group};
+  }
+  return margin;
+}
+
+void DecideTies(TreeGroups& groups) {
+  constexpr int rounds = 3;
+  for (int round = 0; round < rounds; ++round) {
+    bool isMoved = false;
+    const Evidence evidence(groups);
+    for (std::size_t rank = 0; rank < groups.pairs.size(); ++rank) {
+      if (groups.groupings[rank].cost == 0) continue;
+      for (const Side side : {SpineSide, LineSide}) {
+        const auto& switches =
+            side == SpineSide ? groups.pairs[rank].Spines() : groups.pairs[rank].Lines();
+        std::vector<std::pair<std::uint32_t, int>> moves;
+        for (std::uint32_t i = 0; i < switches.size(); ++i) {
+          const Margin margin = evidence.MarginOf(switches[i], side);
+          if (margin.cost <= 0 && margin.evidence < 0) moves.emplace_back(i, margin.group);
+        }
+        for (const auto& [i, group] : moves) {
+          Grouping trial = groups.groupings[rank];
+          trial.groupOf[side][i] = group;
+          Recount(groups.pairs[rank], trial);
+          if (trial.cost > groups.groupings[rank].cost) continue;
+          groups.groupings[rank] = std::move(trial);
+          isMoved = true;
+        }
+      }
+    }
+    if (!isMoved) break;
+  }
+}
+
+}  // namespace fabscope

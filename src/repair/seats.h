@@ -1,0 +1,62 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <span>
+#include <utility>
+#include <vector>
+
+#include "repair/tree_groups.h"
+
+namespace fabscope {
+
+// Which ports cables usually use. Most fabrics are cabled by a scheme: every spine has a line at
+// the same port, and every line has a spine at the same port; higher up all switches of one pod are
+// at the same port of their roots. The scheme is read from the cables themselves, for each pair of
+// ranks and each end, and used as far as the cables follow it.
+class Seats {
+ public:
+  explicit Seats(const TreeGroups& groups);
+
+  // How a cable's port at a switch fits what other cables say: 1 it does, -1 it does not, 0 no
+  // scheme or nothing to compare with.
+  int Fit(std::uint32_t cable, std::uint32_t end) const;
+  // The same for a port that a cable between `near` (whose port it is) and `far` would have.
+  // `except` is a cable that does not count, or SwitchGraph::none.
+  int Fit(std::uint32_t nearEnd, std::uint8_t port, std::uint32_t farEnd,
+          std::uint32_t except) const;
+  // The ports that a cable between the two should have at `near`, the likeliest first.
+  std::vector<std::uint8_t> Expected(std::uint32_t nearEnd, std::uint32_t farEnd) const;
+  // Whether nearly all cables of that pair of ranks follow the scheme at that end.
+  bool IsStrong(int upperRank, Side end) const {
+    return strength_[static_cast<std::size_t>(upperRank)][end] >= strong;
+  }
+
+ private:
+  static constexpr double usable = 0.75;
+  static constexpr double strong = 0.9;
+  enum Table : std::size_t { Own = 0, OfSiblings = 1 };
+  struct Count {
+    std::uint8_t port = 0;
+    std::uint32_t times = 0;
+  };
+  using Counts = std::vector<Count>;  // most frequent first
+
+  // The table that tells the port at one end by the switch at the other: by that switch, or by all
+  // its siblings.
+  const Counts& CountsFor(int upperRank, Side end, Table table, std::uint32_t farEnd) const;
+  std::size_t KeyOf(Side end, Table table, std::uint32_t farEnd) const;
+  int FitIn(const Counts& counts, std::uint8_t port, bool isCounted,
+            std::uint32_t multiplicity) const;
+  void Fill(std::size_t upperRank, Side end, Table table);
+  double Measure(std::size_t upperRank, Side end, Table table) const;
+
+  const TreeGroups& groups_;
+  // By upper rank, end and table: by key.
+  std::vector<std::array<std::array<std::vector<Counts>, 2>, 2>> counts_;
+  std::vector<std::array<Table, 2>> best_;
+  std::vector<std::array<double, 2>> strength_;
+  std::vector<std::vector<std::uint32_t>> cablesOfPair_;  // by upper rank: inside groups
+};
+
+}  // namespace fabscope

@@ -1,0 +1,215 @@
+// In which order hands can do it.
+//
+// A cable can be plugged only where nothing is plugged. A move whose new port is still taken by a
+// cable that itself moves must wait for it. Moves that wait for each other in a circle are swaps:
+// two cables exchange their ends. A longer circle is told as several swaps, the first cable going
+// round until all are in place.
+//
+// Among steps that can be done, one that cuts no host off goes first.
+
+#include "repair/steps.h"
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <optional>
+#include <unordered_map>
+#include <utility>
+
+#include "repair/safe_order.h"
+
+namespace fabscope {
+namespace {
+
+using End = CableTarget::End;
+using Position = std::uint32_t;
+
+Position PositionOf(const End& end) { return end.number << 8U | end.port; }
+
+struct Ends {
+  End upper;
+  End lower;
+};
+
+class StepMaker {
+ public:
+  StepMaker(const TreeGroups& groups, const Changes& changes)
+      : groups_(groups), targets_(changes.targets) {}
+
+  std::vector<PlannedStep> Make() {
+    FindPositions();
+    FindCircles();
+    for (std::size_t i = 0; i < targets_.size(); ++i) {
+      if (!isDone_[i]) AddSingle(i);
+    }
+    FindDependencies();
+    return InOrder();
+  }
+
+ private:
+  static constexpr std::size_t nobody = ~std::size_t{0};
+
+  std::optional<Ends> Before(std::size_t i) const {
+    if (targets_[i].cable == SwitchGraph::none) return std::nullopt;
+    const SwitchGraph::Cable& cable = groups_.graph.Cables()[targets_[i].cable];
+    return Ends{{cable.a, cable.portA}, {cable.b, cable.portB}};
+  }
+  std::optional<Ends> After(std::size_t i) const {
+    if (!targets_[i].upper) return std::nullopt;
+    return Ends{*targets_[i].upper, *targets_[i].lower};
+  }
+  static bool Has(const std::optional<Ends>& ends, Position position) {
+    return ends && (PositionOf(ends->upper) == position || PositionOf(ends->lower) == position);
+  }
+  RepairCable CableOf(const Ends& ends) const;
+  void FindPositions();
+  void FindCircles();
+  void AddCircle(const std::vector<std::size_t>& circle);
+  void AddSingle(std::size_t i);
+  void FindDependencies();
+  std::vector<PlannedStep> InOrder();
+
+  const TreeGroups& groups_;
+  const std::vector<CableTarget>& targets_;
+  // By target: ports that its cable leaves, and those that it takes.
+  std::vector<std::vector<End>> leaves_;
+  std::vector<std::vector<End>> takes_;
+  std::unordered_map<Position, std::size_t> whoLeaves_;
+  std::vector<bool> isDone_;
+  std::vector<PlannedStep> steps_;
+  std::vector<std::vector<std::size_t>> waitsFor_;  // by step
+  std::vector<std::size_t> previousInCircle_;       // by step, or nobody
+};
+
+RepairCable StepMaker::CableOf(const Ends& ends) const {
+  const auto indexOf = [&](const End& end) { return groups_.graph.NodeOf(end.number).index; };
+  const CableEnd a{indexOf(ends.upper), ends.upper.port};
+  const CableEnd b{indexOf(ends.lower), ends.lower.port};
+  const int rankA = groups_.ranks[ends.upper.number];
+  const int rankB = groups_.ranks[ends.lower.number];
+  const bool isInOrder = rankA != rankB ? rankA < rankB : a.node <= b.node;
+  return isInOrder ? RepairCable{a, b} : RepairCable{b, a};
+}
+
+void StepMaker::FindPositions() {
+  leaves_.resize(targets_.size());
+  takes_.resize(targets_.size());
+  isDone_.resize(targets_.size());
+  for (std::size_t i = 0; i < targets_.size(); ++i) {
+    const auto before = Before(i);
+    const auto after = After(i);
+    if (before) {
+      for (const End& end : {before->upper, before->lower}) {
+        if (Has(after, PositionOf(end))) continue;
+        leaves_[i].push_back(end);
+        whoLeaves_[PositionOf(end)] = i;
+      }
+    }
+    if (after) {
+      for (const End& end : {after->upper, after->lower}) {
+        if (!Has(before, PositionOf(end))) takes_[i].push_back(end);
+      }
+    }
+  }
+}
+
+void StepMaker::FindCircles() {
+  std::vector<std::size_t> seenIn(targets_.size(), nobody);
+  const auto next = [&](std::size_t i) {
+    if (takes_[i].size() != 1 || leaves_[i].size() != 1) return nobody;
+    const auto found = whoLeaves_.find(PositionOf(takes_[i].front()));
+    return found == whoLeaves_.end() ? nobody : found->second;
+  };
+  for (std::size_t start = 0; start < targets_.size(); ++start) {
+    std::size_t i = start;
+    while (i != nobody && seenIn[i] == nobody) {
+      seenIn[i] = start;
+      i = next(i);
+    }
+    if (i == nobody || seenIn[i] != start || isDone_[i]) continue;
+    std::vector<std::size_t> circle{i};
+    for (std::size_t other = next(i); other != i && other != nobody; other = next(other)) {
+      circle.push_back(other);
+    }
+    if (circle.size() > 1) AddCircle(circle);
+  }
+}
+
+// The cable of circle[0] goes to where that of circle[1] leaves, and so on; the last to where the
+// first leaves.
+void StepMaker::AddCircle(const std::vector<std::size_t>& circle) {
+  const End firstLeft = leaves_[circle.front()].front();
+  Ends moving = *Before(circle.front());
+  for (std::size_t i = 0; i + 1 < circle.size(); ++i) {
+    const std::size_t one = circle[i];
+    const std::size_t other = circle[i + 1];
+    const Ends otherBefore = *Before(other);
+    Ends otherAfter = otherBefore;
+    const bool isUpper = PositionOf(otherBefore.upper) == PositionOf(leaves_[other].front());
+    (isUpper ? otherAfter.upper : otherAfter.lower) = firstLeft;
+    PlannedStep step;
+    step.step.action = RepairAction::Swap;
+    step.step.reason = targets_[one].reason;
+    step.step.cables.push_back({CableOf(moving), CableOf(*After(one))});
+    step.step.cables.push_back({CableOf(otherBefore), CableOf(otherAfter)});
+    step.targets = {one, other};
+    previousInCircle_.push_back(i == 0 ? nobody : steps_.size() - 1);
+    steps_.push_back(std::move(step));
+    moving = otherAfter;
+  }
+  for (const std::size_t i : circle) isDone_[i] = true;
+}
+
+void StepMaker::AddSingle(std::size_t i) {
+  const auto before = Before(i);
+  const auto after = After(i);
+  PlannedStep step;
+  step.step.action = !before  ? RepairAction::Connect
+                     : !after ? RepairAction::Disconnect
+                              : RepairAction::Move;
+  step.step.reason = targets_[i].reason;
+  CableChange change;
+  if (before) change.before = CableOf(*before);
+  if (after) change.after = CableOf(*after);
+  step.step.cables.push_back(change);
+  step.targets = {i};
+  previousInCircle_.push_back(nobody);
+  steps_.push_back(std::move(step));
+}
+
+void StepMaker::FindDependencies() {
+  std::vector<std::size_t> stepOf(targets_.size(), nobody);
+  for (std::size_t i = 0; i < steps_.size(); ++i) {
+    for (const std::size_t target : steps_[i].targets) stepOf[target] = i;
+  }
+  waitsFor_.resize(steps_.size());
+  for (std::size_t i = 0; i < steps_.size(); ++i) {
+    if (previousInCircle_[i] != nobody) waitsFor_[i].push_back(previousInCircle_[i]);
+    if (steps_[i].step.action == RepairAction::Swap) continue;
+    for (const End& end : takes_[steps_[i].targets.front()]) {
+      const auto found = whoLeaves_.find(PositionOf(end));
+      if (found != whoLeaves_.end() && stepOf[found->second] != i) {
+        waitsFor_[i].push_back(stepOf[found->second]);
+      }
+    }
+  }
+}
+
+std::vector<PlannedStep> StepMaker::InOrder() {
+  std::vector<const RepairStep*> steps;
+  steps.reserve(steps_.size());
+  for (const PlannedStep& step : steps_) steps.push_back(&step.step);
+  std::vector<PlannedStep> ordered;
+  for (const std::size_t i : FindSafeOrder(groups_.graph, steps, waitsFor_)) {
+    ordered.push_back(std::move(steps_[i]));
+  }
+  return ordered;
+}
+
+}  // namespace
+
+std::vector<PlannedStep> OrderSteps(const TreeGroups& groups, const Changes& changes) {
+  return StepMaker(groups, changes).Make();
+}
+
+}  // namespace fabscope
