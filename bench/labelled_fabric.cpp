@@ -40,11 +40,11 @@ TreeShape SpareShape(int levels, unsigned parallel, Random& random) {
       shape.parents = {1, between(2, 12)};
       break;
     case 3:
-      shape.children = {1, between(2, 8), between(2, 8)};
+      shape.children = {1, between(3, 10), between(3, 12)};
       shape.parents = {1, between(2, 6), between(2, 6)};
       break;
     default:
-      shape.children = {1, between(2, 5), between(2, 4), between(2, 4)};
+      shape.children = {1, between(2, 6), between(2, 4), between(3, 6)};
       shape.parents = {1, between(2, 4), between(2, 4), between(2, 3)};
   }
   shape.parallel = parallel;
@@ -58,10 +58,7 @@ TreeShape FullShape(int levels, Random& random) {
   constexpr std::array<unsigned, 3> largestRadix{12, 8, 6};
   const unsigned largest = largestRadix.at(static_cast<std::size_t>(levels - 2));
   const unsigned radix = 2 * Between(2, largest / 2, random);
-  const unsigned pods = Between(2, radix, random);
-  TreeShape shape = RadixTree(static_cast<unsigned>(levels), radix, pods, 0);
-  shape.radix = 0;  // roots of few pods have few ports
-  return shape;
+  return RadixTree(static_cast<unsigned>(levels), radix, 0, 0);
 }
 
 // --- What is changed before faults are done.
