@@ -55,7 +55,7 @@ TreeShape SpareShape(int levels, unsigned parallel, Random& random) {
 
 // As many cables up as down on all switches below the roots, and no port without a cable.
 TreeShape FullShape(int levels, Random& random) {
-  constexpr std::array<unsigned, 3> largestRadix{12, 8, 6};
+  constexpr std::array<unsigned, 3> largestRadix{12, 12, 8};
   const unsigned largest = largestRadix.at(static_cast<std::size_t>(levels - 2));
   const unsigned radix = 2 * Between(2, largest / 2, random);
   return RadixTree(static_cast<unsigned>(levels), radix, 0, 0);
@@ -368,6 +368,15 @@ bool Damaged(const Cell& cell, LabelledFabric& made, Random& random) {
   return false;
 }
 
+// Where most cables are wrong, nothing tells what was meant. A fault touches up to two.
+bool IsLargeEnough(const FabricPlan& plan, int faults) {
+  constexpr long cablesPerFault = 8;
+  const long cables = std::count_if(plan.cables.begin(), plan.cables.end(), [&](const auto& cable) {
+    return plan.IsSwitch(cable.lower.node);
+  });
+  return cablesPerFault * faults <= cables;
+}
+
 GuidCables MeantCables(const FabricPlan& meant, const FabricPlan& faulty) {
   const auto stands = [&](const PlannedEnd& end) {
     return meant.IsSwitch(end.node) && !faulty.nodes[end.node].removed;
@@ -417,6 +426,7 @@ std::optional<LabelledFabric> MakeFabric(const Cell& cell, std::uint64_t seed) {
   made.plan = PlanTree(ShapeOf(cell, random), hdr);
   if (AreShuffled(cell, random)) ShufflePorts(made.plan, random);
   const FabricPlan meant = made.plan;
+  if (cell.set != "roots" && !IsLargeEnough(meant, cell.faults)) return std::nullopt;
   if (!Damaged(cell, made, random)) return std::nullopt;
   made.truth = MeantCables(meant, made.plan);
   return made;
