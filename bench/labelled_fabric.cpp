@@ -40,11 +40,11 @@ TreeShape SpareShape(int levels, unsigned parallel, Random& random) {
       shape.parents = {1, between(2, 12)};
       break;
     case 3:
-      shape.children = {1, between(2, 8), between(2, 8)};
+      shape.children = {1, between(3, 10), between(3, 12)};
       shape.parents = {1, between(2, 6), between(2, 6)};
       break;
     default:
-      shape.children = {1, between(2, 5), between(2, 4), between(2, 4)};
+      shape.children = {1, between(2, 6), between(2, 4), between(3, 6)};
       shape.parents = {1, between(2, 4), between(2, 4), between(2, 3)};
   }
   shape.parallel = parallel;
@@ -55,13 +55,10 @@ TreeShape SpareShape(int levels, unsigned parallel, Random& random) {
 
 // As many cables up as down on all switches below the roots, and no port without a cable.
 TreeShape FullShape(int levels, Random& random) {
-  constexpr std::array<unsigned, 3> largestRadix{12, 8, 6};
+  constexpr std::array<unsigned, 3> largestRadix{12, 12, 8};
   const unsigned largest = largestRadix.at(static_cast<std::size_t>(levels - 2));
   const unsigned radix = 2 * Between(2, largest / 2, random);
-  const unsigned pods = Between(2, radix, random);
-  TreeShape shape = RadixTree(static_cast<unsigned>(levels), radix, pods, 0);
-  shape.radix = 0;  // roots of few pods have few ports
-  return shape;
+  return RadixTree(static_cast<unsigned>(levels), radix, 0, 0);
 }
 
 // --- What is changed before faults are done.
@@ -371,6 +368,15 @@ bool Damaged(const Cell& cell, LabelledFabric& made, Random& random) {
   return false;
 }
 
+// Where most cables are wrong, nothing tells what was meant. A fault touches up to two.
+bool IsLargeEnough(const FabricPlan& plan, int faults) {
+  constexpr long cablesPerFault = 8;
+  const long cables = std::count_if(plan.cables.begin(), plan.cables.end(), [&](const auto& cable) {
+    return plan.IsSwitch(cable.lower.node);
+  });
+  return cablesPerFault * faults <= cables;
+}
+
 GuidCables MeantCables(const FabricPlan& meant, const FabricPlan& faulty) {
   const auto stands = [&](const PlannedEnd& end) {
     return meant.IsSwitch(end.node) && !faulty.nodes[end.node].removed;
@@ -420,6 +426,7 @@ std::optional<LabelledFabric> MakeFabric(const Cell& cell, std::uint64_t seed) {
   made.plan = PlanTree(ShapeOf(cell, random), hdr);
   if (AreShuffled(cell, random)) ShufflePorts(made.plan, random);
   const FabricPlan meant = made.plan;
+  if (cell.set != "roots" && !IsLargeEnough(meant, cell.faults)) return std::nullopt;
   if (!Damaged(cell, made, random)) return std::nullopt;
   made.truth = MeantCables(meant, made.plan);
   return made;

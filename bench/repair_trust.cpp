@@ -14,6 +14,7 @@
 #include <array>
 #include <atomic>
 #include <cstdio>
+#include <exception>
 #include <fmt/format.h>
 #include <fstream>
 #include <iostream>
@@ -327,9 +328,7 @@ int Run(const Options& options) {
   return 0;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int ReadAndRun(int argc, char** argv) {
   Options options;
   CLI::App app("How far repairs can be trusted, on trees with labelled faults");
   app.add_option("--set", options.set,
@@ -346,4 +345,15 @@ int main(int argc, char** argv) {
   app.add_option("--dump", options.dump, "with --seed: write it as a topology dump");
   CLI11_PARSE(app, argc, argv);
   return Run(options);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return ReadAndRun(argc, argv);
+  } catch (const std::exception& error) {
+    static_cast<void>(std::fprintf(stderr, "repair_trust: %s\n", error.what()));
+    return 2;
+  }
 }
