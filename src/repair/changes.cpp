@@ -266,7 +266,10 @@ void ChangeFinder::LookAtPorts(std::uint32_t number) {
   const auto [entry, isNew] = inUse_.try_emplace(number);
   if (!isNew) return;
   for (const IBPort* port : GetTreePorts(groups_.graph.NodeOf(number))) {
-    if (port != nullptr && port->remotePort != nullptr) entry->second.set(port->num);
+    if (port == nullptr) continue;
+    // At the last two kinds a cable would not count.
+    const bool isSpoiled = port->fnm || port->fnm1 || !port->symmetric;
+    if (port->remotePort != nullptr || isSpoiled) entry->second.set(port->num);
   }
 }
 
