@@ -54,6 +54,7 @@ class Judge {
   std::vector<Member> MembersOf(std::size_t step) const;
   void FindDamage();
   bool IsDamaged(std::uint32_t upper) const;
+  bool IsRooted(std::uint32_t number, Side side) const;
   RepairClass ClassOf(std::size_t step) const;
   void FindAlternative(std::size_t step);
 
@@ -124,15 +125,35 @@ bool Judge::IsDamaged(std::uint32_t upper) const {
   return 3 * wrong_[rank][place] > cables && wrong_[rank][place] > 2;
 }
 
+// Whether more than half of the cables that a switch should have in its group are there.
+bool Judge::IsRooted(std::uint32_t number, Side side) const {
+  const int group = side == SpineSide ? groups_.GroupBelow(number) : groups_.GroupAbove(number);
+  const auto rank = static_cast<std::size_t>(groups_.ranks[number] - (side == LineSide ? 1 : 0));
+  const Grouping& grouping = groups_.groupings[rank];
+  const auto place = static_cast<std::size_t>(group);
+  const RankPair& pair = groups_.pairs[rank];
+  std::uint64_t kept = 0;
+  const std::uint32_t i = groups_.place[number];
+  for (const RankPair::Link& link : side == SpineSide ? pair.OfSpine(i) : pair.OfLine(i)) {
+    if (grouping.groupOf[OtherSide(side)][link.far] != group) continue;
+    kept += std::min(link.count, grouping.multiplicity[place]);
+  }
+  const std::uint64_t wanted =
+      std::uint64_t{grouping.multiplicity[place]} * grouping.size[OtherSide(side)][place];
+  // One of two is enough where the other group has no more.
+  return 2 * kept > wanted || (2 * kept == wanted && wanted > 1);
+}
+
 RepairClass Judge::ClassOf(std::size_t step) const {
   bool isSure = changes_.withoutPort.empty();
   bool isTied = false;
   for (const Member& member : MembersOf(step)) {
     const Margin& margin = member.margin;
-    if (margin.cost <= 0 && margin.evidence <= 0) isTied = true;
+    if (margin.cost <= 0 && margin.evidence <= noEvidence) isTied = true;
     if (margin.cost < 2 && margin.evidence < clearEvidence) isSure = false;
     if (margin.cost < 3 && margin.evidence < -1) isSure = false;
     if (member.side == SpineSide && IsDamaged(member.number)) isSure = false;
+    if (!IsRooted(member.number, member.side)) isSure = false;
   }
   if (isTied) return RepairClass::Ask;
   return isSure ? RepairClass::Sure : RepairClass::Likely;
@@ -144,7 +165,8 @@ void Judge::FindAlternative(std::size_t step) {
   for (const Side side : {LineSide, SpineSide}) {
     bool isMoved = false;
     for (const Member& member : MembersOf(step)) {
-      if (member.side != side || member.margin.cost > 0 || member.margin.evidence > 0) continue;
+      if (member.side != side || member.margin.cost > 0) continue;
+      if (member.margin.evidence > noEvidence) continue;
       const auto rank = static_cast<std::size_t>(groups_.ranks[member.number] -
                                                  (side == LineSide ? 1 : 0));
       other.groupings[rank].groupOf[side][groups_.place[member.number]] = member.margin.group;
