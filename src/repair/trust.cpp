@@ -150,7 +150,7 @@ RepairClass Judge::ClassOf(std::size_t step) const {
   for (const Member& member : MembersOf(step)) {
     const Margin& margin = member.margin;
     if (margin.cost <= 0 && margin.evidence <= noEvidence) isTied = true;
-    if (margin.cost < 2 && margin.evidence < clearEvidence) isSure = false;
+    if (margin.cost < 2 && (margin.cost <= 0 || margin.evidence < clearEvidence)) isSure = false;
     if (margin.cost < 3 && margin.evidence < -1) isSure = false;
     if (member.side == SpineSide && IsDamaged(member.number)) isSure = false;
     if (!IsRooted(member.number, member.side)) isSure = false;
