@@ -55,6 +55,12 @@ class Judge {
   void FindDamage();
   bool IsDamaged(std::uint32_t upper) const;
   bool IsRooted(std::uint32_t number, Side side) const;
+  bool IsAtHome(std::uint32_t number) const;
+  // Whether it is a cable that only goes, or one that only comes.
+  static bool IsHalf(const CableTarget& target) {
+    return target.cable == SwitchGraph::none || !target.upper;
+  }
+  std::size_t RankOf(const CableTarget& target) const;
   RepairClass ClassOf(std::size_t step) const;
   void FindAlternative(std::size_t step);
 
@@ -65,6 +71,7 @@ class Judge {
   Evidence evidence_;
   // By upper rank and group: wrong and lacking cables, and how many there should be.
   std::vector<std::vector<std::uint64_t>> wrong_;
+  std::vector<bool> hasBothHalves_;  // by upper rank
 };
 
 // The switches whose groups a step believes in.
@@ -111,6 +118,33 @@ void Judge::FindDamage() {
     }
     if (target.upper) count(target.upper->number);
   }
+  std::vector<bool> goes(wrong_.size() + 1);
+  std::vector<bool> comes(wrong_.size() + 1);
+  for (const CableTarget& target : changes_.targets) {
+    if (!IsHalf(target)) continue;
+    const bool isWithin = target.reason == RepairReason::SameRank;
+    if (target.cable == SwitchGraph::none) comes[RankOf(target)] = true;
+    if (target.cable != SwitchGraph::none && !isWithin) goes[RankOf(target)] = true;
+  }
+  for (std::size_t rank = 0; rank < goes.size(); ++rank) {
+    hasBothHalves_.push_back(goes[rank] && comes[rank]);
+  }
+}
+
+// The rank of its upper end.
+std::size_t Judge::RankOf(const CableTarget& target) const {
+  const std::uint32_t upper = target.cable == SwitchGraph::none
+                                  ? target.upper->number
+                                  : groups_.UpperOf(groups_.graph.Cables()[target.cable]);
+  return static_cast<std::size_t>(groups_.ranks[upper]);
+}
+
+// Whether a switch looks like its rank: leaves lead to hosts, others down, all but roots up.
+bool Judge::IsAtHome(std::uint32_t number) const {
+  const int rank = groups_.ranks[number];
+  if (rank > 0 && groups_.GroupAbove(number) == Grouping::none) return false;
+  if (rank == groups_.LastRank()) return groups_.graph.Hosts(number) != 0;
+  return groups_.GroupBelow(number) != Grouping::none;
 }
 
 // Whether more than a third of a group is wrong.
@@ -153,7 +187,14 @@ RepairClass Judge::ClassOf(std::size_t step) const {
     if (margin.cost < 2 && (margin.cost <= 0 || margin.evidence < clearEvidence)) isSure = false;
     if (margin.cost < 3 && margin.evidence < -1) isSure = false;
     if (member.side == SpineSide && IsDamaged(member.number)) isSure = false;
-    if (!IsRooted(member.number, member.side)) isSure = false;
+    if (!IsRooted(member.number, member.side) || !IsAtHome(member.number)) isSure = false;
+  }
+  for (const std::size_t i : steps_[step].targets) {
+    const CableTarget& target = changes_.targets[i];
+    if (target.reason == RepairReason::SkipsRank) isSure = false;
+    // A cable that nothing lacks and a link without a cable, side by side: one cable of which both
+    // ends are elsewhere, perhaps.
+    if (IsHalf(target) && hasBothHalves_[RankOf(target)]) isSure = false;
   }
   if (isTied) return RepairClass::Ask;
   return isSure ? RepairClass::Sure : RepairClass::Likely;
