@@ -18,6 +18,19 @@ namespace {
 // Of so few changes any share of a fabric may be.
 constexpr std::uint64_t few = 16;
 
+// A step takes away at most two cables and brings at most two. What is done for seats alone could be
+// left out.
+std::size_t BoundOf(const Changes& changes) {
+  std::size_t extras = 0;
+  std::size_t lacks = 0;
+  for (const CableTarget& target : changes.targets) {
+    if (target.isForSeat) continue;
+    extras += target.cable != SwitchGraph::none ? 1 : 0;
+    lacks += target.upper ? 1 : 0;
+  }
+  return std::max<std::size_t>(1, (std::max(extras, lacks) + 1) / 2);
+}
+
 }  // namespace
 
 RepairPlan FindRepairs(const IBFabric& fabric) { return FindRepairs(fabric, InferRanks(fabric)); }
@@ -52,10 +65,7 @@ RepairPlan FindRepairs(const IBFabric& fabric, TreeRanks ranks) {
   JudgeSteps(fabric, groups, changes, steps);
   for (PlannedStep& step : steps) plan.steps.push_back(std::move(step.step));
   plan.status = RepairStatus::Repairs;
-  // A step changes at most two cables. What cannot be done bounds nothing.
-  if (changes.withoutPort.empty()) {
-    plan.lowerBound = static_cast<std::size_t>((std::max(changes.extras, changes.lacks) + 1) / 2);
-  }
+  plan.lowerBound = BoundOf(changes);
   return plan;
 }
 

@@ -135,10 +135,14 @@ void NoteFinder::NoteGaps(std::size_t rank, Side missing) {
 }
 
 void NoteFinder::NoteUncertain() {
-  for (const auto& [spine, line] : changes_.withoutPort) {
-    RepairNote note{RepairNote::Kind::UncertainGroup, groups_.ranks[spine], {}, {}};
-    note.switches = {IndexOf(spine), IndexOf(line)};
-    std::sort(note.switches.begin(), note.switches.end());
+  for (const auto& [rank, group] : changes_.uncertain) {
+    if (group == Grouping::none) continue;
+    RepairNote note{RepairNote::Kind::UncertainGroup, rank, {}, {}};
+    for (std::uint32_t i = 0; i < groups_.graph.Count(); ++i) {
+      const bool isSpine = groups_.ranks[i] == rank && groups_.GroupBelow(i) == group;
+      const bool isLine = groups_.ranks[i] == rank + 1 && groups_.GroupAbove(i) == group;
+      if (isSpine || isLine) note.switches.push_back(IndexOf(i));
+    }
     notes_.push_back(std::move(note));
   }
 }

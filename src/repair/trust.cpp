@@ -179,7 +179,7 @@ bool Judge::IsRooted(std::uint32_t number, Side side) const {
 }
 
 RepairClass Judge::ClassOf(std::size_t step) const {
-  bool isSure = changes_.withoutPort.empty();
+  bool isSure = true;
   bool isTied = false;
   for (const Member& member : MembersOf(step)) {
     const Margin& margin = member.margin;
@@ -218,7 +218,7 @@ void Judge::FindAlternative(std::size_t step) {
   }
   const Changes changes = FindChanges(other);
   if (changes.extras + changes.lacks > changes_.extras + changes_.lacks) return;
-  if (!changes.withoutPort.empty()) return;
+  if (!changes.uncertain.empty()) return;
   const auto isIn = [](const RepairStep& wanted, const std::vector<PlannedStep>& all) {
     return std::any_of(all.begin(), all.end(), [&](const PlannedStep& planned) {
       return planned.step.cables == wanted.cables;
