@@ -359,7 +359,7 @@ void ChangeFinder::PlugIn() {
   }
   for (const Plug& plug : plugs) {
     CableTarget& target = targets[plug.target];
-    if (target.upper.has_value() == target.lower.has_value()) continue;
+    if (target.upper && target.lower) continue;
     const std::uint32_t spine = plug.isUpper ? plug.number : plug.far;
     changes_.uncertain.emplace(groups_.ranks[spine], groups_.GroupBelow(spine));
     target.upper = target.lower = std::nullopt;
