@@ -211,6 +211,9 @@ class TieBreaker {
 
 void DecideTies(TreeGroups& groups) {
   constexpr int rounds = 3;
+  const bool isProper = std::all_of(groups.groupings.begin(), groups.groupings.end(),
+                                    [](const Grouping& grouping) { return grouping.cost == 0; });
+  if (isProper) return;
   for (int round = 0; round < rounds; ++round) {
     if (!TieBreaker(groups).Run()) break;
   }

@@ -2,9 +2,12 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <utility>
 
+#include "repair/evidence.h"
 #include "repair/grouping.h"
 #include "repair/inferred_ranks.h"
+#include "repair/tree_groups.h"
 
 namespace fabscope {
 namespace {
@@ -65,7 +68,18 @@ std::uint64_t CountMisfits(const IBFabric& fabric, const TreeRanks& ranks) {
   for (std::uint32_t i = 0; i < graph.Count(); ++i) {
     ofSwitch[i] = ranks.ofNode[graph.NodeOf(i).index];
   }
-  return FindMisfits(graph, ofSwitch).cables;
+  TreeGroups groups(graph, std::move(ofSwitch));
+  // What decides ties sometimes finds a cheaper grouping.
+  DecideTies(groups);
+  std::uint64_t misfits = 0;
+  for (const Grouping& grouping : groups.groupings) misfits += grouping.cost;
+  for (const SwitchGraph::Cable& cable : graph.Cables()) {
+    const int a = groups.ranks[cable.a];
+    const int b = groups.ranks[cable.b];
+    if (a == TreeRanks::none || b == TreeRanks::none) continue;
+    if (!groups.JoinsNeighbors(cable)) ++misfits;
+  }
+  return misfits;
 }
 
 }  // namespace fabscope

@@ -122,6 +122,15 @@ void NoteFinder::NoteGaps(std::size_t rank, Side missing) {
         empty.reset(port);
       }
     }
+    // Or will be in use.
+    for (const CableTarget& target : changes_.targets) {
+      for (const auto& end : {target.upper, target.lower}) {
+        if (end && std::find(members[group].begin(), members[group].end(), end->number) !=
+                       members[group].end()) {
+          empty.reset(end->port);
+        }
+      }
+    }
     RepairNote note{RepairNote::Kind::DeadSwitch, farRank, {}, {}};
     for (std::size_t port = 1; port < uses.size(); ++port) {
       if (empty.test(port) && 5 * uses[port] >= 4 * asked && asked > 0) {

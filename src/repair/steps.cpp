@@ -64,9 +64,11 @@ class StepMaker {
   RepairCable CableOf(const Ends& ends) const;
   void FindPositions();
   void FindCircles();
-  void BeginAside(std::vector<std::size_t>& circle) const;
-  void AddCircle(const std::vector<std::size_t>& circle);
+  std::vector<PlannedStep> SwapsOf(const std::vector<std::size_t>& circle) const;
+  bool AreSensible(const std::vector<PlannedStep>& swaps) const;
+  void AddCircle(std::vector<std::size_t> circle);
   void AddSingle(std::size_t i);
+  void AddStep(std::size_t i, const std::optional<Ends>& before, const std::optional<Ends>& after);
   void FindDependencies();
   std::vector<PlannedStep> InOrder();
 
@@ -132,28 +134,14 @@ void StepMaker::FindCircles() {
     for (std::size_t other = next(i); other != i && other != nobody; other = next(other)) {
       circle.push_back(other);
     }
-    if (circle.size() < 2) continue;
-    BeginAside(circle);
-    AddCircle(circle);
+    if (circle.size() > 1) AddCircle(std::move(circle));
   }
-}
-
-// Turns a circle so that it begins at a switch that no other cable of it leaves, where there is one:
-// the cable that goes round would only change ports there.
-void StepMaker::BeginAside(std::vector<std::size_t>& circle) const {
-  const auto isAlone = [&](std::size_t one) {
-    const std::uint32_t number = leaves_[one].front().number;
-    return std::count_if(circle.begin(), circle.end(), [&](std::size_t other) {
-             return leaves_[other].front().number == number;
-           }) == 1;
-  };
-  const auto first = std::find_if(circle.begin(), circle.end(), isAlone);
-  if (first != circle.end()) std::rotate(circle.begin(), first, circle.end());
 }
 
 // The cable of circle[0] goes to where that of circle[1] leaves, and so on; the last to where the
 // first leaves.
-void StepMaker::AddCircle(const std::vector<std::size_t>& circle) {
+std::vector<PlannedStep> StepMaker::SwapsOf(const std::vector<std::size_t>& circle) const {
+  std::vector<PlannedStep> swaps;
   const End firstLeft = leaves_[circle.front()].front();
   Ends moving = *Before(circle.front());
   for (std::size_t i = 0; i + 1 < circle.size(); ++i) {
@@ -169,21 +157,57 @@ void StepMaker::AddCircle(const std::vector<std::size_t>& circle) {
     step.step.cables.push_back({CableOf(moving), CableOf(*After(one))});
     step.step.cables.push_back({CableOf(otherBefore), CableOf(otherAfter)});
     step.targets = {one, other};
-    previousInCircle_.push_back(i == 0 ? nobody : steps_.size() - 1);
-    steps_.push_back(std::move(step));
+    swaps.push_back(std::move(step));
     moving = otherAfter;
   }
-  for (const std::size_t i : circle) isDone_[i] = true;
+  return swaps;
 }
 
-void StepMaker::AddSingle(std::size_t i) {
-  const auto before = Before(i);
-  const auto after = After(i);
+// Whether every cable that a swap makes joins other switches than before, on neighboring ranks.
+bool StepMaker::AreSensible(const std::vector<PlannedStep>& swaps) const {
+  const auto rankOf = [&](const CableEnd& end) {
+    return groups_.ranks[groups_.graph.NumberOf(end.node)];
+  };
+  return std::all_of(swaps.begin(), swaps.end(), [&](const PlannedStep& swap) {
+    return std::all_of(swap.step.cables.begin(), swap.step.cables.end(),
+                       [&](const CableChange& change) {
+                         const bool isSame = change.before->upper.node == change.after->upper.node &&
+                                             change.before->lower.node == change.after->lower.node;
+                         return !isSame &&
+                                rankOf(change.after->lower) - rankOf(change.after->upper) == 1;
+                       });
+  });
+}
+
+// The cable that goes round may be any of the circle. Where none may, one is unplugged while the
+// others move.
+void StepMaker::AddCircle(std::vector<std::size_t> circle) {
+  for (const std::size_t i : circle) isDone_[i] = true;
+  for (std::size_t turn = 0; turn < circle.size(); ++turn) {
+    std::vector<PlannedStep> swaps = SwapsOf(circle);
+    if (AreSensible(swaps)) {
+      for (std::size_t i = 0; i < swaps.size(); ++i) {
+        previousInCircle_.push_back(i == 0 ? nobody : steps_.size() - 1);
+        steps_.push_back(std::move(swaps[i]));
+      }
+      return;
+    }
+    std::rotate(circle.begin(), circle.begin() + 1, circle.end());
+  }
+  AddStep(circle.front(), Before(circle.front()), std::nullopt);
+  for (std::size_t i = 1; i < circle.size(); ++i) AddSingle(circle[i]);
+  AddStep(circle.front(), std::nullopt, After(circle.front()));
+}
+
+void StepMaker::AddSingle(std::size_t i) { AddStep(i, Before(i), After(i)); }
+
+void StepMaker::AddStep(std::size_t i, const std::optional<Ends>& before,
+                        const std::optional<Ends>& after) {
   PlannedStep step;
   step.step.action = !before  ? RepairAction::Connect
                      : !after ? RepairAction::Disconnect
                               : RepairAction::Move;
-  step.step.reason = targets_[i].reason;
+  step.step.reason = before ? targets_[i].reason : RepairReason::LinkLacking;
   CableChange change;
   if (before) change.before = CableOf(*before);
   if (after) change.after = CableOf(*after);
@@ -196,12 +220,18 @@ void StepMaker::AddSingle(std::size_t i) {
 void StepMaker::FindDependencies() {
   std::vector<std::size_t> stepOf(targets_.size(), nobody);
   for (std::size_t i = 0; i < steps_.size(); ++i) {
-    for (const std::size_t target : steps_[i].targets) stepOf[target] = i;
+    // Of a cable that is unplugged for a while its first step makes room.
+    for (const std::size_t target : steps_[i].targets) {
+      if (stepOf[target] == nobody || steps_[i].step.action == RepairAction::Swap) stepOf[target] = i;
+    }
   }
   waitsFor_.resize(steps_.size());
   for (std::size_t i = 0; i < steps_.size(); ++i) {
     if (previousInCircle_[i] != nobody) waitsFor_[i].push_back(previousInCircle_[i]);
     if (steps_[i].step.action == RepairAction::Swap) continue;
+    const std::size_t first = stepOf[steps_[i].targets.front()];
+    if (first != i) waitsFor_[i].push_back(first);
+    if (!steps_[i].step.cables.front().after) continue;
     for (const End& end : takes_[steps_[i].targets.front()]) {
       const auto found = whoLeaves_.find(PositionOf(end));
       if (found != whoLeaves_.end() && stepOf[found->second] != i) {
