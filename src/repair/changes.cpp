@@ -384,8 +384,8 @@ std::vector<std::pair<int, int>> ChangeFinder::GroupsOf(const CableTarget& targe
   return found;
 }
 
-// What touches an uncertain group is left out, and makes the other groups that it touches uncertain;
-// so does what needs a port that would have become free by that.
+// What touches an uncertain group is left out, and makes the other groups that it touches
+// uncertain; so does what needs a port that would have become free by that.
 void ChangeFinder::LeaveOutUncertain() {
   std::set<std::pair<std::uint32_t, std::uint8_t>> stillUsed;
   bool isChanged = true;

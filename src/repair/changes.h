@@ -30,8 +30,8 @@ struct Changes {
   std::vector<CableTarget> targets;
   std::uint64_t extras = 0;  // cables that must go
   std::uint64_t lacks = 0;   // cables that lack
-  // Groups that cannot be made whole, by the rank of their spines: a link lacks, and no port is free
-  // for it. What would change them is left out.
+  // Groups that cannot be made whole, by the rank of their spines: a link lacks, and no port is
+  // free for it. What would change them is left out.
   std::set<std::pair<int, int>> uncertain;
 };
 

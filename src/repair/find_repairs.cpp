@@ -18,8 +18,8 @@ namespace {
 // Of so few changes any share of a fabric may be.
 constexpr std::uint64_t few = 16;
 
-// A step takes away at most two cables and brings at most two. What is done for seats alone could be
-// left out.
+// A step takes away at most two cables and brings at most two. What is done for seats alone could
+// be left out.
 std::size_t BoundOf(const Changes& changes) {
   std::size_t extras = 0;
   std::size_t lacks = 0;

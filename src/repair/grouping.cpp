@@ -218,8 +218,8 @@ void Grouper::CountSizes() {
   }
 }
 
-// The median over all pairs of a spine and a line; what is most frequent in all groups where a group
-// does not agree with itself.
+// The median over all pairs of a spine and a line; what is most frequent in all groups where a
+// group does not agree with itself.
 void Grouper::FindMultiplicities() {
   std::vector<std::map<std::uint32_t, std::uint64_t>> counts(result_.Count());
   std::map<std::uint32_t, std::uint64_t> all;

@@ -1,6 +1,6 @@
-// A switch that is dead leaves a smaller tree without fault: nothing lacks in it but a port that all
-// switches around the gap have empty and all others of their kind use. That is what is looked for
-// where a group is smaller than most.
+// A switch that is dead leaves a smaller tree without fault: nothing lacks in it but a port that
+// all switches around the gap have empty and all others of their kind use. That is what is looked
+// for where a group is smaller than most.
 
 #include "repair/notes.h"
 
@@ -116,7 +116,9 @@ void NoteFinder::NoteGaps(std::size_t rank, Side missing) {
     for (const std::uint32_t number : members[group]) {
       const IBNode& node = groups_.graph.NodeOf(number);
       for (const IBPort* port : GetTreePorts(node)) {
-        if (port != nullptr && port->remotePort != nullptr) empty.reset(port->num);
+        if (port == nullptr) continue;
+        const bool isSpoiled = port->fnm || port->fnm1 || !port->symmetric;
+        if (port->remotePort != nullptr || isSpoiled) empty.reset(port->num);
       }
       for (std::size_t port = node.numPorts + std::size_t{1}; port < empty.size(); ++port) {
         empty.reset(port);

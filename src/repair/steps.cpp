@@ -169,13 +169,12 @@ bool StepMaker::AreSensible(const std::vector<PlannedStep>& swaps) const {
     return groups_.ranks[groups_.graph.NumberOf(end.node)];
   };
   return std::all_of(swaps.begin(), swaps.end(), [&](const PlannedStep& swap) {
-    return std::all_of(swap.step.cables.begin(), swap.step.cables.end(),
-                       [&](const CableChange& change) {
-                         const bool isSame = change.before->upper.node == change.after->upper.node &&
-                                             change.before->lower.node == change.after->lower.node;
-                         return !isSame &&
-                                rankOf(change.after->lower) - rankOf(change.after->upper) == 1;
-                       });
+    return std::all_of(
+        swap.step.cables.begin(), swap.step.cables.end(), [&](const CableChange& change) {
+          const bool isSame = change.before->upper.node == change.after->upper.node &&
+                              change.before->lower.node == change.after->lower.node;
+          return !isSame && rankOf(change.after->lower) - rankOf(change.after->upper) == 1;
+        });
   });
 }
 
@@ -222,7 +221,8 @@ void StepMaker::FindDependencies() {
   for (std::size_t i = 0; i < steps_.size(); ++i) {
     // Of a cable that is unplugged for a while its first step makes room.
     for (const std::size_t target : steps_[i].targets) {
-      if (stepOf[target] == nobody || steps_[i].step.action == RepairAction::Swap) stepOf[target] = i;
+      if (stepOf[target] == nobody || steps_[i].step.action == RepairAction::Swap)
+        stepOf[target] = i;
     }
   }
   waitsFor_.resize(steps_.size());

@@ -1,8 +1,8 @@
 // How far a step may be trusted.
 //
-// A proof is necessary, not sufficient: a repair can make a proper tree that nobody meant. What goes
-// wrong is nearly always a switch in the wrong group. So each switch that a step touches is asked how
-// much dearer its next best group would be, and how much more the ports say for its own.
+// A proof is necessary, not sufficient: a repair can make a proper tree that nobody meant. What
+// goes wrong is nearly always a switch in the wrong group. So each switch that a step touches is
+// asked how much dearer its next best group would be, and how much more the ports say for its own.
 //
 //   sure    two changes dearer, or as dear and clearly worse by the ports
 //   ask     as dear and as likely: the other repair is told as an alternative
@@ -208,8 +208,8 @@ void Judge::FindAlternative(std::size_t step) {
     for (const Member& member : MembersOf(step)) {
       if (member.side != side || member.margin.cost > 0) continue;
       if (member.margin.evidence > noEvidence) continue;
-      const auto rank = static_cast<std::size_t>(groups_.ranks[member.number] -
-                                                 (side == LineSide ? 1 : 0));
+      const auto rank =
+          static_cast<std::size_t>(groups_.ranks[member.number] - (side == LineSide ? 1 : 0));
       other.groupings[rank].groupOf[side][groups_.place[member.number]] = member.margin.group;
       Recount(other.pairs[rank], other.groupings[rank]);
       isMoved = true;
