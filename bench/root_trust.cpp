@@ -14,6 +14,7 @@
 #include "check/check.h"
 #include "fabric/fabric_builder.h"
 #include "fat_tree/topology.h"
+#include "random_shape.h"
 #include "synthetic/fabric_plan.h"
 #include "synthetic/faults.h"
 #include "synthetic/random.h"
@@ -23,15 +24,7 @@ namespace {
 using namespace fabscope;
 
 constexpr int fabricsPerCell = 200;
-constexpr std::array<int, 4> faultCounts{1, 2, 4, 8};
-constexpr std::array<int, 3> levelCounts{2, 3, 4};
 constexpr std::uint32_t hdr = 0x400;
-constexpr unsigned sparePorts = 8;
-
-const std::vector<FaultKind> kinds{FaultKind::MissingLink,  FaultKind::SwappedCables,
-                                   FaultKind::SameRankLink, FaultKind::RootLink,
-                                   FaultKind::MovedCable,   FaultKind::DeadSwitch,
-                                   FaultKind::MissingHost,  FaultKind::StrayHost};
 
 struct Setting {
   int equal = 0;
@@ -39,32 +32,6 @@ struct Setting {
 };
 
 const std::vector<Setting> settings{{2, 10}, {2, 30}, {3, 10}, {3, 30}, {4, 10}, {4, 30}};
-
-// Small to middling trees: the smaller a tree is, the more a fault weighs.
-TreeShape RandomShape(int levels, Random& random) {
-  const auto between = [&](unsigned least, unsigned greatest) {
-    return least + static_cast<unsigned>(random.Below(greatest - least + 1));
-  };
-  TreeShape shape;
-  switch (levels) {
-    case 2:
-      shape.children = {between(2, 8), between(6, 36)};
-      shape.parents = {1, between(2, 12)};
-      break;
-    case 3:
-      shape.children = {between(2, 4), between(4, 12), between(3, 12)};
-      shape.parents = {1, between(2, 6), between(2, 4)};
-      break;
-    default:
-      shape.children = {between(1, 3), between(2, 5), between(2, 5), between(3, 8)};
-      shape.parents = {1, between(2, 4), between(2, 4), between(2, 3)};
-  }
-  // Room for cables that faults add, so that none has to be pulled for them.
-  for (std::size_t level = 1; level <= shape.Levels(); ++level) {
-    shape.radix = std::max(shape.radix, shape.PortsOnLevel(level) + sparePorts);
-  }
-  return shape;
-}
 
 enum Outcome : std::size_t { Found, FoundDoubted, Refused, WrongTold, WrongSilent, OutcomeCount };
 
@@ -97,7 +64,7 @@ std::vector<Cell> Measure(FaultKind kind, int faults, int levels) {
   std::vector<Cell> cells(settings.size());
   int fabrics = 0;
   for (std::uint64_t seed = 1; fabrics < fabricsPerCell; ++seed) {
-    Random random(seed * 1000 + static_cast<std::uint64_t>(levels * 10 + faults));
+    Random random = RandomOf(seed, levels, faults);
     FabricPlan plan = PlanTree(RandomShape(levels, random), hdr);
     FaultInjector injector(plan, random);
     bool refused = false;
@@ -129,7 +96,7 @@ struct Row {
 
 void PrintTable(const std::vector<Row>& rows, std::size_t setting) {
   fmt::print("\n| levels | fault |");
-  for (const int faults : faultCounts) fmt::print(" {} |", faults);
+  for (const int faults : measuredFaults) fmt::print(" {} |", faults);
   fmt::print("\n|---|---|---|---|---|---|\n");
   for (const Row& row : rows) {
     fmt::print("| {} | {} |", row.levels, FaultName(row.kind));
@@ -175,10 +142,10 @@ void PrintTotals(const std::vector<Row>& rows) {
 
 int main() {
   std::vector<Row> rows;
-  for (const int levels : levelCounts) {
-    for (const FaultKind kind : kinds) {
+  for (const int levels : measuredLevels) {
+    for (const FaultKind kind : MeasuredKinds()) {
       rows.push_back({levels, kind, {}});
-      for (const int faults : faultCounts) {
+      for (const int faults : measuredFaults) {
         rows.back().cells.push_back(Measure(kind, faults, levels));
       }
     }

@@ -1,11 +1,523 @@
+// Ranks from all cables at once.
+//
+// One leaf's view of the fabric is spoiled by one wrong cable near it: a leaf up-link in another
+// pod makes that pod's leaves two hops away, where roots should be. But the wrong cable still ends
+// one rank higher. So all leaves are looked at together, and every switch gets its height, the
+// number of hops to the nearest leaf, which a swapped or moved cable does not change:
+//
+//   leaves 0, the switches that they are cabled to 1, what those are cabled to beyond 2, ...
+//
+//   1. Leaves are the switches with many hosts. Where leaves have few hosts, a stray host makes a
+//      spine look like a leaf; then the switches that are cabled like it decide.
+//   2. Heights are peeled upwards. A switch with much fewer cables down than its peers waits: one
+//      cable from a leaf to a root makes no middle switch of the root.
+//   3. What is left over goes where it fits: a switch most of whose cables are wrong at its height;
+//      a leaf without hosts, which looks like a root from below but is cabled like the leaves
+//      beside it; a pod without hosts, which hangs down from the roots like a second tree upside
+//      down.
+//   4. Where several heights are possible, the tree wins that the fewest changes make proper. Of
+//      equals the one with fewer levels wins.
+
 #include "repair/inferred_ranks.h"
 
-namespace fabscope {
+#include <algorithm>
+#include <cstdlib>
+#include <functional>
+#include <set>
+#include <tuple>
+#include <utility>
 
-TreeRanks InferRanks(const IBFabric& fabric) {
-  return {std::vector<int>(fabric.GetNodes().size(), TreeRanks::none), 0};
+#include "repair/misfits.h"
+#include "repair/switch_graph.h"
+
+namespace fabscope {
+namespace {
+
+constexpr int unknown = TreeRanks::none;
+
+using Heights = std::vector<int>;  // by switch; unknown where no leaf is in reach
+
+// What a tree costs: wrong and lacking cables, switches that do not look like their height.
+struct Price {
+  std::uint64_t changes = 0;
+  int levels = 0;
+  std::uint64_t emptyLeaves = 0;  // without hosts
+
+  // The same where a leaf without hosts speaks against a tree, too.
+  bool IsBelow(const Price& other) const {
+    const std::uint64_t mine = changes + emptyLeafPrice * emptyLeaves;
+    const std::uint64_t others = other.changes + emptyLeafPrice * other.emptyLeaves;
+    return std::tie(mine, levels) < std::tie(others, other.levels);
+  }
+
+  static constexpr std::uint64_t emptyLeafPrice = 6;
+
+  friend bool operator<(const Price& a, const Price& b) {
+    return std::tie(a.changes, a.levels) < std::tie(b.changes, b.levels);
+  }
+};
+
+// Which of the switches with hosts may be no leaves.
+enum class Doubt { None, OfThoseBetweenLeaves, OfThoseUnlikeTheirTwins, OfNoneAndNobodyWaits };
+
+class HeightFinder {
+ public:
+  explicit HeightFinder(const SwitchGraph& graph)
+      : graph_(graph), isLeaf_(graph.Count()), common_(graph.Count()) {}
+
+  Heights Find() {
+    FindFullCount();
+    if (full_ == 0) return Heights(graph_.Count(), unknown);
+    Price best;
+    Heights bestHeights;
+    for (const Doubt doubt : {Doubt::None, Doubt::OfThoseBetweenLeaves,
+                              Doubt::OfThoseUnlikeTheirTwins, Doubt::OfNoneAndNobodyWaits}) {
+      FindLeaves(doubt);
+      Peel(doubt != Doubt::OfNoneAndNobodyWaits);
+      Settle();
+      Fold();
+      JoinTwins();
+      Settle();
+      Fold();
+      PeelDown();
+      const Price price = MoveSuspects();
+      if (!bestHeights.empty() && !price.IsBelow(best)) continue;
+      best = price;
+      bestHeights = heights_;
+      if (best.changes == 0) break;
+    }
+    return bestHeights;
+  }
+
+ private:
+  int Top() const { return *std::max_element(heights_.begin(), heights_.end()); }
+  std::uint32_t Degree(std::uint32_t i) const {
+    return static_cast<std::uint32_t>(graph_.CablesOf(i).size());
+  }
+  bool IsFull(std::uint32_t i) const { return 2 * graph_.Hosts(i) > full_; }
+  template <typename Visit>
+  void ForEachNeighbor(std::uint32_t i, Visit visit) const {
+    for (const std::uint32_t cable : graph_.CablesOf(i)) visit(graph_.Cables()[cable].Other(i));
+  }
+  std::vector<std::uint32_t> NeighborsOf(std::uint32_t i) const;
+
+  void FindFullCount();
+  void FindLeaves(Doubt doubt);
+  void DropThoseBetweenLeaves();
+  bool IsLeafByTwins(std::uint32_t i);
+  void Peel(bool canWait);
+  void PeelDown();
+  void Settle();
+  void Fold();
+  std::vector<bool> FindWaysUp(int top) const;
+  void JoinTwins();
+  Price MoveSuspects();
+  double LikenessTo(std::uint32_t i, int height);
+  Price PriceOf(const Heights& heights, Misfits* misfits = nullptr) const;
+
+  const SwitchGraph& graph_;
+  std::uint32_t full_ = 0;  // what leaves have, hosts
+  std::vector<bool> isLeaf_;
+  Heights heights_;
+  std::vector<std::uint32_t> common_;  // by switch: neighbors in common; 0 between uses
+};
+
+std::vector<std::uint32_t> HeightFinder::NeighborsOf(std::uint32_t i) const {
+  std::vector<std::uint32_t> neighbors;
+  neighbors.reserve(Degree(i));
+  ForEachNeighbor(i, [&](std::uint32_t other) { neighbors.push_back(other); });
+  std::sort(neighbors.begin(), neighbors.end());
+  neighbors.erase(std::unique(neighbors.begin(), neighbors.end()), neighbors.end());
+  return neighbors;
 }
 
-std::uint64_t CountMisfits(const IBFabric& /*fabric*/, const TreeRanks& /*ranks*/) { return 0; }
+// Nine of ten switches with hosts have no more.
+void HeightFinder::FindFullCount() {
+  std::vector<std::uint32_t> counts;
+  for (std::uint32_t i = 0; i < graph_.Count(); ++i) {
+    if (graph_.Hosts(i) != 0) counts.push_back(graph_.Hosts(i));
+  }
+  if (counts.empty()) return;
+  const auto place = counts.begin() + static_cast<std::ptrdiff_t>((counts.size() - 1) * 9 / 10);
+  std::nth_element(counts.begin(), place, counts.end());
+  full_ = *place;
+}
+
+// Whether of the switches that share most neighbors with it at least half have hosts like leaves.
+bool HeightFinder::IsLeafByTwins(std::uint32_t i) {
+  std::vector<std::uint32_t> touched;
+  for (const std::uint32_t neighbor : NeighborsOf(i)) {
+    for (const std::uint32_t twin : NeighborsOf(neighbor)) {
+      if (twin == i) continue;
+      if (common_[twin]++ == 0) touched.push_back(twin);
+    }
+  }
+  std::uint32_t most = 2;
+  std::uint32_t twins = 0;
+  std::uint32_t fullTwins = 0;
+  for (const std::uint32_t twin : touched) {
+    if (common_[twin] > most) most = common_[twin], twins = fullTwins = 0;
+    if (common_[twin] == most) ++twins, fullTwins += IsFull(twin) ? 1 : 0;
+    common_[twin] = 0;
+  }
+  return 2 * fullTwins >= twins;
+}
+
+void HeightFinder::FindLeaves(Doubt doubt) {
+  isLeaf_.assign(graph_.Count(), false);
+  for (std::uint32_t i = 0; i < graph_.Count(); ++i) {
+    isLeaf_[i] = IsFull(i) && (doubt != Doubt::OfThoseUnlikeTheirTwins || IsLeafByTwins(i));
+  }
+  if (doubt == Doubt::OfThoseBetweenLeaves) DropThoseBetweenLeaves();
+}
+
+// A spine with hosts has leaves around it. The one with most of them goes first; then leaves around
+// it have fewer themselves.
+void HeightFinder::DropThoseBetweenLeaves() {
+  std::vector<std::uint32_t> around(graph_.Count());
+  std::set<std::pair<std::uint32_t, std::uint32_t>, std::greater<>> most;
+  for (std::uint32_t i = 0; i < graph_.Count(); ++i) {
+    if (!isLeaf_[i]) continue;
+    for (const std::uint32_t other : NeighborsOf(i)) around[i] += isLeaf_[other] ? 1 : 0;
+    if (around[i] >= 2) most.emplace(around[i], i);
+  }
+  while (!most.empty()) {
+    const std::uint32_t i = most.begin()->second;
+    most.erase(most.begin());
+    isLeaf_[i] = false;
+    for (const std::uint32_t other : NeighborsOf(i)) {
+      if (most.erase({around[other], other}) == 0) continue;
+      if (--around[other] >= 2) most.emplace(around[other], other);
+    }
+  }
+}
+
+void HeightFinder::Peel(bool canWait) {
+  heights_.assign(graph_.Count(), unknown);
+  std::vector<std::uint32_t> below;
+  for (std::uint32_t i = 0; i < graph_.Count(); ++i) {
+    if (!isLeaf_[i]) continue;
+    heights_[i] = 0;
+    below.push_back(i);
+  }
+  std::vector<std::uint32_t> waiting;
+  for (int height = 1; !below.empty() || !waiting.empty(); ++height) {
+    std::vector<std::uint32_t> candidates = std::move(waiting);
+    waiting.clear();
+    std::vector<std::uint32_t> fresh;
+    for (const std::uint32_t i : below) {
+      ForEachNeighbor(i, [&](std::uint32_t other) {
+        if (heights_[other] == unknown && common_[other]++ == 0) fresh.push_back(other);
+      });
+    }
+    std::vector<std::uint32_t> counts;
+    for (const std::uint32_t i : fresh) counts.push_back(common_[i]);
+    std::uint32_t median = 0;
+    if (!counts.empty()) {
+      const auto middle = counts.begin() + static_cast<std::ptrdiff_t>(counts.size() / 2);
+      std::nth_element(counts.begin(), middle, counts.end());
+      median = *middle;
+    }
+    below.clear();
+    for (const std::uint32_t i : candidates) {
+      if (heights_[i] == unknown && common_[i] == 0) {
+        heights_[i] = height;
+        below.push_back(i);
+      }
+    }
+    for (const std::uint32_t i : fresh) {
+      const bool hasWaited = std::find(candidates.begin(), candidates.end(), i) != candidates.end();
+      if (canWait && 2 * common_[i] < median && !hasWaited) {
+        waiting.push_back(i);
+      } else {
+        heights_[i] = height;
+        below.push_back(i);
+      }
+      common_[i] = 0;
+    }
+  }
+}
+
+// Heights from the roots downwards, where they make the tree cheaper.
+void HeightFinder::PeelDown() {
+  const int top = Top();
+  Heights down(graph_.Count(), unknown);
+  std::vector<std::uint32_t> reached;
+  for (std::uint32_t i = 0; i < graph_.Count(); ++i) {
+    if (heights_[i] != top) continue;
+    down[i] = top;
+    reached.push_back(i);
+  }
+  for (std::size_t next = 0; next < reached.size(); ++next) {
+    const std::uint32_t i = reached[next];
+    if (down[i] == 0) continue;
+    ForEachNeighbor(i, [&](std::uint32_t other) {
+      if (down[other] != unknown) return;
+      down[other] = down[i] - 1;
+      reached.push_back(other);
+    });
+  }
+  for (std::uint32_t i = 0; i < graph_.Count(); ++i) {
+    if (down[i] == unknown) down[i] = heights_[i];
+  }
+  if (down != heights_ && PriceOf(down) < PriceOf(heights_)) heights_ = std::move(down);
+}
+
+// Moves switches to the height at which fewest of their cables join heights that are not neighbors,
+// the worst switch first.
+void HeightFinder::Settle() {
+  const int top = Top();
+  std::vector<std::uint32_t> counts;
+  const auto best = [&](std::uint32_t i) {
+    counts.assign(static_cast<std::size_t>(top) + 3, 0);
+    ForEachNeighbor(i, [&](std::uint32_t other) {
+      if (heights_[other] != unknown) ++counts[static_cast<std::size_t>(heights_[other]) + 1];
+    });
+    const auto good = [&](int height) {
+      const auto place = static_cast<std::size_t>(height) + 1;
+      return counts[place - 1] + counts[place + 1];
+    };
+    int bestHeight = heights_[i];
+    for (int height = 0; height <= top; ++height) {
+      if (good(height) > good(bestHeight)) bestHeight = height;
+    }
+    return std::pair(bestHeight, good(bestHeight) - good(heights_[i]));
+  };
+  const std::uint32_t mostMoves = graph_.Count() / 2 + 1;
+  std::vector<std::tuple<std::uint32_t, std::uint32_t>> worst;
+  for (std::uint32_t i = 0; i < graph_.Count(); ++i) {
+    if (heights_[i] == unknown || isLeaf_[i]) continue;
+    if (const auto [height, gain] = best(i); gain > 0) worst.emplace_back(gain, i);
+  }
+  std::uint32_t moves = 0;
+  while (!worst.empty() && moves < mostMoves) {
+    const auto place =
+        std::max_element(worst.begin(), worst.end(), [](const auto& a, const auto& b) {
+          return std::get<0>(a) != std::get<0>(b) ? std::get<0>(a) < std::get<0>(b)
+                                                  : std::get<1>(a) > std::get<1>(b);
+        });
+    const std::uint32_t i = std::get<1>(*place);
+    worst.erase(place);
+    const auto [height, gain] = best(i);
+    if (gain == 0) continue;
+    heights_[i] = height;
+    ++moves;
+    ForEachNeighbor(i, [&](std::uint32_t other) {
+      if (heights_[other] == unknown || isLeaf_[other]) return;
+      std::erase_if(worst, [&](const auto& entry) { return std::get<1>(entry) == other; });
+      if (const auto [otherHeight, otherGain] = best(other); otherGain > 0) {
+        worst.emplace_back(otherGain, other);
+      }
+    });
+  }
+}
+
+// A tree that is higher than it must be: what stands above a height is mirrored down where that
+// makes the tree no dearer. Either all of it, or what leads up to the top, which leaves alone the
+// roots beside a pod without hosts.
+void HeightFinder::Fold() {
+  const int top = Top();
+  Price best = PriceOf(heights_);
+  Heights bestHeights = heights_;
+  const std::vector<bool> leadsUp = FindWaysUp(top);
+  for (int crease = (top + 1) / 2; crease > 0 && crease < top; ++crease) {
+    for (const bool all : {true, false}) {
+      Heights folded = heights_;
+      for (std::uint32_t i = 0; i < graph_.Count(); ++i) {
+        if (folded[i] > crease && (all || leadsUp[i])) folded[i] = 2 * crease - folded[i];
+      }
+      if (!all && std::equal(folded.begin(), folded.end(), bestHeights.begin())) continue;
+      const Price price = PriceOf(folded);
+      if (price < best) best = price, bestHeights = std::move(folded);
+    }
+  }
+  heights_ = std::move(bestHeights);
+}
+
+// By switch: whether a way that always leads upwards ends at the top.
+std::vector<bool> HeightFinder::FindWaysUp(int top) const {
+  std::vector<bool> leadsUp(graph_.Count());
+  std::vector<std::uint32_t> open;
+  for (std::uint32_t i = 0; i < graph_.Count(); ++i) {
+    if (heights_[i] == top) leadsUp[i] = true, open.push_back(i);
+  }
+  while (!open.empty()) {
+    const std::uint32_t i = open.back();
+    open.pop_back();
+    ForEachNeighbor(i, [&](std::uint32_t other) {
+      if (leadsUp[other] || heights_[other] != heights_[i] - 1) return;
+      leadsUp[other] = true;
+      open.push_back(other);
+    });
+  }
+  return leadsUp;
+}
+
+// How alike the neighbors of a switch are to those of the most similar other switch of a height.
+double HeightFinder::LikenessTo(std::uint32_t i, int height) {
+  std::vector<std::uint32_t> touched;
+  const std::vector<std::uint32_t> neighbors = NeighborsOf(i);
+  for (const std::uint32_t neighbor : neighbors) {
+    ForEachNeighbor(neighbor, [&](std::uint32_t twin) {
+      if (twin == i || heights_[twin] != height) return;
+      if (common_[twin]++ == 0) touched.push_back(twin);
+    });
+  }
+  double best = 0;
+  for (const std::uint32_t twin : touched) {
+    const double shared = std::min<double>(common_[twin], static_cast<double>(neighbors.size()));
+    const double all = static_cast<double>(neighbors.size() + Degree(twin)) - shared;
+    if (all > 0) best = std::max(best, shared / all);
+    common_[twin] = 0;
+  }
+  return best;
+}
+
+// Leaves without hosts.
+void HeightFinder::JoinTwins() {
+  constexpr double like = 0.8;
+  constexpr double ratherLike = 0.6;
+  std::vector<std::pair<std::uint32_t, int>> moves;
+  for (std::uint32_t i = 0; i < graph_.Count(); ++i) {
+    if (heights_[i] < 2 || graph_.Hosts(i) > full_ / 2) continue;
+    const double below = LikenessTo(i, heights_[i] - 2);
+    if (below < ratherLike) continue;
+    if (below >= like || below >= LikenessTo(i, heights_[i]))
+      moves.emplace_back(i, heights_[i] - 2);
+  }
+  for (const auto& [i, height] : moves) heights_[i] = height;
+}
+
+Price HeightFinder::PriceOf(const Heights& heights, Misfits* misfits) const {
+  const int top = *std::max_element(heights.begin(), heights.end());
+  std::vector<int> ranks(graph_.Count(), TreeRanks::none);
+  std::vector<bool> hasBelow(graph_.Count());
+  for (std::uint32_t i = 0; i < graph_.Count(); ++i) {
+    if (heights[i] != unknown) ranks[i] = top - heights[i];
+  }
+  for (const SwitchGraph::Cable& cable : graph_.Cables()) {
+    if (heights[cable.a] == heights[cable.b]) continue;
+    hasBelow[heights[cable.a] > heights[cable.b] ? cable.a : cable.b] = true;
+  }
+  Misfits found = FindMisfits(graph_, ranks);
+  Price price{4 * found.cables, top + 1, 0};
+  for (std::uint32_t i = 0; i < graph_.Count(); ++i) {
+    if (heights[i] == 0 && graph_.Hosts(i) == 0) ++price.emptyLeaves;
+    if (heights[i] <= 0) continue;
+    price.changes += std::uint64_t{4} * std::min(graph_.Hosts(i), full_);
+    if (!hasBelow[i]) price.changes += 8;
+  }
+  if (misfits != nullptr) *misfits = std::move(found);
+  return price;
+}
+
+// Tries switches with many wrong cables at other heights, and keeps what makes the tree cheaper.
+Price HeightFinder::MoveSuspects() {
+  constexpr std::uint64_t mostWork = 40'000'000;
+  std::uint64_t work = 0;
+  const std::uint64_t workOfOne = 8 * graph_.Cables().size() + graph_.Count();
+  Misfits misfits;
+  Price best = PriceOf(heights_, &misfits);
+  std::vector<bool> isTried(graph_.Count());
+  while (work < mostWork) {
+    std::uint32_t suspect = SwitchGraph::none;
+    double worst = 0;
+    for (std::uint32_t i = 0; i < graph_.Count(); ++i) {
+      if (heights_[i] == unknown || isTried[i]) continue;
+      const bool isStrange = heights_[i] > 0 && graph_.Hosts(i) > 0;
+      if (Degree(i) == 0 || (misfits.ofSwitch[i] < 2 && !(isStrange && misfits.ofSwitch[i] > 0))) {
+        continue;
+      }
+      const double badness = static_cast<double>(misfits.ofSwitch[i]) / Degree(i);
+      if (badness < 0.3 || badness <= worst) continue;
+      worst = badness;
+      suspect = i;
+    }
+    if (suspect == SwitchGraph::none) break;
+    isTried[suspect] = true;
+    const int top = Top();
+    const int was = heights_[suspect];
+    int bestHeight = was;
+    Misfits bestMisfits;
+    std::set<int> candidates;
+    ForEachNeighbor(suspect, [&](std::uint32_t other) {
+      candidates.insert({heights_[other] - 1, heights_[other] + 1});
+    });
+    for (const int height : candidates) {
+      if (height < 0 || height > top || height == was) continue;
+      heights_[suspect] = height;
+      Misfits now;
+      const Price price = PriceOf(heights_, &now);
+      work += workOfOne;
+      if (!price.IsBelow(best)) continue;
+      best = price;
+      bestHeight = height;
+      bestMisfits = std::move(now);
+    }
+    heights_[suspect] = bestHeight;
+    if (bestHeight == was) continue;
+    misfits = std::move(bestMisfits);
+    std::fill(isTried.begin(), isTried.end(), false);
+    isTried[suspect] = true;
+  }
+  return best;
+}
+
+// --- From heights to ranks.
+
+// By switch: the number of the part of the fabric that hangs together.
+std::vector<std::uint32_t> FindParts(const SwitchGraph& graph, std::uint32_t& count) {
+  std::vector<std::uint32_t> part(graph.Count(), SwitchGraph::none);
+  std::vector<std::uint32_t> open;
+  count = 0;
+  for (std::uint32_t first = 0; first < graph.Count(); ++first) {
+    if (part[first] != SwitchGraph::none) continue;
+    part[first] = count;
+    open.push_back(first);
+    while (!open.empty()) {
+      const std::uint32_t i = open.back();
+      open.pop_back();
+      for (const std::uint32_t cable : graph.CablesOf(i)) {
+        const std::uint32_t other = graph.Cables()[cable].Other(i);
+        if (part[other] != SwitchGraph::none) continue;
+        part[other] = count;
+        open.push_back(other);
+      }
+    }
+    ++count;
+  }
+  return part;
+}
+
+}  // namespace
+
+TreeRanks InferRanks(const IBFabric& fabric) {
+  const SwitchGraph graph(fabric);
+  TreeRanks ranks;
+  ranks.ofNode.assign(fabric.GetNodes().size(), TreeRanks::none);
+  if (graph.Count() == 0) return ranks;
+  const Heights heights = HeightFinder(graph).Find();
+  std::uint32_t partCount = 0;
+  const std::vector<std::uint32_t> part = FindParts(graph, partCount);
+  std::vector<std::uint32_t> size(partCount);
+  std::vector<int> top(partCount, unknown);
+  for (std::uint32_t i = 0; i < graph.Count(); ++i) {
+    ++size[part[i]];
+    top[part[i]] = std::max(top[part[i]], heights[i]);
+  }
+  const auto largest =
+      static_cast<std::size_t>(std::max_element(size.begin(), size.end()) - size.begin());
+  // A piece that faults cut off is as high as the tree that it was cut from.
+  for (std::size_t i = 0; i < partCount; ++i) {
+    if (top[i] != unknown && 2 * size[i] < size[largest]) top[i] = std::max(top[i], top[largest]);
+  }
+  for (std::uint32_t i = 0; i < graph.Count(); ++i) {
+    if (heights[i] == unknown) continue;
+    const int rank = top[part[i]] - heights[i];
+    ranks.ofNode[graph.NodeOf(i).index] = rank;
+    ranks.levels = std::max(ranks.levels, rank + 1);
+  }
+  return ranks;
+}
 
 }  // namespace fabscope

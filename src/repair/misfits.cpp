@@ -1,0 +1,72 @@
+#include "repair/misfits.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "repair/grouping.h"
+#include "repair/inferred_ranks.h"
+
+namespace fabscope {
+namespace {
+
+// What must go and what lacks between two ranks, at each of their switches.
+void AddPair(const RankPair& pair, std::vector<std::uint32_t>& ofSwitch) {
+  const Grouping groups = FindGroups(pair);
+  for (const Side side : {SpineSide, LineSide}) {
+    const auto& switches = side == SpineSide ? pair.Spines() : pair.Lines();
+    for (std::uint32_t i = 0; i < switches.size(); ++i) {
+      const int group = groups.groupOf[side][i];
+      std::uint64_t lacking = 0;
+      std::uint32_t multiplicity = 0;
+      if (group != Grouping::none) {
+        const auto place = static_cast<std::size_t>(group);
+        multiplicity = groups.multiplicity[place];
+        lacking = std::uint64_t{multiplicity} * groups.size[OtherSide(side)][place];
+      }
+      std::uint64_t extra = 0;
+      for (const RankPair::Link& link : side == SpineSide ? pair.OfSpine(i) : pair.OfLine(i)) {
+        const bool isInside =
+            group != Grouping::none && groups.groupOf[OtherSide(side)][link.far] == group;
+        const std::uint32_t kept = isInside ? std::min(link.count, multiplicity) : 0;
+        lacking -= kept;
+        extra += link.count - kept;
+      }
+      ofSwitch[switches[i]] += static_cast<std::uint32_t>(extra + lacking);
+    }
+  }
+}
+
+}  // namespace
+
+Misfits FindMisfits(const SwitchGraph& graph, const std::vector<int>& ranks) {
+  Misfits misfits;
+  misfits.ofSwitch.assign(graph.Count(), 0);
+  int last = -1;
+  for (const int rank : ranks) last = std::max(last, rank);
+  for (const SwitchGraph::Cable& cable : graph.Cables()) {
+    const int a = ranks[cable.a];
+    const int b = ranks[cable.b];
+    if (a == TreeRanks::none && b == TreeRanks::none) continue;
+    if (a != TreeRanks::none && b != TreeRanks::none && std::abs(a - b) == 1) continue;
+    ++misfits.ofSwitch[cable.a];
+    ++misfits.ofSwitch[cable.b];
+  }
+  for (int upper = 0; upper < last; ++upper) {
+    AddPair(RankPair(graph, ranks, upper), misfits.ofSwitch);
+  }
+  // Each cable was counted at both of its ends.
+  for (const std::uint32_t count : misfits.ofSwitch) misfits.cables += count;
+  misfits.cables /= 2;
+  return misfits;
+}
+
+std::uint64_t CountMisfits(const IBFabric& fabric, const TreeRanks& ranks) {
+  const SwitchGraph graph(fabric);
+  std::vector<int> ofSwitch(graph.Count());
+  for (std::uint32_t i = 0; i < graph.Count(); ++i) {
+    ofSwitch[i] = ranks.ofNode[graph.NodeOf(i).index];
+  }
+  return FindMisfits(graph, ofSwitch).cables;
+}
+
+}  // namespace fabscope

@@ -1,0 +1,44 @@
+#include "repair/switch_graph.h"
+
+#include "fabric/fabric_walk.h"
+
+namespace fabscope {
+
+SwitchGraph::SwitchGraph(const IBFabric& fabric) : numberOf_(fabric.GetNodes().size(), none) {
+  nodes_.reserve(fabric.switches.size());
+  for (const IBNode* node : fabric.switches) {
+    numberOf_[node->index] = Count();
+    nodes_.push_back(node);
+  }
+  hosts_.resize(Count());
+  cables_.reserve(fabric.GetPorts().size() / 2);
+  std::vector<std::uint32_t> degree(Count());
+  for (const IBNode* node : nodes_) {
+    const std::uint32_t number = NumberOf(node->index);
+    for (const IBPort* port : GetTreePorts(*node)) {
+      const IBNode* remote = GetLinkedNode(port);
+      if (remote == nullptr) continue;
+      if (remote->nodeType == NodeTypeCA && !remote->isSpecialNode()) ++hosts_[number];
+      if (remote->nodeType != NodeTypeSwitch || !IsFirstEnd(*port)) continue;
+      if (GetLinkedNode(port->remotePort) == nullptr) continue;
+      const Cable cable{number, NumberOf(remote->index), port->num, port->remotePort->num};
+      if (cable.a == cable.b) {
+        loops_.push_back(cable);
+        continue;
+      }
+      cables_.push_back(cable);
+      ++degree[cable.a];
+      ++degree[cable.b];
+    }
+  }
+  first_.assign(Count() + std::size_t{1}, 0);
+  for (std::uint32_t i = 0; i < Count(); ++i) first_[i + 1] = first_[i] + degree[i];
+  incident_.resize(first_[Count()]);
+  std::vector<std::uint32_t> next(first_.begin(), first_.end() - 1);
+  for (std::uint32_t i = 0; i < cables_.size(); ++i) {
+    incident_[next[cables_[i].a]++] = i;
+    incident_[next[cables_[i].b]++] = i;
+  }
+}
+
+}  // namespace fabscope
