@@ -5,6 +5,7 @@
 #include "check/advice.h"
 #include "check/load_input.h"
 #include "fat_tree/status.h"
+#include "repair/find_repairs.h"
 
 namespace fabscope {
 namespace {
@@ -27,8 +28,10 @@ class CheckRun {
 
   CheckResult Run() {
     if (!Load()) return std::move(result_);
-    if (Build() && Validate() && options_.wantDump) Dump();
+    const bool isDone = Build() && Validate();
+    if (isDone && options_.wantDump) Dump();
     Collect();
+    if (isDone && options_.wantRepairs) LookForRepairs();
     return std::move(result_);
   }
 
@@ -38,6 +41,7 @@ class CheckRun {
   bool Validate();
   void Dump();
   void Collect();
+  void LookForRepairs();
 
   const CheckOptions& options_;
   CheckResult result_;
@@ -104,6 +108,14 @@ void CheckRun::Collect() {
   for (FabricErrGeneral* record : records_) result_.records.emplace_back(record);
   result_.issuesCount = result_.topology->GetIssuesCount();
   result_.topology->SetFindingSink(nullptr);
+}
+
+void CheckRun::LookForRepairs() {
+  RepairPlan plan = FindRepairs(*result_.fabric, RanksOf(*result_.topology));
+  if (plan.steps.empty()) return;
+  auto proven = std::make_unique<ProvenPlan>(
+      ProvePlan(*result_.fabric, std::move(plan), options_.mergePercent));
+  if (proven->problem.empty()) result_.repairs = std::move(proven);
 }
 
 }  // namespace

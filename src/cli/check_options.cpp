@@ -142,6 +142,7 @@ std::optional<std::string> SettleArguments(CheckArguments& arguments) {
   options.wantDump = !arguments.dumpFile.empty();
   options.wantFindings = !arguments.jsonFile.empty() || !arguments.htmlFile.empty() ||
                          !arguments.svgFile.empty() || !arguments.prometheusFile.empty();
+  options.wantRepairs = !arguments.jsonFile.empty() || !arguments.htmlFile.empty();
   return std::nullopt;
 }
 

@@ -5,6 +5,7 @@
 #include "check/advice.h"
 #include "check/repair_run.h"
 #include "cli/exit_status.h"
+#include "cli/load_plan.h"
 #include "cli/messages.h"
 #include "cli/output_file.h"
 #include "cli/progress_line.h"
@@ -21,7 +22,9 @@ class RepairCommand {
   explicit RepairCommand(const RepairArguments& arguments) : arguments_(arguments) {}
 
   int Run() {
-    if (!arguments_.planFile.empty() && !LoadPlan()) return ExitFailed;
+    if (!arguments_.planFile.empty() && !LoadPlan(arguments_.planFile, plan_, messages_)) {
+      return ExitFailed;
+    }
     Search();
     if (result_.inputError) {
       messages_.Tell(result_.inputError->Text());
@@ -32,7 +35,6 @@ class RepairCommand {
   }
 
  private:
-  bool LoadPlan();
   void Search() {
     const ProgressLine line(IsWatched());
     result_ = RunRepair(arguments_.options);
@@ -56,16 +58,6 @@ class RepairCommand {
   RepairDocument plan_;
   RepairResult result_;
 };
-
-bool RepairCommand::LoadPlan() {
-  if (const MaybeError error = LoadRepairDocument(arguments_.planFile, plan_)) {
-    messages_.Tell(error->Text());
-    return false;
-  }
-  if (plan_.status != "failed") return true;
-  messages_.Tell(plan_.file + ": there is no plan in it: " + plan_.message);
-  return false;
-}
 
 void RepairCommand::TellFailure() {
   messages_.Tell(result_.message);

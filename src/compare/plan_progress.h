@@ -18,6 +18,11 @@ enum class StepState {
   DoneOtherwise  // somebody has changed them, and they are neither
 };
 
+inline const char* NameOf(StepState state) {
+  if (state == StepState::Done) return "done";
+  return state == StepState::NotDone ? "not done" : "done otherwise";
+}
+
 // A port that the plan names, and what its cable leads to now.
 struct EndNow {
   const PlannedEnd* end;

@@ -25,6 +25,16 @@ constexpr std::array<std::string_view, 4> statusNames{"clean", "repairs", "absta
 // No fabric has longer ones, and every line that names the switch would be as long.
 constexpr std::size_t mostOfAName = 4096;
 
+bool IsAsItsAction(const PlannedStep& step) {
+  const std::size_t count = step.action == RepairAction::Swap ? 2 : 1;
+  const bool isNew = step.action == RepairAction::Connect;
+  const bool isGone = step.action == RepairAction::Disconnect;
+  return step.cables.size() == count &&
+         std::all_of(step.cables.begin(), step.cables.end(), [&](const PlannedChange& change) {
+           return change.before.has_value() != isNew && change.after.has_value() != isGone;
+         });
+}
+
 class RepairDocumentLoader final : JsonReader {
  public:
   RepairDocumentLoader(const InputText& input, RepairDocument& plan)
@@ -178,6 +188,12 @@ bool RepairDocumentLoader::CheckStep(std::size_t offset, const PlannedStep& step
   if (!plan_.steps.empty() && step.id <= plan_.steps.back().id) {
     return Fail(offset, "step " + std::to_string(step.id) + " does not follow step " +
                             std::to_string(plan_.steps.back().id) + ": ids must rise");
+  }
+  if (!IsAsItsAction(step)) {
+    return Fail(offset, std::string("step ") + std::to_string(step.id) + " is no " +
+                            NameOf(step.action) +
+                            ": a swap changes two cables, the others one, a connect has none "
+                            "before, a disconnect none after");
   }
   std::vector<std::uint64_t> key;
   for (const PlannedChange& change : step.cables) {

@@ -108,11 +108,6 @@ std::string EndText(const EndNow& now, const SwitchNames& names) {
   return name + " now leads to " + names.Of(*now.far->node, now.far->num);
 }
 
-const char* NameOf(StepState state) {
-  if (state == StepState::Done) return "done";
-  return state == StepState::NotDone ? "not done" : "done otherwise";
-}
-
 }  // namespace
 
 void WriteRepairReport(const RepairResult& result, std::ostream& stream) {
