@@ -55,7 +55,7 @@ class Report {
             << StepText(step.cables, plan_.ranks, names_) << '\n'
             << indent << ReasonText(step, names_) << '\n';
     for (std::size_t i = 0; i < step.alternatives.size(); ++i) {
-      stream_ << indent << Letter(i) << ". or "
+      stream_ << indent << "or " << Letter(i) << ". "
               << StepText(step.alternatives[i], plan_.ranks, names_) << '\n';
     }
   }
@@ -73,7 +73,7 @@ void Report::WriteVerdict() {
   const bool isAbstained = plan_.status == RepairStatus::Abstained;
   if (plan_.steps.empty()) {
     if (isAbstained) {
-      stream_ << "no repairs, but not for want of faults: " << plan_.message << '\n';
+      stream_ << "no repairs proposed: " << plan_.message << '\n';
       return;
     }
     const bool isClean = result_.before.records == 0 && result_.before.issues == 0;
@@ -82,7 +82,7 @@ void Report::WriteVerdict() {
   }
   if (plan_.steps.size() == plan_.lowerBound) stream_ << "no fewer repairs will do\n";
   stream_ << CountText(plan_.steps) << "; afterwards: " << left;
-  if (isAbstained) stream_ << "; more is wrong: " << plan_.message;
+  if (isAbstained) stream_ << "; beyond that none proposed: " << plan_.message;
   stream_ << '\n';
 }
 

@@ -53,13 +53,13 @@ class CableWords {
     if (!change.after) {
       return ActionText(RepairAction::Disconnect) + Name(one.kept) + " from " + Name(*one.from);
     }
-    const std::string start = ActionText(RepairAction::Move) + Name(one.kept);
     if (handlings.size() == 1) {
-      return start + " at its " + EndWord(*one.from, one.kept) + " end: " + Name(*one.from) +
-             " -> " + Name(*one.to);
+      return ActionText(RepairAction::Move) + Name(one.kept) + " at its " +
+             EndWord(*one.from, one.kept) + " end: " + Name(*one.from) + " -> " + Name(*one.to);
     }
-    return start + " to " + Name(*one.from) + " at both ends: -> " + Name(change.after->lower) +
-           " to " + Name(change.after->upper);
+    return ActionText(RepairAction::Move) + "both ends of the cable from " + Name(one.kept) +
+           " to " + Name(*one.from) + ": now from " + Name(change.after->lower) + " to " +
+           Name(change.after->upper);
   }
 
   // Of two cables that exchange an end.
@@ -130,7 +130,8 @@ std::string WrongSpineText(const RepairStep& step, const SwitchNames& names) {
     return "In their group a spine has a cable too many, another one too few.";
   }
   const Handling handling = HandlingsOf(step.cables.front()).front();
-  return names.Of(names.NodeOf(handling.from->node)) + " has a cable too many to this switch, " +
+  return names.Of(names.NodeOf(handling.from->node)) + " has a cable too many to " +
+         names.Of(names.NodeOf(handling.kept.node)) + ", " +
          names.Of(names.NodeOf(handling.to->node)) + " one too few.";
 }
 
