@@ -13,8 +13,8 @@ constexpr std::array<CommandOption<DiffArguments>, 4> table{{
      [](DiffArguments& arguments, const std::string& value) {
        return TakePath(arguments.jsonFile, value);
      }},
-    {{"--plan", "PLAN", ofReport, "also tell which steps of a plan of repairs are done in NEW",
-      "PLAN is what fabscope repair --json has written. It is refused when fewer than half of the "
+    {{"--plan", "FILE", ofReport, "also tell which steps of the plan of repairs are done in NEW",
+      "FILE is what fabscope repair --json has written. It is refused when fewer than half of the "
       "switches that it names are in NEW."},
      [](DiffArguments& arguments, const std::string& value) {
        return TakePath(arguments.planFile, value);

@@ -44,9 +44,9 @@ constexpr std::array<CommandOption<RepairArguments>, 5> table{{
        }
        return TakePath(arguments.afterFile, value);
      }},
-    {{"--verify", "PLAN", ofPlan, "tell which steps of it are done in FABRIC",
-      "PLAN is what --json has written. A line for each step, then the repairs that FABRIC needs "
-      "and PLAN does not have. A plan is refused when fewer than half of the switches that it "
+    {{"--verify", "FILE", ofPlan, "tell which steps of the plan are done in FABRIC",
+      "FILE is what --json has written. A line for each step, then the repairs that FABRIC needs "
+      "and the plan does not have. A plan is refused when fewer than half of the switches that it "
       "names are in FABRIC."},
      [](RepairArguments& arguments, const std::string& value) {
        return TakePath(arguments.planFile, value);
