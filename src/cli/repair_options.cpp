@@ -36,12 +36,7 @@ constexpr std::array<CommandOption<RepairArguments>, 5> table{{
      }},
     {{"--after", "FILE", ofOutputs, "the fabric as it will be (format: by the ending of FILE)",
       "The endings are those of fabscope convert: .json, .topo, .net, .dot or .gv, .graphml."},
-     [](RepairArguments& arguments, const std::string& value) -> Problem {
-       arguments.afterFormat = FabricFormatOfFile(value);
-       if (!arguments.afterFormat) {
-         return "the ending of FILE does not tell the format: expected .json, .topo, .net, .dot, "
-                ".gv or .graphml";
-       }
+     [](RepairArguments& arguments, const std::string& value) {
        return TakePath(arguments.afterFile, value);
      }},
     {{"--verify", "FILE", ofPlan, "tell which steps of the plan are done in FABRIC",
@@ -79,6 +74,15 @@ std::vector<BoundOption> BindRootsAndGroups(RepairArguments& arguments) {
   return options;
 }
 
+Problem SettleFormat(RepairArguments& arguments) {
+  if (arguments.afterFile.empty()) return std::nullopt;
+  arguments.afterFormat = FabricFormatOfFile(arguments.afterFile);
+  if (arguments.afterFormat) return std::nullopt;
+  return "--after " + arguments.afterFile +
+         " does not tell the format by its ending: expected .json, .topo, .net, .dot, .gv or "
+         ".graphml";
+}
+
 Problem SettleFiles(const RepairArguments& arguments) {
   const CheckOptions& options = arguments.options;
   const std::array<NamedOutput, 3> outputs{{{"--csv ", arguments.csvFile},
@@ -86,8 +90,9 @@ Problem SettleFiles(const RepairArguments& arguments) {
                                             {"--after ", arguments.afterFile}}};
   for (const NamedOutput& output : outputs) {
     if (arguments.planFile.empty() || output.file.empty()) continue;
-    return output.option + output.file + " and --verify contradict each other: what is verified " +
-           "is a plan that there is";
+    return output.option + output.file +
+           " and --verify contradict each other: nothing is written "
+           "where a plan is verified";
   }
   const std::array<const std::string*, 4> inputs{&options.fabric, &options.ranks,
                                                  &options.nodeNameMap, &arguments.planFile};
@@ -131,6 +136,7 @@ const CommandText repairText{
 std::optional<std::string> SettleArguments(RepairArguments& arguments) {
   if (Problem problem = SettleTree(arguments)) return problem;
   if (!arguments.operands.empty()) arguments.options.fabric = arguments.operands.front();
+  if (Problem problem = SettleFormat(arguments)) return problem;
   return SettleFiles(arguments);
 }
 

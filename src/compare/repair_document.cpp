@@ -190,7 +190,7 @@ bool RepairDocumentLoader::CheckStep(std::size_t offset, const PlannedStep& step
                             std::to_string(plan_.steps.back().id) + ": ids must rise");
   }
   if (!IsAsItsAction(step)) {
-    return Fail(offset, std::string("step ") + std::to_string(step.id) + " is no " +
+    return Fail(offset, std::string("step ") + std::to_string(step.id) + " is not a " +
                             NameOf(step.action) +
                             ": a swap changes two cables, the others one, a connect has none "
                             "before, a disconnect none after");

@@ -208,9 +208,8 @@ std::string NoteText(const RepairNote& note, const SwitchNames& names) {
     case RepairNote::Kind::SelfLoop:
       return "a cable leads from " + words.switches + " to the same switch: " + words.ports;
     case RepairNote::Kind::HostsOnSpines:
-      return words.switches + of + (words.isOne ? " is" : " are") + " no " +
-             (words.isOne ? "leaf" : "leaves") + ", but " + (words.isOne ? "leads" : "lead") +
-             " to hosts";
+      return words.switches + of + (words.isOne ? " leads" : " lead") +
+             " to hosts, as only leaves should";
     case RepairNote::Kind::UnusualGroup:
       return "the group of " + words.switches + of +
              " has another size than those beside it, perhaps by design";

@@ -46,7 +46,10 @@ function changeOf(cable: RawCable): Piece[] {
 
 function rowOf(step: RawStep): HTMLElement {
   const row = make('li', { value: step.id })
-  row.append(make('span', { class: `trust ${step.class}` }, step.class), ` ${step.action}: `)
+  row.append(
+    make('span', { class: `trust ${step.class}` }, step.class),
+    step.cables.every((cable) => movedEnd(cable)) ? ` ${step.action}: ` : ' ',
+  )
   step.cables.forEach((cable, index) =>
     row.append(...(index > 0 ? ['; '] : []), ...changeOf(cable)),
   )

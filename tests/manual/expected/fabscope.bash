@@ -49,7 +49,7 @@ _fabscope() {
     repair:--csv) _fabscope_files; return ;;
     repair:--json) _fabscope_files; return ;;
     repair:--after) _fabscope_files; return ;;
-    repair:--verify) return ;;
+    repair:--verify) _fabscope_files; return ;;
     diff:--roots) _fabscope_words 'auto smdb regex'; return ;;
     diff:--root-regex) return ;;
     diff:--ranks) _fabscope_files; return ;;
@@ -59,7 +59,7 @@ _fabscope() {
     diff:--special-nodes) return ;;
     diff:--node-name-map) _fabscope_files; return ;;
     diff:--json) _fabscope_files; return ;;
-    diff:--plan) return ;;
+    diff:--plan) _fabscope_files; return ;;
     diff:--color) _fabscope_words 'auto always never'; return ;;
     generate:--xgft) return ;;
     generate:--levels) return ;;

@@ -43,7 +43,7 @@ complete -c fabscope -n '__fish_seen_subcommand_from repair' -l show-guid -x -a 
 complete -c fabscope -n '__fish_seen_subcommand_from repair' -l csv -r -F -d 'a row for each end of a cable that changes, as CSV'
 complete -c fabscope -n '__fish_seen_subcommand_from repair' -l json -r -F -d 'the plan as JSON'
 complete -c fabscope -n '__fish_seen_subcommand_from repair' -l after -r -F -d 'the fabric as it will be (format: by the ending of FILE)'
-complete -c fabscope -n '__fish_seen_subcommand_from repair' -l verify -x -d 'tell which steps of it are done in FABRIC'
+complete -c fabscope -n '__fish_seen_subcommand_from repair' -l verify -r -F -d 'tell which steps of the plan are done in FABRIC'
 complete -c fabscope -n '__fish_seen_subcommand_from repair' -s h -l help -d 'this help'
 complete -c fabscope -n '__fish_seen_subcommand_from repair' -l version -d 'the version of fabscope'
 
@@ -57,7 +57,7 @@ complete -c fabscope -n '__fish_seen_subcommand_from diff' -l merge-percent -x -
 complete -c fabscope -n '__fish_seen_subcommand_from diff' -l special-nodes -x -d 'channel adapters that are no hosts, by name'
 complete -c fabscope -n '__fish_seen_subcommand_from diff' -l node-name-map -r -F -d 'names of nodes (lines: 0xGUID "name")'
 complete -c fabscope -n '__fish_seen_subcommand_from diff' -l json -r -F -d 'also write it as JSON (- for standard output)'
-complete -c fabscope -n '__fish_seen_subcommand_from diff' -l plan -x -d 'also tell which steps of a plan of repairs are done in NEW'
+complete -c fabscope -n '__fish_seen_subcommand_from diff' -l plan -r -F -d 'also tell which steps of the plan of repairs are done in NEW'
 complete -c fabscope -n '__fish_seen_subcommand_from diff' -s q -l quiet -d 'without the lines that begin with -I-'
 complete -c fabscope -n '__fish_seen_subcommand_from diff' -l color -x -a 'auto always never' -d 'coloured tags (auto: on a terminal)'
 complete -c fabscope -n '__fish_seen_subcommand_from diff' -s h -l help -d 'this help'

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include "reports/json_report.h"
 #include "support/repair_fixture.h"
 
 namespace fabscope {
@@ -188,8 +189,8 @@ TEST_F(RepairReportTest, TellsNotesInWords) {
                   "a switch is dead or missing: ports 4 and 5 of leaf0.0 are empty, where their "
                   "siblings use them",
                   "a cable leads from leaf0.0 to the same switch: ports 5 and 6",
-                  "root0, root1 and root2 of rank 0 are no leaves, but lead to hosts",
-                  "mid0.0 of rank 1 is no leaf, but leads to hosts",
+                  "root0, root1 and root2 of rank 0 lead to hosts, as only leaves should",
+                  "mid0.0 of rank 1 leads to hosts, as only leaves should",
                   "the group of mid0.0 and mid0.1 of rank 1 has another size than those beside it, "
                   "perhaps by design",
                   "too much of the group of mid0.0 and mid0.1 is wrong to say what belongs where",
@@ -335,6 +336,23 @@ TEST_F(RepairReportTest, JsonTellsNotesAsData) {
                R"("text":"a switch is dead or missing: ports 4 and 5 of leaf1.1 are empty, )"
                R"(where their siblings use them"}]})"
                "\n"));
+}
+
+TEST_F(RepairReportTest, TheResultOfACheckHasTheSameSteps) {
+  RepairResult repair = ResultOfAll();
+  const std::string plan = Json(repair);
+  const std::string steps = plan.substr(plan.find(R"("steps":)") + 8);
+  CheckResult check;
+  check.status = CheckStatus::Done;
+  check.topology = std::move(repair.before.topology);
+  check.findings = std::move(repair.before.findings);
+  check.repairs = std::make_unique<ProvenPlan>(std::move(repair.proven));
+  std::ostringstream stream;
+  WriteJsonReport(check, {}, stream);
+  const std::string json = stream.str();
+  const std::string repairs = json.substr(json.find(R"("repairs":)") + 10);
+  EXPECT_EQ(repairs.substr(0, repairs.find(R"(,"report")")),
+            steps.substr(0, steps.find(R"(,"lowerBound")")));
 }
 
 // A switch has the name of another one.

@@ -139,11 +139,11 @@ TEST_F(RepairDocumentTest, AStepChangesWhatItSays) {
   const std::string text =
       ": a swap changes two cables, the others one, a connect has none before, a disconnect none "
       "after";
-  EXPECT_EQ(ProblemOf(Step("1", "swap", move)), "step 1 is no swap" + text);
-  EXPECT_EQ(ProblemOf(Step("1", "connect", move)), "step 1 is no connect" + text);
-  EXPECT_EQ(ProblemOf(Step("1", "disconnect", move)), "step 1 is no disconnect" + text);
-  EXPECT_EQ(ProblemOf(Step("1", "move", move + "," + move)), "step 1 is no move" + text);
-  EXPECT_EQ(ProblemOf(Step("1", "move", Change("null", Cable("2")))), "step 1 is no move" + text);
+  EXPECT_EQ(ProblemOf(Step("1", "swap", move)), "step 1 is not a swap" + text);
+  EXPECT_EQ(ProblemOf(Step("1", "connect", move)), "step 1 is not a connect" + text);
+  EXPECT_EQ(ProblemOf(Step("1", "disconnect", move)), "step 1 is not a disconnect" + text);
+  EXPECT_EQ(ProblemOf(Step("1", "move", move + "," + move)), "step 1 is not a move" + text);
+  EXPECT_EQ(ProblemOf(Step("1", "move", Change("null", Cable("2")))), "step 1 is not a move" + text);
   EXPECT_EQ(ProblemOf(Step("1", "move", "")), "expected the cables that change");
   EXPECT_EQ(ProblemOf(Step("1", "move", Change(Cable("1"), Cable("1")))),
             "the cable is the same before and after");
