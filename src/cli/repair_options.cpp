@@ -116,9 +116,7 @@ const CommandText repairText{
                   "What of that plan is done by now."},
                  {"fabscope repair fabric.topo --after repaired.json",
                   "Also the fabric as it will be."}},
-    .statuses = {{0, "nothing to repair, or all of the plan is done"},
-                 {1, "there are repairs, or more is wrong than can be told"},
-                 {2, "the work could not be done"}},
+    .statuses = {{0, "nothing to do"}, {1, "something to do"}, {2, "the work could not be done"}},
     .description =
         {"Finds the few cables that are in a wrong place, and tells for each what to unplug and "
          "where it goes. No plan of the cabling is needed: what most cables agree on is the "

@@ -198,6 +198,18 @@ TEST_F(RepairReportTest, TellsNotesInWords) {
                   "root0, root1, root2, root3, mid0.0 and 2 more have no place in the tree"));
 }
 
+TEST_F(RepairReportTest, ProgramsKnowNotesByTheirKind) {
+  std::vector<std::string> kinds;
+  for (const RepairNote::Kind kind :
+       {RepairNote::Kind::DeadSwitch, RepairNote::Kind::SelfLoop, RepairNote::Kind::HostsOnSpines,
+        RepairNote::Kind::UnusualGroup, RepairNote::Kind::UncertainGroup,
+        RepairNote::Kind::SwitchWithoutTree}) {
+    kinds.emplace_back(KindOf(RepairNote{kind, -1, {}, {}}));
+  }
+  EXPECT_THAT(kinds, ElementsAre("dead-switch", "self-loop", "hosts-on-spines", "unusual-group",
+                                 "uncertain-group", "switch-without-tree"));
+}
+
 TEST_F(RepairReportTest, NotesStandBetweenStepsAndVerdict) {
   RepairResult result = ResultOfSwap();
   result.proven.plan.notes = {
@@ -261,8 +273,8 @@ TEST_F(RepairReportTest, CsvHasARowForEachEnd) {
 
 TEST_F(RepairReportTest, JsonTellsAll) {
   EXPECT_EQ(Json(ResultOfAll()),
-            R"({"format":"fabscope-repair","version":1,"tool":"fabscope 0.1.0",)"
-            R"("input":"net.topo",)"
+            R"({"format":"fabscope-repair","version":1,)"
+            R"("tool":"fabscope 0.1.0","input":"net.topo",)"
             R"("fabric":"sha256:d1f4d5ffd5a3dda076105469902d1a5b14db143c06e9bfd45da6dc1e743ea07)"
             R"(c","status":"repairs","message":"","roots":{"method":"inferred","misfits":0,)"
             R"("doubt":""},"ranks":[)"
@@ -320,10 +332,12 @@ TEST_F(RepairReportTest, JsonTellsAll) {
 
 TEST_F(RepairReportTest, JsonOfAFailureHasNoSteps) {
   RepairResult result = ResultOfSwap();
-  result.message = "after the repairs: no tree";
-  EXPECT_THAT(Json(result),
-              AllOf(HasSubstr(R"("status":"failed","message":"after the repairs: no tree",)"),
-                    EndsWith("\"steps\":[],\"lowerBound\":0,\"after\":null,\"notes\":[]}\n")));
+  result.message = "no switch of the fabric has a place in a tree";
+  EXPECT_THAT(
+      Json(result),
+      AllOf(HasSubstr(
+                R"("status":"failed","message":"no switch of the fabric has a place in a tree",)"),
+            EndsWith("\"steps\":[],\"lowerBound\":0,\"after\":null,\"notes\":[]}\n")));
 }
 
 TEST_F(RepairReportTest, JsonTellsNotesAsData) {
