@@ -46,12 +46,13 @@ std::string EndText(const IBPort& port) {
 std::vector<std::string> LinesOf(const IBFabric& fabric) {
   std::vector<std::string> lines;
   for (const IBNode& node : fabric.GetNodes()) {
-    lines.push_back("node " + GuidText(node.guid) + " " + std::to_string(node.nodeType));
+    std::string& line = lines.emplace_back("node ");
+    line.append(GuidText(node.guid)).append(" ").append(std::to_string(node.nodeType));
   }
   for (const IBPort& port : fabric.GetPorts()) {
     if (port.remotePort == nullptr || !IsFirstEnd(port)) continue;
     const auto [first, second] = std::minmax({EndText(port), EndText(*port.remotePort)});
-    lines.push_back("cable " + first + " " + second);
+    lines.emplace_back("cable ").append(first).append(" ").append(second);
   }
   std::sort(lines.begin(), lines.end());
   return lines;

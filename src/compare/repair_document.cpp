@@ -49,8 +49,6 @@ class RepairDocumentLoader final : JsonReader {
   // One of the words, as the place that it has among them.
   template <typename Words, typename Enum>
   bool ReadWord(Value value, const Words& words, const char* expected, Enum& word);
-  // The parser goes on behind a value that nobody has read.
-  static bool Skip() { return true; }
 
   bool ReadStep(Value value);
   bool ReadStepMember(std::string_view key, Value value, PlannedStep& step);
@@ -78,7 +76,7 @@ bool RepairDocumentLoader::ReadMember(std::string_view key, Value value) {
   if (key == "status") return ReadStatus(value);
   if (key == "message") return ReadText(value, plan_.message);
   if (key == "steps") return ReadArray(value, [this](Value step) { return ReadStep(step); });
-  if (key != "ranks") return Skip();
+  if (key != "ranks") return ReadAny(value);
   return ReadArray(value, [this](Value rank) {
     return ReadArray(rank,
                      [this](Value item) { return ReadGuid(item, plan_.switches.emplace_back()); });
@@ -134,7 +132,7 @@ bool RepairDocumentLoader::ReadStepMember(std::string_view key, Value value, Pla
     return ReadWord(value, RepairClassNames, R"(expected "sure", "likely" or "ask")", step.trust);
   }
   if (key == "cables") return ReadChanges(value, step.cables);
-  if (key != "alternatives") return Skip();
+  if (key != "alternatives") return ReadAny(value);
   return ReadArray(value,
                    [&](Value item) { return ReadChanges(item, step.alternatives.emplace_back()); });
 }

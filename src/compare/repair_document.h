@@ -67,8 +67,8 @@ inline const char* NameOf(RepairClass trust) {
 
 // Reads a plan; "-" is standard input, and gzip is unpacked. Unknown and repeated keys, values of
 // the wrong kind or out of range are errors, and so are a cable that leads to its own port, a step
-// whose number does not rise, and one that repeats another. What is for people alone, such as
-// reasons and notes, is not looked at.
+// whose number does not rise, and one that repeats another. Of what is for people alone, such as
+// reasons and notes, it only matters that it is well formed.
 MaybeError LoadRepairDocument(const std::string& path, RepairDocument& plan);
 
 }  // namespace fabscope

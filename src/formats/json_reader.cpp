@@ -129,6 +129,50 @@ bool JsonReader::ReadGuid(Value value, std::uint64_t& guid) {
   return true;
 }
 
+bool JsonReader::ReadAny(Value value, int levels) {
+  const std::size_t offset = OffsetOf(value);
+  simdjson::ondemand::json_type type{};
+  if (const auto code = value.type().get(type)) return FailJson(code);
+  switch (type) {
+    case simdjson::ondemand::json_type::array:
+    case simdjson::ondemand::json_type::object:
+      if (levels == 0) return Fail(offset, "nested too deeply");
+      return ReadAnyInside(value, type, levels - 1);
+    case simdjson::ondemand::json_type::string: {
+      std::string_view text;
+      return ReadString(value, text);
+    }
+    case simdjson::ondemand::json_type::boolean: {
+      bool flag = false;
+      return ReadBool(value, flag);
+    }
+    case simdjson::ondemand::json_type::number: {
+      double number = 0;
+      return value.get_double().get(number) == simdjson::SUCCESS ||
+             Fail(offset, "expected a number");
+    }
+    case simdjson::ondemand::json_type::null: {
+      bool isNull = false;
+      return (value.is_null().get(isNull) == simdjson::SUCCESS && isNull) ||
+             Fail(offset, "expected null");
+    }
+  }
+  return true;
+}
+
+bool JsonReader::ReadAnyInside(Value value, simdjson::ondemand::json_type type, int levels) {
+  if (type == simdjson::ondemand::json_type::array) {
+    return ReadArray(value, [&](Value item) { return ReadAny(item, levels); });
+  }
+  simdjson::ondemand::object object;
+  if (const auto code = value.get_object().get(object)) return FailJson(code);
+  for (auto member : object) {
+    if (const auto code = member.error()) return FailJson(code);
+    if (!ReadAny(member.value_unsafe().value(), levels)) return false;
+  }
+  return true;
+}
+
 bool JsonReader::ReadVersion(Value value) {
   const std::size_t offset = OffsetOf(value);
   std::uint64_t version = 0;

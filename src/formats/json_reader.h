@@ -21,13 +21,15 @@ namespace fabscope {
 //
 // Every Read operation answers false when it failed, with the reason in the error.
 class JsonReader {
+ public:
+  JsonReader(const JsonReader&) = delete;
+  JsonReader& operator=(const JsonReader&) = delete;
+
  protected:
   using Value = simdjson::ondemand::value;
   using Keys = std::span<const std::string_view>;
 
   explicit JsonReader(const InputText& input) : input_(input) {}
-  JsonReader(const JsonReader&) = delete;
-  JsonReader& operator=(const JsonReader&) = delete;
   ~JsonReader() = default;
 
   MaybeError& Error() { return error_; }
@@ -63,8 +65,15 @@ class JsonReader {
   bool ReadSigned(Value value, std::int32_t& number);
   bool ReadGuid(Value value, std::uint64_t& guid);
   bool ReadVersion(Value value);
+  // Whatever it is, as long as it is well formed.
+  bool ReadAny(Value value) { return ReadAny(value, mostLevels); }
 
  private:
+  // Of what nobody has a name for. Each takes a part of the stack.
+  static constexpr int mostLevels = 64;
+
+  bool ReadAny(Value value, int levels);
+  bool ReadAnyInside(Value value, simdjson::ondemand::json_type type, int levels);
   bool Open();
   bool ReadEnd();
   bool FailEscape(std::size_t offset);

@@ -80,9 +80,10 @@ class RepairTest : public ::testing::Test {
   }
 
   // The result of a search in a fabric that found that plan.
-  static RepairResult Result(std::unique_ptr<IBFabric> fabric, RepairPlan plan) {
+  static RepairResult Result(std::unique_ptr<IBFabric> fabric, RepairPlan plan,
+                             const std::string& input = "fabric") {
     RepairResult result;
-    result.input = "net.topo";
+    result.input = input;
     result.fabric = std::move(fabric);
     result.before = CheckTree(*result.fabric, plan.ranks, 70);
     EXPECT_EQ(result.before.problem, "");

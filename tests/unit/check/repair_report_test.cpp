@@ -18,6 +18,9 @@ class RepairReportTest : public RepairTest {
  protected:
   RepairReportTest() { AddThreeLevelTree(tree, 2, 2, 2, 2, 2); }
 
+  static RepairResult Result(std::unique_ptr<IBFabric> fabric, RepairPlan plan) {
+    return RepairTest::Result(std::move(fabric), std::move(plan), "net.topo");
+  }
   TreeRanks PodRanks() { return Ranks({"root", "mid", "leaf"}); }
 
   // Somebody has exchanged an up-link of two pods.

@@ -100,6 +100,20 @@ TEST_F(RepairDocumentTest, WhatIsNoDocumentIsRefused) {
   }
 }
 
+TEST_F(RepairDocumentTest, WhatIsForPeopleMustBeWellFormed) {
+  const auto problem = [&](const std::string& notes) {
+    const std::string start = Plan("");
+    return ErrorOf(start.substr(0, start.size() - 1) + ",\n\"notes\":" + notes + "}");
+  };
+  EXPECT_EQ(problem(R"([{"a":[1,-2.5,"x",true,null]},{}])"), "");
+  EXPECT_EQ(problem("[tru]"), "2:10: expected true or false");
+  EXPECT_EQ(problem("[nul]"), "2:10: expected null");
+  EXPECT_EQ(problem("[1x]"), "2:10: expected a number");
+  EXPECT_EQ(problem(std::string(65, '[') + std::string(65, ']')), "2:73: nested too deeply");
+  EXPECT_NE(problem("[1,,2]"), "");
+  EXPECT_NE(problem(R"({"a"})"), "");
+}
+
 TEST_F(RepairDocumentTest, NumbersOutOfRangeAreRefused) {
   for (const char* port : {"0", "256", "-1", "1.5", "99999999999999999999999", "\"1\"", "null"}) {
     const std::string change = Change(Cable(port), Cable("2"));
