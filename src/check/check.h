@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "check/proven_plan.h"
 #include "fabric/ib_fabric.h"
 #include "fat_tree/findings.h"
 #include "fat_tree/topology.h"
@@ -34,6 +35,7 @@ struct CheckOptions {
   int showGuid = 0;
   bool wantDump = false;
   bool wantFindings = false;
+  bool wantRepairs = false;
 };
 
 enum class CheckStatus {
@@ -65,6 +67,10 @@ struct CheckResult {
   // What records and issues say in words, as data: a finding for each record, in their order, then
   // those that the issues count. Empty unless asked for: there can be millions.
   std::deque<Finding> findings;
+
+  // What would cure them, found with the ranks of this check; null when nothing is known to, or
+  // when nobody asked.
+  std::unique_ptr<ProvenPlan> repairs;
 
   // The records and texts do not need them, the findings do.
   std::unique_ptr<IBFabric> fabric;

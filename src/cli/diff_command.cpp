@@ -5,6 +5,7 @@
 #include <string>
 
 #include "cli/exit_status.h"
+#include "cli/load_plan.h"
 #include "cli/messages.h"
 #include "cli/ordered_work.h"
 #include "cli/output_file.h"
@@ -23,11 +24,15 @@ class DiffCommand {
   explicit DiffCommand(const DiffArguments& arguments) : arguments_(arguments) {}
 
   int Run() {
+    if (!arguments_.planFile.empty() && !LoadPlan(arguments_.planFile, plan_, messages_)) {
+      return ExitFailed;
+    }
     CheckBoth();
     if (TellInputErrors()) return ExitFailed;
     TellWarnings();
     const CheckResult& was = results_[0];
     const CheckResult& is = results_[1];
+    if (IsPlanForeign()) return ExitFailed;
     const Counterparts nodes(*was.fabric, *is.fabric);
     Difference difference{was.input,
                           is.input,
@@ -40,6 +45,7 @@ class DiffCommand {
       difference.findings =
           CompareFindings({*was.topology, was.findings}, {*is.topology, is.findings}, nodes);
     }
+    if (!arguments_.planFile.empty()) difference.plan = FollowPlan(plan_, *is.fabric);
     const bool written = Write(difference);
     TellFailures();
     if (!written || !difference.findings) return ExitFailed;
@@ -50,6 +56,7 @@ class DiffCommand {
   void CheckBoth();
   bool TellInputErrors();
   void TellWarnings();
+  bool IsPlanForeign();
   void TellFailures();
   static std::string WhyNot(const CheckResult& result);
   std::string WhyNoFindings() const;
@@ -57,6 +64,7 @@ class DiffCommand {
 
   const DiffArguments& arguments_;
   Messages messages_;
+  RepairDocument plan_;                 // empty when none was given
   std::array<CheckResult, 2> results_;  // of OLD and NEW
 };
 
@@ -90,6 +98,13 @@ void DiffCommand::TellWarnings() {
   for (const CheckResult& result : results_) {
     for (const std::string& warning : result.warnings) messages_.Tell(warning);
   }
+}
+
+bool DiffCommand::IsPlanForeign() {
+  const std::string why = WhyForeign(plan_, *results_[1].fabric);
+  if (why.empty()) return false;
+  messages_.Tell(plan_.file + ": " + why);
+  return true;
 }
 
 std::string DiffCommand::WhyNot(const CheckResult& result) {

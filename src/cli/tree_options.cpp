@@ -8,7 +8,6 @@ namespace {
 
 using Problem = OptionProblem;
 
-constexpr const char* ofRoots = "How the roots are found";
 constexpr int anyCount = std::numeric_limits<int>::max();
 
 constexpr std::array<CommandOption<TreeArguments>, 8> table{{
@@ -86,6 +85,16 @@ Problem SettleRoots(TreeArguments& arguments) {
 }
 
 }  // namespace
+
+OptionProblem TakeShowGuid(int& target, const std::string& value) {
+  constexpr std::array<const char*, 3> names{"none", "system", "node"};
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    if (value != names[i]) continue;
+    target = static_cast<int>(i);
+    return std::nullopt;
+  }
+  return "expected none, system or node";
+}
 
 std::vector<BoundOption> BindTreeOptions(TreeArguments& arguments) {
   return Bind(table, arguments);

@@ -8,6 +8,7 @@
 #include "formats/json_members.h"
 #include "platform/version.h"
 #include "reports/json_findings.h"
+#include "reports/repair_report.h"
 
 namespace fabscope {
 namespace {
@@ -57,6 +58,7 @@ class JsonReport {
     WriteRecords(members.Key("records"));
     members.Number("issues", result_.issuesCount);
     WriteFindings(members.Key("findings"));
+    WriteRepairs(members.Key("repairs"));
     WriteLines(members.Key("report"), style);
   }
   void Flush() {
@@ -94,6 +96,13 @@ class JsonReport {
   void WriteFindings(std::string& json) {
     JsonMembers list(json, '[', ']');
     for (const Finding& finding : result_.findings) AppendFinding(NextLine(list), finding);
+  }
+  void WriteRepairs(std::string& json) {
+    if (!result_.repairs) {
+      json += "[]";
+      return;
+    }
+    AppendRepairSteps(json, *result_.repairs, {*result_.topology, result_.findings});
   }
   void WriteLines(std::string& json, const TextStyle& style) {
     JsonMembers list(json, '[', ']');

@@ -79,6 +79,27 @@ export const kinds: Kind[] = [
   'shared-flid',
 ]
 
+export interface RawEnd {
+  guid: string
+  name: string
+  port: number
+}
+
+/** A cable as it is and as it will be; the upper end first. */
+export interface RawCable {
+  before: [RawEnd, RawEnd] | null
+  after: [RawEnd, RawEnd] | null
+}
+
+export interface RawStep {
+  id: number
+  action: 'swap' | 'move' | 'connect' | 'disconnect'
+  class: 'sure' | 'likely' | 'ask'
+  cables: RawCable[]
+  reason: string
+  alternatives: RawCable[][]
+}
+
 export interface Result {
   tool: string
   input: string
@@ -89,6 +110,7 @@ export interface Result {
   records: unknown[]
   issues: number
   findings: RawFinding[]
+  repairs: RawStep[]
 }
 
 /** GUID, name, rank (-1: not of the tree), links to hosts, up-links, down-links (-1: not known). */

@@ -17,7 +17,7 @@ _fabscope() {
   fi
   COMPREPLY=()
   if ((COMP_CWORD == 1)); then
-    _fabscope_words 'check diff generate convert -h --help --version'
+    _fabscope_words 'check repair diff generate convert -h --help --version'
     return
   fi
   case ${COMP_WORDS[1]}:$previous in
@@ -39,6 +39,17 @@ _fabscope() {
     check:--prometheus) _fabscope_files; return ;;
     check:--log) _fabscope_files; return ;;
     check:--color) _fabscope_words 'auto always never'; return ;;
+    repair:--roots) _fabscope_words 'inferred smdb regex'; return ;;
+    repair:--root-regex) return ;;
+    repair:--ranks) _fabscope_files; return ;;
+    repair:--merge-percent) return ;;
+    repair:--special-nodes) return ;;
+    repair:--node-name-map) _fabscope_files; return ;;
+    repair:--show-guid) _fabscope_words 'none system node'; return ;;
+    repair:--csv) _fabscope_files; return ;;
+    repair:--json) _fabscope_files; return ;;
+    repair:--after) _fabscope_files; return ;;
+    repair:--verify) _fabscope_files; return ;;
     diff:--roots) _fabscope_words 'auto smdb regex'; return ;;
     diff:--root-regex) return ;;
     diff:--ranks) _fabscope_files; return ;;
@@ -48,6 +59,7 @@ _fabscope() {
     diff:--special-nodes) return ;;
     diff:--node-name-map) _fabscope_files; return ;;
     diff:--json) _fabscope_files; return ;;
+    diff:--plan) _fabscope_files; return ;;
     diff:--color) _fabscope_words 'auto always never'; return ;;
     generate:--xgft) return ;;
     generate:--levels) return ;;
@@ -76,7 +88,9 @@ _fabscope() {
   case ${COMP_WORDS[1]}:$current in
     check:-*) _fabscope_words '--roots --root-regex --ranks --retries --equal --merge-percent --special-nodes --node-name-map --show-guid --flids --dump --csv --json --html --svg --prometheus --log -q --quiet --color -h --help --version' ;;
     check:*) _fabscope_files ;;
-    diff:-*) _fabscope_words '--roots --root-regex --ranks --retries --equal --merge-percent --special-nodes --node-name-map --json -q --quiet --color -h --help --version' ;;
+    repair:-*) _fabscope_words '--roots --root-regex --ranks --merge-percent --special-nodes --node-name-map --show-guid --csv --json --after --verify -h --help --version' ;;
+    repair:*) _fabscope_files ;;
+    diff:-*) _fabscope_words '--roots --root-regex --ranks --retries --equal --merge-percent --special-nodes --node-name-map --json --plan -q --quiet --color -h --help --version' ;;
     diff:*) _fabscope_files ;;
     generate:-*) _fabscope_words '--xgft --levels --radix --pods --hosts-per-leaf --parallel --planes --flids --speed --fault --seed --truth -o --output --format -h --help --version' ;;
     convert:-*) _fabscope_words '-o --output --format --special-nodes --node-name-map --roots --root-regex --ranks --retries --equal --merge-percent -h --help --version' ;;

@@ -1,12 +1,13 @@
 # Completions of fabscope for fish.
 
 complete -c fabscope -f
-complete -c fabscope -n 'not __fish_seen_subcommand_from check diff generate convert' -a check -d 'Checks the cabling of a fabric and reports what is wrong.'
-complete -c fabscope -n 'not __fish_seen_subcommand_from check diff generate convert' -a diff -d 'Tells what has changed between two dumps of a fabric.'
-complete -c fabscope -n 'not __fish_seen_subcommand_from check diff generate convert' -a generate -d 'Writes a fat tree made to order, with faults if asked for.'
-complete -c fabscope -n 'not __fish_seen_subcommand_from check diff generate convert' -a convert -d 'Reads a fabric of any format and writes it in another.'
-complete -c fabscope -n 'not __fish_seen_subcommand_from check diff generate convert' -s h -l help -d 'this help'
-complete -c fabscope -n 'not __fish_seen_subcommand_from check diff generate convert' -l version -d 'the version of fabscope'
+complete -c fabscope -n 'not __fish_seen_subcommand_from check repair diff generate convert' -a check -d 'Checks the cabling of a fabric and reports what is wrong.'
+complete -c fabscope -n 'not __fish_seen_subcommand_from check repair diff generate convert' -a repair -d 'Tells which cables to move so that a fabric is a proper fat tree.'
+complete -c fabscope -n 'not __fish_seen_subcommand_from check repair diff generate convert' -a diff -d 'Tells what has changed between two dumps of a fabric.'
+complete -c fabscope -n 'not __fish_seen_subcommand_from check repair diff generate convert' -a generate -d 'Writes a fat tree made to order, with faults if asked for.'
+complete -c fabscope -n 'not __fish_seen_subcommand_from check repair diff generate convert' -a convert -d 'Reads a fabric of any format and writes it in another.'
+complete -c fabscope -n 'not __fish_seen_subcommand_from check repair diff generate convert' -s h -l help -d 'this help'
+complete -c fabscope -n 'not __fish_seen_subcommand_from check repair diff generate convert' -l version -d 'the version of fabscope'
 
 complete -c fabscope -n '__fish_seen_subcommand_from check' -F
 complete -c fabscope -n '__fish_seen_subcommand_from check' -l roots -x -a 'auto smdb regex' -d 'by themselves (auto), or as the next two say'
@@ -31,6 +32,21 @@ complete -c fabscope -n '__fish_seen_subcommand_from check' -l color -x -a 'auto
 complete -c fabscope -n '__fish_seen_subcommand_from check' -s h -l help -d 'this help'
 complete -c fabscope -n '__fish_seen_subcommand_from check' -l version -d 'the version of fabscope'
 
+complete -c fabscope -n '__fish_seen_subcommand_from repair' -F
+complete -c fabscope -n '__fish_seen_subcommand_from repair' -l roots -x -a 'inferred smdb regex' -d 'from the whole fabric (inferred), or as the next two say'
+complete -c fabscope -n '__fish_seen_subcommand_from repair' -l root-regex -x -d 'roots are the switches whose name matches'
+complete -c fabscope -n '__fish_seen_subcommand_from repair' -l ranks -r -F -d 'the subnet manager'\''s ranks (CSV: guid,rank)'
+complete -c fabscope -n '__fish_seen_subcommand_from repair' -l merge-percent -x -d 'up-links that a group shares (default 70)'
+complete -c fabscope -n '__fish_seen_subcommand_from repair' -l special-nodes -x -d 'channel adapters that are no hosts, by name'
+complete -c fabscope -n '__fish_seen_subcommand_from repair' -l node-name-map -r -F -d 'names of nodes (lines: 0xGUID "name")'
+complete -c fabscope -n '__fish_seen_subcommand_from repair' -l show-guid -x -a 'none system node' -d 'GUID in front of switch names (default none)'
+complete -c fabscope -n '__fish_seen_subcommand_from repair' -l csv -r -F -d 'a row for each end of a cable that changes, as CSV'
+complete -c fabscope -n '__fish_seen_subcommand_from repair' -l json -r -F -d 'the plan as JSON'
+complete -c fabscope -n '__fish_seen_subcommand_from repair' -l after -r -F -d 'the fabric as it will be (format: by the ending of FILE)'
+complete -c fabscope -n '__fish_seen_subcommand_from repair' -l verify -r -F -d 'tell which steps of the plan are done in FABRIC'
+complete -c fabscope -n '__fish_seen_subcommand_from repair' -s h -l help -d 'this help'
+complete -c fabscope -n '__fish_seen_subcommand_from repair' -l version -d 'the version of fabscope'
+
 complete -c fabscope -n '__fish_seen_subcommand_from diff' -F
 complete -c fabscope -n '__fish_seen_subcommand_from diff' -l roots -x -a 'auto smdb regex' -d 'by themselves (auto), or as the next two say'
 complete -c fabscope -n '__fish_seen_subcommand_from diff' -l root-regex -x -d 'roots are the switches whose name matches'
@@ -41,6 +57,7 @@ complete -c fabscope -n '__fish_seen_subcommand_from diff' -l merge-percent -x -
 complete -c fabscope -n '__fish_seen_subcommand_from diff' -l special-nodes -x -d 'channel adapters that are no hosts, by name'
 complete -c fabscope -n '__fish_seen_subcommand_from diff' -l node-name-map -r -F -d 'names of nodes (lines: 0xGUID "name")'
 complete -c fabscope -n '__fish_seen_subcommand_from diff' -l json -r -F -d 'also write it as JSON (- for standard output)'
+complete -c fabscope -n '__fish_seen_subcommand_from diff' -l plan -r -F -d 'also tell which steps of the plan of repairs are done in NEW'
 complete -c fabscope -n '__fish_seen_subcommand_from diff' -s q -l quiet -d 'without the lines that begin with -I-'
 complete -c fabscope -n '__fish_seen_subcommand_from diff' -l color -x -a 'auto always never' -d 'coloured tags (auto: on a terminal)'
 complete -c fabscope -n '__fish_seen_subcommand_from diff' -s h -l help -d 'this help'

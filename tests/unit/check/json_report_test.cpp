@@ -66,7 +66,7 @@ TEST_F(JsonReportTest, TellsRanksGroupsAndTheReportOfACleanFabric) {
                         hood + R"(,"rank":1,"spines":["0x0000000000000002"],)" +
                         R"("lines":["0x0000000000000003"],)" +
                         R"("totalSpineUplinks":1,"totalInternalLinks":1}],"records":[],)" +
-                        R"("issues":0,"findings":[],"report":[
+                        R"("issues":0,"findings":[],"repairs":[],"report":[
 "-I- Detecting roots by the regular exp: ^root",
 "3 level Fat-Tree was discovered: ",
 "\u0009 rank: 0(Roots) #switches: 1",
@@ -104,7 +104,7 @@ TEST_F(JsonReportTest, TellsUplinksAndInternalLinksOfAGroupApart) {
             R"({"kind":"neighborhood","id":)" + Id(1) +
                 R"(,"rank":1,"spines":["0x0000000000000003"],"lines":["0x0000000000000004"],)" +
                 R"("totalSpineUplinks":2,"totalInternalLinks":1}],"records":[],"issues":0,)" +
-                R"("findings":[],"report":[)");
+                R"("findings":[],"repairs":[],"report":[)");
 }
 
 TEST_F(JsonReportTest, TellsRecordsWithEventAndLevel) {
@@ -129,7 +129,7 @@ TEST_F(JsonReportTest, TellsFindingsRecordsFirst) {
   const std::string hood = Id(0);
   const std::string json = Json();
   const std::string start = R"(,"groupKind":"neighborhood","groups":[)" + hood + R"(],"issues":)";
-  EXPECT_EQ(json.substr(0, json.find(R"("report")")).substr(json.find(R"("findings":)")),
+  EXPECT_EQ(json.substr(0, json.find(R"("repairs")")).substr(json.find(R"("findings":)")),
             R"("findings":[
 {"kind":"missing-link","level":3)" +
                 start + R"(0,"spine":"0x0000000000000002","line":"0x0000000000000005"},
@@ -161,11 +161,12 @@ TEST_F(JsonReportTest, RecordsOrIssuesAloneAreFindings) {
 TEST_F(JsonReportTest, OfATreeThatWasNotBuiltHoldsTheMessage) {
   fabric.Switch("a");
   Check("^nothing");
-  EXPECT_EQ(Json(), head +
-                        R"("status":"failed","message":"Cannot build Fat-Tree topology. )"
-                        R"(Failed to fill tree's ranks by the regular expression: )"
-                        R"(No root was provided for creating topology",)"
-                        R"("ranks":[],"groups":[],"records":[],"issues":0,"findings":[],"report":[
+  EXPECT_EQ(
+      Json(),
+      head + R"("status":"failed","message":"Cannot build Fat-Tree topology. )"
+             R"(Failed to fill tree's ranks by the regular expression: )"
+             R"(No root was provided for creating topology",)"
+             R"("ranks":[],"groups":[],"records":[],"issues":0,"findings":[],"repairs":[],"report":[
 "-I- Detecting roots by the regular exp: ^nothing"]}
 )");
 }
@@ -176,7 +177,7 @@ TEST_F(JsonReportTest, OfATreeThatWasNotValidatedHoldsWhatThereWasUntilThen) {
   EXPECT_EQ(Json(), head + R"("status":"failed","message":"Cannot validate Fat-Tree topology. )"
                            R"(Cannot calculate Up/Down links. It is not a Fat-Tree topology",)"
                            R"("ranks":[
-["0x0000000000000001"]],"groups":[],"records":[],"issues":0,"findings":[],"report":[
+["0x0000000000000001"]],"groups":[],"records":[],"issues":0,"findings":[],"repairs":[],"report":[
 "-I- Detecting roots by the regular exp: a",
 "1 level Fat-Tree was discovered: ",
 "\u0009 rank: 0(Roots) #switches: 1"]}
