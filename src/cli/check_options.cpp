@@ -150,6 +150,8 @@ std::optional<std::string> SettleArguments(CheckArguments& arguments) {
   options.wantDump = !arguments.dumpFile.empty();
   options.wantFindings = !arguments.jsonFile.empty() || !arguments.htmlFile.empty() ||
                          !arguments.svgFile.empty() || !arguments.prometheusFile.empty();
+  options.wantMisfits = !arguments.jsonFile.empty() || !arguments.htmlFile.empty() ||
+                        !arguments.prometheusFile.empty();
   return std::nullopt;
 }
 

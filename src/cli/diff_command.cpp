@@ -42,6 +42,7 @@ class DiffCommand {
     }
     const bool written = Write(difference);
     TellFailures();
+    TellDoubts();
     if (!written || !difference.findings) return ExitFailed;
     return difference.IsEmpty() ? ExitClean : ExitFindings;
   }
@@ -51,6 +52,7 @@ class DiffCommand {
   bool TellInputErrors();
   void TellWarnings();
   void TellFailures();
+  void TellDoubts();
   static std::string WhyNot(const CheckResult& result);
   std::string WhyNoFindings() const;
   bool Write(const Difference& difference);
@@ -108,6 +110,13 @@ void DiffCommand::TellFailures() {
     if (result.status == CheckStatus::Done) continue;
     messages_.Tell(WhyNot(result));
     if (!result.advice.empty()) messages_.Tell(result.input + ": " + result.advice);
+  }
+}
+
+void DiffCommand::TellDoubts() {
+  for (const CheckResult& result : results_) {
+    const std::string& doubt = result.roots.doubt;
+    if (!doubt.empty()) messages_.Tell(result.input + ": " + doubt);
   }
 }
 
