@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "check/advice.h"
+#include "check/build_tree.h"
 #include "check/load_input.h"
 #include "fat_tree/status.h"
 #include "repair/find_repairs.h"
@@ -21,6 +22,7 @@ class CheckRun {
  public:
   explicit CheckRun(const CheckOptions& options) : options_(options) {
     result_.input = options.fabric;
+    if (options.roots != RootsFrom::Auto) result_.roots.method = options.roots;
     result_.stream = std::make_unique<std::ostringstream>();
     // Or a text that finds no memory would be left out of the report.
     result_.stream->exceptions(std::ios::badbit);
@@ -60,34 +62,23 @@ bool CheckRun::Load() {
 bool CheckRun::Build() {
   // Checks that other threads do meanwhile read it; all want the same.
   if (FTTopology::Show_GUID != options_.showGuid) FTTopology::Show_GUID = options_.showGuid;
-  result_.topology = std::make_unique<FTTopology>(result_.fabric.get(), result_.stream.get(),
-                                                  options_.mergePercent);
+  BuiltTree tree = BuildTree(*result_.fabric, options_, *result_.stream, records_);
+  result_.topology = std::move(tree.topology);
+  result_.buildOutput = std::move(tree.output);
+  result_.message = std::move(tree.message);
+  result_.roots = std::move(tree.roots);
   FTTopology& topology = *result_.topology;
   if (options_.wantFindings) {
     topology.SetFindingSink(
         [this](Finding&& finding) { result_.findings.push_back(std::move(finding)); });
   }
-  int status = StatusSuccess;
-  switch (options_.roots) {
-    case RootsFrom::Auto:
-      status = topology.Build(records_, result_.message, options_.retries,
-                              options_.equalClassifications);
-      break;
-    case RootsFrom::Smdb:
-      status = topology.Build(records_, result_.message);
-      break;
-    case RootsFrom::Regex:
-      status = topology.Build(records_, result_.message, *options_.rootRegex);
-      break;
-  }
-  result_.buildOutput = TakeText(*result_.stream);
-  if (status != StatusSuccess) {
+  if (!tree.isBuilt) {
     result_.status = CheckStatus::NotBuilt;
     result_.advice = AdviceOnBuilding(topology, options_);
     return false;
   }
   result_.levelsReport = topology.LevelsReport();
-  result_.doubt = AdviceOnTree(topology, options_);
+  result_.roots.doubt = AdviceOnTree(topology, result_.roots.method);
   return true;
 }
 

@@ -17,7 +17,14 @@
 
 namespace fabscope {
 
-enum class RootsFrom { Auto, Smdb, Regex };
+// The switches that are taken for the roots.
+enum class RootsFrom {
+  Auto,      // those of the search, unless the inferred ones fit the cables better
+  Search,    // which leaves agree on by their distances
+  Inferred,  // which all cables together speak for
+  Smdb,      // those of rank 0
+  Regex      // those whose name matches
+};
 
 // One check as the user asked for it. Paths may be "-" for standard input; an empty path means that
 // the file was not given.
@@ -36,6 +43,17 @@ struct CheckOptions {
   bool wantDump = false;
   bool wantFindings = false;
   bool wantRepairs = false;
+  bool wantMisfits = false;
+};
+
+// The roots that a tree was built from, and how far they can be trusted.
+struct RootsUsed {
+  RootsFrom method = RootsFrom::Search;  // how they were found; never Auto
+  // The edit distance from the fabric to a proper tree of these ranks. 0 without a tree; may be 0
+  // when it was not asked for.
+  std::uint64_t misfits = 0;
+  std::string notice;  // the report's first line where Auto has preferred inferred roots, or empty
+  std::string doubt;   // why the tree may be a wrong one; empty if nothing says so
 };
 
 enum class CheckStatus {
@@ -55,7 +73,7 @@ struct CheckResult {
   std::size_t switchesOfSharedName = 0;
   std::string message;  // why building or validating failed
   std::string advice;   // what the user can do when building failed
-  std::string doubt;    // why the tree that was built may be a wrong one; empty if nothing says so
+  RootsUsed roots;
 
   std::string buildOutput;
   std::string levelsReport;

@@ -8,12 +8,13 @@
 namespace fabscope {
 namespace {
 
-bool BuildFromRoots(FTTopology& topology, const TreeRanks& ranks) {
+int BuildFromRoots(FTTopology& topology, const TreeRanks& ranks,
+                   std::vector<FabricErrGeneral*>& records, std::string& message) {
   NodeSet roots;
   for (const IBNode* node : topology.GetFabric().switches) {
     if (ranks.ofNode[node->index] == 0) roots.insert(node);
   }
-  return topology.FillRanksFromRoots(roots) == StatusSuccess;
+  return topology.Build(records, message, roots);
 }
 
 }  // namespace
@@ -23,13 +24,10 @@ CheckedTree CheckTree(const IBFabric& fabric, const TreeRanks& ranks, int mergeP
   tree.stream = std::make_unique<std::ostringstream>();
   tree.topology = std::make_unique<FTTopology>(&fabric, tree.stream.get(), mergePercent);
   FTTopology& topology = *tree.topology;
-  if (!BuildFromRoots(topology, ranks)) {
-    tree.problem = "Cannot build Fat-Tree topology. " + topology.GetErrorText();
-    return tree;
-  }
+  std::vector<FabricErrGeneral*> records;
+  if (BuildFromRoots(topology, ranks, records, tree.problem) != StatusSuccess) return tree;
   topology.SetFindingSink(
       [&tree](Finding&& finding) { tree.findings.push_back(std::move(finding)); });
-  std::vector<FabricErrGeneral*> records;
   if (topology.Validate(records, tree.problem) == StatusSuccess) tree.problem.clear();
   topology.SetFindingSink(nullptr);
   tree.records = records.size();

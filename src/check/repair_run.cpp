@@ -30,6 +30,19 @@ class RepairRun {
   bool CheckAsItIs();
   void Prove();
 
+  // A few wrong cables mislead the search by distances, and they are what is looked for.
+  RootsFrom MethodUsed() const {
+    switch (options_.roots) {
+      case RootsFrom::Smdb:
+      case RootsFrom::Regex:
+        return options_.roots;
+      case RootsFrom::Auto:
+      case RootsFrom::Search:
+      case RootsFrom::Inferred:
+        break;
+    }
+    return RootsFrom::Inferred;
+  }
   bool Fail(std::string message) {
     result_.message = std::move(message);
     return false;
@@ -49,9 +62,7 @@ bool RepairRun::Load() {
 }
 
 bool RepairRun::FindPlan() {
-  if (options_.roots == RootsFrom::Smdb || options_.roots == RootsFrom::Regex) {
-    return FindPlanOfNamedRoots();
-  }
+  if (MethodUsed() != RootsFrom::Inferred) return FindPlanOfNamedRoots();
   result_.proven.plan = FindRepairs(*result_.fabric);
   if (result_.proven.plan.ranks.levels > 0) return true;
   result_.advice = NameTheRoots(*result_.fabric);
@@ -59,7 +70,7 @@ bool RepairRun::FindPlan() {
 }
 
 bool RepairRun::FindPlanOfNamedRoots() {
-  const bool isRegex = options_.roots == RootsFrom::Regex;
+  const bool isRegex = MethodUsed() == RootsFrom::Regex;
   result_.method = isRegex ? "regex" : "smdb";
   std::vector<FabricErrGeneral*> none;
   std::ostringstream stream;
@@ -78,7 +89,7 @@ bool RepairRun::FindPlanOfNamedRoots() {
 bool RepairRun::CheckAsItIs() {
   result_.before = CheckTree(*result_.fabric, result_.proven.plan.ranks, options_.mergePercent);
   if (!result_.before.problem.empty()) return Fail(result_.before.problem);
-  result_.doubt = AdviceOnTree(*result_.before.topology, options_);
+  result_.doubt = AdviceOnTree(*result_.before.topology, MethodUsed());
   return true;
 }
 

@@ -143,6 +143,8 @@ std::optional<std::string> SettleArguments(CheckArguments& arguments) {
   options.wantFindings = !arguments.jsonFile.empty() || !arguments.htmlFile.empty() ||
                          !arguments.svgFile.empty() || !arguments.prometheusFile.empty();
   options.wantRepairs = !arguments.jsonFile.empty() || !arguments.htmlFile.empty();
+  options.wantMisfits = !arguments.jsonFile.empty() || !arguments.htmlFile.empty() ||
+                        !arguments.prometheusFile.empty();
   return std::nullopt;
 }
 

@@ -48,6 +48,7 @@ class DiffCommand {
     if (!arguments_.planFile.empty()) difference.plan = FollowPlan(plan_, *is.fabric);
     const bool written = Write(difference);
     TellFailures();
+    TellDoubts();
     if (!written || !difference.findings) return ExitFailed;
     return difference.IsEmpty() ? ExitClean : ExitFindings;
   }
@@ -58,6 +59,7 @@ class DiffCommand {
   void TellWarnings();
   bool IsPlanForeign();
   void TellFailures();
+  void TellDoubts();
   static std::string WhyNot(const CheckResult& result);
   std::string WhyNoFindings() const;
   bool Write(const Difference& difference);
@@ -123,6 +125,13 @@ void DiffCommand::TellFailures() {
     if (result.status == CheckStatus::Done) continue;
     messages_.Tell(WhyNot(result));
     if (!result.advice.empty()) messages_.Tell(result.input + ": " + result.advice);
+  }
+}
+
+void DiffCommand::TellDoubts() {
+  for (const CheckResult& result : results_) {
+    const std::string& doubt = result.roots.doubt;
+    if (!doubt.empty()) messages_.Tell(result.input + ": " + doubt);
   }
 }
 

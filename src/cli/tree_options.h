@@ -14,6 +14,8 @@ namespace fabscope {
 struct TreeArguments {
   CheckOptions options;
   std::string roots;  // the value of --roots; empty when it was not given
+  // The last one given that only the search looks at, with its value: "--equal 3"; empty if none.
+  std::string searchOption;
 };
 
 inline constexpr const char* ofRoots = "How the roots are found";

@@ -13,6 +13,28 @@
 namespace fabscope {
 namespace {
 
+const char* MethodName(RootsFrom method) {
+  switch (method) {
+    case RootsFrom::Inferred:
+      return "inferred";
+    case RootsFrom::Smdb:
+      return "smdb";
+    case RootsFrom::Regex:
+      return "regex";
+    case RootsFrom::Auto:
+    case RootsFrom::Search:
+      break;
+  }
+  return "search";
+}
+
+void AppendRoots(std::string& json, const RootsUsed& roots) {
+  JsonMembers members(json, '{', '}');
+  members.Text("method", MethodName(roots.method));
+  members.Number("misfits", roots.misfits);
+  members.Text("doubt", roots.doubt);
+}
+
 const char* StatusName(const CheckResult& result) {
   if (result.status != CheckStatus::Done) return "failed";
   return result.HasFindings() ? "findings" : "clean";
@@ -53,6 +75,7 @@ class JsonReport {
     members.Text("input", result_.input);
     members.Text("status", StatusName(result_));
     members.Text("message", result_.inputError ? result_.inputError->Text() : result_.message);
+    AppendRoots(members.Key("roots"), result_.roots);
     WriteRanks(members.Key("ranks"));
     WriteGroups(members.Key("groups"));
     WriteRecords(members.Key("records"));

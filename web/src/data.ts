@@ -100,11 +100,19 @@ export interface RawStep {
   alternatives: RawCable[][]
 }
 
+export interface Roots {
+  method: 'search' | 'inferred' | 'smdb' | 'regex'
+  misfits: number
+  /** Why the tree may be a wrong one; empty if nothing says so. */
+  doubt: string
+}
+
 export interface Result {
   tool: string
   input: string
   status: Status
   message: string
+  roots: Roots
   ranks: string[][]
   groups: RawGroup[]
   records: unknown[]

@@ -21,7 +21,7 @@ _fabscope() {
     return
   fi
   case ${COMP_WORDS[1]}:$previous in
-    check:--roots) _fabscope_words 'auto smdb regex'; return ;;
+    check:--roots) _fabscope_words 'auto search inferred smdb regex'; return ;;
     check:--root-regex) return ;;
     check:--ranks) _fabscope_files; return ;;
     check:--retries) return ;;
@@ -50,7 +50,7 @@ _fabscope() {
     repair:--json) _fabscope_files; return ;;
     repair:--after) _fabscope_files; return ;;
     repair:--verify) _fabscope_files; return ;;
-    diff:--roots) _fabscope_words 'auto smdb regex'; return ;;
+    diff:--roots) _fabscope_words 'auto search inferred smdb regex'; return ;;
     diff:--root-regex) return ;;
     diff:--ranks) _fabscope_files; return ;;
     diff:--retries) return ;;
@@ -78,7 +78,7 @@ _fabscope() {
     convert:--format) _fabscope_words 'document ibnetdiscover ibsim dot graphml slurm'; return ;;
     convert:--special-nodes) return ;;
     convert:--node-name-map) _fabscope_files; return ;;
-    convert:--roots) _fabscope_words 'auto smdb regex'; return ;;
+    convert:--roots) _fabscope_words 'auto search inferred smdb regex'; return ;;
     convert:--root-regex) return ;;
     convert:--ranks) _fabscope_files; return ;;
     convert:--retries) return ;;
