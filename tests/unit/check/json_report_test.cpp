@@ -181,12 +181,14 @@ TEST_F(JsonReportTest, RecordsOrIssuesAloneAreFindings) {
 TEST_F(JsonReportTest, OfATreeThatWasNotBuiltHoldsTheMessage) {
   fabric.Switch("a");
   Check("^nothing");
-  EXPECT_EQ(Json(), head +
-                        R"("status":"failed","message":"Cannot build Fat-Tree topology. )"
-                        R"(Failed to fill tree's ranks by the regular expression: )"
-                        R"(No root was provided for creating topology",)" +
-                        roots +
-                        R"("ranks":[],"groups":[],"records":[],"issues":0,"findings":[],"repairs":[],"report":[
+  EXPECT_EQ(
+      Json(),
+      head +
+          R"("status":"failed","message":"Cannot build Fat-Tree topology. )"
+          R"(Failed to fill tree's ranks by the regular expression: )"
+          R"(No root was provided for creating topology",)" +
+          roots +
+          R"("ranks":[],"groups":[],"records":[],"issues":0,"findings":[],"repairs":[],"report":[
 "-I- Detecting roots by the regular exp: ^nothing"]}
 )");
 }
