@@ -132,11 +132,19 @@ std::string AdviceOnTree(const FTTopology& topology, RootsFrom method) {
   const std::string doubt = isNamed ? std::string() : RankDoubts(topology).Tell();
   if (!doubt.empty()) return doubt + ": if the roots are wrong, " + NameTheRoots(fabric);
 
-  const auto isLeftOut = [&](const IBNode* node) { return topology.GetNodeRank(node) < 0; };
+  // Every plane is a tree of its own, and only that of the roots is checked.
+  const int plane = (*topology.GetRanks().front().begin())->getSuitablePlane();
+  const auto isOfTree = [&](const IBNode* node) {
+    return node->isVortaSwitch() || node->isOnSamePlane(plane);
+  };
+  const auto isLeftOut = [&](const IBNode* node) {
+    return topology.GetNodeRank(node) < 0 && isOfTree(node);
+  };
   const auto first = std::find_if(fabric.switches.begin(), fabric.switches.end(), isLeftOut);
   if (first == fabric.switches.end()) return {};
   const auto count = std::count_if(first, fabric.switches.end(), isLeftOut);
-  return std::to_string(count) + " of " + std::to_string(fabric.switches.size()) +
+  const auto all = std::count_if(fabric.switches.begin(), fabric.switches.end(), isOfTree);
+  return std::to_string(count) + " of " + std::to_string(all) +
          " switches have no rank and were not checked, the first is " + NameOf(fabric, **first);
 }
 

@@ -232,6 +232,18 @@ TEST_F(TreeAdviceTest, SwitchesThatAreNotPartOfTheTreeAreCounted) {
             "3 of 8 switches have no rank and were not checked, the first is alone");
 }
 
+TEST_F(TreeAdviceTest, SwitchesOfOtherPlanesAreNotMissed) {
+  AddTwoLevelTree(fabric, 2, 3, 1);
+  for (const int plane : {1, 2}) {
+    NodeSpec spec;
+    spec.name = "alone" + std::to_string(plane);
+    spec.suitablePlane = plane;
+    fabric.Node(spec);
+  }
+  EXPECT_EQ(Advice({"root0", "root1"}),
+            "1 of 6 switches have no rank and were not checked, the first is alone1");
+}
+
 TEST_F(TreeAdviceTest, ATreeWithoutRanksIsLeftToTheStage) {
   AddTwoLevelTree(fabric, 2, 3, 1);
   EXPECT_EQ(AdviceOnTree(Topology(), RootsFrom::Search), "");
