@@ -17,6 +17,7 @@
 
 #include <algorithm>
 #include <bitset>
+#include <set>
 #include <tuple>
 #include <unordered_map>
 #include <utility>
@@ -47,6 +48,7 @@ class ChangeFinder {
     TakeSeats();
     Match();
     PlugIn();
+    if (!changes_.uncertain.empty()) LeaveOutUncertain();
     return std::move(changes_);
   }
 
@@ -68,6 +70,8 @@ class ChangeFinder {
   // How well the end of an extra that stays suits a lack: 0 not at all.
   int Suitability(std::uint32_t cable, const Lack& lack) const;
   void PlugIn();
+  void LeaveOutUncertain();
+  std::vector<std::pair<int, int>> GroupsOf(const CableTarget& target) const;
   void LookAtPorts(std::uint32_t number);
   std::uint8_t TakeSeatPort(std::uint32_t number, std::uint32_t far);
   // One that another cable leaves, else the lowest free one; 0 if there is none.
@@ -80,6 +84,7 @@ class ChangeFinder {
   Changes changes_;
   std::vector<std::pair<std::uint32_t, RepairReason>> extras_;
   std::unordered_map<std::uint32_t, std::size_t> extraPlace_;
+  std::set<std::uint32_t> forSeats_;
   std::vector<Lack> lacks_;
   std::vector<std::size_t> lackOfExtra_;
   std::vector<std::size_t> extraOfLack_;
@@ -168,6 +173,7 @@ void ChangeFinder::TakeSeat(const Lack& lack) {
     if (!groups_.IsInsideGroup(cable) || seats_.Fit(holder, near) >= 0) continue;
     if (groups_.UpperOf(cable) != (end == LineSide ? cable.Other(near) : near)) continue;
     AddExtra(holder, RepairReason::WrongSpine);
+    forSeats_.insert(holder);
     lacks_.push_back({groups_.UpperOf(cable), groups_.LowerOf(cable), RepairReason::WrongSpine});
   }
 }
@@ -266,7 +272,10 @@ void ChangeFinder::LookAtPorts(std::uint32_t number) {
   const auto [entry, isNew] = inUse_.try_emplace(number);
   if (!isNew) return;
   for (const IBPort* port : GetTreePorts(groups_.graph.NodeOf(number))) {
-    if (port != nullptr && port->remotePort != nullptr) entry->second.set(port->num);
+    if (port == nullptr) continue;
+    // At the last two kinds a cable would not count.
+    const bool isSpoiled = port->fnm || port->fnm1 || !port->symmetric;
+    if (port->remotePort != nullptr || isSpoiled) entry->second.set(port->num);
   }
 }
 
@@ -319,7 +328,7 @@ void ChangeFinder::PlugIn() {
   };
   for (std::size_t i = 0; i < extras_.size(); ++i) {
     const auto& [number, reason] = extras_[i];
-    targets.push_back({number, {}, {}, reason});
+    targets.push_back({number, {}, {}, reason, forSeats_.contains(number)});
     if (lackOfExtra_[i] == nobody) continue;
     const SwitchGraph::Cable& cable = Cable(number);
     const Lack& lack = lacks_[lackOfExtra_[i]];
@@ -334,7 +343,7 @@ void ChangeFinder::PlugIn() {
   }
   for (std::size_t i = 0; i < lacks_.size(); ++i) {
     if (extraOfLack_[i] != nobody) continue;
-    targets.push_back({SwitchGraph::none, {}, {}, RepairReason::LinkLacking});
+    targets.push_back({SwitchGraph::none, {}, {}, RepairReason::LinkLacking, false});
     add(lacks_[i], targets.size() - 1, true);
     add(lacks_[i], targets.size() - 1, false);
   }
@@ -351,13 +360,57 @@ void ChangeFinder::PlugIn() {
   for (const Plug& plug : plugs) {
     CableTarget& target = targets[plug.target];
     if (target.upper.has_value() == target.lower.has_value()) continue;
-    changes_.withoutPort.emplace_back(plug.isUpper ? plug.number : plug.far,
-                                      plug.isUpper ? plug.far : plug.number);
+    const std::uint32_t spine = plug.isUpper ? plug.number : plug.far;
+    changes_.uncertain.emplace(groups_.ranks[spine], groups_.GroupBelow(spine));
     target.upper = target.lower = std::nullopt;
   }
   std::erase_if(targets, [](const CableTarget& target) {
     return target.cable == SwitchGraph::none && !target.upper;
   });
+}
+
+// The groups that a change takes part in.
+std::vector<std::pair<int, int>> ChangeFinder::GroupsOf(const CableTarget& target) const {
+  std::vector<std::pair<int, int>> found;
+  const auto add = [&](std::uint32_t upper, std::uint32_t lower) {
+    if (groups_.ranks[lower] - groups_.ranks[upper] != 1) return;
+    found.emplace_back(groups_.ranks[upper], groups_.GroupBelow(upper));
+    found.emplace_back(groups_.ranks[upper], groups_.GroupAbove(lower));
+  };
+  if (target.cable != SwitchGraph::none) {
+    add(groups_.UpperOf(Cable(target.cable)), groups_.LowerOf(Cable(target.cable)));
+  }
+  if (target.upper) add(target.upper->number, target.lower->number);
+  return found;
+}
+
+// What touches an uncertain group is left out, and makes the other groups that it touches uncertain;
+// so does what needs a port that would have become free by that.
+void ChangeFinder::LeaveOutUncertain() {
+  std::set<std::pair<std::uint32_t, std::uint8_t>> stillUsed;
+  bool isChanged = true;
+  while (isChanged) {
+    isChanged = false;
+    std::erase_if(changes_.targets, [&](const CableTarget& target) {
+      const auto groups = GroupsOf(target);
+      const auto isUsed = [&](const std::optional<CableTarget::End>& end) {
+        return end && stillUsed.contains({end->number, end->port});
+      };
+      const bool isOut = isUsed(target.upper) || isUsed(target.lower) ||
+                         std::any_of(groups.begin(), groups.end(), [&](const auto& group) {
+                           return changes_.uncertain.contains(group);
+                         });
+      if (!isOut) return false;
+      changes_.uncertain.insert(groups.begin(), groups.end());
+      if (target.cable != SwitchGraph::none) {
+        const SwitchGraph::Cable& cable = Cable(target.cable);
+        stillUsed.insert({cable.a, cable.portA});
+        stillUsed.insert({cable.b, cable.portB});
+      }
+      isChanged = true;
+      return true;
+    });
+  }
 }
 
 }  // namespace

@@ -2,6 +2,8 @@
 
 #include <cstdint>
 #include <optional>
+#include <set>
+#include <utility>
 #include <vector>
 
 #include "repair/repair_plan.h"
@@ -20,6 +22,7 @@ struct CableTarget {
   std::optional<End> upper;  // both are set, or none of them
   std::optional<End> lower;
   RepairReason reason{};
+  bool isForSeat = false;  // it joins the right switches, at a port that another cable should have
 };
 
 // What becomes of the cables that do not fit the groups, and which new ones there must be.
@@ -27,8 +30,9 @@ struct Changes {
   std::vector<CableTarget> targets;
   std::uint64_t extras = 0;  // cables that must go
   std::uint64_t lacks = 0;   // cables that lack
-  // Links that lack, but no port is free for them.
-  std::vector<std::pair<std::uint32_t, std::uint32_t>> withoutPort;
+  // Groups that cannot be made whole, by the rank of their spines: a link lacks, and no port is free
+  // for it. What would change them is left out.
+  std::set<std::pair<int, int>> uncertain;
 };
 
 Changes FindChanges(const TreeGroups& groups);

@@ -1,7 +1,10 @@
 #include "repair/evidence.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <map>
+#include <string>
+#include <utility>
 
 namespace fabscope {
 namespace {
@@ -58,7 +61,9 @@ int Evidence::ScoreOf(std::uint32_t number, Side side, int group, int own) const
     if (groups_.ranks[far] != farRank) continue;
     const int farGroup = side == LineSide ? groups_.GroupBelow(far) : groups_.GroupAbove(far);
     if (farGroup != group) continue;
-    score += seats_.Fit(i, number) + seats_.Fit(i, far);
+    score += seats_.Fit(i, number);
+    // What its own cables in its own group say would only confirm that group.
+    if (seats_.IsToldBySiblings(upper, OtherSide(side))) score += seats_.Fit(i, far);
   }
   const OfSide& facts = sides_[rank][side];
   if (facts.areUnique) {
@@ -107,32 +112,107 @@ Margin Evidence::MarginOf(std::uint32_t number, Side side) const {
   return margin;
 }
 
+std::size_t Evidence::NameLikeness(std::uint32_t number, Side side, int group) const {
+  constexpr std::size_t enough = 8;
+  const auto rank = static_cast<std::size_t>(groups_.ranks[number] - (side == LineSide ? 1 : 0));
+  const RankPair& pair = groups_.pairs[rank];
+  const auto& switches = side == SpineSide ? pair.Spines() : pair.Lines();
+  const std::vector<int>& groupOf = groups_.groupings[rank].groupOf[side];
+  const std::string& name = groups_.graph.NodeOf(number).name;
+  std::vector<std::size_t> shared;
+  for (std::size_t i = 0; i < switches.size() && shared.size() < enough; ++i) {
+    if (groupOf[i] != group || switches[i] == number) continue;
+    const std::string& other = groups_.graph.NodeOf(switches[i]).name;
+    const auto [end, otherEnd] =
+        std::mismatch(name.begin(), name.end(), other.begin(), other.end());
+    shared.push_back(static_cast<std::size_t>(end - name.begin()));
+  }
+  if (shared.empty()) return 0;
+  const auto middle = shared.begin() + static_cast<std::ptrdiff_t>(shared.size() / 2);
+  std::nth_element(shared.begin(), middle, shared.end());
+  return *middle;
+}
+
+namespace {
+
+class TieBreaker {
+ public:
+  explicit TieBreaker(TreeGroups& groups) : groups_(groups), evidence_(groups) {}
+
+  // Whether anything was moved.
+  bool Run() {
+    for (rank_ = 0; rank_ < groups_.pairs.size(); ++rank_) {
+      if (groups_.groupings[rank_].cost == 0) continue;
+      for (const Side side : {SpineSide, LineSide}) {
+        MoveSingle(side);
+        Exchange(side);
+      }
+    }
+    return isMoved_;
+  }
+
+ private:
+  const std::vector<std::uint32_t>& Switches(Side side) const {
+    const RankPair& pair = groups_.pairs[rank_];
+    return side == SpineSide ? pair.Spines() : pair.Lines();
+  }
+  // Answers whether it was done: it makes nothing dearer.
+  bool Move(Side side, const std::vector<std::pair<std::uint32_t, int>>& moves) {
+    Grouping trial = groups_.groupings[rank_];
+    for (const auto& [i, group] : moves) trial.groupOf[side][i] = group;
+    Recount(groups_.pairs[rank_], trial);
+    if (trial.cost > groups_.groupings[rank_].cost) return false;
+    groups_.groupings[rank_] = std::move(trial);
+    isMoved_ = true;
+    return true;
+  }
+  void MoveSingle(Side side) {
+    const std::vector<std::uint32_t>& switches = Switches(side);
+    for (std::uint32_t i = 0; i < switches.size(); ++i) {
+      const Margin margin = evidence_.MarginOf(switches[i], side);
+      if (margin.cost <= 0 && margin.evidence < 0) Move(side, {{i, margin.group}});
+    }
+  }
+  // Two that could each be in the other's group change places where their names say so.
+  void Exchange(Side side) {
+    const std::vector<std::uint32_t>& switches = Switches(side);
+    const std::vector<int>& groupOf = groups_.groupings[rank_].groupOf[side];
+    std::map<std::pair<int, int>, std::vector<std::uint32_t>> tied;  // from, to
+    for (std::uint32_t i = 0; i < switches.size(); ++i) {
+      const Margin margin = evidence_.MarginOf(switches[i], side);
+      if (margin.cost <= 0 && margin.evidence <= noEvidence) {
+        tied[{groupOf[i], margin.group}].push_back(i);
+      }
+    }
+    const auto wins = [&](std::uint32_t i, int from, int to) {
+      return static_cast<std::ptrdiff_t>(evidence_.NameLikeness(switches[i], side, to)) -
+             static_cast<std::ptrdiff_t>(evidence_.NameLikeness(switches[i], side, from));
+    };
+    for (const auto& [way, members] : tied) {
+      const auto back = tied.find({way.second, way.first});
+      if (way.first > way.second || back == tied.end()) continue;
+      const std::size_t count = std::min(members.size(), back->second.size());
+      for (std::size_t i = 0; i < count; ++i) {
+        const std::uint32_t one = members[i];
+        const std::uint32_t other = back->second[i];
+        if (wins(one, way.first, way.second) + wins(other, way.second, way.first) <= 0) continue;
+        Move(side, {{one, way.second}, {other, way.first}});
+      }
+    }
+  }
+
+  TreeGroups& groups_;
+  Evidence evidence_;
+  std::size_t rank_ = 0;
+  bool isMoved_ = false;
+};
+
+}  // namespace
+
 void DecideTies(TreeGroups& groups) {
   constexpr int rounds = 3;
   for (int round = 0; round < rounds; ++round) {
-    bool isMoved = false;
-    const Evidence evidence(groups);
-    for (std::size_t rank = 0; rank < groups.pairs.size(); ++rank) {
-      if (groups.groupings[rank].cost == 0) continue;
-      for (const Side side : {SpineSide, LineSide}) {
-        const auto& switches =
-            side == SpineSide ? groups.pairs[rank].Spines() : groups.pairs[rank].Lines();
-        std::vector<std::pair<std::uint32_t, int>> moves;
-        for (std::uint32_t i = 0; i < switches.size(); ++i) {
-          const Margin margin = evidence.MarginOf(switches[i], side);
-          if (margin.cost <= 0 && margin.evidence < 0) moves.emplace_back(i, margin.group);
-        }
-        for (const auto& [i, group] : moves) {
-          Grouping trial = groups.groupings[rank];
-          trial.groupOf[side][i] = group;
-          Recount(groups.pairs[rank], trial);
-          if (trial.cost > groups.groupings[rank].cost) continue;
-          groups.groupings[rank] = std::move(trial);
-          isMoved = true;
-        }
-      }
-    }
-    if (!isMoved) break;
+    if (!TieBreaker(groups).Run()) break;
   }
 }
 

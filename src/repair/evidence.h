@@ -10,6 +10,9 @@
 
 namespace fabscope {
 
+// So much evidence is as good as none: sizes of groups say it.
+constexpr int noEvidence = 1;
+
 // How clearly a switch belongs to its group and to no other.
 struct Margin {
   static constexpr int plenty = 1000;  // there is no other group
@@ -25,8 +28,10 @@ class Evidence {
  public:
   explicit Evidence(const TreeGroups& groups);
 
-  // Of a switch as a spine, or as a line.
+  // Of a switch as a spine, or as a line. Names do not count.
   Margin MarginOf(std::uint32_t number, Side side) const;
+  // How much the name of a switch is like those of a group: for ties that nothing else decides.
+  std::size_t NameLikeness(std::uint32_t number, Side side, int group) const;
 
  private:
   struct OfSide {
@@ -43,7 +48,8 @@ class Evidence {
   std::vector<std::array<OfSide, 2>> sides_;  // by upper rank
 };
 
-// Moves switches whose groups cost the same to the group for which more speaks.
+// Moves switches whose groups cost the same to the group for which more speaks; where nothing does,
+// to the one with names like theirs.
 void DecideTies(TreeGroups& groups);
 
 }  // namespace fabscope

@@ -6,11 +6,32 @@
 #include "repair/changes.h"
 #include "repair/evidence.h"
 #include "repair/inferred_ranks.h"
+#include "repair/notes.h"
 #include "repair/steps.h"
 #include "repair/switch_graph.h"
 #include "repair/tree_groups.h"
+#include "repair/trust.h"
 
 namespace fabscope {
+namespace {
+
+// Of so few changes any share of a fabric may be.
+constexpr std::uint64_t few = 16;
+
+// A step takes away at most two cables and brings at most two. What is done for seats alone could be
+// left out.
+std::size_t BoundOf(const Changes& changes) {
+  std::size_t extras = 0;
+  std::size_t lacks = 0;
+  for (const CableTarget& target : changes.targets) {
+    if (target.isForSeat) continue;
+    extras += target.cable != SwitchGraph::none ? 1 : 0;
+    lacks += target.upper ? 1 : 0;
+  }
+  return std::max<std::size_t>(1, (std::max(extras, lacks) + 1) / 2);
+}
+
+}  // namespace
 
 RepairPlan FindRepairs(const IBFabric& fabric) { return FindRepairs(fabric, InferRanks(fabric)); }
 
@@ -26,12 +47,25 @@ RepairPlan FindRepairs(const IBFabric& fabric, TreeRanks ranks) {
   DecideTies(groups);
   const Changes changes = FindChanges(groups);
   plan.misfits = changes.extras + changes.lacks;
-  plan.lowerBound = static_cast<std::size_t>((std::max(changes.extras, changes.lacks) + 1) / 2);
-  for (PlannedStep& step : OrderSteps(groups, changes)) {
-    step.step.trust = RepairClass::Sure;
-    plan.steps.push_back(std::move(step.step));
+  plan.notes = FindNotes(groups, changes);
+  if (plan.misfits == 0) return plan;
+  const auto abstain = [&](const char* why) {
+    plan.status = RepairStatus::Abstained;
+    plan.message = why;
+    return plan;
+  };
+  if (changes.extras > few && 4 * changes.extras > graph.Cables().size()) {
+    return abstain("more than a quarter of the cables between switches do not fit the tree");
   }
-  if (!plan.steps.empty()) plan.status = RepairStatus::Repairs;
+  if (changes.lacks > few && 2 * changes.lacks > graph.Cables().size()) {
+    return abstain("more than a third of the cables that the tree should have are not there");
+  }
+  std::vector<PlannedStep> steps = OrderSteps(groups, changes);
+  if (steps.empty()) return abstain("links lack, but no port is free for them");
+  JudgeSteps(fabric, groups, changes, steps);
+  for (PlannedStep& step : steps) plan.steps.push_back(std::move(step.step));
+  plan.status = RepairStatus::Repairs;
+  plan.lowerBound = BoundOf(changes);
   return plan;
 }
 

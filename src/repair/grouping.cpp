@@ -218,8 +218,8 @@ void Grouper::CountSizes() {
   }
 }
 
-// The median over all pairs of a spine and a line; the most frequent of all groups where a group is
-// too small to say.
+// The median over all pairs of a spine and a line; what is most frequent in all groups where a group
+// does not agree with itself.
 void Grouper::FindMultiplicities() {
   std::vector<std::map<std::uint32_t, std::uint64_t>> counts(result_.Count());
   std::map<std::uint32_t, std::uint64_t> all;
@@ -237,7 +237,6 @@ void Grouper::FindMultiplicities() {
   for (const auto& [count, times] : all) {
     if (times > most) most = times, usual = count;
   }
-  constexpr std::uint64_t few = 12;
   for (std::size_t group = 0; group < result_.Count(); ++group) {
     const std::uint64_t pairs =
         std::uint64_t{result_.size[SpineSide][group]} * result_.size[LineSide][group];
@@ -252,9 +251,7 @@ void Grouper::FindMultiplicities() {
     }
     median = std::max(median, 1U);
     const std::uint64_t ofMedian = counts[group].contains(median) ? counts[group][median] : 0;
-    if (median != usual && (pairs < few || 3 * ofMedian < 2 * pairs) && counts[group][usual] != 0) {
-      median = usual;
-    }
+    if (3 * ofMedian < 2 * pairs) median = usual;
     result_.multiplicity[group] = median;
   }
 }

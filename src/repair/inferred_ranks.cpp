@@ -430,7 +430,11 @@ void HeightFinder::JoinTwins() {
   const Heights before = heights_;
   for (const auto& [i, height] : moves) heights_[i] = height;
   Settle();
-  if (PriceOf(before) < PriceOf(heights_)) heights_ = before;
+  const Price was = PriceOf(before);
+  const Price is = PriceOf(heights_);
+  const int topBefore = *std::max_element(before.begin(), before.end());
+  const bool isWorse = Top() < topBefore ? was < is : was.WithEmptyLeaves() < is.WithEmptyLeaves();
+  if (isWorse) heights_ = before;
 }
 
 Price HeightFinder::PriceOf(const Heights& heights, Misfits* misfits) const {

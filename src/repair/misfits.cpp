@@ -46,8 +46,7 @@ Misfits FindMisfits(const SwitchGraph& graph, const std::vector<int>& ranks) {
   for (const SwitchGraph::Cable& cable : graph.Cables()) {
     const int a = ranks[cable.a];
     const int b = ranks[cable.b];
-    if (a == TreeRanks::none && b == TreeRanks::none) continue;
-    if (a != TreeRanks::none && b != TreeRanks::none && std::abs(a - b) == 1) continue;
+    if (a == TreeRanks::none || b == TreeRanks::none || std::abs(a - b) == 1) continue;
     ++misfits.ofSwitch[cable.a];
     ++misfits.ofSwitch[cable.b];
   }

@@ -27,14 +27,19 @@ class Seats {
           std::uint32_t except) const;
   // The ports that a cable between the two should have at `near`, the likeliest first.
   std::vector<std::uint8_t> Expected(std::uint32_t nearEnd, std::uint32_t farEnd) const;
-  // Whether nearly all cables of that pair of ranks follow the scheme at that end.
+  // Whether the port at one end is told by the siblings of the switch at the other, not by that
+  // switch's own cables.
+  bool IsToldBySiblings(int upperRank, Side end) const {
+    return best_[static_cast<std::size_t>(upperRank)][end] == OfSiblings;
+  }
+  // Whether most cables of that pair of ranks follow the scheme at that end.
   bool IsStrong(int upperRank, Side end) const {
     return strength_[static_cast<std::size_t>(upperRank)][end] >= strong;
   }
 
  private:
-  static constexpr double usable = 0.75;
-  static constexpr double strong = 0.9;
+  static constexpr double usable = 0.6;
+  static constexpr double strong = 0.7;
   enum Table : std::size_t { Own = 0, OfSiblings = 1 };
   struct Count {
     std::uint8_t port = 0;

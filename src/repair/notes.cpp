@@ -1,0 +1,156 @@
+// A switch that is dead leaves a smaller tree without fault: nothing lacks in it but a port that all
+// switches around the gap have empty and all others of their kind use. That is what is looked for
+// where a group is smaller than most.
+
+#include "repair/notes.h"
+
+#include <algorithm>
+#include <array>
+#include <bitset>
+#include <cstddef>
+#include <map>
+
+#include "fabric/fabric_walk.h"
+
+namespace fabscope {
+namespace {
+
+using Ports = std::bitset<256>;
+
+class NoteFinder {
+ public:
+  NoteFinder(const TreeGroups& groups, const Changes& changes)
+      : groups_(groups), changes_(changes) {}
+
+  std::vector<RepairNote> Find() {
+    NoteLoops();
+    NoteStrangers();
+    NoteHostsOnSpines();
+    for (std::size_t rank = 0; rank < groups_.pairs.size(); ++rank) {
+      NoteGaps(rank, SpineSide);
+      NoteGaps(rank, LineSide);
+    }
+    NoteUncertain();
+    return std::move(notes_);
+  }
+
+ private:
+  std::uint32_t IndexOf(std::uint32_t number) const { return groups_.graph.NodeOf(number).index; }
+  void NoteLoops();
+  void NoteStrangers();
+  void NoteHostsOnSpines();
+  void NoteGaps(std::size_t rank, Side missing);
+  void NoteUncertain();
+
+  const TreeGroups& groups_;
+  const Changes& changes_;
+  std::vector<RepairNote> notes_;
+};
+
+void NoteFinder::NoteLoops() {
+  for (const SwitchGraph::Cable& loop : groups_.graph.Loops()) {
+    const auto [low, high] = std::minmax(loop.portA, loop.portB);
+    notes_.push_back(
+        {RepairNote::Kind::SelfLoop, groups_.ranks[loop.a], {IndexOf(loop.a)}, {low, high}});
+  }
+}
+
+void NoteFinder::NoteStrangers() {
+  RepairNote note{RepairNote::Kind::SwitchWithoutTree, -1, {}, {}};
+  for (std::uint32_t i = 0; i < groups_.graph.Count(); ++i) {
+    if (groups_.ranks[i] != TreeRanks::none || groups_.graph.CablesOf(i).empty()) continue;
+    note.switches.push_back(IndexOf(i));
+  }
+  if (!note.switches.empty()) notes_.push_back(std::move(note));
+}
+
+void NoteFinder::NoteHostsOnSpines() {
+  std::map<int, std::vector<std::uint32_t>> byRank;
+  for (std::uint32_t i = 0; i < groups_.graph.Count(); ++i) {
+    const int rank = groups_.ranks[i];
+    if (rank < 0 || rank >= groups_.LastRank() || groups_.graph.Hosts(i) == 0) continue;
+    byRank[rank].push_back(IndexOf(i));
+  }
+  for (auto& [rank, switches] : byRank) {
+    notes_.push_back({RepairNote::Kind::HostsOnSpines, rank, std::move(switches), {}});
+  }
+}
+
+// `missing`: the side of which a group has fewer than most groups of the pair.
+void NoteFinder::NoteGaps(std::size_t rank, Side missing) {
+  const Grouping& grouping = groups_.groupings[rank];
+  const Side around = OtherSide(missing);
+  const RankPair& pair = groups_.pairs[rank];
+  std::map<std::uint32_t, std::size_t> sizes;
+  for (const std::uint32_t size : grouping.size[missing]) ++sizes[size];
+  std::uint32_t usual = 0;
+  std::size_t most = 0;
+  for (const auto& [size, times] : sizes) {
+    if (times >= most) most = times, usual = size;
+  }
+  if (most < 2 || 2 * most < grouping.Count()) return;
+  const auto& switches = around == SpineSide ? pair.Spines() : pair.Lines();
+  std::vector<std::vector<std::uint32_t>> members(grouping.Count());
+  for (std::size_t i = 0; i < switches.size(); ++i) {
+    const int group = grouping.groupOf[around][i];
+    if (group != Grouping::none) members[static_cast<std::size_t>(group)].push_back(switches[i]);
+  }
+  // Which ports lead across the pair in groups of the usual size, and on how many switches.
+  std::array<std::size_t, 256> uses{};
+  std::size_t asked = 0;
+  const int farRank = static_cast<int>(rank) + (missing == SpineSide ? 0 : 1);
+  for (std::size_t group = 0; group < members.size(); ++group) {
+    if (grouping.size[missing][group] != usual) continue;
+    for (const std::uint32_t number : members[group]) {
+      ++asked;
+      for (const std::uint32_t i : groups_.graph.CablesOf(number)) {
+        const SwitchGraph::Cable& cable = groups_.graph.Cables()[i];
+        if (groups_.ranks[cable.Other(number)] == farRank) ++uses[cable.PortAt(number)];
+      }
+    }
+  }
+  for (std::size_t group = 0; group < members.size(); ++group) {
+    if (grouping.size[missing][group] >= usual || members[group].empty()) continue;
+    Ports empty;
+    empty.set();
+    for (const std::uint32_t number : members[group]) {
+      const IBNode& node = groups_.graph.NodeOf(number);
+      for (const IBPort* port : GetTreePorts(node)) {
+        if (port != nullptr && port->remotePort != nullptr) empty.reset(port->num);
+      }
+      for (std::size_t port = node.numPorts + std::size_t{1}; port < empty.size(); ++port) {
+        empty.reset(port);
+      }
+    }
+    RepairNote note{RepairNote::Kind::DeadSwitch, farRank, {}, {}};
+    for (std::size_t port = 1; port < uses.size(); ++port) {
+      if (empty.test(port) && 5 * uses[port] >= 4 * asked && asked > 0) {
+        note.ports.push_back(static_cast<std::uint8_t>(port));
+      }
+    }
+    if (note.ports.empty()) continue;
+    for (const std::uint32_t number : members[group]) note.switches.push_back(IndexOf(number));
+    notes_.push_back(std::move(note));
+  }
+}
+
+void NoteFinder::NoteUncertain() {
+  for (const auto& [rank, group] : changes_.uncertain) {
+    if (group == Grouping::none) continue;
+    RepairNote note{RepairNote::Kind::UncertainGroup, rank, {}, {}};
+    for (std::uint32_t i = 0; i < groups_.graph.Count(); ++i) {
+      const bool isSpine = groups_.ranks[i] == rank && groups_.GroupBelow(i) == group;
+      const bool isLine = groups_.ranks[i] == rank + 1 && groups_.GroupAbove(i) == group;
+      if (isSpine || isLine) note.switches.push_back(IndexOf(i));
+    }
+    notes_.push_back(std::move(note));
+  }
+}
+
+}  // namespace
+
+std::vector<RepairNote> FindNotes(const TreeGroups& groups, const Changes& changes) {
+  return NoteFinder(groups, changes).Find();
+}
+
+}  // namespace fabscope

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <vector>
+
+#include "repair/changes.h"
+
+namespace fabscope {
+
+// What a person should know besides the steps.
+std::vector<RepairNote> FindNotes(const TreeGroups& groups, const Changes& changes);
+
+}  // namespace fabscope
