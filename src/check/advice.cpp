@@ -133,9 +133,10 @@ std::string AdviceOnTree(const FTTopology& topology, RootsFrom method) {
   if (!doubt.empty()) return doubt + ": if the roots are wrong, " + NameTheRoots(fabric);
 
   // Every plane is a tree of its own, and only that of the roots is checked.
-  const int plane = (*topology.GetRanks().front().begin())->getSuitablePlane();
+  const NodeSet& roots = topology.GetRanks().front();
   const auto isOfTree = [&](const IBNode* node) {
-    return node->isVortaSwitch() || node->isOnSamePlane(plane);
+    return roots.empty() || node->isVortaSwitch() ||
+           node->isOnSamePlane((*roots.begin())->getSuitablePlane());
   };
   const auto isLeftOut = [&](const IBNode* node) {
     return topology.GetNodeRank(node) < 0 && isOfTree(node);

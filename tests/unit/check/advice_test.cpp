@@ -244,6 +244,13 @@ TEST_F(TreeAdviceTest, SwitchesOfOtherPlanesAreNotMissed) {
             "1 of 6 switches have no rank and were not checked, the first is alone1");
 }
 
+TEST_F(TreeAdviceTest, WithoutRootsSwitchesOfAnyPlaneAreMissed) {
+  AddTwoLevelTree(fabric, 2, 3, 1);
+  TestPeer::SetRanks(Topology(), {{}, Nodes({"leaf0", "leaf1", "leaf2"})});
+  EXPECT_EQ(AdviceOnTree(Topology(), RootsFrom::Regex),
+            "2 of 5 switches have no rank and were not checked, the first is root0");
+}
+
 TEST_F(TreeAdviceTest, ATreeWithoutRanksIsLeftToTheStage) {
   AddTwoLevelTree(fabric, 2, 3, 1);
   EXPECT_EQ(AdviceOnTree(Topology(), RootsFrom::Search), "");
