@@ -21,7 +21,8 @@ std::optional<RootsFrom> MethodOf(std::string_view name) {
 }
 
 constexpr std::array<CommandOption<TreeArguments>, 8> table{{
-    {{"--roots", "auto|search|inferred|smdb|regex", ofRoots, "by themselves, or as one of the next two says",
+    {{"--roots", "auto|search|inferred|smdb|regex", ofRoots,
+      "by themselves, or as one of the next two says",
       "search finds the roots by the distances between the leaves; inferred tells them from all "
       "cables at once, which a few wrong ones cannot mislead. auto takes those of search, unless "
       "it finds none or the inferred ones leave fewer misfits: cables to remove plus cables "
