@@ -391,7 +391,8 @@ void ChangeFinder::LeaveOutUncertain() {
   bool isChanged = true;
   while (isChanged) {
     isChanged = false;
-    std::erase_if(changes_.targets, [&](const CableTarget& target) {
+    std::vector<CableTarget> kept;
+    for (CableTarget& target : changes_.targets) {
       const auto groups = GroupsOf(target);
       const auto isUsed = [&](const std::optional<CableTarget::End>& end) {
         return end && stillUsed.contains({end->number, end->port});
@@ -400,16 +401,24 @@ void ChangeFinder::LeaveOutUncertain() {
                          std::any_of(groups.begin(), groups.end(), [&](const auto& group) {
                            return changes_.uncertain.contains(group);
                          });
-      if (!isOut) return false;
-      changes_.uncertain.insert(groups.begin(), groups.end());
-      if (target.cable != SwitchGraph::none) {
-        const SwitchGraph::Cable& cable = Cable(target.cable);
-        stillUsed.insert({cable.a, cable.portA});
-        stillUsed.insert({cable.b, cable.portB});
+      if (!isOut) {
+        kept.push_back(target);
+        continue;
       }
       isChanged = true;
-      return true;
-    });
+      changes_.uncertain.insert(groups.begin(), groups.end());
+      if (target.cable == SwitchGraph::none) continue;
+      const SwitchGraph::Cable& cable = Cable(target.cable);
+      if (groups_.JoinsNeighbors(cable)) {
+        stillUsed.insert({cable.a, cable.portA});
+        stillUsed.insert({cable.b, cable.portB});
+        continue;
+      }
+      // What is wrong in any tree goes all the same.
+      target.upper = target.lower = std::nullopt;
+      kept.push_back(target);
+    }
+    changes_.targets = std::move(kept);
   }
 }
 

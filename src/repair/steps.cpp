@@ -64,6 +64,7 @@ class StepMaker {
   RepairCable CableOf(const Ends& ends) const;
   void FindPositions();
   void FindCircles();
+  void BeginAside(std::vector<std::size_t>& circle) const;
   void AddCircle(const std::vector<std::size_t>& circle);
   void AddSingle(std::size_t i);
   void FindDependencies();
@@ -131,8 +132,23 @@ void StepMaker::FindCircles() {
     for (std::size_t other = next(i); other != i && other != nobody; other = next(other)) {
       circle.push_back(other);
     }
-    if (circle.size() > 1) AddCircle(circle);
+    if (circle.size() < 2) continue;
+    BeginAside(circle);
+    AddCircle(circle);
   }
+}
+
+// Turns a circle so that it begins at a switch that no other cable of it leaves, where there is one:
+// the cable that goes round would only change ports there.
+void StepMaker::BeginAside(std::vector<std::size_t>& circle) const {
+  const auto isAlone = [&](std::size_t one) {
+    const std::uint32_t number = leaves_[one].front().number;
+    return std::count_if(circle.begin(), circle.end(), [&](std::size_t other) {
+             return leaves_[other].front().number == number;
+           }) == 1;
+  };
+  const auto first = std::find_if(circle.begin(), circle.end(), isAlone);
+  if (first != circle.end()) std::rotate(circle.begin(), first, circle.end());
 }
 
 // The cable of circle[0] goes to where that of circle[1] leaves, and so on; the last to where the

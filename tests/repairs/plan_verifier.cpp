@@ -109,6 +109,7 @@ class Verifier {
   void CheckReason(const Step& step, const std::string& name);
   void CheckAlternatives(std::size_t index, const Cabling& before);
   void CheckTrust();
+  bool IsThereAfterwards(const Link& link) const;
   void CheckWholePlan();
   void CheckOnlyQuestion();
   void CheckPaths();
@@ -260,7 +261,8 @@ void Verifier::CheckTrust() {
         const Pair pair = PairOf(*change.before);
         Require(!strays.contains(pair), StepText(i) + " leaves a cable beside the one it takes");
       }
-      if (!change.after) continue;
+      // A cable that goes round by several swaps is for a while where nobody wants it.
+      if (!change.after || !IsThereAfterwards(*change.after)) continue;
       const bool isProper = std::any_of(groups.begin(), groups.end(), [&](const Group& group) {
         return group.isProper && group.spines.contains(change.after->upper.guid) &&
                group.lines.contains(change.after->lower.guid);
@@ -273,6 +275,11 @@ void Verifier::CheckTrust() {
   }
   CheckWholePlan();
   CheckOnlyQuestion();
+}
+
+bool Verifier::IsThereAfterwards(const Link& link) const {
+  const auto found = after_.Cables().find(link.upper);
+  return found != after_.Cables().end() && found->second == link.lower;
 }
 
 // A plan that leaves no group uncertain makes a proper tree, unless a switch lacks a port for that.
