@@ -45,7 +45,7 @@ Outcome Search(const IBFabric& fabric, const Guids& trueRoots, const Setting& se
   if (topology.Build(errors, message, setting.retries, setting.equal) != 0) return Refused;
   Guids found;
   for (const IBNode* node : topology.GetRanks().front()) found.insert(node->guid);
-  const bool doubted = !AdviceOnTree(topology, CheckOptions()).empty();
+  const bool doubted = !AdviceOnTree(topology, RootsFrom::Search).empty();
   if (found == trueRoots) return doubted ? FoundDoubted : Found;
   return doubted ? WrongTold : WrongSilent;
 }

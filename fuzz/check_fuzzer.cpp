@@ -35,7 +35,7 @@ std::string Name(FuzzedDataProvider& bytes) {
 CheckOptions Options(FuzzedDataProvider& bytes) {
   static const std::vector<const char*> expressions{"^spine", "1$", "^(mid|spine)", "", "nothing"};
   CheckOptions options;
-  options.roots = static_cast<RootsFrom>(bytes.ConsumeIntegralInRange(0, 2));
+  options.roots = static_cast<RootsFrom>(bytes.ConsumeIntegralInRange(0, 4));
   const std::size_t expression =
       bytes.ConsumeIntegralInRange<std::size_t>(0, expressions.size() - 1);
   if (options.roots == RootsFrom::Regex) {

@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "check/root_names.h"
+#include "fabric/guid.h"
 
 namespace fabscope {
 namespace {
@@ -58,25 +59,35 @@ std::string AdviceOnAutomaticRoots(FTTopology& topology, const CheckOptions& opt
   return "the leaves do not agree on the roots: " + cure;
 }
 
+// The switch's name, and its GUID where another switch has the same name.
+std::string NameOf(const IBFabric& fabric, const IBNode& node) {
+  const bool isShared =
+      std::any_of(fabric.switches.begin(), fabric.switches.end(),
+                  [&](const IBNode* other) { return other != &node && other->name == node.name; });
+  return isShared ? node.name + " (" + GuidText(node.guid) + ")" : node.name;
+}
+
 // The ranks of a tree that was built, and what looks wrong with them.
 class RankDoubts {
  public:
   explicit RankDoubts(const FTTopology& topology)
-      : ranks_(topology.GetRankedSwitches()), links_(topology.GetTreeLinks()) {}
+      : fabric_(topology.GetFabric()),
+        ranks_(topology.GetRankedSwitches()),
+        links_(topology.GetTreeLinks()) {}
 
   // The first doubt in words; empty when there is none.
   std::string Tell() const {
     const std::vector<NodeSet>& sets = ranks_.Sets();
     for (const IBNode* root : sets.front()) {
-      if (links_.HostCables(*root) != 0) return root->name + " is a root but leads to hosts";
+      if (links_.HostCables(*root) != 0) return Name(*root) + " is a root but leads to hosts";
       if (ReachesBeyond(*root, 1)) {
-        return root->name + " is a root but has a cable to a switch of a rank below the next";
+        return Name(*root) + " is a root but has a cable to a switch of a rank below the next";
       }
     }
     for (std::size_t rank = 1; rank + 1 < sets.size(); ++rank) {
       for (const IBNode* node : sets[rank]) {
         if (ReachesBeyond(*node, static_cast<int>(rank))) continue;
-        return node->name + " is on rank " + std::to_string(rank) +
+        return Name(*node) + " is on rank " + std::to_string(rank) +
                " but has no cable to a switch of a rank below";
       }
     }
@@ -84,12 +95,14 @@ class RankDoubts {
   }
 
  private:
+  std::string Name(const IBNode& node) const { return NameOf(fabric_, node); }
   bool ReachesBeyond(const IBNode& node, int rank) const {
     const auto links = links_.Of(node);
     return std::any_of(links.begin(), links.end(),
                        [&](const TreeLink& link) { return ranks_.RankOf(link.remote) > rank; });
   }
 
+  const IBFabric& fabric_;
   const RankedSwitches& ranks_;
   const TreeLinks& links_;
 };
@@ -103,25 +116,37 @@ std::string AdviceOnBuilding(FTTopology& topology, const CheckOptions& options) 
              "roots be found by themselves";
     case RootsFrom::Regex:
       return "no switch name matches: " + NameTheRoots(topology.GetFabric());
+    case RootsFrom::Inferred:
+      return "the cables do not look like a tree: " + NameTheRoots(topology.GetFabric());
     case RootsFrom::Auto:
+    case RootsFrom::Search:
       break;
   }
   return AdviceOnAutomaticRoots(topology, options);
 }
 
-std::string AdviceOnTree(const FTTopology& topology, const CheckOptions& options) {
+std::string AdviceOnTree(const FTTopology& topology, RootsFrom method) {
   const IBFabric& fabric = topology.GetFabric();
   if (topology.GetRanks().empty()) return {};
-  const std::string doubt =
-      options.roots == RootsFrom::Auto ? RankDoubts(topology).Tell() : std::string();
+  const bool isNamed = method == RootsFrom::Smdb || method == RootsFrom::Regex;
+  const std::string doubt = isNamed ? std::string() : RankDoubts(topology).Tell();
   if (!doubt.empty()) return doubt + ": if the roots are wrong, " + NameTheRoots(fabric);
 
-  const auto isLeftOut = [&](const IBNode* node) { return topology.GetNodeRank(node) < 0; };
+  // Every plane is a tree of its own, and only that of the roots is checked.
+  const NodeSet& roots = topology.GetRanks().front();
+  const auto isOfTree = [&](const IBNode* node) {
+    return roots.empty() || node->isVortaSwitch() ||
+           node->isOnSamePlane((*roots.begin())->getSuitablePlane());
+  };
+  const auto isLeftOut = [&](const IBNode* node) {
+    return topology.GetNodeRank(node) < 0 && isOfTree(node);
+  };
   const auto first = std::find_if(fabric.switches.begin(), fabric.switches.end(), isLeftOut);
   if (first == fabric.switches.end()) return {};
   const auto count = std::count_if(first, fabric.switches.end(), isLeftOut);
-  return std::to_string(count) + " of " + std::to_string(fabric.switches.size()) +
-         " switches have no rank and were not checked, the first is " + (*first)->name;
+  const auto all = std::count_if(fabric.switches.begin(), fabric.switches.end(), isOfTree);
+  return std::to_string(count) + " of " + std::to_string(all) +
+         " switches have no rank and were not checked, the first is " + NameOf(fabric, **first);
 }
 
 std::string AdviceOnNames(const CheckResult& result, const CheckOptions& options) {

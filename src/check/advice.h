@@ -10,10 +10,10 @@ namespace fabscope {
 // examples from this fabric's own names.
 std::string AdviceOnBuilding(FTTopology& topology, const CheckOptions& options);
 
-// What makes one doubt a tree that was built: roots found by themselves that do not look like
+// What makes one doubt a tree that was built: roots that nobody has named and that do not look like
 // roots, or switches that are not part of it. Empty when nothing does. Real faults look alike, so
 // this is for people, never a finding.
-std::string AdviceOnTree(const FTTopology& topology, const CheckOptions& options);
+std::string AdviceOnTree(const FTTopology& topology, RootsFrom method);
 
 // How to tell switches apart that share a name; empty when names or GUIDs do.
 std::string AdviceOnNames(const CheckResult& result, const CheckOptions& options);

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "check/proven_plan.h"
 #include "fabric/ib_fabric.h"
 #include "fat_tree/findings.h"
 #include "fat_tree/topology.h"
@@ -16,7 +17,14 @@
 
 namespace fabscope {
 
-enum class RootsFrom { Auto, Smdb, Regex };
+// The switches that are taken for the roots.
+enum class RootsFrom {
+  Auto,      // those of the search, unless the inferred ones fit the cables better
+  Search,    // which leaves agree on by their distances
+  Inferred,  // which all cables together speak for
+  Smdb,      // those of rank 0
+  Regex      // those whose name matches
+};
 
 // One check as the user asked for it. Paths may be "-" for standard input; an empty path means that
 // the file was not given.
@@ -34,6 +42,18 @@ struct CheckOptions {
   int showGuid = 0;
   bool wantDump = false;
   bool wantFindings = false;
+  bool wantRepairs = false;
+  bool wantMisfits = false;
+};
+
+// The roots that a tree was built from, and how far they can be trusted.
+struct RootsUsed {
+  RootsFrom method = RootsFrom::Search;  // how they were found; never Auto
+  // The edit distance from the fabric to a proper tree of these ranks. 0 without a tree; may be 0
+  // when it was not asked for.
+  std::uint64_t misfits = 0;
+  std::string notice;  // the report's first line where Auto has preferred inferred roots, or empty
+  std::string doubt;   // why the tree may be a wrong one; empty if nothing says so
 };
 
 enum class CheckStatus {
@@ -53,7 +73,7 @@ struct CheckResult {
   std::size_t switchesOfSharedName = 0;
   std::string message;  // why building or validating failed
   std::string advice;   // what the user can do when building failed
-  std::string doubt;    // why the tree that was built may be a wrong one; empty if nothing says so
+  RootsUsed roots;
 
   std::string buildOutput;
   std::string levelsReport;
@@ -65,6 +85,10 @@ struct CheckResult {
   // What records and issues say in words, as data: a finding for each record, in their order, then
   // those that the issues count. Empty unless asked for: there can be millions.
   std::deque<Finding> findings;
+
+  // What would cure them, found with the ranks of this check; null when nothing is known to, or
+  // when nobody asked.
+  std::unique_ptr<ProvenPlan> repairs;
 
   // The records and texts do not need them, the findings do.
   std::unique_ptr<IBFabric> fabric;

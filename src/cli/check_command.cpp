@@ -79,8 +79,7 @@ int CheckCommand::Report(const CheckResult& result) {
   const bool written = WriteReports(result);
   if (result.status != CheckStatus::Done) messages_.Tell(result.message);
   if (!result.advice.empty()) messages_.Tell(result.advice);
-  // Scripts read standard error for what went wrong; this is but a hint.
-  if (!result.doubt.empty() && IsWatched() && !arguments_.quiet) messages_.Tell(result.doubt);
+  if (!result.roots.doubt.empty()) messages_.Tell(result.roots.doubt);
   if (!written || result.status != CheckStatus::Done) return ExitFailed;
   return result.HasFindings() ? ExitFindings : ExitClean;
 }

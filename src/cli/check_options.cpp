@@ -12,17 +12,9 @@ using Problem = OptionProblem;
 constexpr const char* ofOutputs = "Also write (- for standard output)";
 
 constexpr std::array<CommandOption<CheckArguments>, 11> table{{
-    {{"--show-guid", "none|system|node", ofGroups, "GUID in front of switch names (default none)",
-      "node tells switches of one name apart; system is the GUID that the chips of one system "
-      "share."},
-     [](CheckArguments& arguments, const std::string& value) -> Problem {
-       constexpr std::array<const char*, 3> names{"none", "system", "node"};
-       for (std::size_t i = 0; i < names.size(); ++i) {
-         if (value != names[i]) continue;
-         arguments.options.showGuid = static_cast<int>(i);
-         return std::nullopt;
-       }
-       return "expected none, system or node";
+    {showGuidText,
+     [](CheckArguments& arguments, const std::string& value) {
+       return TakeShowGuid(arguments.options.showGuid, value);
      }},
     {{"--flids", "FILE", ofGroups, "FLIDs of switches (CSV: guid,flid)",
       "A line for each FLID. They add to those of a fabric document."},
@@ -150,6 +142,9 @@ std::optional<std::string> SettleArguments(CheckArguments& arguments) {
   options.wantDump = !arguments.dumpFile.empty();
   options.wantFindings = !arguments.jsonFile.empty() || !arguments.htmlFile.empty() ||
                          !arguments.svgFile.empty() || !arguments.prometheusFile.empty();
+  options.wantRepairs = !arguments.jsonFile.empty() || !arguments.htmlFile.empty();
+  options.wantMisfits = !arguments.jsonFile.empty() || !arguments.htmlFile.empty() ||
+                        !arguments.prometheusFile.empty();
   return std::nullopt;
 }
 

@@ -52,7 +52,7 @@ std::string ReportLine(const CheckResult& result) {
 std::vector<std::string> MessagesOf(const CheckResult& result) {
   if (result.inputError) return {result.inputError->Text()};
   std::vector<std::string> messages = result.warnings;  // these name their file
-  for (const std::string* text : {&result.message, &result.advice}) {
+  for (const std::string* text : {&result.message, &result.advice, &result.roots.doubt}) {
     if (!text->empty()) messages.push_back(result.input + ": " + *text);
   }
   return messages;

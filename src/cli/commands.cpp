@@ -11,6 +11,8 @@
 #include "cli/generate_command.h"
 #include "cli/generate_options.h"
 #include "cli/parser.h"
+#include "cli/repair_command.h"
+#include "cli/repair_options.h"
 
 namespace fabscope {
 namespace {
@@ -32,8 +34,9 @@ struct Command {
   int (*run)(const Words& words);
 };
 
-constexpr std::array<Command, 4> commands{{
+constexpr std::array<Command, 5> commands{{
     {&checkText, Run<CheckArguments, checkText, RunCheckCommand>},
+    {&repairText, Run<RepairArguments, repairText, RunRepairCommand>},
     {&diffText, Run<DiffArguments, diffText, RunDiffCommand>},
     {&generateText, Run<GenerateArguments, generateText, RunGenerateCommand>},
     {&convertText, Run<ConvertArguments, convertText, RunConvertCommand>},

@@ -72,9 +72,9 @@ int ConvertCommand::WriteTree() {
   if (result.status != CheckStatus::Done) {
     messages_.Tell(result.message);
     if (!result.advice.empty()) messages_.Tell(result.advice);
-    return ExitFailed;
   }
-  if (!result.doubt.empty() && IsWatched()) messages_.Tell(result.doubt);
+  if (!result.roots.doubt.empty()) messages_.Tell(result.roots.doubt);
+  if (result.status != CheckStatus::Done) return ExitFailed;
 
   const SlurmTopology topology = MakeSlurmTopology(*result.topology);
   const bool hasHosts = !topology.switches.empty();

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "cli/exit_status.h"
+#include "cli/load_plan.h"
 #include "cli/messages.h"
 #include "cli/ordered_work.h"
 #include "cli/output_file.h"
@@ -23,11 +24,15 @@ class DiffCommand {
   explicit DiffCommand(const DiffArguments& arguments) : arguments_(arguments) {}
 
   int Run() {
+    if (!arguments_.planFile.empty() && !LoadPlan(arguments_.planFile, plan_, messages_)) {
+      return ExitFailed;
+    }
     CheckBoth();
     if (TellInputErrors()) return ExitFailed;
     TellWarnings();
     const CheckResult& was = results_[0];
     const CheckResult& is = results_[1];
+    if (IsPlanForeign()) return ExitFailed;
     const Counterparts nodes(*was.fabric, *is.fabric);
     Difference difference{was.input,
                           is.input,
@@ -40,8 +45,10 @@ class DiffCommand {
       difference.findings =
           CompareFindings({*was.topology, was.findings}, {*is.topology, is.findings}, nodes);
     }
+    if (!arguments_.planFile.empty()) difference.plan = FollowPlan(plan_, *is.fabric);
     const bool written = Write(difference);
     TellFailures();
+    TellDoubts();
     if (!written || !difference.findings) return ExitFailed;
     return difference.IsEmpty() ? ExitClean : ExitFindings;
   }
@@ -50,13 +57,16 @@ class DiffCommand {
   void CheckBoth();
   bool TellInputErrors();
   void TellWarnings();
+  bool IsPlanForeign();
   void TellFailures();
+  void TellDoubts();
   static std::string WhyNot(const CheckResult& result);
   std::string WhyNoFindings() const;
   bool Write(const Difference& difference);
 
   const DiffArguments& arguments_;
   Messages messages_;
+  RepairDocument plan_;                 // empty when none was given
   std::array<CheckResult, 2> results_;  // of OLD and NEW
 };
 
@@ -92,6 +102,13 @@ void DiffCommand::TellWarnings() {
   }
 }
 
+bool DiffCommand::IsPlanForeign() {
+  const std::string why = WhyForeign(plan_, *results_[1].fabric);
+  if (why.empty()) return false;
+  messages_.Tell(plan_.file + ": " + why);
+  return true;
+}
+
 std::string DiffCommand::WhyNot(const CheckResult& result) {
   return result.input + ": " + result.message + ": findings are not compared";
 }
@@ -108,6 +125,13 @@ void DiffCommand::TellFailures() {
     if (result.status == CheckStatus::Done) continue;
     messages_.Tell(WhyNot(result));
     if (!result.advice.empty()) messages_.Tell(result.input + ": " + result.advice);
+  }
+}
+
+void DiffCommand::TellDoubts() {
+  for (const CheckResult& result : results_) {
+    const std::string& doubt = result.roots.doubt;
+    if (!doubt.empty()) messages_.Tell(result.input + ": " + doubt);
   }
 }
 

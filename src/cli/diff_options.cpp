@@ -7,11 +7,17 @@
 namespace fabscope {
 namespace {
 
-constexpr std::array<CommandOption<DiffArguments>, 3> table{{
+constexpr std::array<CommandOption<DiffArguments>, 4> table{{
     {{"--json", "FILE", ofReport, "also write it as JSON (- for standard output)",
       "With - it takes the place of the report."},
      [](DiffArguments& arguments, const std::string& value) {
        return TakePath(arguments.jsonFile, value);
+     }},
+    {{"--plan", "FILE", ofReport, "also tell which steps of the plan of repairs are done in NEW",
+      "FILE is what fabscope repair --json has written. It is refused when fewer than half of the "
+      "switches that it names are in NEW."},
+     [](DiffArguments& arguments, const std::string& value) {
+       return TakePath(arguments.planFile, value);
      }},
     {quietText,
      [](DiffArguments& arguments, const std::string&) -> OptionProblem {
@@ -36,7 +42,9 @@ const CommandText diffText{
     .options = TextsOf<DiffArguments>,
     .examples = {{"ibnetdiscover | fabscope diff yesterday.topo -",
                   "What has happened since yesterday."},
-                 {"fabscope diff --json - monday.topo tuesday.topo", "The same for a program."}},
+                 {"fabscope diff --json - monday.topo tuesday.topo", "The same for a program."},
+                 {"fabscope diff --plan plan.json monday.topo tuesday.topo",
+                  "What has changed, and what is done of Monday's repairs."}},
     .statuses = {{0, "no difference"}, {1, "something differs"}, {2, "the work could not be done"}},
     .description =
         {"Tells which switches, hosts and cables came, went or moved, which links have another "
@@ -53,7 +61,8 @@ std::optional<std::string> SettleArguments(DiffArguments& arguments) {
   if (OptionProblem problem = SettleTree(arguments)) return problem;
   std::vector<const std::string*> inputs;
   for (const std::string& fabric : arguments.operands) inputs.push_back(&fabric);
-  inputs.insert(inputs.end(), {&arguments.options.ranks, &arguments.options.nodeNameMap});
+  inputs.insert(inputs.end(),
+                {&arguments.options.ranks, &arguments.options.nodeNameMap, &arguments.planFile});
   const std::array<NamedInput, 2> shared{
       {{"--ranks ", arguments.options.ranks}, {"--node-name-map ", arguments.options.nodeNameMap}}};
   if (OptionProblem problem = ProblemOfSharedInputs(shared)) return problem;

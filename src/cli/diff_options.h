@@ -14,6 +14,7 @@ namespace fabscope {
 struct DiffArguments : TreeArguments {
   std::vector<std::string> operands;  // OLD and NEW
   std::string jsonFile;
+  std::string planFile;
   bool quiet = false;
   ColorWhen color = ColorWhen::Auto;
 };

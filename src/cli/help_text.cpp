@@ -7,7 +7,7 @@ namespace fabscope {
 namespace {
 
 constexpr std::size_t width = 80;
-constexpr std::size_t helpColumn = 31;
+constexpr std::size_t helpColumn = 32;
 
 // `words` from column `column` on, in lines of at most 80 columns; the first one begins where the
 // text ends.

@@ -2,24 +2,34 @@
 
 #include <array>
 #include <limits>
+#include <string_view>
 
 namespace fabscope {
 namespace {
 
 using Problem = OptionProblem;
 
-constexpr const char* ofRoots = "How the roots are found";
 constexpr int anyCount = std::numeric_limits<int>::max();
 
+std::optional<RootsFrom> MethodOf(std::string_view name) {
+  if (name == "auto") return RootsFrom::Auto;
+  if (name == "search") return RootsFrom::Search;
+  if (name == "inferred") return RootsFrom::Inferred;
+  if (name == "smdb") return RootsFrom::Smdb;
+  if (name == "regex") return RootsFrom::Regex;
+  return std::nullopt;
+}
+
 constexpr std::array<CommandOption<TreeArguments>, 8> table{{
-    {{"--roots", "auto|smdb|regex", ofRoots, "by themselves (auto), or as the next two say",
-      "auto finds the roots by the distances between the leaves; smdb takes the ranks of --ranks, "
-      "or else those of a fabric document; regex takes the switches that --root-regex names. The "
-      "default is auto."},
+    {{"--roots", "auto|search|inferred|smdb|regex", ofRoots,
+      "by themselves, or as one of the next two says",
+      "search finds the roots by the distances between the leaves; inferred tells them from all "
+      "cables at once, which a few wrong ones cannot mislead. auto takes those of search, unless "
+      "it finds none or the inferred ones leave fewer misfits: cables to remove plus cables "
+      "lacking until the tree is proper. smdb takes the ranks of --ranks, or else those of a "
+      "fabric document; regex takes the switches that --root-regex names. The default is auto."},
      [](TreeArguments& arguments, const std::string& value) -> Problem {
-       if (value != "auto" && value != "smdb" && value != "regex") {
-         return "expected auto, smdb or regex";
-       }
+       if (!MethodOf(value)) return "expected auto, search, inferred, smdb or regex";
        arguments.roots = value;
        return std::nullopt;
      }},
@@ -34,14 +44,16 @@ constexpr std::array<CommandOption<TreeArguments>, 8> table{{
      [](TreeArguments& arguments, const std::string& value) {
        return TakePath(arguments.options.ranks, value);
      }},
-    {{"--retries", "N", ofRoots, "auto: further leaves to try (default 10)",
+    {{"--retries", "N", ofRoots, "search: further leaves to try (default 10)",
       "Leaves are tried until enough of them give the same roots. 0 or more."},
      [](TreeArguments& arguments, const std::string& value) {
+       arguments.searchOption = "--retries " + value;
        return TakeNumber(arguments.options.retries, value, 0, anyCount);
      }},
-    {{"--equal", "N", ofRoots, "auto: leaves that must agree (default 2)",
+    {{"--equal", "N", ofRoots, "search: leaves that must agree (default 2)",
       "1 or more. A higher number is safer, and fails more often."},
      [](TreeArguments& arguments, const std::string& value) {
+       arguments.searchOption = "--equal " + value;
        return TakeNumber(arguments.options.equalClassifications, value, 1, anyCount);
      }},
     {{"--merge-percent", "P", ofGroups, "up-links that a group shares (default 70)",
@@ -77,15 +89,31 @@ Problem SettleRoots(TreeArguments& arguments) {
     return "--roots " + roots + " and --ranks contradict each other: allowed is --roots smdb";
   }
   if (roots == "regex" && !haveRegex) return "--roots regex needs --root-regex ERE";
+  if (roots == "inferred" && !arguments.searchOption.empty()) {
+    return "--roots inferred and " + arguments.searchOption +
+           " contradict each other: allowed is --roots auto or search";
+  }
   if (haveRegex) {
     options.roots = RootsFrom::Regex;
-  } else if (haveRanks || roots == "smdb") {
+  } else if (haveRanks) {
     options.roots = RootsFrom::Smdb;
+  } else {
+    options.roots = MethodOf(roots).value_or(RootsFrom::Auto);
   }
   return std::nullopt;
 }
 
 }  // namespace
+
+OptionProblem TakeShowGuid(int& target, const std::string& value) {
+  constexpr std::array<const char*, 3> names{"none", "system", "node"};
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    if (value != names[i]) continue;
+    target = static_cast<int>(i);
+    return std::nullopt;
+  }
+  return "expected none, system or node";
+}
 
 std::vector<BoundOption> BindTreeOptions(TreeArguments& arguments) {
   return Bind(table, arguments);

@@ -2,9 +2,11 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "compare/fabric_changes.h"
 #include "compare/finding_changes.h"
+#include "compare/plan_progress.h"
 
 namespace fabscope {
 
@@ -18,6 +20,8 @@ struct Difference {
   FabricChanges fabric;
   std::optional<FindingChanges> findings;  // none when one of them could not be checked
   std::string message;                     // why not
+  // What was done of a plan; none when there is no plan.
+  std::optional<std::vector<StepProgress>> plan{};
 
   bool IsEmpty() const {
     return fabric.IsEmpty() &&

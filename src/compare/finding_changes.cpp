@@ -162,4 +162,24 @@ FindingChanges CompareFindings(const CheckedFabric& was, const CheckedFabric& is
   return {before.Without(now), now.Without(before)};
 }
 
+std::vector<GoneFinding> FindGone(const CheckedFabric& was, const CheckedFabric& is,
+                                  const Counterparts& nodes) {
+  const KeyedFaults before(was, Side(nodes, false));
+  const KeyedFaults now(is, Side(nodes, true));
+  const std::set<Key> left(now.keys.begin(), now.keys.end());
+  std::vector<GoneFinding> gone;
+  std::size_t fault = 0;
+  for (std::size_t place = 0; place < was.findings.size(); ++place) {
+    GoneFinding finding{place, {}};
+    bool isLeft = false;
+    for (; fault < before.faults.size(); ++fault) {
+      if (before.faults[fault].finding != &was.findings[place]) break;
+      finding.faults.push_back(before.faults[fault]);
+      isLeft = isLeft || left.contains(before.keys[fault]);
+    }
+    if (!isLeft) gone.push_back(std::move(finding));
+  }
+  return gone;
+}
+
 }  // namespace fabscope

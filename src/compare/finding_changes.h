@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <vector>
@@ -43,5 +44,15 @@ struct FindingChanges {
 // groups are the same when the first by GUID of their lines that are in both fabrics is.
 FindingChanges CompareFindings(const CheckedFabric& was, const CheckedFabric& is,
                                const Counterparts& nodes);
+
+// A finding none of whose faults is left.
+struct GoneFinding {
+  std::size_t place;  // among the findings as they were
+  std::vector<Fault> faults;
+};
+
+// In the order of the old report.
+std::vector<GoneFinding> FindGone(const CheckedFabric& was, const CheckedFabric& is,
+                                  const Counterparts& nodes);
 
 }  // namespace fabscope

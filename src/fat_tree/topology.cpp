@@ -1,8 +1,8 @@
 // Ranks from given roots.
 //
 // A fat tree is told by its roots alone: the rank of a switch is its distance, in switch hops, from
-// the nearest root. Roots come from the subnet manager's ranks or from a regular expression over
-// switch names, and a breadth-first walk ranks the rest.
+// the nearest root. Roots come from the subnet manager's ranks, from a regular expression over
+// switch names, or from the caller, and a breadth-first walk ranks the rest.
 //
 // On a fabric of several planes each plane is a tree of its own. The first root fixes the plane,
 // and the walk stays on it, except that switches of the multi-ASIC family are taken on any plane:
@@ -61,6 +61,22 @@ int FTTopology::Build(std::vector<FabricErrGeneral*>& /*errors*/, std::string& m
   if (FillRanksFromRoots(roots) != StatusSuccess) {
     message = std::string(cannotBuild) +
               "Failed to fill tree's ranks by the regular expression: " + errStream.str();
+    return StatusBadData;
+  }
+  return StatusSuccess;
+}
+
+int FTTopology::Build(std::vector<FabricErrGeneral*>& /*errors*/, std::string& message,
+                      const NodeSet& givenRoots) {
+  NodeSet roots;
+  const auto isGiven = [&](const IBNode& node) { return givenRoots.contains(&node); };
+  if (const int status = CollectRoots(roots, isGiven); status != StatusSuccess) {
+    message = std::string(cannotBuild) + "Failed to find the given roots: " + errStream.str();
+    return status;
+  }
+  if (FillRanksFromRoots(roots) != StatusSuccess) {
+    message = std::string(cannotBuild) +
+              "Failed to fill tree's ranks by the given roots: " + errStream.str();
     return StatusBadData;
   }
   return StatusSuccess;

@@ -26,7 +26,7 @@ namespace fabscope {
 
 class FTNeighborhood;
 
-// A fabric's switches recognised as a fat tree. It is built once (one of the three Build forms),
+// A fabric's switches recognised as a fat tree. It is built once (one of the four Build forms),
 // validated once, perhaps dumped, and destroyed; it reads the fabric and never changes it.
 //
 // Unless stated otherwise an operation answers a status (fat_tree/status.h) and, when that is not
@@ -61,6 +61,10 @@ class FTTopology {
   int Build(std::vector<FabricErrGeneral*>& errors, std::string& message);
   // Roots: the switches whose name the expression matches.
   int Build(std::vector<FabricErrGeneral*>& errors, std::string& message, regExp& rootsRegExp);
+  // Roots: the given switches, of which the first one fixes the plane. Writes nothing to the output
+  // stream.
+  int Build(std::vector<FabricErrGeneral*>& errors, std::string& message,
+            const NodeSet& givenRoots);
   // Roots found by themselves: classifies the switches by distance from one leaf after another
   // until `equalClassifications` of them agree, at most `retries` times after the first.
   int Build(std::vector<FabricErrGeneral*>& errors, std::string& message, int retries,

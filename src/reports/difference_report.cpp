@@ -7,6 +7,7 @@
 #include "formats/link_speeds.h"
 #include "reports/fault_text.h"
 #include "reports/node_types.h"
+#include "reports/repair_report.h"
 
 namespace fabscope {
 namespace {
@@ -37,6 +38,7 @@ class Report {
     WriteCables();
     if (difference_.findings) WriteFindings();
     WriteSum();
+    if (difference_.plan) WritePlan();
   }
 
  private:
@@ -44,6 +46,7 @@ class Report {
   void WriteCables();
   void WriteFindings();
   void WriteSum();
+  void WritePlan();
 
   void Line(const std::string& what, const std::string& text) {
     WriteReportLine(text, style_, stream_, what + ": ");
@@ -126,6 +129,11 @@ void Report::WriteSum() {
            std::to_string(difference_.findings->appeared.size()) + " appeared";
   }
   WriteReportLine(sum, style_, stream_);
+}
+
+void Report::WritePlan() {
+  const SwitchNames names(difference_.is);
+  for (const StepProgress& step : *difference_.plan) Line("plan", ProgressText(step, names));
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 namespace fabscope {
 
 // What is different, for people and grep: a line each, "cable moved: ...". Nothing when nothing is.
+// What was done of a plan stands at the end.
 void WriteDifferenceReport(const Difference& difference, const TextStyle& style,
                            std::ostream& stream);
 

@@ -8,6 +8,7 @@
 #include "reports/fault_text.h"
 #include "reports/finding_kinds.h"
 #include "reports/node_types.h"
+#include "reports/repair_report.h"
 
 namespace fabscope {
 namespace {
@@ -29,6 +30,7 @@ class JsonDifference {
     WriteNodes(members.Key("nodes"));
     WriteCables(members.Key("cables"));
     WriteFindings(members.Key("findings"));
+    if (difference_.plan) WritePlan(members);
   }
 
  private:
@@ -74,6 +76,7 @@ class JsonDifference {
   void WriteNodes(std::string& json);
   void WriteCables(std::string& json);
   void WriteFindings(std::string& json);
+  void WritePlan(JsonMembers& owner);
   void WriteFaults(JsonMembers& owner, const char* key, const std::vector<Fault>& faults,
                    const NodeNames& names);
 
@@ -140,6 +143,15 @@ void JsonDifference::WriteFaults(JsonMembers& owner, const char* key,
       }
     }
     object.Text("text", FaultText(fault, names));
+  });
+}
+
+void JsonDifference::WritePlan(JsonMembers& owner) {
+  const SwitchNames names(difference_.is);
+  List(owner, "plan", *difference_.plan, [&](JsonMembers& object, const StepProgress& step) {
+    object.Number("id", step.step->id);
+    object.Text("state", NameOf(step.state));
+    object.Text("text", ProgressText(step, names));
   });
 }
 

@@ -8,9 +8,32 @@
 #include "formats/json_members.h"
 #include "platform/version.h"
 #include "reports/json_findings.h"
+#include "reports/repair_report.h"
 
 namespace fabscope {
 namespace {
+
+const char* MethodName(RootsFrom method) {
+  switch (method) {
+    case RootsFrom::Inferred:
+      return "inferred";
+    case RootsFrom::Smdb:
+      return "smdb";
+    case RootsFrom::Regex:
+      return "regex";
+    case RootsFrom::Auto:
+    case RootsFrom::Search:
+      break;
+  }
+  return "search";
+}
+
+void AppendRoots(std::string& json, const RootsUsed& roots) {
+  JsonMembers members(json, '{', '}');
+  members.Text("method", MethodName(roots.method));
+  members.Number("misfits", roots.misfits);
+  members.Text("doubt", roots.doubt);
+}
 
 const char* StatusName(const CheckResult& result) {
   if (result.status != CheckStatus::Done) return "failed";
@@ -52,11 +75,13 @@ class JsonReport {
     members.Text("input", result_.input);
     members.Text("status", StatusName(result_));
     members.Text("message", result_.inputError ? result_.inputError->Text() : result_.message);
+    AppendRoots(members.Key("roots"), result_.roots);
     WriteRanks(members.Key("ranks"));
     WriteGroups(members.Key("groups"));
     WriteRecords(members.Key("records"));
     members.Number("issues", result_.issuesCount);
     WriteFindings(members.Key("findings"));
+    WriteRepairs(members.Key("repairs"));
     WriteLines(members.Key("report"), style);
   }
   void Flush() {
@@ -94,6 +119,13 @@ class JsonReport {
   void WriteFindings(std::string& json) {
     JsonMembers list(json, '[', ']');
     for (const Finding& finding : result_.findings) AppendFinding(NextLine(list), finding);
+  }
+  void WriteRepairs(std::string& json) {
+    if (!result_.repairs) {
+      json += "[]";
+      return;
+    }
+    AppendRepairSteps(json, *result_.repairs, {*result_.topology, result_.findings});
   }
   void WriteLines(std::string& json, const TextStyle& style) {
     JsonMembers list(json, '[', ']');

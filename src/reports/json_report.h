@@ -10,8 +10,8 @@
 namespace fabscope {
 
 // The whole result as one JSON document, also when the fabric could not be read, or its tree not be
-// built or validated: ranks, groups, records, counts, findings as far as the result holds them, and
-// the lines of the text report in the style that it has in this run.
+// built or validated: roots, ranks, groups, records, counts, findings as far as the result holds
+// them, and the lines of the text report in the style that it has in this run.
 // docs/check-result.schema.json describes it.
 void WriteJsonReport(const CheckResult& result, const TextStyle& style, std::ostream& stream);
 

@@ -30,6 +30,7 @@ class Metrics {
 
   std::string Write(const CheckTime& time) {
     WriteTree();
+    WriteRoots();
     WriteFindings();
     Begin("check_duration_seconds", "How long the check took.");
     Value("", fmt::format("{:.3f}", time.seconds));
@@ -79,6 +80,18 @@ class Metrics {
     Begin("groups", "Groups of switches by kind.");
     Value(fmt::format(R"(,group_kind="{}")", GroupName(true)), groups[0]);
     Value(fmt::format(R"(,group_kind="{}")", GroupName(false)), groups[1]);
+  }
+
+  void WriteRoots() {
+    const RootsUsed& roots = result_.roots;
+    const std::uint64_t isInferred = roots.method == RootsFrom::Inferred ? 1 : 0;
+    const std::uint64_t isDoubted = roots.doubt.empty() ? 0 : 1;
+    Begin("roots_inferred", "Whether the roots are inferred from all cables: 1, else 0.");
+    Value("", isInferred);
+    Begin("roots_misfits", "Cables that must go plus cables that lack until the tree is proper.");
+    Value("", roots.misfits);
+    Begin("roots_doubted", "Whether something speaks against the tree: 1, else 0.");
+    Value("", isDoubted);
   }
 
   void WriteFindings() {

@@ -30,6 +30,7 @@ bool IsShown(std::string_view line, const TextStyle& style) {
 }
 
 void TakeAllLines(const CheckResult& result, bool withDump, const TakeLine& take) {
+  if (!result.roots.notice.empty()) take(result.roots.notice);
   SplitLines(result.buildOutput, take);
   SplitLines(result.levelsReport, take);
   SplitLines(result.validateOutput, take);

@@ -14,9 +14,9 @@ struct TextStyle {
   bool color = false;     // tags in colour, for a terminal
 };
 
-// The report that people read and scripts grep: what the stage wrote, the levels, the records with
-// their tags, the dump and the closing line. When the tree could not be built or validated it ends
-// where the work ended; the reason is not part of it.
+// The report that people read and scripts grep: which roots were preferred, what the stage wrote,
+// the levels, the records with their tags, the dump and the closing line. When the tree could not
+// be built or validated it ends where the work ended; the reason is not part of it.
 void WriteTextReport(const CheckResult& result, const TextStyle& style, std::ostream& stream);
 
 // A line with a tag of its own, in the same style; `start` stands before the tag.

@@ -123,6 +123,14 @@ class Browser:
         (self.folder / "renamed.json").write_text(json.dumps(document))
         return Fabric(self, "renamed", document)
 
+    def with_spare_switch(self, fabric):
+        """A fabric with a switch that no cable leads to."""
+        document = self.generate(fabric)
+        document["nodes"].append({"guid": "0xfffffffe", "type": "switch", "name": "spare",
+                                  "numPorts": 4})
+        (self.folder / "spare.json").write_text(json.dumps(document))
+        return Fabric(self, "spare", document)
+
     # The page
 
     def size(self, size):

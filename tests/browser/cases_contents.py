@@ -31,8 +31,10 @@ def check_numbers(browser, fabric):
                 if (link["a"] in fabric.switches) != (link["b"] in fabric.switches))
     assert shown["host links"] == hosts
     source = browser.text("#source")
+    inferred = " · roots inferred from all cables"
     assert source == (f"{result['tool']} · {counted(len(result['records']), 'error record')}, "
-                      f"{counted(result['issues'], 'issue')}"), source
+                      f"{counted(result['issues'], 'issue')}"
+                      f"{inferred if result['roots']['method'] == 'inferred' else ''}"), source
 
 
 def check_kinds(browser, fabric):
@@ -81,6 +83,15 @@ def a_failed_check_says_so_and_shows_the_switches(browser):
     assert browser.one("#switches-view").is_displayed()
     names = browser.texts("#switches-view tbody th")
     assert sorted(names) == sorted(fabric.switches.values())
+
+
+def a_doubt_stands_below_the_verdict(browser):
+    browser.open(browser.fabric("clean"))
+    assert not browser.one("#doubt").is_displayed()
+    fabric = browser.open(browser.with_spare_switch("clean"))
+    doubt = fabric.result["roots"]["doubt"]
+    assert doubt.endswith("switches have no rank and were not checked, the first is spare"), doubt
+    assert browser.text("#doubt") == doubt
 
 
 def expected_words(fabric, finding):

@@ -1,11 +1,8 @@
 #include "reference/comparison.h"
 
 #include <algorithm>
-#include <fstream>
 #include <memory>
 #include <sstream>
-#include <sys/mman.h>
-#include <unistd.h>
 
 #include "check/check.h"
 #include "reference/plain_document.h"
@@ -20,7 +17,7 @@ CheckOptions OptionsOf(const PlainOptions& plain, const std::string& document) {
   options.fabric = document;
   switch (plain.roots) {
     case PlainRoots::Auto:
-      options.roots = RootsFrom::Auto;
+      options.roots = RootsFrom::Search;
       break;
     case PlainRoots::Smdb:
       options.roots = RootsFrom::Smdb;
@@ -90,14 +87,9 @@ std::string Difference(const ReferenceResult& answer, const ReferenceResult& exp
 
 }  // namespace
 
-Comparison::Comparison() : document_(memfd_create("fabscope-reference", 0)) {}
-
-Comparison::~Comparison() { close(document_); }
-
 std::string Comparison::Compare(const PlainCase& what, std::uint64_t number) {
-  const std::string path = "/proc/self/fd/" + std::to_string(document_);
-  std::ofstream(path, std::ios::binary) << DocumentOf(what.fabric, number);
-  const CheckResult result = RunCheck(OptionsOf(what.options, path));
+  document_.Write(DocumentOf(what.fabric, number));
+  const CheckResult result = RunCheck(OptionsOf(what.options, document_.Path()));
   const std::string start = "case " + std::to_string(number) + " (" + what.kind + "): ";
   if (result.status == CheckStatus::BadInput) {
     return start + "the document was refused: " + result.inputError->Text() + "\n";

@@ -4,6 +4,7 @@
 #include <set>
 #include <string>
 
+#include "reference/memory_file.h"
 #include "reference/random_fabric.h"
 #include "reference/reference_check.h"
 
@@ -14,11 +15,6 @@ namespace fabscope::reference {
 // one of these in a process, and nothing else there runs the stage.
 class Comparison {
  public:
-  Comparison();
-  Comparison(const Comparison&) = delete;
-  Comparison& operator=(const Comparison&) = delete;
-  ~Comparison();
-
   // The first difference in the answers to a case, in words; empty when there is none. The number
   // chooses how the document is written, and stands in the words.
   std::string Compare(const PlainCase& what, std::uint64_t number);
@@ -29,7 +25,7 @@ class Comparison {
   const std::set<std::string>& Reached() const { return reached_; }
 
  private:
-  int document_;  // a file in memory: on a disk, writing it takes longer than all else
+  MemoryFile document_;
   Counters counters_;
   std::set<std::string> reached_;
 };

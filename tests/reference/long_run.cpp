@@ -1,7 +1,9 @@
 // reference_long random FIRST COUNT: compares the fabrics of so many seeds with the reference.
 // reference_long small SWITCHES: compares every fabric of so many switches, with all roots.
+// reference_long automatic-roots FIRST COUNT: compares automatic roots on the fabrics of so many
+// seeds with those of the search and with inferred ones.
 //
-// Both end at the first difference, with status 1.
+// All end at the first difference, with status 1.
 
 #include <cstdint>
 #include <functional>
@@ -9,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "reference/automatic_roots.h"
 #include "reference/comparison.h"
 #include "reference/small_fabrics.h"
 
@@ -17,11 +20,9 @@ namespace {
 using namespace fabscope::reference;
 
 int Run(std::uint64_t first, std::uint64_t count,
-        const std::function<PlainCase(std::uint64_t)>& make) {
-  Comparison comparison;
+        const std::function<std::string(std::uint64_t)>& compare) {
   for (std::uint64_t number = first; number < first + count; ++number) {
-    if (const std::string difference = comparison.Compare(make(number), number);
-        !difference.empty()) {
+    if (const std::string difference = compare(number); !difference.empty()) {
       std::cout << difference;
       return 1;
     }
@@ -33,17 +34,36 @@ int Run(std::uint64_t first, std::uint64_t count,
   return 0;
 }
 
+int RunAutomaticRoots(std::uint64_t first, std::uint64_t count) {
+  AutomaticRoots roots;
+  const int status = Run(first, count, [&](std::uint64_t seed) { return roots.Compare(seed); });
+  std::cout << "of the search: " << roots.Kept()
+            << ", inferred as they fit better: " << roots.Replaced()
+            << ", inferred where the search refuses: " << roots.Helped()
+            << ", none: " << roots.Refused() << "\n";
+  return status;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   const std::vector<std::string> words(argv + 1, argv + argc);
   if (words.size() == 3 && words[0] == "random") {
-    return Run(std::stoull(words[1]), std::stoull(words[2]), RandomCase);
+    Comparison comparison;
+    return Run(std::stoull(words[1]), std::stoull(words[2]),
+               [&](std::uint64_t seed) { return comparison.Compare(seed); });
+  }
+  if (words.size() == 3 && words[0] == "automatic-roots") {
+    return RunAutomaticRoots(std::stoull(words[1]), std::stoull(words[2]));
   }
   if (words.size() == 2 && words[0] == "small") {
     const SmallFabrics fabrics(std::stoi(words[1]));
-    return Run(0, fabrics.Count(), [&](std::uint64_t number) { return fabrics.Case(number); });
+    Comparison comparison;
+    return Run(0, fabrics.Count(), [&](std::uint64_t number) {
+      return comparison.Compare(fabrics.Case(number), number);
+    });
   }
-  std::cerr << "usage: reference_long random FIRST COUNT\n       reference_long small SWITCHES\n";
+  std::cerr << "usage: reference_long random FIRST COUNT\n       reference_long small SWITCHES\n"
+               "       reference_long automatic-roots FIRST COUNT\n";
   return 2;
 }

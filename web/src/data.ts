@@ -79,16 +79,46 @@ export const kinds: Kind[] = [
   'shared-flid',
 ]
 
+export interface RawEnd {
+  guid: string
+  name: string
+  port: number
+}
+
+/** A cable as it is and as it will be; the upper end first. */
+export interface RawCable {
+  before: [RawEnd, RawEnd] | null
+  after: [RawEnd, RawEnd] | null
+}
+
+export interface RawStep {
+  id: number
+  action: 'swap' | 'move' | 'connect' | 'disconnect'
+  class: 'sure' | 'likely' | 'ask'
+  cables: RawCable[]
+  reason: string
+  alternatives: RawCable[][]
+}
+
+export interface Roots {
+  method: 'search' | 'inferred' | 'smdb' | 'regex'
+  misfits: number
+  /** Why the tree may be a wrong one; empty if nothing says so. */
+  doubt: string
+}
+
 export interface Result {
   tool: string
   input: string
   status: Status
   message: string
+  roots: Roots
   ranks: string[][]
   groups: RawGroup[]
   records: unknown[]
   issues: number
   findings: RawFinding[]
+  repairs: RawStep[]
 }
 
 /** GUID, name, rank (-1: not of the tree), links to hosts, up-links, down-links (-1: not known). */

@@ -8,6 +8,7 @@ import { startKeys } from './keys'
 import { ListView } from './list'
 import { modelOf } from './model'
 import { showHead } from './numbers'
+import { showRepairs } from './repairs'
 import { Store } from './state'
 import { startTheme } from './theme'
 import { startViews } from './views'
@@ -19,6 +20,7 @@ function start(): void {
   const app = { model, store }
   startTheme()
   showHead(app)
+  showRepairs(model)
   startViews(app)
   startCard(app)
   new ListView(app)

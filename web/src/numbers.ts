@@ -66,6 +66,12 @@ function kindTiles({ model, store }: App): HTMLElement[] {
 
 const longestInput = 200
 
+/** A line below the verdict, where there is something to tell. */
+function tell(id: string, text: string): void {
+  byId(id).hidden = text === ''
+  byId(id).textContent = cut(text, 2000)
+}
+
 export function showHead(app: App): void {
   const { model } = app
   const { result } = model
@@ -76,10 +82,11 @@ export function showHead(app: App): void {
   byId('verdict').textContent = verdict
   byId('verdict-sign').append(sign(signOf(model)))
   document.documentElement.dataset.verdict = signOf(model)
-  byId('message').hidden = result.message === ''
-  byId('message').textContent = cut(result.message, 2000)
+  tell('message', result.message)
+  tell('doubt', result.roots.doubt)
   byId('source').textContent =
     `${result.tool} · ${counted(result.records.length, 'error record')}, ` +
-    counted(result.issues, 'issue')
+    counted(result.issues, 'issue') +
+    (result.roots.method === 'inferred' ? ' · roots inferred from all cables' : '')
   byId('numbers').append(...tiles(app), ...kindTiles(app))
 }

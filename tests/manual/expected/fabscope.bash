@@ -17,11 +17,11 @@ _fabscope() {
   fi
   COMPREPLY=()
   if ((COMP_CWORD == 1)); then
-    _fabscope_words 'check diff generate convert -h --help --version'
+    _fabscope_words 'check repair diff generate convert -h --help --version'
     return
   fi
   case ${COMP_WORDS[1]}:$previous in
-    check:--roots) _fabscope_words 'auto smdb regex'; return ;;
+    check:--roots) _fabscope_words 'auto search inferred smdb regex'; return ;;
     check:--root-regex) return ;;
     check:--ranks) _fabscope_files; return ;;
     check:--retries) return ;;
@@ -39,7 +39,18 @@ _fabscope() {
     check:--prometheus) _fabscope_files; return ;;
     check:--log) _fabscope_files; return ;;
     check:--color) _fabscope_words 'auto always never'; return ;;
-    diff:--roots) _fabscope_words 'auto smdb regex'; return ;;
+    repair:--roots) _fabscope_words 'inferred smdb regex'; return ;;
+    repair:--root-regex) return ;;
+    repair:--ranks) _fabscope_files; return ;;
+    repair:--merge-percent) return ;;
+    repair:--special-nodes) return ;;
+    repair:--node-name-map) _fabscope_files; return ;;
+    repair:--show-guid) _fabscope_words 'none system node'; return ;;
+    repair:--csv) _fabscope_files; return ;;
+    repair:--json) _fabscope_files; return ;;
+    repair:--after) _fabscope_files; return ;;
+    repair:--verify) _fabscope_files; return ;;
+    diff:--roots) _fabscope_words 'auto search inferred smdb regex'; return ;;
     diff:--root-regex) return ;;
     diff:--ranks) _fabscope_files; return ;;
     diff:--retries) return ;;
@@ -48,6 +59,7 @@ _fabscope() {
     diff:--special-nodes) return ;;
     diff:--node-name-map) _fabscope_files; return ;;
     diff:--json) _fabscope_files; return ;;
+    diff:--plan) _fabscope_files; return ;;
     diff:--color) _fabscope_words 'auto always never'; return ;;
     generate:--xgft) return ;;
     generate:--levels) return ;;
@@ -66,7 +78,7 @@ _fabscope() {
     convert:--format) _fabscope_words 'document ibnetdiscover ibsim dot graphml slurm'; return ;;
     convert:--special-nodes) return ;;
     convert:--node-name-map) _fabscope_files; return ;;
-    convert:--roots) _fabscope_words 'auto smdb regex'; return ;;
+    convert:--roots) _fabscope_words 'auto search inferred smdb regex'; return ;;
     convert:--root-regex) return ;;
     convert:--ranks) _fabscope_files; return ;;
     convert:--retries) return ;;
@@ -76,7 +88,9 @@ _fabscope() {
   case ${COMP_WORDS[1]}:$current in
     check:-*) _fabscope_words '--roots --root-regex --ranks --retries --equal --merge-percent --special-nodes --node-name-map --show-guid --flids --dump --csv --json --html --svg --prometheus --log -q --quiet --color -h --help --version' ;;
     check:*) _fabscope_files ;;
-    diff:-*) _fabscope_words '--roots --root-regex --ranks --retries --equal --merge-percent --special-nodes --node-name-map --json -q --quiet --color -h --help --version' ;;
+    repair:-*) _fabscope_words '--roots --root-regex --ranks --merge-percent --special-nodes --node-name-map --show-guid --csv --json --after --verify -h --help --version' ;;
+    repair:*) _fabscope_files ;;
+    diff:-*) _fabscope_words '--roots --root-regex --ranks --retries --equal --merge-percent --special-nodes --node-name-map --json --plan -q --quiet --color -h --help --version' ;;
     diff:*) _fabscope_files ;;
     generate:-*) _fabscope_words '--xgft --levels --radix --pods --hosts-per-leaf --parallel --planes --flids --speed --fault --seed --truth -o --output --format -h --help --version' ;;
     convert:-*) _fabscope_words '-o --output --format --special-nodes --node-name-map --roots --root-regex --ranks --retries --equal --merge-percent -h --help --version' ;;

@@ -16,13 +16,13 @@ class AdviceTest : public StageTest {
     options.roots = roots;
     options.retries = retries;
     options.equalClassifications = equal;
-    if (roots == RootsFrom::Auto) {
+    if (roots == RootsFrom::Search) {
       EXPECT_NE(Topology().Build(errors, message, retries, equal), 0);
     }
     return AdviceOnBuilding(Topology(), options);
   }
 
-  RootsFrom roots = RootsFrom::Auto;
+  RootsFrom roots = RootsFrom::Search;
   int retries = 10;
   int equal = 2;
 };
@@ -123,6 +123,14 @@ TEST_F(AdviceTest, RanksWithoutRootsLackAFile) {
             "roots be found by themselves");
 }
 
+TEST_F(AdviceTest, CablesThatSayNothingLeaveTheNames) {
+  fabric.Switch("a").Switch("b");
+  roots = RootsFrom::Inferred;
+  EXPECT_EQ(Advice(),
+            "the cables do not look like a tree: name the roots with --root-regex ERE, for example "
+            "--root-regex '^a$' (switches are named a, b)");
+}
+
 TEST_F(AdviceTest, HostsBehindSpecialNodesAndDeadLinksDoNotCount) {
   fabric.Switch("root1").Switch("leaf1").Switch("leaf2").Cable("root1", "leaf1");
   fabric.Cable("root1", "leaf2");
@@ -142,11 +150,9 @@ TEST_F(AdviceTest, HostsBehindSpecialNodesAndDeadLinksDoNotCount) {
 // Advice on a tree that was built, from the roots that a test names.
 class TreeAdviceTest : public StageTest {
  protected:
-  std::string Advice(const std::vector<std::string>& roots, RootsFrom from = RootsFrom::Auto) {
+  std::string Advice(const std::vector<std::string>& roots, RootsFrom from = RootsFrom::Search) {
     RankFrom(roots);
-    CheckOptions options;
-    options.roots = from;
-    return AdviceOnTree(Topology(), options);
+    return AdviceOnTree(Topology(), from);
   }
 };
 
@@ -172,7 +178,7 @@ TEST_F(TreeAdviceTest, ARootWithACableToALowRankIsDoubted) {
   TestPeer::SetRanks(Topology(),
                      {Nodes({"root0", "root1"}), Nodes({"mid0.0", "mid0.1", "mid1.0", "mid1.1"}),
                       Nodes({"leaf0.0", "leaf0.1", "leaf1.0", "leaf1.1"})});
-  EXPECT_EQ(AdviceOnTree(Topology(), CheckOptions()),
+  EXPECT_EQ(AdviceOnTree(Topology(), RootsFrom::Search),
             std::string("root1 is a root but has a cable to a switch of a rank below the next: if "
                         "the roots are wrong, ") +
                 example);
@@ -187,8 +193,34 @@ TEST_F(TreeAdviceTest, AMiddleSwitchWithNothingBelowIsDoubted) {
                 example);
 }
 
+TEST_F(TreeAdviceTest, ASwitchOfASharedNameIsToldByItsGuid) {
+  AddThreeLevelTree(fabric, 2, 2, 2, 1, 1);
+  fabric.SwitchOfGuid(0x77, "leaf0.1").Host("host").Cable("leaf0.1", "host");
+  fabric.Cable("leaf0.1", "mid0.0");
+  EXPECT_EQ(Advice({"root0", "root1", "leaf0.1"}),
+            std::string("leaf0.1 (0x0000000000000077) is a root but leads to hosts: if the roots "
+                        "are wrong, ") +
+                example);
+}
+
+TEST_F(TreeAdviceTest, ASwitchOutsideTheTreeOfASharedNameIsToldByItsGuid) {
+  fabric.SwitchOfGuid(0x77, "alone").SwitchOfGuid(0x88, "alone");
+  AddTwoLevelTree(fabric, 2, 3, 1);
+  EXPECT_EQ(Advice({"root0", "root1"}),
+            "2 of 7 switches have no rank and were not checked, the first is alone "
+            "(0x0000000000000077)");
+}
+
+TEST_F(TreeAdviceTest, InferredRootsAreDoubtedAlike) {
+  AddThreeLevelTree(fabric, 2, 2, 2, 1, 1);
+  EXPECT_EQ(
+      Advice({"root0", "root1", "leaf0.1"}, RootsFrom::Inferred),
+      std::string("leaf0.1 is a root but leads to hosts: if the roots are wrong, ") + example);
+}
+
 TEST_F(TreeAdviceTest, RootsThatTheUserNamedAreNotDoubted) {
   AddThreeLevelTree(fabric, 2, 2, 2, 1, 1);
+  EXPECT_EQ(Advice({"root0", "root1", "leaf0.1"}, RootsFrom::Smdb), "");
   EXPECT_EQ(Advice({"root0", "root1", "leaf0.1"}, RootsFrom::Regex), "");
 }
 
@@ -200,9 +232,28 @@ TEST_F(TreeAdviceTest, SwitchesThatAreNotPartOfTheTreeAreCounted) {
             "3 of 8 switches have no rank and were not checked, the first is alone");
 }
 
+TEST_F(TreeAdviceTest, SwitchesOfOtherPlanesAreNotMissed) {
+  AddTwoLevelTree(fabric, 2, 3, 1);
+  for (const int plane : {1, 2}) {
+    NodeSpec spec;
+    spec.name = "alone" + std::to_string(plane);
+    spec.suitablePlane = plane;
+    fabric.Node(spec);
+  }
+  EXPECT_EQ(Advice({"root0", "root1"}),
+            "1 of 6 switches have no rank and were not checked, the first is alone1");
+}
+
+TEST_F(TreeAdviceTest, WithoutRootsSwitchesOfAnyPlaneAreMissed) {
+  AddTwoLevelTree(fabric, 2, 3, 1);
+  TestPeer::SetRanks(Topology(), {{}, Nodes({"leaf0", "leaf1", "leaf2"})});
+  EXPECT_EQ(AdviceOnTree(Topology(), RootsFrom::Regex),
+            "2 of 5 switches have no rank and were not checked, the first is root0");
+}
+
 TEST_F(TreeAdviceTest, ATreeWithoutRanksIsLeftToTheStage) {
   AddTwoLevelTree(fabric, 2, 3, 1);
-  EXPECT_EQ(AdviceOnTree(Topology(), CheckOptions()), "");
+  EXPECT_EQ(AdviceOnTree(Topology(), RootsFrom::Search), "");
 }
 
 }  // namespace

@@ -15,6 +15,7 @@ class JsonReportTest : public StageTest {
  protected:
   void Check(const std::string& rootRegex) {
     result.input = "dir/my \"fabric\".json";
+    result.roots.method = RootsFrom::Regex;
     result.topology = std::make_unique<FTTopology>(&fabric.Build(), &out, mergePercent);
     regExp regex(rootRegex);
     result.topology->SetFindingSink(
@@ -46,6 +47,7 @@ class JsonReportTest : public StageTest {
 
   const std::string head = std::string(R"({"format":"fabscope-result","version":1,"tool":")") +
                            GetToolVersion() + R"(","input":"dir/my \"fabric\".json",)";
+  const std::string roots = R"("roots":{"method":"regex","misfits":0,"doubt":""},)";
   CheckResult result;
 };
 
@@ -54,7 +56,7 @@ TEST_F(JsonReportTest, TellsRanksGroupsAndTheReportOfACleanFabric) {
   Check("^root");
   const std::string group = Id(0);
   const std::string hood = Id(1);
-  EXPECT_EQ(Json(), head + R"("status":"clean","message":"","ranks":[
+  EXPECT_EQ(Json(), head + R"("status":"clean","message":"",)" + roots + R"("ranks":[
 ["0x0000000000000001"],
 ["0x0000000000000002"],
 ["0x0000000000000003"]],"groups":[
@@ -66,7 +68,7 @@ TEST_F(JsonReportTest, TellsRanksGroupsAndTheReportOfACleanFabric) {
                         hood + R"(,"rank":1,"spines":["0x0000000000000002"],)" +
                         R"("lines":["0x0000000000000003"],)" +
                         R"("totalSpineUplinks":1,"totalInternalLinks":1}],"records":[],)" +
-                        R"("issues":0,"findings":[],"report":[
+                        R"("issues":0,"findings":[],"repairs":[],"report":[
 "-I- Detecting roots by the regular exp: ^root",
 "3 level Fat-Tree was discovered: ",
 "\u0009 rank: 0(Roots) #switches: 1",
@@ -104,7 +106,7 @@ TEST_F(JsonReportTest, TellsUplinksAndInternalLinksOfAGroupApart) {
             R"({"kind":"neighborhood","id":)" + Id(1) +
                 R"(,"rank":1,"spines":["0x0000000000000003"],"lines":["0x0000000000000004"],)" +
                 R"("totalSpineUplinks":2,"totalInternalLinks":1}],"records":[],"issues":0,)" +
-                R"("findings":[],"report":[)");
+                R"("findings":[],"repairs":[],"report":[)");
 }
 
 TEST_F(JsonReportTest, TellsRecordsWithEventAndLevel) {
@@ -119,7 +121,8 @@ TEST_F(JsonReportTest, TellsRecordsWithEventAndLevel) {
                 hood + R"j( : invalid link between switches (root0 port: 4) and (root1 port: 4)"},
 {"event":"MISSING_LINK","level":3,"description":"Neighborhood )j" +
                 hood + R"j(: missing link between switches (root1) and (leaf)"}],"issues":4,)j");
-  EXPECT_EQ(json.substr(0, json.find(R"("ranks")")), head + R"("status":"findings","message":"",)");
+  EXPECT_EQ(json.substr(0, json.find(R"("ranks")")),
+            head + R"("status":"findings","message":"",)" + roots);
 }
 
 TEST_F(JsonReportTest, TellsFindingsRecordsFirst) {
@@ -129,7 +132,7 @@ TEST_F(JsonReportTest, TellsFindingsRecordsFirst) {
   const std::string hood = Id(0);
   const std::string json = Json();
   const std::string start = R"(,"groupKind":"neighborhood","groups":[)" + hood + R"(],"issues":)";
-  EXPECT_EQ(json.substr(0, json.find(R"("report")")).substr(json.find(R"("findings":)")),
+  EXPECT_EQ(json.substr(0, json.find(R"("repairs")")).substr(json.find(R"("findings":)")),
             R"("findings":[
 {"kind":"missing-link","level":3)" +
                 start + R"(0,"spine":"0x0000000000000002","line":"0x0000000000000005"},
@@ -139,6 +142,23 @@ TEST_F(JsonReportTest, TellsFindingsRecordsFirst) {
 {"kind":"uneven-links","level":3)" +
                 start + R"(2,"set":"lines","direction":"up","expected":2,)" +
                 R"("counts":[{"count":1,"switches":["0x0000000000000005"]}]}],)");
+}
+
+TEST_F(JsonReportTest, TellsWhichRootsWereUsedAndWhatSpeaksAgainstThem) {
+  fabric.Switch("a");
+  Check("a");
+  const auto toldRoots = [this](const RootsUsed& used) {
+    result.roots = used;
+    const std::string json = Json();
+    const std::size_t start = json.find(R"("roots":)");
+    return json.substr(start, json.find(R"("ranks":)") - start);
+  };
+  EXPECT_EQ(toldRoots({RootsFrom::Search, 0, "", ""}),
+            R"("roots":{"method":"search","misfits":0,"doubt":""},)");
+  EXPECT_EQ(toldRoots({RootsFrom::Inferred, 12, "-W- Roots: ...", "a \"leaf\""}),
+            R"("roots":{"method":"inferred","misfits":12,"doubt":"a \"leaf\""},)");
+  EXPECT_EQ(toldRoots({RootsFrom::Smdb, 3, "", ""}),
+            R"("roots":{"method":"smdb","misfits":3,"doubt":""},)");
 }
 
 TEST_F(JsonReportTest, RecordsOrIssuesAloneAreFindings) {
@@ -161,11 +181,14 @@ TEST_F(JsonReportTest, RecordsOrIssuesAloneAreFindings) {
 TEST_F(JsonReportTest, OfATreeThatWasNotBuiltHoldsTheMessage) {
   fabric.Switch("a");
   Check("^nothing");
-  EXPECT_EQ(Json(), head +
-                        R"("status":"failed","message":"Cannot build Fat-Tree topology. )"
-                        R"(Failed to fill tree's ranks by the regular expression: )"
-                        R"(No root was provided for creating topology",)"
-                        R"("ranks":[],"groups":[],"records":[],"issues":0,"findings":[],"report":[
+  EXPECT_EQ(
+      Json(),
+      head +
+          R"("status":"failed","message":"Cannot build Fat-Tree topology. )"
+          R"(Failed to fill tree's ranks by the regular expression: )"
+          R"(No root was provided for creating topology",)" +
+          roots +
+          R"("ranks":[],"groups":[],"records":[],"issues":0,"findings":[],"repairs":[],"report":[
 "-I- Detecting roots by the regular exp: ^nothing"]}
 )");
 }
@@ -173,10 +196,11 @@ TEST_F(JsonReportTest, OfATreeThatWasNotBuiltHoldsTheMessage) {
 TEST_F(JsonReportTest, OfATreeThatWasNotValidatedHoldsWhatThereWasUntilThen) {
   fabric.Switch("a");
   Check("a");
-  EXPECT_EQ(Json(), head + R"("status":"failed","message":"Cannot validate Fat-Tree topology. )"
-                           R"(Cannot calculate Up/Down links. It is not a Fat-Tree topology",)"
-                           R"("ranks":[
-["0x0000000000000001"]],"groups":[],"records":[],"issues":0,"findings":[],"report":[
+  EXPECT_EQ(Json(), head +
+                        R"("status":"failed","message":"Cannot validate Fat-Tree topology. )"
+                        R"(Cannot calculate Up/Down links. It is not a Fat-Tree topology",)" +
+                        roots + R"("ranks":[
+["0x0000000000000001"]],"groups":[],"records":[],"issues":0,"findings":[],"repairs":[],"report":[
 "-I- Detecting roots by the regular exp: a",
 "1 level Fat-Tree was discovered: ",
 "\u0009 rank: 0(Roots) #switches: 1"]}

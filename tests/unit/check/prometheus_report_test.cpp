@@ -50,6 +50,15 @@ fabscope_switches_outside{fabric="net.topo"} 1
 # TYPE fabscope_groups gauge
 fabscope_groups{fabric="net.topo",group_kind="neighborhood"} 1
 fabscope_groups{fabric="net.topo",group_kind="connectivity group"} 0
+# HELP fabscope_roots_inferred Whether the roots are inferred from all cables: 1, else 0.
+# TYPE fabscope_roots_inferred gauge
+fabscope_roots_inferred{fabric="net.topo"} 0
+# HELP fabscope_roots_misfits Cables that must go plus cables that lack until the tree is proper.
+# TYPE fabscope_roots_misfits gauge
+fabscope_roots_misfits{fabric="net.topo"} 0
+# HELP fabscope_roots_doubted Whether something speaks against the tree: 1, else 0.
+# TYPE fabscope_roots_doubted gauge
+fabscope_roots_doubted{fabric="net.topo"} 0
 # HELP fabscope_error_records Wrong and missing cables.
 # TYPE fabscope_error_records gauge
 fabscope_error_records{fabric="net.topo"} 1
@@ -91,6 +100,15 @@ TEST_F(PrometheusReportTest, ALinkBetweenTwoGroupsCountsForEach) {
   for (const FTNeighborhood* group : result.topology->GetNeighborhoods()[0]) {
     EXPECT_THAT(numbers, HasSubstr(ofGroup + '"' + std::to_string(group->GetId()) + "\"} 1"));
   }
+}
+
+TEST_F(PrometheusReportTest, RootsAreToldByMethodMisfitsAndDoubt) {
+  AddTwoLevelTree(fabric, 1, 1, 1);
+  result.roots = {RootsFrom::Inferred, 7, "", "something"};
+  const std::string numbers = Numbers("^root");
+  EXPECT_THAT(numbers, HasSubstr("fabscope_roots_inferred{fabric=\"net.topo\"} 1\n"));
+  EXPECT_THAT(numbers, HasSubstr("fabscope_roots_misfits{fabric=\"net.topo\"} 7\n"));
+  EXPECT_THAT(numbers, HasSubstr("fabscope_roots_doubted{fabric=\"net.topo\"} 1\n"));
 }
 
 TEST_F(PrometheusReportTest, TheNameOfTheFabricCannotEndItsLabel) {

@@ -226,7 +226,7 @@ TEST_F(RunCheckTest, RecordsUntilAFailureAreKept) {
 }
 
 TEST_F(RunCheckTest, AgreementIsSoughtAmongAsManyLeavesAsMayBeTried) {
-  options.roots = RootsFrom::Auto;
+  options.roots = RootsFrom::Search;
   options.retries = 1;
   options.equalClassifications = 2;
   EXPECT_EQ(Check(Dump("tree-32h.topo")).status, CheckStatus::Done);
@@ -238,6 +238,33 @@ TEST_F(RunCheckTest, AgreementIsSoughtAmongAsManyLeavesAsMayBeTried) {
             "retries");
   options.retries = 2;
   EXPECT_EQ(Check(Dump("tree-32h.topo")).status, CheckStatus::Done);
+}
+
+TEST_F(RunCheckTest, TheWayToTheRootsIsKeptWhateverBecomesOfTheCheck) {
+  const std::string bad = File("bad", "x\n");
+  for (const RootsFrom method : {RootsFrom::Search, RootsFrom::Inferred, RootsFrom::Smdb}) {
+    options.roots = method;
+    EXPECT_EQ(Check(Document()).roots.method, method);
+    EXPECT_EQ(Check(bad).roots.method, method);
+  }
+  options.roots = RootsFrom::Auto;
+  EXPECT_EQ(Check(bad).roots.method, RootsFrom::Search);
+}
+
+TEST_F(RunCheckTest, ATreeThatLeavesSwitchesOutIsDoubted) {
+  EXPECT_EQ(Check(Document()).roots.doubt, "");
+  options.roots = RootsFrom::Search;
+  const std::string dump = Dump("tree-32h.topo");
+  EXPECT_EQ(Check(dump).roots.doubt, "");
+  options.roots = RootsFrom::Regex;
+  options.rootRegex = std::make_shared<regExp>("^two$");
+  const std::string fabric = File("apart.json", R"({"format":"fabscope-fabric","version":1,"nodes":[
+{"guid":"0x1","type":"switch","name":"one","numPorts":1},
+{"guid":"0x2","type":"switch","name":"two","numPorts":1},
+{"guid":"0x3","type":"switch","name":"three","numPorts":1}],"links":[
+{"a":"0x1","aPort":1,"b":"0x2","bPort":1}]})");
+  EXPECT_EQ(Check(fabric).roots.doubt,
+            "1 of 3 switches have no rank and were not checked, the first is three");
 }
 
 TEST_F(RunCheckTest, GroupsAreMergedAtThePercentageAskedFor) {

@@ -58,6 +58,15 @@ TEST(TextReportTest, ShowsTheDumpBetweenRecordsAndClosingLine) {
             "\n-I- Fat-tree check: 1 error records, 0 issues\n");
 }
 
+TEST(TextReportTest, TheNoticeOfRootsStandsOnTopAlsoWhenQuiet) {
+  CheckResult result = FinishedCheck();
+  result.roots.notice = "-W- Roots: others are used";
+  std::ostringstream stream;
+  WriteTextReport(result, {.quiet = true, .color = true}, stream);
+  EXPECT_EQ(stream.str(),
+            "\033[33m-W-\033[0m Roots: others are used\nbuilt\nlevels\nvalidated\n\n");
+}
+
 TEST(TextReportTest, OfATreeThatWasNotBuiltEndsWithWhatBuildingWrote) {
   CheckResult result;
   result.status = CheckStatus::NotBuilt;

@@ -61,13 +61,15 @@ TEST_F(CheckOptionsTest, LeadingZerosDoNotMakeANumberLarger) {
   EXPECT_EQ(arguments.options.retries, 7);
 }
 
-TEST_F(CheckOptionsTest, RootsNamesItsThreeWays) {
-  for (const char* value : {"auto", "smdb", "regex"}) {
+TEST_F(CheckOptionsTest, RootsNamesItsFiveWays) {
+  for (const char* value : {"auto", "search", "inferred", "smdb", "regex"}) {
     EXPECT_EQ(Take("--roots", value), std::nullopt);
     EXPECT_EQ(arguments.roots, value);
   }
   for (const char* value : {"", "Auto", "regexp"}) {
-    EXPECT_THAT(Take("--roots", value), Optional(Eq("expected auto, smdb or regex"))) << value;
+    EXPECT_THAT(Take("--roots", value),
+                Optional(Eq("expected auto, search, inferred, smdb or regex")))
+        << value;
   }
 }
 
@@ -155,19 +157,67 @@ TEST_F(CheckOptionsTest, RootsMaySayWhatTheOtherOptionSays) {
 }
 
 TEST_F(CheckOptionsTest, RootsMayNotSayOtherwise) {
-  for (const std::string value : {"auto", "smdb"}) {
+  for (const std::string value : {"auto", "search", "inferred", "smdb"}) {
     arguments = {};
     EXPECT_EQ(Take("--root-regex", "^spine"), std::nullopt);
     EXPECT_EQ(Take("--roots", value), std::nullopt);
     EXPECT_EQ(Settle(), "--roots " + value +
                             " and --root-regex contradict each other: allowed is --roots regex");
   }
-  for (const std::string value : {"auto", "regex"}) {
+  for (const std::string value : {"auto", "search", "inferred", "regex"}) {
     arguments = {};
     EXPECT_EQ(Take("--ranks", "ranks.csv"), std::nullopt);
     EXPECT_EQ(Take("--roots", value), std::nullopt);
     EXPECT_EQ(Settle(),
               "--roots " + value + " and --ranks contradict each other: allowed is --roots smdb");
+  }
+}
+
+TEST_F(CheckOptionsTest, RootsByThemselvesComeTheWayThatIsAskedFor) {
+  const std::map<std::string, RootsFrom> ways{
+      {"auto", RootsFrom::Auto}, {"search", RootsFrom::Search}, {"inferred", RootsFrom::Inferred}};
+  for (const auto& [value, way] : ways) {
+    arguments = {};
+    EXPECT_EQ(Take("--roots", value), std::nullopt);
+    ASSERT_EQ(Settle(), std::nullopt);
+    EXPECT_EQ(arguments.options.roots, way) << value;
+  }
+}
+
+TEST_F(CheckOptionsTest, InferredRootsNeedNoLeavesToAgree) {
+  EXPECT_EQ(Take("--equal", "3"), std::nullopt);
+  EXPECT_EQ(Take("--roots", "inferred"), std::nullopt);
+  EXPECT_THAT(Settle(), Optional(Eq("--roots inferred and --equal 3 contradict each other: allowed "
+                                    "is --roots auto or search")));
+  arguments = {};
+  EXPECT_EQ(Take("--roots", "inferred"), std::nullopt);
+  EXPECT_EQ(Take("--retries", "10"), std::nullopt);
+  EXPECT_THAT(Settle(), Optional(Eq("--roots inferred and --retries 10 contradict each other: "
+                                    "allowed is --roots auto or search")));
+}
+
+TEST_F(CheckOptionsTest, WhatTheSearchLooksAtMayStandBesideOtherRoots) {
+  for (const char* value : {"auto", "search", "smdb"}) {
+    arguments = {};
+    EXPECT_EQ(Take("--roots", value), std::nullopt);
+    EXPECT_EQ(Take("--equal", "3"), std::nullopt);
+    EXPECT_EQ(Take("--retries", "3"), std::nullopt);
+    EXPECT_EQ(Settle(), std::nullopt) << value;
+  }
+  arguments = {};
+  EXPECT_EQ(Take("--root-regex", "^spine"), std::nullopt);
+  EXPECT_EQ(Take("--equal", "3"), std::nullopt);
+  EXPECT_EQ(Settle(), std::nullopt);
+}
+
+TEST_F(CheckOptionsTest, MisfitsAreCountedForOutputsThatTellThem) {
+  ASSERT_EQ(Settle(), std::nullopt);
+  EXPECT_FALSE(arguments.options.wantMisfits);
+  for (const char* option : {"--json", "--html", "--prometheus"}) {
+    arguments = {};
+    EXPECT_EQ(Take(option, "file"), std::nullopt);
+    ASSERT_EQ(Settle(), std::nullopt);
+    EXPECT_TRUE(arguments.options.wantMisfits) << option;
   }
 }
 

@@ -86,15 +86,15 @@ Tries things.
   FABRIC  topology dump or fabric document, also gzip; - for standard input
 
 Group:
-  -a, --all                    all of them
-  --one first|second           a help that is so long that it does not fit into
-                               what is left of its line
+  -a, --all                     all of them
+  --one first|second            a help that is so long that it does not fit into
+                                what is left of its line
   --a-name-and-its-value AND-BOTH
-                               stand above the help
+                                stand above the help
 
 Help:
-  -h, --help                   this help
-  --version                    the version of fabscope
+  -h, --help                    this help
+  --version                     the version of fabscope
 
 Exit status: 0 yes, 1 no
 )");
@@ -111,8 +111,8 @@ Commands (fabscope COMMAND --help tells more):
   try         Tries things.
 
 Help:
-  -h, --help                   this help
-  --version                    the version of fabscope
+  -h, --help                    this help
+  --version                     the version of fabscope
 
 Exit status: 0 yes, 1 no
 )");

@@ -220,6 +220,43 @@ TEST_F(TopologyTest, BuildByExpressionPassesOnThePickersFailure) {
             "NULL pointer was found in fabric's switches");
 }
 
+// --- Given roots.
+
+TEST_F(TopologyTest, BuildFromGivenRootsRanksFromThemAndWritesNothing) {
+  fabric.Switch("leaf").Switch("b").Switch("a").Cable("b", "leaf").Cable("a", "leaf");
+  FTTopology::Show_GUID = 2;
+  ASSERT_EQ(Topology().Build(errors, message, Nodes({"a", "b"})), 0);
+  EXPECT_EQ(RankNames(), (std::vector<Names>{{"b", "a"}, {"leaf"}}));
+  EXPECT_EQ(message, "");
+  EXPECT_EQ(TakeOutput(), "");
+}
+
+TEST_F(TopologyTest, TheFirstGivenRootFixesThePlane) {
+  fabric.Node(OnPlane(Spec("not given"), 3));
+  fabric.Node(OnPlane(Spec("first"), 2));
+  fabric.Node(OnPlane(Spec("other plane"), 1));
+  fabric.Node(OnPlane(Spec("both planes"), 1, {1, 2}));
+  ASSERT_EQ(Topology().Build(errors, message, Nodes({"first", "other plane", "both planes"})), 0);
+  EXPECT_EQ(RankNames(), (std::vector<Names>{{"first", "both planes"}}));
+}
+
+TEST_F(TopologyTest, BuildFromGivenRootsFailsWithoutAny) {
+  fabric.Switch("a");
+  EXPECT_EQ(Topology().Build(errors, message, NodeSet()), 9);
+  EXPECT_EQ(message,
+            "Cannot build Fat-Tree topology. Failed to fill tree's ranks by the given roots: "
+            "No root was provided for creating topology");
+}
+
+TEST_F(TopologyTest, BuildFromGivenRootsPassesOnThePickersFailure) {
+  fabric.Switch("a");
+  fabric.Build().switches.insert(nullptr);
+  EXPECT_EQ(Topology().Build(errors, message, Nodes({"a"})), 4);
+  EXPECT_EQ(message,
+            "Cannot build Fat-Tree topology. Failed to find the given roots: "
+            "NULL pointer was found in fabric's switches");
+}
+
 TEST_F(TopologyTest, AFailureMessageCarriesAllThatWentWrongBefore) {
   fabric.Switch("a");
   EXPECT_EQ(Topology().GetNodesOnRank(5), nullptr);

@@ -567,9 +567,7 @@ TEST(FabricDocumentErrorsTest, ADocumentWithoutOneOfItsBytesNeverPassesForAnothe
 }
 
 TEST(FabricDocumentErrorsTest, OnlyAnObjectIsADocument) {
-  EXPECT_EQ(Error("[]"),
-            "net.json:1:1: malformed JSON: The JSON element does not have the "
-            "requested type.");
+  EXPECT_EQ(Error("[]"), "net.json:1:1: expected an object: the document");
 }
 
 }  // namespace

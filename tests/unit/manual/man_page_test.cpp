@@ -86,8 +86,8 @@ TEST(ManPageTest, ThePageOfTheToolLeadsToThoseOfItsCommands) {
   const std::string page = ManPage(toolText, CommandTexts());
   EXPECT_THAT(page, HasSubstr(".SH COMMANDS\n.TP\n\\fBcheck\\fR\nChecks the cabling"));
   EXPECT_THAT(page, HasSubstr(".SH SEE ALSO\n\\fBfabscope\\-check\\fR(1), "
-                              "\\fBfabscope\\-diff\\fR(1), \\fBfabscope\\-generate\\fR(1), "
-                              "\\fBfabscope\\-convert\\fR(1)\n"));
+                              "\\fBfabscope\\-repair\\fR(1), \\fBfabscope\\-diff\\fR(1), "
+                              "\\fBfabscope\\-generate\\fR(1), \\fBfabscope\\-convert\\fR(1)\n"));
 }
 
 TEST(ManPageTest, EveryOptionHasItsPlace) {

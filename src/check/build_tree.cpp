@@ -1,0 +1,122 @@
+// Which roots a tree is built from.
+//
+// The search asks leaves for their view of the fabric and is cheap, but leaves near a wrong cable
+// can agree on wrong roots. Ranks inferred from all cables at once are not misled so easily, and
+// cost more. So the search goes first. Where its tree fits every cable, it is right, and nothing
+// else is looked at. Otherwise both trees are measured by what would have to change in the fabric
+// until it is a proper tree of their ranks, and the inferred one must be strictly better: what the
+// search finds is what users know.
+
+#include "check/build_tree.h"
+
+#include <cstdint>
+
+#include "check/checked_tree.h"
+#include "fat_tree/status.h"
+#include "formats/text_fields.h"
+#include "repair/inferred_ranks.h"
+
+namespace fabscope {
+namespace {
+
+NodeSet InferRoots(const IBFabric& fabric) {
+  const TreeRanks ranks = InferRanks(fabric);
+  NodeSet roots;
+  if (ranks.levels == 0) return roots;
+  for (const IBNode* node : fabric.switches) {
+    if (ranks.ofNode.at(node->index) == 0) roots.insert(node);
+  }
+  return roots;
+}
+
+std::uint64_t MisfitsOf(const FTTopology& topology) {
+  return CountMisfits(topology.GetFabric(), RanksOf(topology));
+}
+
+// Of one rank there is nothing to check.
+bool HasRanks(const BuiltTree& tree) {
+  return tree.isBuilt && tree.topology->GetRanks().size() > 1;
+}
+
+std::string NoticeOf(const BuiltTree& searched, const BuiltTree& inferred) {
+  if (!searched.isBuilt) {
+    return "-W- Roots: distance classifications give none (" + CleanText(searched.message) +
+           "); inferred roots are used";
+  }
+  return "-W- Roots: distance classifications leave " + std::to_string(searched.roots.misfits) +
+         " misfits, the inferred roots " + std::to_string(inferred.roots.misfits) +
+         "; these are used (--roots search for the former)";
+}
+
+class TreeBuilder {
+ public:
+  TreeBuilder(const IBFabric& fabric, const CheckOptions& options, std::ostringstream& stream,
+              std::vector<FabricErrGeneral*>& records)
+      : fabric_(fabric), options_(options), stream_(stream), records_(records) {}
+
+  BuiltTree Build() {
+    if (options_.roots == RootsFrom::Auto) return BuildBest();
+    BuiltTree tree = BuildFrom(options_.roots);
+    if (tree.isBuilt && options_.wantMisfits) tree.roots.misfits = MisfitsOf(*tree.topology);
+    return tree;
+  }
+
+ private:
+  BuiltTree BuildBest();
+  BuiltTree BuildFrom(RootsFrom method);
+  int BuildFrom(RootsFrom method, FTTopology& topology, std::string& message);
+
+  const IBFabric& fabric_;
+  const CheckOptions& options_;
+  std::ostringstream& stream_;
+  std::vector<FabricErrGeneral*>& records_;
+};
+
+BuiltTree TreeBuilder::BuildBest() {
+  BuiltTree searched = BuildFrom(RootsFrom::Search);
+  if (searched.isBuilt) {
+    searched.roots.misfits = MisfitsOf(*searched.topology);
+    if (searched.roots.misfits == 0) return searched;
+  }
+  BuiltTree inferred = BuildFrom(RootsFrom::Inferred);
+  if (!HasRanks(inferred)) return searched;
+  inferred.roots.misfits = MisfitsOf(*inferred.topology);
+  if (searched.isBuilt && inferred.roots.misfits >= searched.roots.misfits) return searched;
+  inferred.roots.notice = NoticeOf(searched, inferred);
+  return inferred;
+}
+
+// A topology is built once, and its messages tell all that went before: so each has its own.
+BuiltTree TreeBuilder::BuildFrom(RootsFrom method) {
+  BuiltTree tree;
+  tree.roots.method = method;
+  tree.topology = std::make_unique<FTTopology>(&fabric_, &stream_, options_.mergePercent);
+  tree.isBuilt = BuildFrom(method, *tree.topology, tree.message) == StatusSuccess;
+  tree.output = stream_.str();
+  stream_.str({});
+  return tree;
+}
+
+int TreeBuilder::BuildFrom(RootsFrom method, FTTopology& topology, std::string& message) {
+  switch (method) {
+    case RootsFrom::Smdb:
+      return topology.Build(records_, message);
+    case RootsFrom::Regex:
+      return topology.Build(records_, message, *options_.rootRegex);
+    case RootsFrom::Inferred:
+      return topology.Build(records_, message, InferRoots(fabric_));
+    case RootsFrom::Auto:
+    case RootsFrom::Search:
+      break;
+  }
+  return topology.Build(records_, message, options_.retries, options_.equalClassifications);
+}
+
+}  // namespace
+
+BuiltTree BuildTree(const IBFabric& fabric, const CheckOptions& options, std::ostringstream& stream,
+                    std::vector<FabricErrGeneral*>& records) {
+  return TreeBuilder(fabric, options, stream, records).Build();
+}
+
+}  // namespace fabscope

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <sstream>
+#include <string>
+
+#include "fabric/ib_fabric.h"
+#include "fat_tree/findings.h"
+#include "fat_tree/topology.h"
+#include "repair/repair_plan.h"
+
+namespace fabscope {
+
+// A fabric checked with roots that are known. The topology reads the fabric, which must outlive it.
+struct CheckedTree {
+  std::string problem;  // why it could not be built or validated; empty if it could
+  std::unique_ptr<std::ostringstream> stream;  // what `topology` writes to
+  std::unique_ptr<FTTopology> topology;
+  std::deque<Finding> findings;  // a finding for each record, then those that the issues count
+  std::size_t records = 0;
+  std::uint64_t issues = 0;
+};
+
+// Switches of rank 0 are the roots. As in every check the other ranks follow from the distance to
+// them.
+CheckedTree CheckTree(const IBFabric& fabric, const TreeRanks& ranks, int mergePercent);
+
+// The ranks of a tree that was built.
+TreeRanks RanksOf(const FTTopology& topology);
+
+}  // namespace fabscope

@@ -1,0 +1,65 @@
+#include "check/load_input.h"
+
+#include <iterator>
+#include <string_view>
+#include <unordered_map>
+
+#include "fabric/fabric_builder.h"
+#include "formats/load_fabric.h"
+#include "formats/side_files.h"
+
+namespace fabscope {
+namespace {
+
+std::size_t CountSwitchesOfSharedName(const IBFabric& fabric) {
+  std::unordered_map<std::string_view, std::size_t> counts;
+  for (const IBNode* node : fabric.switches) ++counts[node->name];
+  std::size_t shared = 0;
+  for (const auto& [name, count] : counts) shared += count > 1 ? count : 0;
+  return shared;
+}
+
+// Reads one of the files that go with a fabric, and keeps its warnings.
+template <typename Read>
+bool LoadFile(const std::string& path, LoadedInput& input, Read read) {
+  Warnings warnings;
+  input.error = read(warnings);
+  if (input.error) return false;
+  std::vector<std::string> lines = warnings.Lines(path == "-" ? "<stdin>" : path);
+  std::move(lines.begin(), lines.end(), std::back_inserter(input.warnings));
+  return true;
+}
+
+// The name map comes first: its names decide the order of a dump's nodes.
+bool LoadFiles(const CheckOptions& options, FabricBuilder& builder, LoadedInput& input) {
+  NodeNameMap names;
+  if (!options.nodeNameMap.empty()) {
+    input.error = LoadNodeNameMap(options.nodeNameMap, names);
+    if (input.error) return false;
+  }
+  const bool loaded = LoadFile(options.fabric, input, [&](Warnings& warnings) {
+    return LoadFabric(options.fabric, &names, options.specialNodes.get(), builder, warnings);
+  });
+  if (!loaded) return false;
+  if (!options.ranks.empty() && !LoadFile(options.ranks, input, [&](Warnings& warnings) {
+        return LoadRanks(options.ranks, builder, warnings);
+      })) {
+    return false;
+  }
+  return options.flids.empty() || LoadFile(options.flids, input, [&](Warnings& warnings) {
+           return LoadFlids(options.flids, builder, warnings);
+         });
+}
+
+}  // namespace
+
+LoadedInput LoadInput(const CheckOptions& options) {
+  LoadedInput input;
+  FabricBuilder builder;
+  if (!LoadFiles(options, builder, input)) return input;
+  input.fabric = builder.Build();
+  input.switchesOfSharedName = CountSwitchesOfSharedName(*input.fabric);
+  return input;
+}
+
+}  // namespace fabscope

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "check/checked_tree.h"
+#include "fabric/ib_fabric.h"
+#include "repair/repair_plan.h"
+
+namespace fabscope {
+
+// A plan, and what a check says of the fabric once it is carried out.
+struct ProvenPlan {
+  RepairPlan plan;
+  std::string problem;                 // why there is no proof; empty if there is
+  std::unique_ptr<IBFabric> repaired;  // null when the steps cannot be done
+  CheckedTree after;                   // of `repaired`
+};
+
+// Carries the plan out on a copy of the fabric, and checks that with the roots of the plan.
+ProvenPlan ProvePlan(const IBFabric& fabric, RepairPlan plan, int mergePercent);
+
+}  // namespace fabscope

@@ -1,0 +1,107 @@
+#include "check/repair_run.h"
+
+#include <utility>
+
+#include "check/advice.h"
+#include "check/load_input.h"
+#include "check/root_names.h"
+#include "fat_tree/status.h"
+#include "repair/find_repairs.h"
+
+namespace fabscope {
+namespace {
+
+class RepairRun {
+ public:
+  explicit RepairRun(const CheckOptions& options) : options_(options) {
+    result_.input = options.fabric;
+    FTTopology::Show_GUID = options.showGuid;
+  }
+
+  RepairResult Run() {
+    if (Load() && FindPlan() && CheckAsItIs()) Prove();
+    return std::move(result_);
+  }
+
+ private:
+  bool Load();
+  bool FindPlan();
+  bool FindPlanOfNamedRoots();
+  bool CheckAsItIs();
+  void Prove();
+
+  // A few wrong cables mislead the search by distances, and they are what is looked for.
+  RootsFrom MethodUsed() const {
+    switch (options_.roots) {
+      case RootsFrom::Smdb:
+      case RootsFrom::Regex:
+        return options_.roots;
+      case RootsFrom::Auto:
+      case RootsFrom::Search:
+      case RootsFrom::Inferred:
+        break;
+    }
+    return RootsFrom::Inferred;
+  }
+  bool Fail(std::string message) {
+    result_.message = std::move(message);
+    return false;
+  }
+
+  const CheckOptions& options_;
+  RepairResult result_;
+};
+
+bool RepairRun::Load() {
+  LoadedInput input = LoadInput(options_);
+  result_.inputError = std::move(input.error);
+  result_.warnings = std::move(input.warnings);
+  result_.switchesOfSharedName = input.switchesOfSharedName;
+  result_.fabric = std::move(input.fabric);
+  return !result_.inputError;
+}
+
+bool RepairRun::FindPlan() {
+  if (MethodUsed() != RootsFrom::Inferred) return FindPlanOfNamedRoots();
+  result_.proven.plan = FindRepairs(*result_.fabric);
+  if (result_.proven.plan.ranks.levels > 0) return true;
+  result_.advice = NameTheRoots(*result_.fabric);
+  return Fail("no switch of the fabric has a place in a tree");
+}
+
+bool RepairRun::FindPlanOfNamedRoots() {
+  const bool isRegex = MethodUsed() == RootsFrom::Regex;
+  result_.method = isRegex ? "regex" : "smdb";
+  std::vector<FabricErrGeneral*> none;
+  std::ostringstream stream;
+  FTTopology topology(result_.fabric.get(), &stream, options_.mergePercent);
+  std::string message;
+  const int status =
+      isRegex ? topology.Build(none, message, *options_.rootRegex) : topology.Build(none, message);
+  if (status != StatusSuccess) {
+    result_.advice = AdviceOnBuilding(topology, options_);
+    return Fail(std::move(message));
+  }
+  result_.proven.plan = FindRepairs(*result_.fabric, RanksOf(topology));
+  return true;
+}
+
+bool RepairRun::CheckAsItIs() {
+  result_.before = CheckTree(*result_.fabric, result_.proven.plan.ranks, options_.mergePercent);
+  if (!result_.before.problem.empty()) return Fail(result_.before.problem);
+  result_.doubt = AdviceOnTree(*result_.before.topology, MethodUsed());
+  return true;
+}
+
+void RepairRun::Prove() {
+  RepairPlan& plan = result_.proven.plan;
+  if (plan.steps.empty()) return;
+  result_.proven = ProvePlan(*result_.fabric, std::move(plan), options_.mergePercent);
+  if (!result_.proven.problem.empty()) Fail(result_.proven.problem);
+}
+
+}  // namespace
+
+RepairResult RunRepair(const CheckOptions& options) { return RepairRun(options).Run(); }
+
+}  // namespace fabscope

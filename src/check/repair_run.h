@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "check/check.h"
+#include "check/checked_tree.h"
+#include "check/proven_plan.h"
+#include "fabric/ib_fabric.h"
+#include "formats/diagnostics.h"
+
+namespace fabscope {
+
+// Everything a report may tell of one search for repairs.
+struct RepairResult {
+  std::string input;  // the fabric as the user named it
+  MaybeError inputError;
+  std::vector<std::string> warnings;  // oddities of the input files, a line each
+  std::size_t switchesOfSharedName = 0;
+  std::string message;              // why the work failed; empty if it did not
+  std::string advice;               // what the user can do then
+  std::string doubt;                // why the roots may be wrong ones; empty if nothing says so
+  const char* method = "inferred";  // how they were found: "inferred", "smdb" or "regex"
+
+  std::unique_ptr<IBFabric> fabric;
+  CheckedTree before;  // the fabric as it is, with the roots of the plan
+  ProvenPlan proven;   // without steps it is the plan alone
+
+  // False when there is nothing but the message.
+  bool IsDone() const { return !inputError && message.empty(); }
+  // The fabric as it will be, and what a check says of it.
+  const IBFabric& Repaired() const { return proven.repaired ? *proven.repaired : *fabric; }
+  const CheckedTree& After() const { return proven.repaired ? proven.after : before; }
+};
+
+// Loads a fabric, finds the cables to move, and proves that this helps. Without a regular
+// expression or ranks the roots are inferred.
+RepairResult RunRepair(const CheckOptions& options);
+
+}  // namespace fabscope

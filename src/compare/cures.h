@@ -1,0 +1,18 @@
+#pragma once
+
+#include <cstddef>
+#include <span>
+#include <vector>
+
+#include "compare/finding_changes.h"
+#include "repair/repair_plan.h"
+
+namespace fabscope {
+
+// Which findings each step cures: their places among those of the fabric as it was, ascending. A
+// finding is cured when nothing of it is left once all steps are done; it belongs to every step
+// that changes a cable at one of its switches.
+std::vector<std::vector<std::size_t>> CuresOf(std::span<const RepairStep> steps,
+                                              const CheckedFabric& was, const CheckedFabric& is);
+
+}  // namespace fabscope

@@ -1,0 +1,157 @@
+#include "reports/repair_report.h"
+
+#include <algorithm>
+
+#include "compare/repair_document.h"
+#include "fabric/fabric_walk.h"
+#include "fabric/guid.h"
+#include "platform/csv_desc.h"
+
+namespace fabscope {
+namespace {
+
+std::size_t CountCables(const IBFabric& fabric) {
+  const std::deque<IBPort>& ports = fabric.GetPorts();
+  return static_cast<std::size_t>(std::count_if(ports.begin(), ports.end(), [](const IBPort& port) {
+    return port.remotePort != nullptr && port.node->nodeType == NodeTypeSwitch &&
+           port.remotePort->node->nodeType == NodeTypeSwitch && IsFirstEnd(port);
+  }));
+}
+
+// "a" to "z", then "aa".
+std::string Letter(std::size_t number) {
+  constexpr std::size_t count = 26;
+  const auto last = static_cast<char>('a' + number % count);
+  return (number < count ? "" : Letter(number / count - 1)) + last;
+}
+
+std::string FindingsText(const CheckedTree& tree) {
+  return std::to_string(tree.records) + " error records, " + std::to_string(tree.issues) +
+         " issues";
+}
+
+class Report {
+ public:
+  Report(const RepairResult& result, std::ostream& stream)
+      : result_(result), plan_(result.proven.plan), names_(*result.fabric), stream_(stream) {}
+
+  void Write() {
+    WriteHead();
+    for (std::size_t i = 0; i < plan_.steps.size(); ++i) WriteStep(i + 1, plan_.steps[i]);
+    for (const RepairNote& note : plan_.notes) {
+      stream_ << "note: " << NoteText(note, names_) << '\n';
+    }
+    WriteVerdict();
+  }
+
+ private:
+  void WriteHead() {
+    stream_ << result_.input << ": " << result_.fabric->switches.size() << " switches, "
+            << CountCables(*result_.fabric) << " cables between them, " << plan_.ranks.levels
+            << " levels\n";
+  }
+  void WriteStep(std::size_t number, const RepairStep& step) {
+    stream_ << number << ". [" << NameOf(step.trust) << "] "
+            << StepText(step.cables, plan_.ranks, names_) << '\n'
+            << indent << ReasonText(step, names_) << '\n';
+    for (std::size_t i = 0; i < step.alternatives.size(); ++i) {
+      stream_ << indent << "or " << Letter(i) << ". "
+              << StepText(step.alternatives[i], plan_.ranks, names_) << '\n';
+    }
+  }
+  void WriteVerdict();
+
+  static constexpr const char* indent = "   ";
+  const RepairResult& result_;
+  const RepairPlan& plan_;
+  const SwitchNames names_;
+  std::ostream& stream_;
+};
+
+void Report::WriteVerdict() {
+  const std::string left = FindingsText(result_.After());
+  const bool isAbstained = plan_.status == RepairStatus::Abstained;
+  if (plan_.steps.empty()) {
+    if (isAbstained) {
+      stream_ << "no repairs proposed: " << plan_.message << '\n';
+      return;
+    }
+    const bool isClean = result_.before.records == 0 && result_.before.issues == 0;
+    stream_ << "no repairs" << (isClean ? "" : "; no cable cures what is found: " + left) << '\n';
+    return;
+  }
+  if (plan_.steps.size() == plan_.lowerBound) stream_ << "no fewer repairs will do\n";
+  stream_ << CountText(plan_.steps) << "; afterwards: " << left;
+  if (isAbstained) stream_ << "; beyond that none proposed: " << plan_.message;
+  stream_ << '\n';
+}
+
+// A field of text; controls become blanks.
+std::string Quoted(const std::string& text) { return '"' + DescToCsvDesc(text) + '"'; }
+
+std::string EndFields(const std::optional<CableEnd>& end, const SwitchNames& names) {
+  if (!end) return ",,";
+  const IBNode& node = names.NodeOf(end->node);
+  return Quoted(names.Of(node)) + "," + GuidText(node.guid) + "," + std::to_string(end->port);
+}
+
+std::string EndName(const PlannedEnd& end, const IBNode* node, const SwitchNames& names) {
+  const std::string port = " port " + std::to_string(end.port);
+  if (node != nullptr) return names.Of(*node) + port;
+  return (end.name.empty() ? "" : end.name + " ") + "(" + GuidText(end.guid) + ")" + port;
+}
+
+std::string EndText(const EndNow& now, const SwitchNames& names) {
+  const std::string name = EndName(*now.end, now.node, names);
+  if (now.node == nullptr) return name + " is not there";
+  if (now.far == nullptr) return name + " is empty";
+  return name + " now leads to " + names.Of(*now.far->node, now.far->num);
+}
+
+}  // namespace
+
+void WriteRepairReport(const RepairResult& result, std::ostream& stream) {
+  Report(result, stream).Write();
+}
+
+void WriteRepairCsv(const RepairResult& result, std::ostream& stream) {
+  stream << "Step,Class,Action,Switch,Guid,Port,FromSwitch,FromGuid,FromPort,ToSwitch,ToGuid,"
+            "ToPort,Reason\n";
+  const SwitchNames names(*result.fabric);
+  std::size_t number = 0;
+  for (const RepairStep& step : result.proven.plan.steps) {
+    ++number;
+    for (const CableChange& change : step.cables) {
+      for (const Handling& handling : HandlingsOf(change)) {
+        stream << number << ',' << NameOf(step.trust) << ',' << NameOf(step.action) << ','
+               << EndFields(handling.kept, names) << ',' << EndFields(handling.from, names) << ','
+               << EndFields(handling.to, names) << ',' << Quoted(ReasonText(step, names)) << '\n';
+      }
+    }
+  }
+}
+
+std::string ProgressText(const StepProgress& progress, const SwitchNames& names) {
+  std::string text = std::to_string(progress.step->id) + ". " + NameOf(progress.state);
+  if (progress.alternative) text += ": alternative " + Letter(*progress.alternative);
+  for (std::size_t i = 0; i < progress.ends.size(); ++i) {
+    text += (i == 0 ? ": " : ", ") + EndText(progress.ends[i], names);
+  }
+  return text;
+}
+
+void WriteProgressReport(const std::vector<StepProgress>& steps, const RepairResult& now,
+                         const std::vector<const RepairStep*>& others, std::ostream& stream) {
+  const SwitchNames names(*now.fabric);
+  for (const StepProgress& step : steps) stream << ProgressText(step, names) << '\n';
+  for (const RepairStep* step : others) {
+    stream << "new: [" << NameOf(step->trust) << "] "
+           << StepText(step->cables, now.proven.plan.ranks, names) << '\n';
+  }
+  const auto done = std::count_if(steps.begin(), steps.end(), [](const StepProgress& step) {
+    return step.state == StepState::Done;
+  });
+  stream << done << " of " << steps.size() << " repairs done, " << others.size() << " new\n";
+}
+
+}  // namespace fabscope

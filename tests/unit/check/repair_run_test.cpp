@@ -1,0 +1,115 @@
+#include "check/repair_run.h"
+
+#include <filesystem>
+#include <fstream>
+#include <gmock/gmock.h>
+
+#include "support/folder_test.h"
+#include "support/repair_fixture.h"
+
+namespace fabscope {
+namespace {
+
+class RepairRunTest : public FolderTest {
+ protected:
+  RepairResult Run(const std::string& file) {
+    CheckOptions options;
+    options.fabric = file;
+    return RunRepair(options);
+  }
+  RepairResult RunOnText(const std::string& text) {
+    const std::string file = folder / "fabric.json";
+    std::ofstream(file) << text;
+    return Run(file);
+  }
+  static std::string Dump(const std::string& name) {
+    return std::string(FABSCOPE_TEST_DATA) + "/" + name;
+  }
+};
+
+TEST_F(RepairRunTest, NothingIsToBeDoneInACleanTree) {
+  const RepairResult result = Run(Dump("tree-32h.topo"));
+  EXPECT_TRUE(result.IsDone()) << result.message;
+  EXPECT_EQ(result.proven.plan.status, RepairStatus::Clean);
+  EXPECT_EQ(result.proven.plan.ranks.levels, 3);
+  EXPECT_STREQ(result.method, "inferred");
+  EXPECT_EQ(&result.Repaired(), result.fabric.get());
+  EXPECT_EQ(result.After().records, 0U);
+  EXPECT_EQ(result.After().issues, 0U);
+}
+
+TEST_F(RepairRunTest, ChecksTheFabricAsItIsFromTheRootsOfThePlan) {
+  const RepairResult result = Run(Dump("tree-32h-intra.topo"));
+  EXPECT_TRUE(result.IsDone()) << result.message;
+  EXPECT_EQ(result.before.records, 1U);
+  EXPECT_EQ(result.before.findings.size(), 1U);
+}
+
+TEST_F(RepairRunTest, NamedRootsAreTaken) {
+  CheckOptions options;
+  options.fabric = Dump("tree-32h.topo");
+  options.roots = RootsFrom::Regex;
+  options.rootRegex = std::make_shared<regExp>("^root");
+  const RepairResult result = RunRepair(options);
+  EXPECT_TRUE(result.IsDone()) << result.message;
+  EXPECT_STREQ(result.method, "regex");
+  EXPECT_EQ(result.proven.plan.ranks.levels, 3);
+}
+
+TEST_F(RepairRunTest, NamedRootsThatAreNotThereFail) {
+  CheckOptions options;
+  options.fabric = Dump("tree-32h.topo");
+  options.roots = RootsFrom::Smdb;
+  const RepairResult result = RunRepair(options);
+  EXPECT_FALSE(result.IsDone());
+  EXPECT_STREQ(result.method, "smdb");
+  EXPECT_EQ(result.message,
+            "Cannot build Fat-Tree topology. Failed to fill tree's ranks by SMDB: No root was "
+            "provided for creating topology");
+  EXPECT_EQ(result.advice,
+            "no switch has rank 0: give the subnet manager's ranks with --ranks FILE, or let the "
+            "roots be found by themselves");
+}
+
+TEST_F(RepairRunTest, AFabricWithoutATreeFails) {
+  const RepairResult result = RunOnText(R"({"format":"fabscope-fabric","version":1,"nodes":[
+      {"guid":"0x1","type":"ca","name":"host","numPorts":1}]})");
+  EXPECT_FALSE(result.IsDone());
+  EXPECT_EQ(result.message, "no switch of the fabric has a place in a tree");
+}
+
+TEST_F(RepairRunTest, WhatCannotBeReadIsToldWithItsPlace) {
+  const RepairResult result = RunOnText("{");
+  ASSERT_TRUE(result.inputError);
+  EXPECT_FALSE(result.IsDone());
+  EXPECT_EQ(result.inputError->line, 1U);
+}
+
+class ProvenPlanTest : public RepairTest {};
+
+TEST_F(ProvenPlanTest, AStepThatCannotBeDoneIsNoProof) {
+  AddTwoLevelTree(tree, 2, 2, 1);
+  RepairPlan plan;
+  plan.ranks = Ranks({"root", "leaf"});
+  plan.steps.push_back(
+      Step(RepairAction::Disconnect, RepairReason::TooMany, Unplug("root0:4", "leaf0:4")));
+  const ProvenPlan proven = ProvePlan(tree.Build(), std::move(plan), 70);
+  EXPECT_EQ(proven.problem, "the repairs cannot be done one after another");
+  EXPECT_EQ(proven.repaired, nullptr);
+}
+
+TEST_F(ProvenPlanTest, ATreeThatFallsApartIsNoProof) {
+  tree.Switch("root").Switch("leaf").Host("h");
+  tree.Link("root", 1, "leaf", 1).Link("leaf", 2, "h", 1);
+  RepairPlan plan;
+  plan.ranks = Ranks({"root", "leaf"});
+  plan.steps.push_back(
+      Step(RepairAction::Disconnect, RepairReason::TooMany, Unplug("root:1", "leaf:1")));
+  const ProvenPlan proven = ProvePlan(tree.Build(), std::move(plan), 70);
+  EXPECT_EQ(proven.problem,
+            "after the repairs: Cannot validate Fat-Tree topology. Cannot calculate Up/Down links. "
+            "It is not a Fat-Tree topology");
+}
+
+}  // namespace
+}  // namespace fabscope
