@@ -17,6 +17,7 @@
 
 #include <algorithm>
 #include <bitset>
+#include <map>
 #include <set>
 #include <tuple>
 #include <unordered_map>
@@ -39,20 +40,32 @@ class ChangeFinder {
   explicit ChangeFinder(const TreeGroups& groups) : groups_(groups), seats_(groups) {}
 
   Changes Find() {
-    FindExtrasBetween();
-    for (std::size_t rank = 0; rank < groups_.pairs.size(); ++rank) {
-      if (groups_.groupings[rank].cost != 0) CompareGroups(rank);
+    for (int round = 0;; ++round) {
+      MatchAll(round < mostRounds);
+      if (!GiveBackSeats()) break;
     }
-    changes_.extras = extras_.size();
-    changes_.lacks = lacks_.size();
-    TakeSeats();
-    Match();
     PlugIn();
     if (!changes_.uncertain.empty()) LeaveOutUncertain();
     return std::move(changes_);
   }
 
  private:
+  static constexpr int mostRounds = 6;
+
+  void MatchAll(bool withSeats) {
+    extras_.clear();
+    extraPlace_.clear();
+    lacks_.clear();
+    forSeats_.clear();
+    FindExtrasBetween();
+    for (std::size_t rank = 0; rank < groups_.pairs.size(); ++rank) {
+      if (groups_.groupings[rank].cost != 0) CompareGroups(rank);
+    }
+    changes_.extras = extras_.size();
+    changes_.lacks = lacks_.size();
+    if (withSeats) TakeSeats();
+    Match();
+  }
   const SwitchGraph::Cable& Cable(std::uint32_t i) const { return groups_.graph.Cables()[i]; }
   bool IsExtra(std::uint32_t cable) const { return extraPlace_.contains(cable); }
   void AddExtra(std::uint32_t cable, RepairReason reason) {
@@ -60,10 +73,15 @@ class ChangeFinder {
     extras_.emplace_back(cable, reason);
   }
 
+  bool IsForSeat(std::uint32_t cable) const {
+    return std::any_of(forSeats_.begin(), forSeats_.end(),
+                       [&](const auto& entry) { return entry.second == cable; });
+  }
   void FindExtrasBetween();
   void CompareGroups(std::size_t rank);
   void ComparePair(std::uint32_t spine, std::uint32_t line, std::uint32_t multiplicity);
   void TakeSeats();
+  bool GiveBackSeats();
   void TakeSeat(const Lack& lack);
   std::uint32_t CableAt(std::uint32_t number, std::uint8_t port) const;
   void Match();
@@ -84,7 +102,8 @@ class ChangeFinder {
   Changes changes_;
   std::vector<std::pair<std::uint32_t, RepairReason>> extras_;
   std::unordered_map<std::uint32_t, std::size_t> extraPlace_;
-  std::set<std::uint32_t> forSeats_;
+  std::map<std::size_t, std::uint32_t> forSeats_;  // cables that must leave a seat, by their lack
+  std::set<std::uint32_t> seated_;                 // those that must not
   std::vector<Lack> lacks_;
   std::vector<std::size_t> lackOfExtra_;
   std::vector<std::size_t> extraOfLack_;
@@ -165,17 +184,28 @@ void ChangeFinder::TakeSeat(const Lack& lack) {
   for (const auto& [near, far, end] : {std::tuple(lack.line, lack.spine, LineSide),
                                        std::tuple(lack.spine, lack.line, SpineSide)}) {
     if (!seats_.IsStrong(rank, end)) continue;
-    const std::vector<std::uint8_t> ports = seats_.Expected(near, far);
+    const std::vector<std::uint8_t> ports = seats_.Expected(near, far, 2);
     if (ports.size() != 1) continue;
     const std::uint32_t holder = CableAt(near, ports.front());
     if (holder == SwitchGraph::none || IsExtra(holder)) continue;
     const SwitchGraph::Cable& cable = Cable(holder);
     if (!groups_.IsInsideGroup(cable) || seats_.Fit(holder, near) >= 0) continue;
+    if (seated_.contains(holder)) continue;
     if (groups_.UpperOf(cable) != (end == LineSide ? cable.Other(near) : near)) continue;
     AddExtra(holder, RepairReason::WrongSpine);
-    forSeats_.insert(holder);
+    forSeats_[lacks_.size()] = holder;
     lacks_.push_back({groups_.UpperOf(cable), groups_.LowerOf(cable), RepairReason::WrongSpine});
   }
+}
+
+// A cable that would leave a seat only to lack where it was stays: the ports are not by the scheme
+// there, and nothing is won. Answers whether there were such.
+bool ChangeFinder::GiveBackSeats() {
+  bool isAny = false;
+  for (const auto& [lack, cable] : forSeats_) {
+    if (extraOfLack_[lack] == nobody) isAny |= seated_.insert(cable).second;
+  }
+  return isAny;
 }
 
 int ChangeFinder::Suitability(std::uint32_t cable, const Lack& lack) const {
@@ -328,7 +358,7 @@ void ChangeFinder::PlugIn() {
   };
   for (std::size_t i = 0; i < extras_.size(); ++i) {
     const auto& [number, reason] = extras_[i];
-    targets.push_back({number, {}, {}, reason, forSeats_.contains(number)});
+    targets.push_back({number, {}, {}, reason, IsForSeat(number)});
     if (lackOfExtra_[i] == nobody) continue;
     const SwitchGraph::Cable& cable = Cable(number);
     const Lack& lack = lacks_[lackOfExtra_[i]];

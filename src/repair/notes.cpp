@@ -30,6 +30,7 @@ class NoteFinder {
       NoteGaps(rank, SpineSide);
       NoteGaps(rank, LineSide);
     }
+    for (std::size_t rank = 0; rank < groups_.pairs.size(); ++rank) NoteUnusual(rank);
     NoteUncertain();
     return std::move(notes_);
   }
@@ -40,6 +41,8 @@ class NoteFinder {
   void NoteStrangers();
   void NoteHostsOnSpines();
   void NoteGaps(std::size_t rank, Side missing);
+  void NoteUnusual(std::size_t rank);
+  void NoteGroup(RepairNote::Kind kind, int rank, int group);
   void NoteUncertain();
 
   const TreeGroups& groups_;
@@ -145,16 +148,30 @@ void NoteFinder::NoteGaps(std::size_t rank, Side missing) {
   }
 }
 
+// Groups with other numbers of parallel cables than nearly all others.
+void NoteFinder::NoteUnusual(std::size_t rank) {
+  const Grouping& grouping = groups_.groupings[rank];
+  std::map<std::uint32_t, std::size_t> times;
+  for (const std::uint32_t multiplicity : grouping.multiplicity) ++times[multiplicity];
+  for (std::size_t group = 0; group < grouping.Count(); ++group) {
+    if (3 * times[grouping.multiplicity[group]] > grouping.Count()) continue;
+    NoteGroup(RepairNote::Kind::UnusualGroup, static_cast<int>(rank), static_cast<int>(group));
+  }
+}
+
+void NoteFinder::NoteGroup(RepairNote::Kind kind, int rank, int group) {
+  RepairNote note{kind, rank, {}, {}};
+  for (std::uint32_t i = 0; i < groups_.graph.Count(); ++i) {
+    const bool isSpine = groups_.ranks[i] == rank && groups_.GroupBelow(i) == group;
+    const bool isLine = groups_.ranks[i] == rank + 1 && groups_.GroupAbove(i) == group;
+    if (isSpine || isLine) note.switches.push_back(IndexOf(i));
+  }
+  notes_.push_back(std::move(note));
+}
+
 void NoteFinder::NoteUncertain() {
   for (const auto& [rank, group] : changes_.uncertain) {
-    if (group == Grouping::none) continue;
-    RepairNote note{RepairNote::Kind::UncertainGroup, rank, {}, {}};
-    for (std::uint32_t i = 0; i < groups_.graph.Count(); ++i) {
-      const bool isSpine = groups_.ranks[i] == rank && groups_.GroupBelow(i) == group;
-      const bool isLine = groups_.ranks[i] == rank + 1 && groups_.GroupAbove(i) == group;
-      if (isSpine || isLine) note.switches.push_back(IndexOf(i));
-    }
-    notes_.push_back(std::move(note));
+    if (group != Grouping::none) NoteGroup(RepairNote::Kind::UncertainGroup, rank, group);
   }
 }
 

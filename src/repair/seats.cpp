@@ -133,7 +133,8 @@ int Seats::Fit(std::uint32_t nearEnd, std::uint8_t port, std::uint32_t farEnd,
   return FitIn(counts_[rank][end][table][key], port, isCounted, multiplicity);
 }
 
-std::vector<std::uint8_t> Seats::Expected(std::uint32_t nearEnd, std::uint32_t farEnd) const {
+std::vector<std::uint8_t> Seats::Expected(std::uint32_t nearEnd, std::uint32_t farEnd,
+                                          std::uint32_t atLeast) const {
   const bool isUpper = groups_.ranks[nearEnd] < groups_.ranks[farEnd];
   const int upperRank = isUpper ? groups_.ranks[nearEnd] : groups_.ranks[farEnd];
   const Side end = isUpper ? SpineSide : LineSide;
@@ -143,7 +144,9 @@ std::vector<std::uint8_t> Seats::Expected(std::uint32_t nearEnd, std::uint32_t f
   const std::size_t key = KeyOf(end, best_[rank][end], farEnd);
   const Counts& counts = counts_[rank][end][best_[rank][end]][key];
   for (const Count& count : counts) {
-    if (2 * count.times >= counts.front().times) ports.push_back(count.port);
+    if (count.times >= atLeast && 2 * count.times >= counts.front().times) {
+      ports.push_back(count.port);
+    }
   }
   return ports;
 }

@@ -25,8 +25,10 @@ class Seats {
   // `except` is a cable that does not count, or SwitchGraph::none.
   int Fit(std::uint32_t nearEnd, std::uint8_t port, std::uint32_t farEnd,
           std::uint32_t except) const;
-  // The ports that a cable between the two should have at `near`, the likeliest first.
-  std::vector<std::uint8_t> Expected(std::uint32_t nearEnd, std::uint32_t farEnd) const;
+  // The ports that a cable between the two should have at `nearEnd`, the likeliest first; those
+  // that at least so many cables speak for.
+  std::vector<std::uint8_t> Expected(std::uint32_t nearEnd, std::uint32_t farEnd,
+                                     std::uint32_t atLeast = 1) const;
   // Whether the port at one end is told by the siblings of the switch at the other, not by that
   // switch's own cables.
   bool IsToldBySiblings(int upperRank, Side end) const {
