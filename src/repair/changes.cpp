@@ -87,7 +87,14 @@ class ChangeFinder {
   void Match();
   // How well the end of an extra that stays suits a lack: 0 not at all.
   int Suitability(std::uint32_t cable, const Lack& lack) const;
+  struct Plug {
+    std::size_t target;
+    std::uint32_t number;  // where it goes
+    std::uint32_t far;
+    bool isUpper;
+  };
   void PlugIn();
+  std::vector<Plug> FindPlugs();
   void LeaveOutUncertain();
   std::vector<std::pair<int, int>> GroupsOf(const CableTarget& target) const;
   void LookAtPorts(std::uint32_t number);
@@ -343,13 +350,32 @@ void ChangeFinder::PlugIn() {
     }
   }
   for (const Lack& lack : lacks_) LookAtPorts(lack.spine), LookAtPorts(lack.line);
+  const std::vector<Plug> plugs = FindPlugs();
+  std::vector<CableTarget>& targets = changes_.targets;
+  // Seats first, so that nobody without one takes another's.
+  for (const bool bySeat : {true, false}) {
+    for (const Plug& plug : plugs) {
+      auto& end = plug.isUpper ? targets[plug.target].upper : targets[plug.target].lower;
+      if (end) continue;
+      const std::uint8_t port =
+          bySeat ? TakeSeatPort(plug.number, plug.far) : TakeFreePort(plug.number);
+      if (port != 0) end = CableTarget::End{plug.number, port};
+    }
+  }
+  for (const Plug& plug : plugs) {
+    CableTarget& target = targets[plug.target];
+    if (target.upper && target.lower) continue;
+    const std::uint32_t spine = plug.isUpper ? plug.number : plug.far;
+    changes_.uncertain.emplace(groups_.ranks[spine], groups_.GroupBelow(spine));
+    target.upper = target.lower = std::nullopt;
+  }
+  std::erase_if(targets, [](const CableTarget& target) {
+    return target.cable == SwitchGraph::none && !target.upper;
+  });
+}
 
-  struct Plug {
-    std::size_t target;
-    std::uint32_t number;  // where it goes
-    std::uint32_t far;
-    bool isUpper;
-  };
+// Makes the targets, with the ends that stay, and tells which plugs still need a port.
+std::vector<ChangeFinder::Plug> ChangeFinder::FindPlugs() {
   std::vector<Plug> plugs;
   std::vector<CableTarget>& targets = changes_.targets;
   const auto add = [&](const Lack& lack, std::size_t target, bool atSpine) {
@@ -377,26 +403,7 @@ void ChangeFinder::PlugIn() {
     add(lacks_[i], targets.size() - 1, true);
     add(lacks_[i], targets.size() - 1, false);
   }
-  // Seats first, so that nobody without one takes another's.
-  for (const bool bySeat : {true, false}) {
-    for (const Plug& plug : plugs) {
-      auto& end = plug.isUpper ? targets[plug.target].upper : targets[plug.target].lower;
-      if (end) continue;
-      const std::uint8_t port =
-          bySeat ? TakeSeatPort(plug.number, plug.far) : TakeFreePort(plug.number);
-      if (port != 0) end = CableTarget::End{plug.number, port};
-    }
-  }
-  for (const Plug& plug : plugs) {
-    CableTarget& target = targets[plug.target];
-    if (target.upper && target.lower) continue;
-    const std::uint32_t spine = plug.isUpper ? plug.number : plug.far;
-    changes_.uncertain.emplace(groups_.ranks[spine], groups_.GroupBelow(spine));
-    target.upper = target.lower = std::nullopt;
-  }
-  std::erase_if(targets, [](const CableTarget& target) {
-    return target.cable == SwitchGraph::none && !target.upper;
-  });
+  return plugs;
 }
 
 // The groups that a change takes part in.

@@ -299,9 +299,9 @@ bool Grouper::MergeGroups() {
     const auto x = static_cast<std::size_t>(groups.first);
     const auto y = static_cast<std::size_t>(groups.second);
     const auto& size = result_.size;
-    const std::uint64_t wanted =
-        result_.multiplicity[x] * (std::uint64_t{size[SpineSide][x]} * size[LineSide][y] +
-                                   std::uint64_t{size[SpineSide][y]} * size[LineSide][x]);
+    const std::uint64_t wanted = std::uint64_t{result_.multiplicity[x]} *
+                                 (std::uint64_t{size[SpineSide][x]} * size[LineSide][y] +
+                                  std::uint64_t{size[SpineSide][y]} * size[LineSide][x]);
     if (2 * count <= wanted) continue;
     for (std::vector<int>& side : result_.groupOf) {
       for (int& group : side) {

@@ -73,9 +73,10 @@ class HeightFinder {
 
   Heights Find() {
     FindFullCount();
-    if (full_ == 0) return Heights(graph_.Count(), unknown);
+    Heights bestHeights(graph_.Count(), unknown);
+    if (full_ == 0) return bestHeights;
     Price best;
-    Heights bestHeights;
+    bool isFound = false;
     for (const Doubt doubt : {Doubt::None, Doubt::OfThoseBetweenLeaves,
                               Doubt::OfThoseUnlikeTheirTwins, Doubt::OfNoneAndNobodyWaits}) {
       FindLeaves(doubt);
@@ -88,7 +89,8 @@ class HeightFinder {
       JoinTwins();
       if (PriceOf(heights_).changes != CheapestWith(Top())) PeelDown(fromLeaves);
       const Price price = MoveSuspects();
-      if (!bestHeights.empty() && !(price < best)) continue;
+      if (isFound && !(price < best)) continue;
+      isFound = true;
       best = price;
       bestHeights = heights_;
       if (best.changes == CheapestWith(Top())) break;
@@ -224,6 +226,7 @@ void HeightFinder::Peel(bool canWait) {
       });
     }
     std::vector<std::uint32_t> counts;
+    counts.reserve(fresh.size());
     for (const std::uint32_t i : fresh) counts.push_back(common_[i]);
     std::uint32_t median = 0;
     if (!counts.empty()) {

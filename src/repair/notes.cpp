@@ -41,6 +41,9 @@ class NoteFinder {
   void NoteStrangers();
   void NoteHostsOnSpines();
   void NoteGaps(std::size_t rank, Side missing);
+  static std::uint32_t UsualSize(const Grouping& grouping, Side side);
+  Ports PortsOfMost(const std::vector<std::uint32_t>& switches, int farRank) const;
+  Ports EmptyAtAll(const std::vector<std::uint32_t>& switches) const;
   void NoteUnusual(std::size_t rank);
   void NoteGroup(RepairNote::Kind kind, int rank, int group);
   void NoteUncertain();
@@ -82,70 +85,88 @@ void NoteFinder::NoteHostsOnSpines() {
 // `missing`: the side of which a group has fewer than most groups of the pair.
 void NoteFinder::NoteGaps(std::size_t rank, Side missing) {
   const Grouping& grouping = groups_.groupings[rank];
+  const std::uint32_t usual = UsualSize(grouping, missing);
+  if (usual == 0) return;
   const Side around = OtherSide(missing);
   const RankPair& pair = groups_.pairs[rank];
-  std::map<std::uint32_t, std::size_t> sizes;
-  for (const std::uint32_t size : grouping.size[missing]) ++sizes[size];
-  std::uint32_t usual = 0;
-  std::size_t most = 0;
-  for (const auto& [size, times] : sizes) {
-    if (times >= most) most = times, usual = size;
-  }
-  if (most < 2 || 2 * most < grouping.Count()) return;
   const auto& switches = around == SpineSide ? pair.Spines() : pair.Lines();
   std::vector<std::vector<std::uint32_t>> members(grouping.Count());
   for (std::size_t i = 0; i < switches.size(); ++i) {
     const int group = grouping.groupOf[around][i];
     if (group != Grouping::none) members[static_cast<std::size_t>(group)].push_back(switches[i]);
   }
-  // Which ports lead across the pair in groups of the usual size, and on how many switches.
-  std::array<std::size_t, 256> uses{};
-  std::size_t asked = 0;
   const int farRank = static_cast<int>(rank) + (missing == SpineSide ? 0 : 1);
+  std::vector<std::uint32_t> whole;  // in groups of the usual size
   for (std::size_t group = 0; group < members.size(); ++group) {
     if (grouping.size[missing][group] != usual) continue;
-    for (const std::uint32_t number : members[group]) {
-      ++asked;
-      for (const std::uint32_t i : groups_.graph.CablesOf(number)) {
-        const SwitchGraph::Cable& cable = groups_.graph.Cables()[i];
-        if (groups_.ranks[cable.Other(number)] == farRank) ++uses[cable.PortAt(number)];
-      }
-    }
+    whole.insert(whole.end(), members[group].begin(), members[group].end());
   }
+  const Ports used = PortsOfMost(whole, farRank);
   for (std::size_t group = 0; group < members.size(); ++group) {
     if (grouping.size[missing][group] >= usual || members[group].empty()) continue;
-    Ports empty;
-    empty.set();
-    for (const std::uint32_t number : members[group]) {
-      const IBNode& node = groups_.graph.NodeOf(number);
-      for (const IBPort* port : GetTreePorts(node)) {
-        if (port == nullptr) continue;
-        const bool isSpoiled = port->fnm || port->fnm1 || !port->symmetric;
-        if (port->remotePort != nullptr || isSpoiled) empty.reset(port->num);
-      }
-      for (std::size_t port = node.numPorts + std::size_t{1}; port < empty.size(); ++port) {
-        empty.reset(port);
-      }
-    }
-    // Or will be in use.
-    for (const CableTarget& target : changes_.targets) {
-      for (const auto& end : {target.upper, target.lower}) {
-        if (end && std::find(members[group].begin(), members[group].end(), end->number) !=
-                       members[group].end()) {
-          empty.reset(end->port);
-        }
-      }
-    }
+    const Ports gap = used & EmptyAtAll(members[group]);
+    if (gap.none()) continue;
     RepairNote note{RepairNote::Kind::DeadSwitch, farRank, {}, {}};
-    for (std::size_t port = 1; port < uses.size(); ++port) {
-      if (empty.test(port) && 5 * uses[port] >= 4 * asked && asked > 0) {
-        note.ports.push_back(static_cast<std::uint8_t>(port));
-      }
+    for (std::size_t port = 1; port < gap.size(); ++port) {
+      if (gap.test(port)) note.ports.push_back(static_cast<std::uint8_t>(port));
     }
-    if (note.ports.empty()) continue;
     for (const std::uint32_t number : members[group]) note.switches.push_back(IndexOf(number));
     notes_.push_back(std::move(note));
   }
+}
+
+// What half of the groups, and more than one, have of a side; 0 if they do not agree.
+std::uint32_t NoteFinder::UsualSize(const Grouping& grouping, Side side) {
+  std::map<std::uint32_t, std::size_t> sizes;
+  for (const std::uint32_t size : grouping.size[side]) ++sizes[size];
+  std::uint32_t usual = 0;
+  std::size_t most = 0;
+  for (const auto& [size, times] : sizes) {
+    if (times >= most) most = times, usual = size;
+  }
+  return most < 2 || 2 * most < grouping.Count() ? 0 : usual;
+}
+
+// Ports that lead to that rank on four of five of the switches.
+Ports NoteFinder::PortsOfMost(const std::vector<std::uint32_t>& switches, int farRank) const {
+  std::array<std::size_t, 256> uses{};
+  for (const std::uint32_t number : switches) {
+    for (const std::uint32_t i : groups_.graph.CablesOf(number)) {
+      const SwitchGraph::Cable& cable = groups_.graph.Cables()[i];
+      if (groups_.ranks[cable.Other(number)] == farRank) ++uses.at(cable.PortAt(number));
+    }
+  }
+  Ports ports;
+  for (std::size_t port = 1; port < uses.size(); ++port) {
+    ports.set(port, !switches.empty() && 5 * uses.at(port) >= 4 * switches.size());
+  }
+  return ports;
+}
+
+// Ports that are empty on all of the switches, and will be.
+Ports NoteFinder::EmptyAtAll(const std::vector<std::uint32_t>& switches) const {
+  Ports empty;
+  empty.set();
+  for (const std::uint32_t number : switches) {
+    const IBNode& node = groups_.graph.NodeOf(number);
+    for (const IBPort* port : GetTreePorts(node)) {
+      if (port == nullptr) continue;
+      const bool isSpoiled = port->fnm || port->fnm1 || !port->symmetric;
+      if (port->remotePort != nullptr || isSpoiled) empty.reset(port->num);
+    }
+    for (std::size_t port = node.numPorts + std::size_t{1}; port < empty.size(); ++port) {
+      empty.reset(port);
+    }
+  }
+  for (const CableTarget& target : changes_.targets) {
+    for (const auto& end : {target.upper, target.lower}) {
+      if (!end) continue;
+      if (std::find(switches.begin(), switches.end(), end->number) != switches.end()) {
+        empty.reset(end->port);
+      }
+    }
+  }
+  return empty;
 }
 
 // Groups with other numbers of parallel cables than nearly all others.

@@ -131,62 +131,72 @@ bool IsSafe(Cabling& cabling, const RepairStep& step) {
   return isSafe;
 }
 
+class Scheduler {
+ public:
+  Scheduler(const SwitchGraph& graph, const std::vector<const RepairStep*>& steps,
+            const std::vector<std::vector<std::size_t>>& waitsFor)
+      : steps_(steps), cabling_(graph), missing_(steps.size()), waiting_(steps.size()) {
+    for (std::size_t i = 0; i < steps.size(); ++i) {
+      missing_[i] = waitsFor[i].size();
+      for (const std::size_t other : waitsFor[i]) waiting_[other].push_back(i);
+      if (missing_[i] == 0) ready_.insert(Entry(i));
+    }
+  }
+
+  std::vector<std::size_t> Run() {
+    while (!ready_.empty() || !unsafe_.empty()) {
+      const bool isForced = ready_.empty();
+      auto& from = isForced ? unsafe_ : ready_;
+      const std::size_t i = from.begin()->second;
+      from.erase(from.begin());
+      if (!isForced && !IsSafe(cabling_, *steps_[i])) {
+        unsafe_.insert(Entry(i));
+        continue;
+      }
+      Do(i);
+      // What was unsafe may be safe by now.
+      if (!isForced && steps_[i]->action == RepairAction::Disconnect) continue;
+      ready_.insert(unsafe_.begin(), unsafe_.end());
+      unsafe_.clear();
+    }
+    return std::move(order_);
+  }
+
+ private:
+  // What adds a cable cuts nobody off and may be what another step needs.
+  std::pair<int, std::size_t> Entry(std::size_t i) const {
+    const RepairAction action = steps_[i]->action;
+    const bool isLast = action == RepairAction::Disconnect;
+    return {action == RepairAction::Connect ? 0 : (isLast ? 2 : 1), i};
+  }
+  void Do(std::size_t i) {
+    order_.push_back(i);
+    for (const CableChange& change : steps_[i]->cables) {
+      if (change.before) cabling_.Unplug(*change.before);
+    }
+    for (const CableChange& change : steps_[i]->cables) {
+      if (change.after) cabling_.Plug(*change.after);
+    }
+    for (const std::size_t other : waiting_[i]) {
+      if (--missing_[other] == 0) ready_.insert(Entry(other));
+    }
+  }
+
+  const std::vector<const RepairStep*>& steps_;
+  Cabling cabling_;
+  std::vector<std::size_t> missing_;               // by step: how many it still waits for
+  std::vector<std::vector<std::size_t>> waiting_;  // by step: who waits for it
+  std::set<std::pair<int, std::size_t>> ready_;
+  std::set<std::pair<int, std::size_t>> unsafe_;
+  std::vector<std::size_t> order_;
+};
+
 }  // namespace
 
 std::vector<std::size_t> FindSafeOrder(const SwitchGraph& graph,
                                        const std::vector<const RepairStep*>& steps,
                                        const std::vector<std::vector<std::size_t>>& waitsFor) {
-  Cabling cabling(graph);
-  std::vector<std::size_t> missing(steps.size());
-  std::vector<std::vector<std::size_t>> waiting(steps.size());
-  for (std::size_t i = 0; i < steps.size(); ++i) {
-    missing[i] = waitsFor[i].size();
-    for (const std::size_t other : waitsFor[i]) waiting[other].push_back(i);
-  }
-  // What adds a cable cuts nobody off and may be what another step needs.
-  const auto urgency = [&](std::size_t i) {
-    return steps[i]->action == RepairAction::Connect      ? 0
-           : steps[i]->action == RepairAction::Disconnect ? 2
-                                                          : 1;
-  };
-  std::set<std::pair<int, std::size_t>> ready;
-  std::set<std::pair<int, std::size_t>> unsafe;
-  const auto admit = [&](std::size_t i) { ready.emplace(urgency(i), i); };
-  for (std::size_t i = 0; i < steps.size(); ++i) {
-    if (missing[i] == 0) admit(i);
-  }
-  std::vector<std::size_t> order;
-  while (!ready.empty() || !unsafe.empty()) {
-    const bool isForced = ready.empty();
-    auto& from = isForced ? unsafe : ready;
-    const std::size_t i = from.begin()->second;
-    from.erase(from.begin());
-    if (!isForced && !IsSafe(cabling, *steps[i])) {
-      unsafe.emplace(urgency(i), i);
-      continue;
-    }
-    order.push_back(i);
-    for (const CableChange& change : steps[i]->cables) {
-      if (change.before) cabling.Unplug(*change.before);
-    }
-    for (const CableChange& change : steps[i]->cables) {
-      if (change.after) cabling.Plug(*change.after);
-    }
-    for (const std::size_t other : waiting[i]) {
-      if (--missing[other] == 0) admit(other);
-    }
-    // What was unsafe may be safe by now.
-    for (const auto& entry : unsafe) {
-      if (!isForced) break;
-      ready.insert(entry);
-    }
-    if (isForced) unsafe.clear();
-    if (!isForced && steps[i]->action != RepairAction::Disconnect) {
-      ready.insert(unsafe.begin(), unsafe.end());
-      unsafe.clear();
-    }
-  }
-  return order;
+  return Scheduler(graph, steps, waitsFor).Run();
 }
 
 }  // namespace fabscope

@@ -31,6 +31,32 @@ class RepairTest : public ::testing::Test {
   RepairCable Cable(const std::string& upper, const std::string& lower) {
     return {End(upper), End(lower)};
   }
+  // The first cable between two switches of the tree.
+  RepairCable CableBetween(const std::string& upper, const std::string& lower) {
+    for (const IBPort* port : tree[upper]->ports) {
+      if (port != nullptr && port->get_remote_node() == tree[lower]) {
+        return {{tree[upper]->index, port->num}, {tree[lower]->index, port->remotePort->num}};
+      }
+    }
+    ADD_FAILURE() << upper << " has no cable to " << lower;
+    return {};
+  }
+  // The lowest port of a switch of the tree without a cable.
+  CableEnd FreeEnd(const std::string& name) {
+    const IBNode& node = *tree[name];
+    std::uint8_t num = 1;
+    while (node.getPort(num) != nullptr && node.getPort(num)->remotePort != nullptr) ++num;
+    EXPECT_LE(num, node.numPorts) << name << " has no free port";
+    return {node.index, num};
+  }
+  // The cables between each of two pairs exchange their upper ends.
+  CableChanges SwapUpperEnds(const std::string& upper1, const std::string& lower1,
+                             const std::string& upper2, const std::string& lower2) {
+    const RepairCable one = CableBetween(upper1, lower1);
+    const RepairCable other = CableBetween(upper2, lower2);
+    return {{one, RepairCable{other.upper, one.lower}},
+            {other, RepairCable{one.upper, other.lower}}};
+  }
   static RepairStep Step(RepairAction action, RepairReason reason, CableChanges cables,
                          RepairClass trust = RepairClass::Sure) {
     return {action, trust, reason, std::move(cables), {}};
