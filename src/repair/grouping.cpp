@@ -170,7 +170,7 @@ void Grouper::FormCenters(Side side) {
       best = group;
       bestLikeness = shared / all;
     }
-    if (best == Grouping::none && 2 * taken < links.size()) {
+    if (best == Grouping::none && std::size_t{2} * taken < links.size()) {
       best = AddGroup();
       farSize.push_back(0);
       for (const RankPair::Link& link : links) {
