@@ -278,17 +278,16 @@ def point(browser, kind, x, y):
 
 
 def tree_box(page):
-    """Where the tree is drawn, once what stands above it is scrolled away."""
-    return page.run("const tree = document.querySelector('#tree-view canvas');"
-                    "tree.scrollIntoView({block: 'start'});"
-                    "const b = tree.getBoundingClientRect();"
-                    "return [b.left, b.top, b.width, b.height]")
+    """Where the tree is drawn, once the repairs above it are folded."""
+    return page.run("document.querySelector('#repairs').open = false;"
+                    "const b = document.querySelector('#tree-view canvas')"
+                    ".getBoundingClientRect(); return [b.left, b.top, b.width, b.height]")
 
 
 def switch_under_pointer(page):
     """A place where a switch is, and what the tip says of it."""
     left, top, width, height = tree_box(page)
-    for y in range(int(top), int(min(top + height, top + 780)), 11):
+    for y in range(int(top), int(min(top + height, 780)), 11):
         for x in range(int(left) + 100, int(left + width), 12):
             point(page, "mouseMoved", x, y)
             lines = page.texts("#tip:not([hidden]) > *")
@@ -336,9 +335,7 @@ def fingers_move_enlarge_and_choose(browser):
     pictures.add(browser.picture())
     assert len(pictures) == 3
     finger = ActionBuilder(browser.driver, mouse=PointerInput(POINTER_TOUCH, "finger"))
-    browser.run("document.querySelector('#tab-matrix').scrollIntoView({block: 'start'})")
-    place = browser.run("const b = document.querySelector('#tab-matrix').getBoundingClientRect();"
-                        "return {x: b.left, y: b.top}")
+    place = browser.one("#tab-matrix").rect
     finger.pointer_action.move_to_location(int(place["x"] + 20), int(place["y"] + 10))
     finger.pointer_action.pointer_down().pointer_up()
     finger.perform()
