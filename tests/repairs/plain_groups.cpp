@@ -63,8 +63,9 @@ Pairs StrayPairs(const Fabric& fabric, const Cabling& cabling) {
   for (const Pair& pair : cabling.PairsJoined()) {
     const int a = ranks.at(pair.first);
     const int b = ranks.at(pair.second);
-    if (a < 0 && b < 0) continue;
-    if (a < 0 || b < 0 || std::abs(a - b) != 1) strays.insert(pair);
+    // Cables to switches outside the tree are told by a note.
+    if (a < 0 || b < 0) continue;
+    if (std::abs(a - b) != 1) strays.insert(pair);
   }
   return strays;
 }
