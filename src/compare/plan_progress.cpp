@@ -21,28 +21,28 @@
 namespace fabscope {
 namespace {
 
-using Cable = std::optional<PlannedCable>;
+using Cable = std::optional<KeptCable>;
 
-bool IsEndOf(const PlannedEnd& end, const Cable& cable) {
+bool IsEndOf(const KeptEnd& end, const Cable& cable) {
   return cable && ((*cable)[0] == end || (*cable)[1] == end);
 }
 
 class Progress {
  public:
   Progress(const RepairDocument& plan, const IBFabric& fabric) : fabric_(fabric) {
-    for (const PlannedStep& step : plan.steps) {
-      for (const PlannedChange& change : step.cables) {
+    for (const KeptStep& step : plan.steps) {
+      for (const KeptChange& change : step.cables) {
         if (change.after) planned_.insert(KeyOf(*change.after));
       }
     }
   }
 
-  StepProgress Of(const PlannedStep& step) const;
+  StepProgress Of(const KeptStep& step) const;
 
  private:
   using Key = std::array<std::pair<std::uint64_t, std::uint8_t>, 2>;
 
-  static Key KeyOf(const PlannedCable& cable) {
+  static Key KeyOf(const KeptCable& cable) {
     Key key{{{cable[0].guid, cable[0].port}, {cable[1].guid, cable[1].port}}};
     std::sort(key.begin(), key.end());
     return key;
@@ -54,20 +54,20 @@ class Progress {
     return key;
   }
 
-  EndNow Find(const PlannedEnd& end) const;
-  bool IsThere(const PlannedCable& cable) const;
-  StepState StateOf(const PlannedChange& change) const;
-  StepState StateOf(const PlannedChanges& changes) const;
+  EndNow Find(const KeptEnd& end) const;
+  bool IsThere(const KeptCable& cable) const;
+  StepState StateOf(const KeptChange& change) const;
+  StepState StateOf(const KeptChanges& changes) const;
   // Of a change that was done otherwise: the ends that tell how.
-  void AddEnds(const PlannedChange& change, std::vector<EndNow>& ends) const;
-  void AddMissing(const PlannedChanges& changes, std::vector<EndNow>& ends) const;
-  bool LeadsAstray(const PlannedEnd& end) const;
+  void AddEnds(const KeptChange& change, std::vector<EndNow>& ends) const;
+  void AddMissing(const KeptChanges& changes, std::vector<EndNow>& ends) const;
+  bool LeadsAstray(const KeptEnd& end) const;
 
   const IBFabric& fabric_;
   std::set<Key> planned_;
 };
 
-EndNow Progress::Find(const PlannedEnd& end) const {
+EndNow Progress::Find(const KeptEnd& end) const {
   const IBNode* node = fabric_.getNodeByGuid(end.guid);
   const bool exists =
       node != nullptr && node->nodeType == NodeTypeSwitch && end.port <= node->numPorts;
@@ -76,22 +76,22 @@ EndNow Progress::Find(const PlannedEnd& end) const {
   return {&end, node, port != nullptr ? port->remotePort : nullptr};
 }
 
-bool Progress::IsThere(const PlannedCable& cable) const {
+bool Progress::IsThere(const KeptCable& cable) const {
   const IBPort* far = Find(cable[0]).far;
   return far != nullptr && far->node->guid == cable[1].guid && far->num == cable[1].port;
 }
 
 // Whether it leads to a switch where no step sends it.
-bool Progress::LeadsAstray(const PlannedEnd& end) const {
+bool Progress::LeadsAstray(const KeptEnd& end) const {
   const IBPort* far = Find(end).far;
   return far != nullptr && far->node->nodeType == NodeTypeSwitch && !planned_.contains(KeyOf(*far));
 }
 
-StepState Progress::StateOf(const PlannedChange& change) const {
+StepState Progress::StateOf(const KeptChange& change) const {
   if (change.after && IsThere(*change.after)) return StepState::Done;
   if (change.before && IsThere(*change.before)) return StepState::NotDone;
   if (!change.before) {
-    const PlannedCable& wanted = *change.after;
+    const KeptCable& wanted = *change.after;
     const bool isEmpty = Find(wanted[0]).far == nullptr && Find(wanted[1]).far == nullptr;
     return isEmpty ? StepState::NotDone : StepState::DoneOtherwise;
   }
@@ -100,34 +100,34 @@ StepState Progress::StateOf(const PlannedChange& change) const {
   return isMoved ? StepState::DoneOtherwise : StepState::Done;
 }
 
-StepState Progress::StateOf(const PlannedChanges& changes) const {
+StepState Progress::StateOf(const KeptChanges& changes) const {
   const StepState first = StateOf(changes.front());
-  const bool areAlike =
-      std::all_of(changes.begin(), changes.end(),
-                  [&](const PlannedChange& change) { return StateOf(change) == first; });
+  const bool areAlike = std::all_of(changes.begin(), changes.end(), [&](const KeptChange& change) {
+    return StateOf(change) == first;
+  });
   return areAlike ? first : StepState::DoneOtherwise;
 }
 
-void Progress::AddEnds(const PlannedChange& change, std::vector<EndNow>& ends) const {
+void Progress::AddEnds(const KeptChange& change, std::vector<EndNow>& ends) const {
   if (change.before && change.after) {
-    const PlannedCable& before = *change.before;
+    const KeptCable& before = *change.before;
     const bool isFirstKept = IsEndOf(before[0], change.after) && !IsEndOf(before[1], change.after);
     ends.push_back(Find(before[isFirstKept ? 0 : 1]));
     return;
   }
-  const PlannedCable& cable = change.before ? *change.before : *change.after;
-  for (const PlannedEnd& end : cable) {
+  const KeptCable& cable = change.before ? *change.before : *change.after;
+  for (const KeptEnd& end : cable) {
     const EndNow now = Find(end);
     const bool tells = change.before ? LeadsAstray(end) : now.far != nullptr;
     if (tells) ends.push_back(now);
   }
 }
 
-void Progress::AddMissing(const PlannedChanges& changes, std::vector<EndNow>& ends) const {
-  for (const PlannedChange& change : changes) {
+void Progress::AddMissing(const KeptChanges& changes, std::vector<EndNow>& ends) const {
+  for (const KeptChange& change : changes) {
     for (const Cable* cable : {&change.before, &change.after}) {
       if (!*cable) continue;
-      for (const PlannedEnd& end : **cable) {
+      for (const KeptEnd& end : **cable) {
         const auto isSame = [&](const EndNow& told) { return told.end->guid == end.guid; };
         const EndNow now = Find(end);
         if (now.node == nullptr && std::none_of(ends.begin(), ends.end(), isSame)) {
@@ -138,7 +138,7 @@ void Progress::AddMissing(const PlannedChanges& changes, std::vector<EndNow>& en
   }
 }
 
-StepProgress Progress::Of(const PlannedStep& step) const {
+StepProgress Progress::Of(const KeptStep& step) const {
   StepProgress progress{&step, StateOf(step.cables), std::nullopt, {}};
   if (progress.state == StepState::Done) return progress;
   for (std::size_t i = 0; i < step.alternatives.size(); ++i) {
@@ -151,7 +151,7 @@ StepProgress Progress::Of(const PlannedStep& step) const {
     return progress;
   }
   if (progress.state == StepState::NotDone) return progress;
-  for (const PlannedChange& change : step.cables) {
+  for (const KeptChange& change : step.cables) {
     if (StateOf(change) != StepState::Done) AddEnds(change, progress.ends);
   }
   return progress;
@@ -173,9 +173,9 @@ Ends EndsOf(const std::optional<RepairCable>& cable, const IBFabric& fabric) {
           {nodes[cable->lower.node].guid, cable->lower.port}};
 }
 
-ChangeKey KeyOf(const PlannedChanges& changes) {
+ChangeKey KeyOf(const KeptChanges& changes) {
   ChangeKey key;
-  for (const PlannedChange& change : changes) {
+  for (const KeptChange& change : changes) {
     key.insert({EndsOf(change.before), EndsOf(change.after)});
   }
   return key;
@@ -193,8 +193,8 @@ ChangeKey KeyOf(const CableChanges& changes, const IBFabric& fabric) {
 
 std::string WhyForeign(const RepairDocument& plan, const IBFabric& fabric) {
   std::set<std::uint64_t> switches(plan.switches.begin(), plan.switches.end());
-  for (const PlannedStep& step : plan.steps) {
-    for (const PlannedChange& change : step.cables) {
+  for (const KeptStep& step : plan.steps) {
+    for (const KeptChange& change : step.cables) {
       for (const Cable* cable : {&change.before, &change.after}) {
         for (const auto& [guid, port] : EndsOf(*cable)) switches.insert(guid);
       }
@@ -215,7 +215,7 @@ std::vector<StepProgress> FollowPlan(const RepairDocument& plan, const IBFabric&
   steps.reserve(plan.steps.size());
   const bool isUnchanged = plan.fabric == FabricHash(fabric);
   const Progress progress(plan, fabric);
-  for (const PlannedStep& step : plan.steps) {
+  for (const KeptStep& step : plan.steps) {
     steps.push_back(isUnchanged ? StepProgress{&step, StepState::NotDone, std::nullopt, {}}
                                 : progress.Of(step));
   }
@@ -226,9 +226,9 @@ std::vector<const RepairStep*> StepsNotIn(const RepairDocument& plan,
                                           const std::vector<RepairStep>& steps,
                                           const IBFabric& fabric) {
   std::set<ChangeKey> planned;
-  for (const PlannedStep& step : plan.steps) {
+  for (const KeptStep& step : plan.steps) {
     planned.insert(KeyOf(step.cables));
-    for (const PlannedChanges& changes : step.alternatives) planned.insert(KeyOf(changes));
+    for (const KeptChanges& changes : step.alternatives) planned.insert(KeyOf(changes));
   }
   std::vector<const RepairStep*> others;
   for (const RepairStep& step : steps) {

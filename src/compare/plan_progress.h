@@ -25,13 +25,13 @@ inline const char* NameOf(StepState state) {
 
 // A port that the plan names, and what its cable leads to now.
 struct EndNow {
-  const PlannedEnd* end;
+  const KeptEnd* end;
   const IBNode* node;  // null: the switch is not in the fabric, or has no such port
   const IBPort* far;   // null: nothing is plugged in
 };
 
 struct StepProgress {
-  const PlannedStep* step;
+  const KeptStep* step;
   StepState state{};
   std::optional<std::size_t> alternative;  // the one that was done instead, counted from 0
   std::vector<EndNow> ends;  // what is not as planned, where more is to be told than the state

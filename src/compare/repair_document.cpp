@@ -25,12 +25,12 @@ constexpr std::array<std::string_view, 4> statusNames{"clean", "repairs", "absta
 // No fabric has longer ones, and every line that names the switch would be as long.
 constexpr std::size_t mostOfAName = 4096;
 
-bool IsAsItsAction(const PlannedStep& step) {
+bool IsAsItsAction(const KeptStep& step) {
   const std::size_t count = step.action == RepairAction::Swap ? 2 : 1;
   const bool isNew = step.action == RepairAction::Connect;
   const bool isGone = step.action == RepairAction::Disconnect;
   return step.cables.size() == count &&
-         std::all_of(step.cables.begin(), step.cables.end(), [&](const PlannedChange& change) {
+         std::all_of(step.cables.begin(), step.cables.end(), [&](const KeptChange& change) {
            return change.before.has_value() != isNew && change.after.has_value() != isGone;
          });
 }
@@ -51,12 +51,12 @@ class RepairDocumentLoader final : JsonReader {
   bool ReadWord(Value value, const Words& words, const char* expected, Enum& word);
 
   bool ReadStep(Value value);
-  bool ReadStepMember(std::string_view key, Value value, PlannedStep& step);
-  bool ReadChanges(Value value, PlannedChanges& changes);
-  bool ReadChange(Value value, PlannedChange& change);
-  bool ReadCable(Value value, std::optional<PlannedCable>& cable);
-  bool ReadEnd(Value value, PlannedEnd& end);
-  bool CheckStep(std::size_t offset, const PlannedStep& step);
+  bool ReadStepMember(std::string_view key, Value value, KeptStep& step);
+  bool ReadChanges(Value value, KeptChanges& changes);
+  bool ReadChange(Value value, KeptChange& change);
+  bool ReadCable(Value value, std::optional<KeptCable>& cable);
+  bool ReadEnd(Value value, KeptEnd& end);
+  bool CheckStep(std::size_t offset, const KeptStep& step);
 
   RepairDocument& plan_;
   // What was read, and where: by all ends before and after.
@@ -113,7 +113,7 @@ bool RepairDocumentLoader::ReadWord(Value value, const Words& words, const char*
 
 bool RepairDocumentLoader::ReadStep(Value value) {
   const std::size_t offset = OffsetOf(value);
-  PlannedStep step;
+  KeptStep step;
   const auto read = [&](std::string_view key, Value member) {
     return ReadStepMember(key, member, step);
   };
@@ -122,7 +122,7 @@ bool RepairDocumentLoader::ReadStep(Value value) {
   return true;
 }
 
-bool RepairDocumentLoader::ReadStepMember(std::string_view key, Value value, PlannedStep& step) {
+bool RepairDocumentLoader::ReadStepMember(std::string_view key, Value value, KeptStep& step) {
   if (key == "id") return ReadUnsigned<std::uint32_t>(value, step.id, 1);
   if (key == "action") {
     return ReadWord(value, RepairActionNames,
@@ -137,7 +137,7 @@ bool RepairDocumentLoader::ReadStepMember(std::string_view key, Value value, Pla
                    [&](Value item) { return ReadChanges(item, step.alternatives.emplace_back()); });
 }
 
-bool RepairDocumentLoader::ReadChanges(Value value, PlannedChanges& changes) {
+bool RepairDocumentLoader::ReadChanges(Value value, KeptChanges& changes) {
   const std::size_t offset = OffsetOf(value);
   if (!ReadArray(value, [&](Value item) { return ReadChange(item, changes.emplace_back()); })) {
     return false;
@@ -145,7 +145,7 @@ bool RepairDocumentLoader::ReadChanges(Value value, PlannedChanges& changes) {
   return !changes.empty() || Fail(offset, "expected the cables that change");
 }
 
-bool RepairDocumentLoader::ReadChange(Value value, PlannedChange& change) {
+bool RepairDocumentLoader::ReadChange(Value value, KeptChange& change) {
   const std::size_t offset = OffsetOf(value);
   const auto read = [&](std::string_view key, Value cable) {
     return ReadCable(cable, key == "before" ? change.before : change.after);
@@ -155,12 +155,12 @@ bool RepairDocumentLoader::ReadChange(Value value, PlannedChange& change) {
   return true;
 }
 
-bool RepairDocumentLoader::ReadCable(Value value, std::optional<PlannedCable>& cable) {
+bool RepairDocumentLoader::ReadCable(Value value, std::optional<KeptCable>& cable) {
   const std::size_t offset = OffsetOf(value);
   bool isNull = false;
   if (const auto code = value.is_null().get(isNull)) return FailJson(code);
   if (isNull) return true;
-  PlannedCable& ends = cable.emplace();
+  KeptCable& ends = cable.emplace();
   std::size_t count = 0;
   const bool isRead = ReadArray(value, [&](Value item) {
     if (count == ends.size()) return Fail(offset, "expected the two ends of a cable");
@@ -171,7 +171,7 @@ bool RepairDocumentLoader::ReadCable(Value value, std::optional<PlannedCable>& c
   return ends[0] != ends[1] || Fail(offset, "the cable leads to its own port");
 }
 
-bool RepairDocumentLoader::ReadEnd(Value value, PlannedEnd& end) {
+bool RepairDocumentLoader::ReadEnd(Value value, KeptEnd& end) {
   return ReadObject(value, "an end", endKeys, 2, [&](std::string_view key, Value member) {
     if (key == "guid") return ReadGuid(member, end.guid);
     if (key == "port") return ReadPortNumber(member, end.port);
@@ -182,7 +182,7 @@ bool RepairDocumentLoader::ReadEnd(Value value, PlannedEnd& end) {
   });
 }
 
-bool RepairDocumentLoader::CheckStep(std::size_t offset, const PlannedStep& step) {
+bool RepairDocumentLoader::CheckStep(std::size_t offset, const KeptStep& step) {
   if (!plan_.steps.empty() && step.id <= plan_.steps.back().id) {
     return Fail(offset, "step " + std::to_string(step.id) + " does not follow step " +
                             std::to_string(plan_.steps.back().id) + ": ids must rise");
@@ -194,9 +194,9 @@ bool RepairDocumentLoader::CheckStep(std::size_t offset, const PlannedStep& step
                             "before, a disconnect none after");
   }
   std::vector<std::uint64_t> key;
-  for (const PlannedChange& change : step.cables) {
+  for (const KeptChange& change : step.cables) {
     for (const auto* cable : {&change.before, &change.after}) {
-      for (const PlannedEnd& end : cable->value_or(PlannedCable())) {
+      for (const KeptEnd& end : cable->value_or(KeptCable())) {
         key.insert(key.end(), {end.guid, end.port});
       }
     }

@@ -14,34 +14,34 @@ namespace fabscope {
 // A plan of repairs as a file keeps it, for a day on which the fabric that it was made of is not at
 // hand: switches are known by their GUID. docs/repair-plan.schema.json describes the file.
 
-struct PlannedEnd {
+struct KeptEnd {
   std::uint64_t guid = 0;
   std::uint8_t port = 0;
   std::string name;  // as it was; empty when the file does not tell
 
   // A name may change, the cable's end stays.
-  friend bool operator==(const PlannedEnd& a, const PlannedEnd& b) {
+  friend bool operator==(const KeptEnd& a, const KeptEnd& b) {
     return a.guid == b.guid && a.port == b.port;
   }
 };
 
-using PlannedCable = std::array<PlannedEnd, 2>;  // the upper end first
+using KeptCable = std::array<KeptEnd, 2>;  // the upper end first
 
-struct PlannedChange {
-  std::optional<PlannedCable> before;
-  std::optional<PlannedCable> after;
+struct KeptChange {
+  std::optional<KeptCable> before;
+  std::optional<KeptCable> after;
 
-  friend bool operator==(const PlannedChange&, const PlannedChange&) = default;
+  friend bool operator==(const KeptChange&, const KeptChange&) = default;
 };
 
-using PlannedChanges = std::vector<PlannedChange>;
+using KeptChanges = std::vector<KeptChange>;
 
-struct PlannedStep {
+struct KeptStep {
   std::uint32_t id = 0;  // rises from step to step
   RepairAction action{};
   RepairClass trust{};
-  PlannedChanges cables;  // at least one
-  std::vector<PlannedChanges> alternatives;
+  KeptChanges cables;  // at least one
+  std::vector<KeptChanges> alternatives;
 };
 
 struct RepairDocument {
@@ -50,7 +50,7 @@ struct RepairDocument {
   std::string status;                   // "clean", "repairs", "abstained" or "failed"
   std::string message;                  // what the status is due to
   std::vector<std::uint64_t> switches;  // of all ranks
-  std::vector<PlannedStep> steps;
+  std::vector<KeptStep> steps;
 };
 
 // The words of the file, in the order of the values.

@@ -95,7 +95,7 @@ std::string EndFields(const std::optional<CableEnd>& end, const SwitchNames& nam
   return Quoted(names.Of(node)) + "," + GuidText(node.guid) + "," + std::to_string(end->port);
 }
 
-std::string EndName(const PlannedEnd& end, const IBNode* node, const SwitchNames& names) {
+std::string EndName(const KeptEnd& end, const IBNode* node, const SwitchNames& names) {
   const std::string port = " port " + std::to_string(end.port);
   if (node != nullptr) return names.Of(*node) + port;
   return (end.name.empty() ? "" : end.name + " ") + "(" + GuidText(end.guid) + ")" + port;

@@ -111,5 +111,40 @@ TEST_F(ProvenPlanTest, ATreeThatFallsApartIsNoProof) {
             "It is not a Fat-Tree topology");
 }
 
+// Two links lack.
+class HalfRepairedTest : public ProvenPlanTest {
+ protected:
+  HalfRepairedTest() {
+    AddTwoLevelTree(tree, 3, 3, 1);
+    std::vector<CableChanges> lost;
+    for (const RepairCable& cable :
+         {CableBetween("root0", "leaf0"), CableBetween("root1", "leaf2")}) {
+      links.push_back({{std::nullopt, cable}});
+      lost.push_back({{cable, std::nullopt}});
+    }
+    damaged = Changed(lost);
+  }
+
+  RepairClass TrustAfterConnecting(std::size_t count) {
+    RepairPlan plan;
+    plan.ranks = Ranks({"root", "leaf"});
+    for (std::size_t i = 0; i < count; ++i) {
+      plan.steps.push_back(Step(RepairAction::Connect, RepairReason::LinkLacking, links[i]));
+    }
+    return ProvePlan(*damaged, std::move(plan), 70).plan.steps.front().trust;
+  }
+
+  std::vector<CableChanges> links;
+  std::unique_ptr<IBFabric> damaged;
+};
+
+TEST_F(HalfRepairedTest, NoStepIsSureWhileTheCheckStillFindsSomething) {
+  EXPECT_EQ(TrustAfterConnecting(1), RepairClass::Likely);
+}
+
+TEST_F(HalfRepairedTest, ASureStepStaysSureWhenTheCheckFindsNothingMore) {
+  EXPECT_EQ(TrustAfterConnecting(2), RepairClass::Sure);
+}
+
 }  // namespace
 }  // namespace fabscope

@@ -63,13 +63,13 @@ TEST_F(RepairDocumentTest, IsReadWhole) {
   EXPECT_EQ(plan.status, "repairs");
   EXPECT_THAT(plan.switches, ElementsAre(1, 2, 3));
   ASSERT_EQ(plan.steps.size(), 1U);
-  const PlannedStep& read = plan.steps.front();
+  const KeptStep& read = plan.steps.front();
   EXPECT_EQ(read.id, 4U);
   EXPECT_EQ(read.action, RepairAction::Move);
   EXPECT_EQ(read.trust, RepairClass::Ask);
   ASSERT_EQ(read.cables.size(), 1U);
-  EXPECT_EQ(read.cables[0].before, (PlannedCable{{{1, 1, ""}, {3, 7, ""}}}));
-  EXPECT_EQ(read.cables[0].after, (PlannedCable{{{1, 2, ""}, {3, 7, ""}}}));
+  EXPECT_EQ(read.cables[0].before, (KeptCable{{{1, 1, ""}, {3, 7, ""}}}));
+  EXPECT_EQ(read.cables[0].after, (KeptCable{{{1, 2, ""}, {3, 7, ""}}}));
   ASSERT_EQ(read.alternatives.size(), 1U);
   EXPECT_EQ(read.alternatives[0][0].before, std::nullopt);
 }
