@@ -246,6 +246,11 @@ RepairClass Judge::ClassOf(std::size_t step) const {
   bool isTied = false;
   bool isWeak = false;
   bool isLoose = false;
+  // How many cables each pair of a damaged group should have is a guess.
+  const std::vector<std::size_t>& targets = steps_[step].targets;
+  const bool hasTooMany = std::any_of(targets.begin(), targets.end(), [&](std::size_t i) {
+    return changes_.targets[i].reason == RepairReason::TooMany;
+  });
   for (const Member& member : members_[step]) {
     const Margin& margin = member.margin;
     if (IsTied(margin) || IsTied(member.exchange)) isTied = true;
@@ -256,11 +261,10 @@ RepairClass Judge::ClassOf(std::size_t step) const {
     if (isSwap && isAlone && margin.cost < dear) isSure = false;
     if (IsWeak(member)) isWeak = true;
     if (IsLoose(margin) || IsLoose(member.exchange)) isLoose = true;
-    // What the pairs of so damaged a group usually have is a guess.
-    if (IsDamaged(member) && IsTrunk(member)) isSure = false;
+    if (IsDamaged(member) && (IsTrunk(member) || hasTooMany)) isSure = false;
   }
   if (isWeak && isLoose) isSure = false;
-  for (const std::size_t i : steps_[step].targets) {
+  for (const std::size_t i : targets) {
     const CableTarget& target = changes_.targets[i];
     if (target.reason == RepairReason::SkipsRank) isSure = false;
     // A cable that nothing lacks and a link without a cable, side by side: one cable of which both
