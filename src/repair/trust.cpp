@@ -78,7 +78,7 @@ class Judge {
   }
   // Whether little of its group is as it should be.
   bool IsWeak(const Member& member) const {
-    return IsDamaged(member) || !IsRooted(member) || !IsAtHome(member.number);
+    return IsDamaged(member) || !IsRooted(member);
   }
   static bool IsTied(const Margin& margin) {
     return margin.cost <= 0 && margin.evidence <= noEvidence;
@@ -255,6 +255,7 @@ RepairClass Judge::ClassOf(std::size_t step) const {
     const Margin& margin = member.margin;
     if (IsTied(margin) || IsTied(member.exchange)) isTied = true;
     if (!IsClear(margin) || !IsClear(member.exchange) || margin.pod < 0) isSure = false;
+    if (!IsAtHome(member.number)) isSure = false;
     // Of three or more that change places all ways would have to be tried.
     const bool isAlone = member.exchange.cost == Margin::plenty;
     const bool isSwap = steps_[step].step.action == RepairAction::Swap;
