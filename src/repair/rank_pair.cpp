@@ -17,8 +17,7 @@ RankPair::RankPair(const SwitchGraph& graph, const std::vector<int>& ranks, int 
     side.first.push_back(0);
     for (const std::uint32_t number : side.switches) {
       far.clear();
-      for (const std::uint32_t cable : graph.CablesOf(number)) {
-        const std::uint32_t other = graph.Cables()[cable].Other(number);
+      for (const std::uint32_t other : graph.FarEndsOf(number)) {
         if (ranks[other] == otherRank) far.push_back(place[other]);
       }
       if (!std::is_sorted(far.begin(), far.end())) std::sort(far.begin(), far.end());
