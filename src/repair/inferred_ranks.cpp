@@ -451,9 +451,20 @@ void HeightFinder::JoinTwins() {
   constexpr double like = 0.8;
   constexpr double ratherLike = 0.6;
   std::vector<std::pair<std::uint32_t, int>> moves;
+  // By their first neighbor: who was asked for last. Those with the same neighbors get the same
+  // answer.
+  std::vector<std::uint32_t> asked(graph_.Count(), SwitchGraph::none);
+  std::vector<double> answers(graph_.Count());
   for (std::uint32_t i = 0; i < graph_.Count(); ++i) {
     if (heights_[i] < 2 || graph_.Hosts(i) > full_ / 2) continue;
-    const double below = LikenessTo(i, heights_[i] - 2);
+    const auto neighbors = NeighborsOf(i);
+    if (neighbors.empty()) continue;
+    const std::uint32_t known = asked[neighbors.front()];
+    const bool isSame = known != SwitchGraph::none && heights_[known] == heights_[i] &&
+                        std::ranges::equal(NeighborsOf(known), neighbors);
+    const double below = isSame ? answers[known] : LikenessTo(i, heights_[i] - 2);
+    asked[neighbors.front()] = i;
+    answers[i] = below;
     if (below < ratherLike) continue;
     if (below >= like || below >= LikenessTo(i, heights_[i]))
       moves.emplace_back(i, heights_[i] - 2);
