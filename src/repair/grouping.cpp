@@ -18,7 +18,6 @@
 #include "repair/grouping.h"
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
 #include <map>
 #include <numeric>
@@ -229,29 +228,25 @@ void Grouper::CountSizes() {
 // The median over all pairs of a spine and a line; what is most frequent in all groups where a
 // group does not agree with itself.
 void Grouper::FindMultiplicities() {
-  // Two switches have no more cables between them than ports.
-  using Times = std::array<std::uint64_t, 256>;
-  Times all{};
-  Times times{};
+  std::vector<std::uint64_t> all(std::max(pair_.MostCables(), 1U) + 1);
+  std::vector<std::uint64_t> times(all.size());
   std::vector<bool> agrees(result_.Count());
   std::vector<std::uint32_t> first;  // by group: its place in lines
   const std::vector<std::uint32_t> lines = LinesByGroup(first);
   for (std::size_t group = 0; group < result_.Count(); ++group) {
     std::uint64_t linked = 0;
-    std::uint32_t highest = 1;
     for (std::uint32_t i = first[group]; i < first[group + 1]; ++i) {
       for (const RankPair::Link& link : pair_.OfLine(lines[i])) {
         if (result_.groupOf[SpineSide][link.far] != static_cast<int>(group)) continue;
         ++times[link.count];
         ++linked;
-        highest = std::max(highest, link.count);
       }
     }
     const std::uint64_t pairs =
         std::uint64_t{result_.size[SpineSide][group]} * result_.size[LineSide][group];
     std::uint64_t below = pairs - linked;
     std::uint32_t median = 0;
-    for (std::uint32_t count = 1; count <= highest; ++count) {
+    for (std::uint32_t count = 1; count < times.size(); ++count) {
       all[count] += times[count];
       if (times[count] == 0 || 2 * below > pairs) continue;
       median = count;
@@ -260,7 +255,7 @@ void Grouper::FindMultiplicities() {
     median = std::max(median, 1U);
     agrees[group] = 3 * times[median] >= 2 * pairs;
     result_.multiplicity[group] = median;
-    std::fill_n(times.begin(), highest + 1, 0);
+    std::fill(times.begin(), times.end(), 0);
   }
   const auto most = std::max_element(all.begin(), all.end());
   const auto usual = *most == 0 ? 1U : static_cast<std::uint32_t>(most - all.begin());

@@ -133,6 +133,7 @@ class HeightFinder {
   void Fold();
   std::vector<bool> FindWaysUp(int top) const;
   void JoinTwins();
+  std::vector<std::uint32_t> FindSuspects(const Misfits& misfits) const;
   Price MoveSuspects();
   double LikenessTo(std::uint32_t i, int height);
   Price PriceOf(const Heights& heights, Misfits* misfits = nullptr);
@@ -391,7 +392,8 @@ void HeightFinder::Fold() {
   Price best = PriceOf(heights_);
   Heights bestHeights = heights_;
   const std::vector<bool> leadsUp = FindWaysUp(top);
-  for (int crease = (top + 1) / 2; crease > 0 && crease < top; ++crease) {
+  const int first = (top + 1) / 2;
+  for (int crease = first; crease > 0 && crease < std::min(top, first + mostLevels); ++crease) {
     for (const bool all : {true, false}) {
       Heights folded = heights_;
       for (std::uint32_t i = 0; i < graph_.Count(); ++i) {
@@ -527,34 +529,38 @@ Price HeightFinder::WorkOutPrice(const Heights& heights, Misfits& misfits) const
   return price;
 }
 
-// Tries switches with many wrong cables at other heights, and keeps what makes the tree cheaper.
+// Switches with many wrong cables, the worst first.
+std::vector<std::uint32_t> HeightFinder::FindSuspects(const Misfits& misfits) const {
+  std::vector<std::pair<double, std::uint32_t>> suspects;  // by badness, negative
+  for (std::uint32_t i = 0; i < graph_.Count(); ++i) {
+    if (heights_[i] == unknown || Degree(i) == 0) continue;
+    const bool isStrange = heights_[i] > 0 && graph_.Hosts(i) > 0;
+    if (misfits.ofSwitch[i] < (isStrange ? 1U : 2U)) continue;
+    const double badness = static_cast<double>(misfits.ofSwitch[i]) / Degree(i);
+    if (badness >= 0.3) suspects.emplace_back(-badness, i);
+  }
+  std::sort(suspects.begin(), suspects.end());
+  std::vector<std::uint32_t> worstFirst;
+  worstFirst.reserve(suspects.size());
+  for (const auto& [badness, i] : suspects) worstFirst.push_back(i);
+  return worstFirst;
+}
+
+// Tries suspects at other heights, and keeps what makes the tree cheaper. Then others are suspect.
 Price HeightFinder::MoveSuspects() {
   constexpr std::uint64_t mostWork = 3'000'000;
   std::uint64_t work = 0;
   const std::uint64_t workOfOne = 8 * graph_.Cables().size() + graph_.Count();
   Misfits misfits;
   Price best = PriceOf(heights_, &misfits);
-  std::vector<bool> isTried(graph_.Count());
-  while (work < mostWork) {
-    std::uint32_t suspect = SwitchGraph::none;
-    double worst = 0;
-    for (std::uint32_t i = 0; i < graph_.Count(); ++i) {
-      if (heights_[i] == unknown || isTried[i]) continue;
-      const bool isStrange = heights_[i] > 0 && graph_.Hosts(i) > 0;
-      if (Degree(i) == 0 || (misfits.ofSwitch[i] < 2 && !(isStrange && misfits.ofSwitch[i] > 0))) {
-        continue;
-      }
-      const double badness = static_cast<double>(misfits.ofSwitch[i]) / Degree(i);
-      if (badness < 0.3 || badness <= worst) continue;
-      worst = badness;
-      suspect = i;
-    }
-    if (suspect == SwitchGraph::none) break;
-    isTried[suspect] = true;
+  std::vector<std::uint32_t> suspects = FindSuspects(misfits);
+  std::uint32_t moved = SwitchGraph::none;
+  for (std::size_t next = 0; next < suspects.size() && work < mostWork; ++next) {
+    const std::uint32_t suspect = suspects[next];
+    if (suspect == moved) continue;
     const int top = Top();
     const int was = heights_[suspect];
     int bestHeight = was;
-    Misfits bestMisfits;
     std::set<int> candidates;
     ForEachNeighbor(suspect, [&](std::uint32_t other) {
       candidates.insert({heights_[other] - 1, heights_[other] + 1});
@@ -568,13 +574,13 @@ Price HeightFinder::MoveSuspects() {
       if (price.WithEmptyLeaves() >= best.WithEmptyLeaves()) continue;
       best = price;
       bestHeight = height;
-      bestMisfits = std::move(now);
+      misfits = std::move(now);
     }
     heights_[suspect] = bestHeight;
     if (bestHeight == was) continue;
-    misfits = std::move(bestMisfits);
-    std::fill(isTried.begin(), isTried.end(), false);
-    isTried[suspect] = true;
+    moved = suspect;
+    suspects = FindSuspects(misfits);
+    next = ~std::size_t{0};
   }
   return best;
 }
