@@ -555,10 +555,10 @@ Price HeightFinder::MoveSuspects() {
   Price best = PriceOf(heights_, &misfits);
   std::vector<std::uint32_t> suspects = FindSuspects(misfits);
   std::uint32_t moved = SwitchGraph::none;
+  int top = Top();
   for (std::size_t next = 0; next < suspects.size() && work < mostWork; ++next) {
     const std::uint32_t suspect = suspects[next];
     if (suspect == moved) continue;
-    const int top = Top();
     const int was = heights_[suspect];
     int bestHeight = was;
     std::set<int> candidates;
@@ -579,6 +579,7 @@ Price HeightFinder::MoveSuspects() {
     heights_[suspect] = bestHeight;
     if (bestHeight == was) continue;
     moved = suspect;
+    top = Top();
     suspects = FindSuspects(misfits);
     next = ~std::size_t{0};
   }
