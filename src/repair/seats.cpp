@@ -11,13 +11,16 @@ Seats::Seats(const TreeGroups& groups) : groups_(groups) {
   counts_.resize(pairCount);
   best_.resize(pairCount);
   strength_.resize(pairCount);
-  // By upper rank: those inside groups, the upper end first.
-  std::vector<Cables> cables(pairCount);
+  std::vector<InnerCables> cables(pairCount);  // by upper rank
   for (const SwitchGraph::Cable& cable : groups.graph.Cables()) {
     if (!groups.IsInsideGroup(cable)) continue;
-    const bool isInOrder = groups.UpperOf(cable) == cable.a;
-    cables[static_cast<std::size_t>(groups.ranks[groups.UpperOf(cable)])].push_back(
-        isInOrder ? cable : SwitchGraph::Cable{cable.b, cable.a, cable.portB, cable.portA});
+    const std::uint32_t upper = groups.UpperOf(cable);
+    const std::uint32_t lower = cable.Other(upper);
+    const auto rank = static_cast<std::size_t>(groups.ranks[upper]);
+    const auto group = static_cast<std::size_t>(groups.GroupBelow(upper));
+    cables[rank].push_back({{upper, lower},
+                            {cable.PortAt(upper), cable.PortAt(lower)},
+                            groups.groupings[rank].multiplicity[group]});
   }
   for (std::size_t rank = 0; rank < pairCount; ++rank) {
     for (const Side end : {SpineSide, LineSide}) {
@@ -53,12 +56,12 @@ std::uint32_t Seats::KeyCount(std::size_t upperRank, Side end, Table table) cons
 }
 
 Seats::SeatsByKey Seats::Collect(std::size_t upperRank, Side end, Table table,
-                                 const Cables& cables) const {
+                                 const InnerCables& cables) const {
   std::vector<std::uint32_t> keys(cables.size());
   SeatsByKey sorted;
   sorted.first.assign(KeyCount(upperRank, end, table) + std::size_t{1}, 0);
   for (std::size_t i = 0; i < cables.size(); ++i) {
-    keys[i] = KeyOf(end, table, end == SpineSide ? cables[i].b : cables[i].a);
+    keys[i] = KeyOf(end, table, cables[i].ends[OtherSide(end)]);
     if (keys[i] != noKey) ++sorted.first[keys[i] + 1];
   }
   std::partial_sum(sorted.first.begin(), sorted.first.end(), sorted.first.begin());
@@ -66,14 +69,12 @@ Seats::SeatsByKey Seats::Collect(std::size_t upperRank, Side end, Table table,
   std::vector<std::uint32_t> next(sorted.first.begin(), sorted.first.end() - 1);
   for (std::size_t i = 0; i < cables.size(); ++i) {
     if (keys[i] == noKey) continue;
-    const auto group = static_cast<std::size_t>(groups_.GroupBelow(cables[i].a));
-    sorted.seats[next[keys[i]]++] = {end == SpineSide ? cables[i].portA : cables[i].portB,
-                                     groups_.groupings[upperRank].multiplicity[group]};
+    sorted.seats[next[keys[i]]++] = {cables[i].ports[end], cables[i].multiplicity};
   }
   return sorted;
 }
 
-double Seats::Fill(std::size_t upperRank, Side end, Table table, const Cables& cables) {
+double Seats::Fill(std::size_t upperRank, Side end, Table table, const InnerCables& cables) {
   const SeatsByKey sorted = Collect(upperRank, end, table, cables);
   CountsByKey& result = counts_[upperRank][end][table];
   result.first.push_back(0);

@@ -66,7 +66,13 @@ class Seats {
   static int FitOf(std::uint32_t mine, std::uint32_t most, std::uint32_t all,
                    std::uint32_t multiplicity);
   static int FitIn(Counts counts, std::uint8_t port, bool isCounted, std::uint32_t multiplicity);
-  // The port of a cable inside a group, and how many cables two switches of that group have.
+  // A cable inside a group, and how many of them two switches of that group have.
+  struct InnerCable {
+    std::array<std::uint32_t, 2> ends;  // by side
+    std::array<std::uint8_t, 2> ports;  // likewise
+    std::uint32_t multiplicity;
+  };
+  using InnerCables = std::vector<InnerCable>;
   struct Seat {
     std::uint8_t port = 0;
     std::uint32_t multiplicity = 0;
@@ -75,11 +81,9 @@ class Seats {
     std::vector<std::uint32_t> first;  // by key
     std::vector<Seat> seats;
   };
-  // `cables`: those inside groups of the pair, the upper end first.
-  using Cables = std::vector<SwitchGraph::Cable>;
-  SeatsByKey Collect(std::size_t upperRank, Side end, Table table, const Cables& cables) const;
+  SeatsByKey Collect(std::size_t upperRank, Side end, Table table, const InnerCables& cables) const;
   // Answers which share of the cables follows the table.
-  double Fill(std::size_t upperRank, Side end, Table table, const Cables& cables);
+  double Fill(std::size_t upperRank, Side end, Table table, const InnerCables& cables);
 
   const TreeGroups& groups_;
   std::vector<std::array<std::array<CountsByKey, 2>, 2>> counts_;  // by upper rank, end and table
