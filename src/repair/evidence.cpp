@@ -85,8 +85,13 @@ Margin Evidence::MarginOf(std::uint32_t number, Side side) const {
   const RankPair& pair = groups_.pairs[rank];
   const Side farSide = OtherSide(side);
   const std::uint32_t place = groups_.place[number];
+  const auto links = side == LineSide ? pair.OfLine(place) : pair.OfSpine(place);
+  const bool isAllInside = std::all_of(links.begin(), links.end(), [&](const RankPair::Link& link) {
+    return grouping.groupOf[farSide][link.far] == own;
+  });
+  if (isAllInside) return margin;
   std::map<int, std::int64_t> tally;
-  for (const RankPair::Link& link : side == LineSide ? pair.OfLine(place) : pair.OfSpine(place)) {
+  for (const RankPair::Link& link : links) {
     const int group = grouping.groupOf[farSide][link.far];
     if (group == Grouping::none) continue;
     tally[group] += std::min(link.count, grouping.multiplicity[static_cast<std::size_t>(group)]);
