@@ -88,6 +88,8 @@ class ChangeFinder {
   void TakeSeat(const Lack& lack);
   std::uint32_t CableAt(std::uint32_t number, std::uint8_t port) const;
   void Match();
+  // `lacksOf`: by extra.
+  void MakeRoom(const std::vector<std::vector<std::size_t>>& lacksOf);
   // How well the end of an extra that stays suits a lack: 0 not at all.
   int Suitability(std::uint32_t cable, const Lack& lack) const;
   struct Plug {
@@ -276,8 +278,12 @@ void ChangeFinder::Match() {
     lackOfExtra_[pair.extra] = pair.lack;
     extraOfLack_[pair.lack] = pair.extra;
   }
-  // Augmenting paths: an extra without a lack may take one whose extra finds another. What a search
-  // without success has visited leads to no free lack later, either.
+  MakeRoom(lacksOf);
+}
+
+// Augmenting paths: an extra without a lack may take one whose extra finds another. What a search
+// without success has visited leads to no free lack later, either.
+void ChangeFinder::MakeRoom(const std::vector<std::vector<std::size_t>>& lacksOf) {
   std::vector<bool> isVisited(lacks_.size());
   std::vector<std::size_t> visited;
   const auto augment = [&](std::size_t start) {

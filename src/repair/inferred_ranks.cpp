@@ -136,6 +136,11 @@ class HeightFinder {
   std::vector<std::uint32_t> FindSuspects(const Misfits& misfits) const;
   Price MoveSuspects();
   double LikenessTo(std::uint32_t i, int height);
+  struct Alike {
+    std::vector<std::uint32_t> lastAt;  // by first neighbor: who was asked for last, or none
+    std::vector<double> likeness;       // by switch that was asked for
+  };
+  double LikenessBelow(std::uint32_t i, Alike& known);
   Price PriceOf(const Heights& heights, Misfits* misfits = nullptr);
   Price WorkOutPrice(const Heights& heights, Misfits& misfits) const;
 
@@ -393,6 +398,7 @@ void HeightFinder::Fold() {
   Heights bestHeights = heights_;
   const std::vector<bool> leadsUp = FindWaysUp(top);
   const int first = (top + 1) / 2;
+  // What is higher than any tree has creases without end.
   for (int crease = first; crease > 0 && crease < std::min(top, first + mostLevels); ++crease) {
     for (const bool all : {true, false}) {
       Heights folded = heights_;
@@ -448,25 +454,27 @@ double HeightFinder::LikenessTo(std::uint32_t i, int height) {
   return best;
 }
 
+// To the switches two heights below. Many have the same neighbors, and so the same answer.
+double HeightFinder::LikenessBelow(std::uint32_t i, Alike& known) {
+  const std::span<const std::uint32_t> neighbors = NeighborsOf(i);
+  if (neighbors.empty()) return 0;
+  const std::uint32_t other = std::exchange(known.lastAt[neighbors.front()], i);
+  const bool isSame = other != SwitchGraph::none && heights_[other] == heights_[i] &&
+                      std::ranges::equal(NeighborsOf(other), neighbors);
+  known.likeness[i] = isSame ? known.likeness[other] : LikenessTo(i, heights_[i] - 2);
+  return known.likeness[i];
+}
+
 // Leaves without hosts.
 void HeightFinder::JoinTwins() {
   constexpr double like = 0.8;
   constexpr double ratherLike = 0.6;
   std::vector<std::pair<std::uint32_t, int>> moves;
-  // By their first neighbor: who was asked for last. Those with the same neighbors get the same
-  // answer.
-  std::vector<std::uint32_t> asked(graph_.Count(), SwitchGraph::none);
-  std::vector<double> answers(graph_.Count());
+  Alike known{std::vector<std::uint32_t>(graph_.Count(), SwitchGraph::none),
+              std::vector<double>(graph_.Count())};
   for (std::uint32_t i = 0; i < graph_.Count(); ++i) {
     if (heights_[i] < 2 || graph_.Hosts(i) > full_ / 2) continue;
-    const auto neighbors = NeighborsOf(i);
-    if (neighbors.empty()) continue;
-    const std::uint32_t known = asked[neighbors.front()];
-    const bool isSame = known != SwitchGraph::none && heights_[known] == heights_[i] &&
-                        std::ranges::equal(NeighborsOf(known), neighbors);
-    const double below = isSame ? answers[known] : LikenessTo(i, heights_[i] - 2);
-    asked[neighbors.front()] = i;
-    answers[i] = below;
+    const double below = LikenessBelow(i, known);
     if (below < ratherLike) continue;
     if (below >= like || below >= LikenessTo(i, heights_[i]))
       moves.emplace_back(i, heights_[i] - 2);
@@ -554,10 +562,11 @@ Price HeightFinder::MoveSuspects() {
   Misfits misfits;
   Price best = PriceOf(heights_, &misfits);
   std::vector<std::uint32_t> suspects = FindSuspects(misfits);
+  std::size_t next = 0;
   std::uint32_t moved = SwitchGraph::none;
   int top = Top();
-  for (std::size_t next = 0; next < suspects.size() && work < mostWork; ++next) {
-    const std::uint32_t suspect = suspects[next];
+  while (next < suspects.size() && work < mostWork) {
+    const std::uint32_t suspect = suspects[next++];
     if (suspect == moved) continue;
     const int was = heights_[suspect];
     int bestHeight = was;
@@ -581,7 +590,7 @@ Price HeightFinder::MoveSuspects() {
     moved = suspect;
     top = Top();
     suspects = FindSuspects(misfits);
-    next = ~std::size_t{0};
+    next = 0;
   }
   return best;
 }
