@@ -2,7 +2,7 @@
 // warning names, how many records name something else, and how many groups come out as they were
 // meant, by --merge-percent. Ranks are given, so that the search for roots has no part in it.
 //
-//   detection        the tables of docs/detection.md
+//   detection        the tables of which docs/detection.md shows the rows that users need
 //   detection all    every cell as CSV
 
 #include <algorithm>

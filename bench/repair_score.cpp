@@ -4,8 +4,8 @@
 #include <map>
 #include <set>
 #include <sstream>
-#include <variant>
 
+#include "check/proven_plan.h"
 #include "fabric/fabric_builder.h"
 #include "fabric/fabric_walk.h"
 #include "fat_tree/topology.h"
@@ -99,37 +99,6 @@ void JudgeRanks(const std::vector<TrueRank>& ranks, const IBFabric& fabric, Mark
   marks[RootsSearched] = AreRootsRight(ranks, searchedRank);
 }
 
-// --- Proof.
-
-// Hosts that lack, and fewer cables up than down, are no matter of cables between switches.
-bool IsAboutCables(const Finding& finding) {
-  if (const auto* uneven = std::get_if<UnevenLinks>(&finding)) {
-    const bool isAboutHosts = uneven->isNeighborhood && !uneven->ofSpines && !uneven->isUp;
-    return !isAboutHosts;
-  }
-  return std::holds_alternative<MissingLink>(finding) ||
-         std::holds_alternative<InvalidLink>(finding);
-}
-
-// Whether the check finds nothing wrong about the cables between switches, with the plan's roots.
-bool IsProven(const IBFabric& repaired, const TreeRanks& ranks) {
-  NodeSet roots;
-  for (const IBNode& node : repaired.GetNodes()) {
-    if (ranks.ofNode[node.index] == 0) roots.insert(&node);
-  }
-  std::ostringstream output;
-  FTTopology topology(&repaired, &output, mergePercent);
-  if (topology.FillRanksFromRoots(roots) != 0) return false;
-  bool isClean = true;
-  topology.SetFindingSink([&](Finding&& finding) { isClean &= !IsAboutCables(finding); });
-  std::vector<FabricErrGeneral*> records;
-  std::string message;
-  const bool isValidated = topology.Validate(records, message) == 0;
-  isClean &= records.empty();
-  for (const FabricErrGeneral* record : records) delete record;
-  return isValidated && isClean;
-}
-
 // --- Steps.
 
 GuidPair PairOf(const RepairCable& cable, const IBFabric& fabric) {
@@ -163,18 +132,18 @@ void JudgeTrust(const RepairPlan& plan, Marks& marks) {
   marks[ToldAsk] = worst == RepairClass::Ask;
 }
 
-void JudgeSteps(const LabelledFabric& made, const IBFabric& fabric, const RepairPlan& plan,
+void JudgeSteps(const LabelledFabric& made, const IBFabric& fabric, const ProvenPlan& proven,
                 Marks& marks) {
+  const RepairPlan& plan = proven.plan;
   marks[Needless] = !plan.steps.empty() && CablesOf(fabric) == made.truth;
-  const auto repaired = ApplySteps(fabric, plan.steps);
-  marks[CannotBeDone] = repaired == nullptr;
-  if (repaired == nullptr) return;
-  const GuidCables cables = CablesOf(*repaired);
+  marks[CannotBeDone] = proven.repaired == nullptr;
+  if (proven.repaired == nullptr) return;
+  const GuidCables cables = CablesOf(*proven.repaired);
   const GuidPairs pairs = PairsOf(cables);
   const GuidPairs meant = PairsOf(made.truth);
   marks[PairsRight] = pairs == meant;
   marks[PortsRight] = cables == made.truth;
-  marks[Proven] = IsProven(*repaired, plan.ranks);
+  marks[Proven] = proven.isProven;
   marks[WrongSure] = std::any_of(plan.steps.begin(), plan.steps.end(), [&](const RepairStep& step) {
     return step.trust == RepairClass::Sure && IsWrong(step, fabric, pairs, meant);
   });
@@ -208,11 +177,12 @@ Judged Judge(const LabelledFabric& made, bool ranksOnly) {
   JudgeRanks(ranks, *judged.fabric, judged.marks);
   if (ranksOnly) return judged;
 
-  judged.plan = FindRepairs(*judged.fabric);
+  ProvenPlan proven = ProvePlan(*judged.fabric, FindRepairs(*judged.fabric), mergePercent);
+  judged.plan = proven.plan;
   judged.marks[RanksOfPlan] = AreRanksRight(
       ranks, [&](const IBNode* node) { return judged.plan.ranks.ofNode[node->index]; });
   JudgeTrust(judged.plan, judged.marks);
-  JudgeSteps(made, *judged.fabric, judged.plan, judged.marks);
+  JudgeSteps(made, *judged.fabric, proven, judged.marks);
   judged.marks[NoteLacking] =
       !made.witnesses.empty() && !TellsDeadSwitch(made, *judged.fabric, judged.plan);
   return judged;

@@ -1,6 +1,6 @@
 // How far automatic roots can be trusted: over seeded fabrics with faults, how often the search
 // finds the true roots, refuses, or finds others, and how often the user is told to doubt them.
-// Prints the tables of docs/roots.md.
+// Prints the table of docs/roots.md, then the shares by height, fault and setting.
 
 #include <algorithm>
 #include <array>

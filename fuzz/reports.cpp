@@ -234,7 +234,7 @@ std::string ReportsOf(const CheckResult& result) {
   for (const std::string& warning : result.warnings) all += warning + "\n";
   if (result.inputError) return all + result.inputError->Text();
   all += TextReport(result, WithDump()) + CsvReport(result) + JsonReport(result, WithDump());
-  all += result.message + "\n" + result.advice + "\n" + result.doubt + "\n" +
+  all += result.message + "\n" + result.advice + "\n" + result.roots.doubt + "\n" +
          std::to_string(result.switchesOfSharedName) + "\n";
   return Renumbered(all);
 }

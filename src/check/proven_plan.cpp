@@ -1,10 +1,26 @@
 #include "check/proven_plan.h"
 
+#include <algorithm>
+#include <deque>
 #include <utility>
+#include <variant>
 
 #include "repair/find_repairs.h"
 
 namespace fabscope {
+namespace {
+
+// Hosts that lack, and fewer cables up than down, are no matter of cables between switches.
+bool IsAboutCables(const Finding& finding) {
+  if (const auto* uneven = std::get_if<UnevenLinks>(&finding)) {
+    const bool isAboutHosts = uneven->isNeighborhood && !uneven->ofSpines && !uneven->isUp;
+    return !isAboutHosts;
+  }
+  return std::holds_alternative<MissingLink>(finding) ||
+         std::holds_alternative<InvalidLink>(finding);
+}
+
+}  // namespace
 
 ProvenPlan ProvePlan(const IBFabric& fabric, RepairPlan plan, int mergePercent) {
   ProvenPlan proven;
@@ -16,7 +32,10 @@ ProvenPlan ProvePlan(const IBFabric& fabric, RepairPlan plan, int mergePercent) 
   }
   proven.after = CheckTree(*proven.repaired, proven.plan.ranks, mergePercent);
   if (!proven.after.problem.empty()) proven.problem = "after the repairs: " + proven.after.problem;
-  if (proven.problem.empty() && proven.after.records == 0) return proven;
+  const std::deque<Finding>& findings = proven.after.findings;
+  proven.isProven =
+      proven.problem.empty() && std::none_of(findings.begin(), findings.end(), IsAboutCables);
+  if (proven.isProven) return proven;
   // What the check still complains of was not understood.
   for (RepairStep& step : proven.plan.steps) {
     if (step.trust == RepairClass::Sure) step.trust = RepairClass::Likely;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <map>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -13,10 +14,18 @@ std::uint64_t KeyOf(int group, int siblings) {
   return static_cast<std::uint64_t>(group) << 32U | static_cast<std::uint32_t>(siblings);
 }
 
+// How much each says, in ports that do not fit.
+constexpr int notUnique = 3;
+constexpr int rival = 2;
+
+std::uint64_t PortKeyOf(int group, std::uint8_t port) {
+  return static_cast<std::uint64_t>(group) << 8U | port;
+}
+
 }  // namespace
 
 Evidence::Evidence(const TreeGroups& groups)
-    : groups_(groups), seats_(groups), sides_(groups.pairs.size()) {
+    : groups_(groups), seats_(groups), sides_(groups.pairs.size()), holders_(groups.pairs.size()) {
   for (std::size_t rank = 0; rank < groups.pairs.size(); ++rank) {
     for (const Side side : {SpineSide, LineSide}) {
       OfSide& facts = sides_[rank][side];
@@ -26,6 +35,7 @@ Evidence::Evidence(const TreeGroups& groups)
       std::size_t asked = 0;
       for (std::size_t i = 0; i < switches.size(); ++i) {
         const int group = grouping.groupOf[side][i];
+        if (side == LineSide && group != Grouping::none) CountPorts(switches[i], side, group, 1);
         const int siblings = SiblingsOf(switches[i], side);
         if (group == Grouping::none || siblings == Grouping::none) continue;
         ++facts.siblings[KeyOf(group, siblings)];
@@ -50,37 +60,98 @@ int Evidence::SiblingsOf(std::uint32_t number, Side side) const {
   return side == LineSide ? groups_.GroupBelow(number) : groups_.GroupAbove(number);
 }
 
-int Evidence::ScoreOf(std::uint32_t number, Side side, int group, int own) const {
-  const int upper = groups_.ranks[number] - (side == LineSide ? 1 : 0);
-  const auto rank = static_cast<std::size_t>(upper);
-  int score = 0;
+// Calls `use` with each cable that a switch, as a member of a group, has in it, and its far end.
+template <typename Use>
+void Evidence::ForCablesInto(std::uint32_t number, Side side, int group, Use use) const {
+  const int farRank = groups_.ranks[number] + (side == LineSide ? -1 : 1);
   for (const std::uint32_t i : groups_.graph.CablesOf(number)) {
+    const std::uint32_t far = groups_.graph.Cables()[i].Other(number);
+    if (groups_.ranks[far] == farRank && GroupOf(far, OtherSide(side)) == group) use(i, far);
+  }
+}
+
+void Evidence::CountPorts(std::uint32_t number, Side side, int group, int times) {
+  auto& holders = holders_[UpperRank(number, side)];
+  ForCablesInto(number, side, group, [&](std::uint32_t i, std::uint32_t far) {
     const SwitchGraph::Cable& cable = groups_.graph.Cables()[i];
-    const std::uint32_t far = cable.Other(number);
-    const int farRank = upper + (side == LineSide ? 0 : 1);
-    if (groups_.ranks[far] != farRank) continue;
-    const int farGroup = side == LineSide ? groups_.GroupBelow(far) : groups_.GroupAbove(far);
-    if (farGroup != group) continue;
+    holders[OtherSide(side)][PortKeyOf(group, cable.PortAt(far))][number] += times;
+    holders[side][PortKeyOf(group, cable.PortAt(number))][far] += times;
+  });
+}
+
+void Evidence::Move(std::uint32_t number, Side side, int from, int to) {
+  CountPorts(number, side, from, -1);
+  CountPorts(number, side, to, 1);
+  const int siblings = SiblingsOf(number, side);
+  if (siblings == Grouping::none) return;
+  auto& counts = sides_[UpperRank(number, side)][side].siblings;
+  --counts[KeyOf(from, siblings)];
+  ++counts[KeyOf(to, siblings)];
+}
+
+// Whether another member of the group has the port that the cable has at its far end. One that
+// leaves for this switch does not count.
+bool Evidence::HasRival(std::uint32_t cable, std::uint32_t number, Side side, int group,
+                        std::uint32_t leaver) const {
+  const std::size_t upper = UpperRank(number, side);
+  const Side end = OtherSide(side);
+  if (!seats_.HasOwnPorts(upper, end)) return false;
+  const SwitchGraph::Cable& it = groups_.graph.Cables()[cable];
+  const auto found = holders_[upper][end].find(PortKeyOf(group, it.PortAt(it.Other(number))));
+  if (found == holders_[upper][end].end()) return false;
+  return std::any_of(found->second.begin(), found->second.end(), [&](const auto& holder) {
+    return holder.first != number && holder.first != leaver && holder.second > 0;
+  });
+}
+
+// What the rest of its pod says of a switch in a group: the ports that they use, and that a group
+// has one switch of each pod.
+int Evidence::PodScoreOf(std::uint32_t number, Side side, int group, std::uint32_t leaver) const {
+  int score = 0;
+  ForCablesInto(number, side, group,
+                [&](std::uint32_t i, std::uint32_t far) { score += seats_.FitOfSiblings(i, far); });
+  const OfSide& facts = sides_[UpperRank(number, side)][side];
+  if (!facts.areUnique) return score;
+  const int siblings = SiblingsOf(number, side);
+  const auto found = facts.siblings.find(KeyOf(group, siblings));
+  if (found == facts.siblings.end()) return score;
+  const bool isIn = GroupOf(number, side) == group;
+  const bool isLeft = leaver != SwitchGraph::none && SiblingsOf(leaver, side) == siblings;
+  const std::uint32_t others = found->second - (isIn ? 1 : 0) - (isLeft ? 1 : 0);
+  return others > 0 ? score - notUnique : score;
+}
+
+int Evidence::ScoreOf(std::uint32_t number, Side side, int group, std::uint32_t leaver) const {
+  int score = PodScoreOf(number, side, group, leaver);
+  // What its own cables say of the ports at their far ends would only confirm the group it is in.
+  ForCablesInto(number, side, group, [&](std::uint32_t i, std::uint32_t) {
     score += seats_.Fit(i, number);
-    // What its own cables in its own group say would only confirm that group.
-    if (seats_.IsToldBySiblings(upper, OtherSide(side))) score += seats_.Fit(i, far);
-  }
-  const OfSide& facts = sides_[rank][side];
-  if (facts.areUnique) {
-    const auto found = facts.siblings.find(KeyOf(group, SiblingsOf(number, side)));
-    const std::uint32_t mine = group == own ? 1 : 0;
-    if (found != facts.siblings.end() && found->second > mine) score -= 3;
-  }
-  const std::uint32_t size = groups_.groupings[rank].size[side][static_cast<std::size_t>(group)];
-  if (size - (group == own ? 1 : 0) < facts.usualSize) score += 1;
+    if (HasRival(i, number, side, group, leaver)) score -= rival;
+  });
   return score;
+}
+
+// Groups of a usual size are likelier.
+int Evidence::SizeScoreOf(std::uint32_t number, Side side, int group) const {
+  const std::size_t rank = UpperRank(number, side);
+  const std::uint32_t size = groups_.groupings[rank].size[side][static_cast<std::size_t>(group)];
+  const std::uint32_t others = size - (GroupOf(number, side) == group ? 1 : 0);
+  return others < sides_[rank][side].usualSize ? 1 : 0;
+}
+
+int Evidence::ForStaying(std::uint32_t one, std::uint32_t other, Side side) const {
+  const int group = GroupOf(one, side);
+  const int otherGroup = GroupOf(other, side);
+  return ScoreOf(one, side, group, SwitchGraph::none) - ScoreOf(one, side, otherGroup, other) +
+         ScoreOf(other, side, otherGroup, SwitchGraph::none) - ScoreOf(other, side, group, one);
 }
 
 Margin Evidence::MarginOf(std::uint32_t number, Side side) const {
   Margin margin;
-  const int own = side == LineSide ? groups_.GroupAbove(number) : groups_.GroupBelow(number);
+  const int own = GroupOf(number, side);
   if (own == Grouping::none) return margin;
-  const auto rank = static_cast<std::size_t>(groups_.ranks[number] - (side == LineSide ? 1 : 0));
+  margin.pod = PodScoreOf(number, side, own, SwitchGraph::none);
+  const std::size_t rank = UpperRank(number, side);
   const Grouping& grouping = groups_.groupings[rank];
   const RankPair& pair = groups_.pairs[rank];
   const Side farSide = OtherSide(side);
@@ -101,25 +172,29 @@ Margin Evidence::MarginOf(std::uint32_t number, Side side) const {
     return 2 * tally[group] - std::int64_t{grouping.multiplicity[i]} * grouping.size[farSide][i];
   };
   const std::int64_t ownGain = gain(own);
+  const auto scoreOf = [&](int group) {
+    return ScoreOf(number, side, group, SwitchGraph::none) + SizeScoreOf(number, side, group);
+  };
   const auto others = tally;
-  int ownScore = 0;
-  bool isScored = false;
+  std::optional<int> ownScore;
   for (const auto& [group, count] : others) {
     if (group == own) continue;
     const int cost =
         static_cast<int>(std::min<std::int64_t>(ownGain - gain(group), Margin::plenty));
     if (cost > margin.cost) continue;
-    if (!isScored) ownScore = ScoreOf(number, side, own, own), isScored = true;
-    const int evidence = ownScore - ScoreOf(number, side, group, own);
+    if (!ownScore) ownScore = scoreOf(own);
+    const int evidence = *ownScore - scoreOf(group);
     if (cost == margin.cost && evidence >= margin.evidence) continue;
-    margin = {cost, evidence, group};
+    margin.cost = cost;
+    margin.evidence = evidence;
+    margin.group = group;
   }
   return margin;
 }
 
 std::size_t Evidence::NameLikeness(std::uint32_t number, Side side, int group) const {
   constexpr std::size_t enough = 8;
-  const auto rank = static_cast<std::size_t>(groups_.ranks[number] - (side == LineSide ? 1 : 0));
+  const std::size_t rank = UpperRank(number, side);
   const RankPair& pair = groups_.pairs[rank];
   const auto& switches = side == SpineSide ? pair.Spines() : pair.Lines();
   const std::vector<int>& groupOf = groups_.groupings[rank].groupOf[side];
@@ -167,7 +242,11 @@ class TieBreaker {
     for (const auto& [i, group] : moves) trial.groupOf[side][i] = group;
     Recount(groups_.pairs[rank_], trial);
     if (trial.cost > groups_.groupings[rank_].cost) return false;
+    const std::vector<int> before = std::move(groups_.groupings[rank_].groupOf[side]);
     groups_.groupings[rank_] = std::move(trial);
+    for (const auto& [i, group] : moves) {
+      evidence_.Move(Switches(side)[i], side, before[i], group);
+    }
     isMoved_ = true;
     return true;
   }
@@ -178,14 +257,15 @@ class TieBreaker {
       if (margin.cost <= 0 && margin.evidence < 0) Move(side, {{i, margin.group}});
     }
   }
-  // Two that could each be in the other's group change places where their names say so.
+  // Two that could each be in the other's group change places where more speaks for that, or their
+  // names do.
   void Exchange(Side side) {
     const std::vector<std::uint32_t>& switches = Switches(side);
     const std::vector<int>& groupOf = groups_.groupings[rank_].groupOf[side];
     std::map<std::pair<int, int>, std::vector<std::uint32_t>> tied;  // from, to
     for (std::uint32_t i = 0; i < switches.size(); ++i) {
       const Margin margin = evidence_.MarginOf(switches[i], side);
-      if (margin.cost <= 0 && margin.evidence <= noEvidence) {
+      if (margin.cost <= 0) {
         tied[{groupOf[i], margin.group}].push_back(i);
       }
     }
@@ -196,12 +276,19 @@ class TieBreaker {
     for (const auto& [way, members] : tied) {
       const auto back = tied.find({way.second, way.first});
       if (way.first > way.second || back == tied.end()) continue;
-      const std::size_t count = std::min(members.size(), back->second.size());
-      for (std::size_t i = 0; i < count; ++i) {
-        const std::uint32_t one = members[i];
-        const std::uint32_t other = back->second[i];
-        if (wins(one, way.first, way.second) + wins(other, way.second, way.first) <= 0) continue;
-        Move(side, {{one, way.second}, {other, way.first}});
+      for (const std::uint32_t one : members) {
+        std::optional<std::uint32_t> best;
+        std::pair<int, std::ptrdiff_t> least{0, 0};
+        for (const std::uint32_t other : back->second) {
+          if (groupOf[one] != way.first || groupOf[other] != way.second) continue;
+          const int staying = evidence_.ForStaying(switches[one], switches[other], side);
+          if (staying > noEvidence) continue;
+          const std::pair<int, std::ptrdiff_t> now{
+              std::min(staying, 0),
+              -wins(one, way.first, way.second) - wins(other, way.second, way.first)};
+          if (now < least) least = now, best = other;
+        }
+        if (best) Move(side, {{one, way.second}, {*best, way.first}});
       }
     }
   }

@@ -27,11 +27,11 @@ Seats::Seats(const TreeGroups& groups) : groups_(groups) {
       double best = -1;
       for (const Table table : {Own, OfSiblings}) {
         const double strength = Fill(rank, end, table, cables[rank]);
+        strength_[rank][end][table] = strength;
         if (strength <= best) continue;
         best = strength;
         best_[rank][end] = table;
       }
-      strength_[rank][end] = best;
     }
   }
 }
@@ -138,15 +138,26 @@ int Seats::Fit(std::uint32_t cable, std::uint32_t end) const {
   return Fit(end, it.PortAt(end), it.Other(end), cable);
 }
 
+int Seats::FitOfSiblings(std::uint32_t cable, std::uint32_t end) const {
+  const SwitchGraph::Cable& it = groups_.graph.Cables()[cable];
+  return FitIn(OfSiblings, end, it.PortAt(end), it.Other(end), cable);
+}
+
 int Seats::Fit(std::uint32_t nearEnd, std::uint8_t port, std::uint32_t farEnd,
                std::uint32_t except) const {
-  const bool isUpper = groups_.ranks[nearEnd] < groups_.ranks[farEnd];
-  const int upperRank = isUpper ? groups_.ranks[nearEnd] : groups_.ranks[farEnd];
+  const int upperRank = std::min(groups_.ranks[nearEnd], groups_.ranks[farEnd]);
   if (std::abs(groups_.ranks[nearEnd] - groups_.ranks[farEnd]) != 1 || upperRank < 0) return 0;
+  const Side end = groups_.ranks[nearEnd] == upperRank ? SpineSide : LineSide;
+  return FitIn(best_[static_cast<std::size_t>(upperRank)][end], nearEnd, port, farEnd, except);
+}
+
+int Seats::FitIn(Table table, std::uint32_t nearEnd, std::uint8_t port, std::uint32_t farEnd,
+                 std::uint32_t except) const {
+  const bool isUpper = groups_.ranks[nearEnd] < groups_.ranks[farEnd];
+  const auto rank =
+      static_cast<std::size_t>(isUpper ? groups_.ranks[nearEnd] : groups_.ranks[farEnd]);
   const Side end = isUpper ? SpineSide : LineSide;
-  const auto rank = static_cast<std::size_t>(upperRank);
-  if (strength_[rank][end] < usable) return 0;
-  const Table table = best_[rank][end];
+  if (strength_[rank][end][table] < usable) return 0;
   const bool isCounted =
       except != SwitchGraph::none && groups_.IsInsideGroup(groups_.graph.Cables()[except]);
   const int group = groups_.GroupBelow(isUpper ? nearEnd : farEnd);
@@ -165,8 +176,8 @@ std::vector<std::uint8_t> Seats::Expected(std::uint32_t nearEnd, std::uint32_t f
   const Side end = isUpper ? SpineSide : LineSide;
   const auto rank = static_cast<std::size_t>(upperRank);
   std::vector<std::uint8_t> ports;
-  if (strength_[rank][end] < usable) return ports;
   const Table table = best_[rank][end];
+  if (strength_[rank][end][table] < usable) return ports;
   const Counts counts = counts_[rank][end][table].Of(KeyOf(end, table, farEnd));
   for (const Count& count : counts) {
     if (count.times >= atLeast && 2 * count.times >= counts.front().times) {

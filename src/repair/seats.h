@@ -29,14 +29,17 @@ class Seats {
   // that at least so many cables speak for.
   std::vector<std::uint8_t> Expected(std::uint32_t nearEnd, std::uint32_t farEnd,
                                      std::uint32_t atLeast = 1) const;
-  // Whether the port at one end is told by the siblings of the switch at the other, not by that
-  // switch's own cables.
-  bool IsToldBySiblings(int upperRank, Side end) const {
-    return best_[static_cast<std::size_t>(upperRank)][end] == OfSiblings;
+  // How a cable's port at `end` fits what the siblings of the switch at its other end use, whatever
+  // that switch's own cables say.
+  int FitOfSiblings(std::uint32_t cable, std::uint32_t end) const;
+  // Whether most switches have one port at all of that end's.
+  bool HasOwnPorts(std::size_t upperRank, Side end) const {
+    return strength_[upperRank][end][Own] >= usable;
   }
   // Whether most cables of that pair of ranks follow the scheme at that end.
   bool IsStrong(int upperRank, Side end) const {
-    return strength_[static_cast<std::size_t>(upperRank)][end] >= strong;
+    const auto rank = static_cast<std::size_t>(upperRank);
+    return strength_[rank][end][best_[rank][end]] >= strong;
   }
 
  private:
@@ -65,6 +68,8 @@ class Seats {
   std::uint32_t KeyCount(std::size_t upperRank, Side end, Table table) const;
   static int FitOf(std::uint32_t mine, std::uint32_t most, std::uint32_t all,
                    std::uint32_t multiplicity);
+  int FitIn(Table table, std::uint32_t nearEnd, std::uint8_t port, std::uint32_t farEnd,
+            std::uint32_t except) const;
   static int FitIn(Counts counts, std::uint8_t port, bool isCounted, std::uint32_t multiplicity);
   // A cable inside a group, and how many of them two switches of that group have.
   struct InnerCable {
@@ -88,7 +93,7 @@ class Seats {
   const TreeGroups& groups_;
   std::vector<std::array<std::array<CountsByKey, 2>, 2>> counts_;  // by upper rank, end and table
   std::vector<std::array<Table, 2>> best_;
-  std::vector<std::array<double, 2>> strength_;
+  std::vector<std::array<std::array<double, 2>, 2>> strength_;  // by upper rank, end and table
 };
 
 }  // namespace fabscope

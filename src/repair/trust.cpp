@@ -2,16 +2,20 @@
 //
 // A proof is necessary, not sufficient: a repair can make a proper tree that nobody meant. What
 // goes wrong is nearly always a switch in the wrong group. So each switch that a step touches is
-// asked how much dearer its next best group would be, and how much more the ports say for its own.
+// asked how much dearer its next best group would be, and how much more the ports say for its own;
+// and two switches that could change places are asked so together.
 //
-//   sure    two changes dearer, or as dear and clearly worse by the ports
-//   ask     as dear and as likely: the other repair is told as an alternative
-//   likely  all between, and all that touches a part of the tree of which much is wrong
+//   sure    the other way costs more, and the more so the less the ports speak against it
+//   ask     it costs no more and is as likely: it is told as an alternative
+//   likely  all between; and where much of a group is wrong, or a step beside it is only likely
 
 #include "repair/trust.h"
 
 #include <algorithm>
 #include <cstddef>
+#include <map>
+#include <set>
+#include <tuple>
 #include <utility>
 
 #include "repair/evidence.h"
@@ -28,11 +32,14 @@ class Judge {
 
   void Run() {
     FindDamage();
+    FindMembers();
+    FindExchanges();
     std::vector<std::size_t> ambiguous;
     for (std::size_t i = 0; i < steps_.size(); ++i) {
       steps_[i].step.trust = ClassOf(i);
       if (steps_[i].step.trust == RepairClass::Ask) ambiguous.push_back(i);
     }
+    DoubtNeighbors();
     for (std::size_t i = 0; i < ambiguous.size(); ++i) {
       RepairStep& step = steps_[ambiguous[i]].step;
       // Who has so much to decide looks at the fabric, not at alternatives.
@@ -43,18 +50,45 @@ class Judge {
 
  private:
   static constexpr std::size_t mostAlternatives = 8;
+  static constexpr int dear = 2;
   static constexpr int clearEvidence = 3;
+  static constexpr int strongEvidence = 5;
 
+  // A switch in whose group a step believes.
   struct Member {
-    std::uint32_t number;
-    Side side;
-    Margin margin;
+    std::uint32_t number = 0;
+    Side side{};
+    std::size_t upperRank = 0;
+    int group = Grouping::none;
+    Margin margin{};
+    Margin exchange{};  // of changing places with another, the likeliest one
   };
 
-  std::vector<Member> MembersOf(std::size_t step) const;
+  void FindMembers();
+  void AddMember(std::uint32_t number, Side side, std::vector<Member>& members) const;
+  void FindExchanges();
   void FindDamage();
-  bool IsDamaged(std::uint32_t upper) const;
-  bool IsRooted(std::uint32_t number, Side side) const;
+  // The cheaper the other group is, the more must speak against it.
+  static bool IsClear(const Margin& margin) {
+    if (margin.cost < dear) return margin.evidence >= clearEvidence;
+    return margin.cost + margin.evidence >= clearEvidence;
+  }
+  static bool IsLoose(const Margin& margin) {
+    return margin.cost < 4 && margin.evidence < strongEvidence;
+  }
+  // Whether little of its group is as it should be.
+  bool IsWeak(const Member& member) const {
+    return IsDamaged(member) || !IsRooted(member) || !IsAtHome(member.number);
+  }
+  static bool IsTied(const Margin& margin) {
+    return margin.cost <= 0 && margin.evidence <= noEvidence;
+  }
+  bool IsTrunk(const Member& member) const {
+    const Grouping& grouping = groups_.groupings[member.upperRank];
+    return grouping.multiplicity[static_cast<std::size_t>(member.group)] > 1;
+  }
+  bool IsDamaged(const Member& member) const;
+  bool IsRooted(const Member& member) const;
   bool IsAtHome(std::uint32_t number) const;
   // Whether it is a cable that only goes, or one that only comes.
   static bool IsHalf(const CableTarget& target) {
@@ -62,6 +96,7 @@ class Judge {
   }
   std::size_t RankOf(const CableTarget& target) const;
   RepairClass ClassOf(std::size_t step) const;
+  void DoubtNeighbors();
   void FindAlternative(std::size_t step);
 
   const IBFabric& fabric_;
@@ -71,34 +106,65 @@ class Judge {
   Evidence evidence_;
   // By upper rank and group: wrong and lacking cables, and how many there should be.
   std::vector<std::vector<std::uint64_t>> wrong_;
-  std::vector<bool> hasBothHalves_;  // by upper rank
+  std::vector<bool> hasBothHalves_;           // by upper rank
+  std::vector<std::vector<Member>> members_;  // by step
 };
 
-// The switches whose groups a step believes in.
-std::vector<Judge::Member> Judge::MembersOf(std::size_t step) const {
-  std::vector<Member> members;
-  const auto add = [&](std::uint32_t number, Side side) {
-    const int group = side == SpineSide ? groups_.GroupBelow(number) : groups_.GroupAbove(number);
-    const bool isKnown = std::any_of(members.begin(), members.end(), [&](const Member& member) {
-      return member.number == number && member.side == side;
-    });
-    if (group == Grouping::none || isKnown) return;
-    members.push_back({number, side, evidence_.MarginOf(number, side)});
-  };
-  for (const std::size_t i : steps_[step].targets) {
-    const CableTarget& target = changes_.targets[i];
-    if (target.cable != SwitchGraph::none) {
-      const SwitchGraph::Cable& cable = groups_.graph.Cables()[target.cable];
-      if (groups_.JoinsNeighbors(cable)) {
-        add(groups_.UpperOf(cable), SpineSide);
-        add(groups_.LowerOf(cable), LineSide);
+void Judge::FindMembers() {
+  for (const PlannedStep& step : steps_) {
+    std::vector<Member>& members = members_.emplace_back();
+    for (const std::size_t i : step.targets) {
+      const CableTarget& target = changes_.targets[i];
+      if (target.cable != SwitchGraph::none) {
+        const SwitchGraph::Cable& cable = groups_.graph.Cables()[target.cable];
+        if (groups_.JoinsNeighbors(cable)) {
+          AddMember(groups_.UpperOf(cable), SpineSide, members);
+          AddMember(groups_.LowerOf(cable), LineSide, members);
+        }
+      }
+      if (!target.upper) continue;
+      AddMember(target.upper->number, SpineSide, members);
+      AddMember(target.lower->number, LineSide, members);
+    }
+  }
+}
+
+void Judge::AddMember(std::uint32_t number, Side side, std::vector<Member>& members) const {
+  const bool isKnown = std::any_of(members.begin(), members.end(), [&](const Member& member) {
+    return member.number == number && member.side == side;
+  });
+  Member member{number, side};
+  member.upperRank = static_cast<std::size_t>(groups_.ranks[number] - (side == LineSide ? 1 : 0));
+  member.group = side == SpineSide ? groups_.GroupBelow(number) : groups_.GroupAbove(number);
+  if (isKnown || member.group == Grouping::none) return;
+  member.margin = evidence_.MarginOf(number, side);
+  members.push_back(member);
+}
+
+void Judge::FindExchanges() {
+  using Way = std::tuple<std::size_t, Side, int, int>;  // upper rank, side, from and to which group
+  std::map<Way, std::map<std::uint32_t, int>> loose;    // switches, with what the way would cost
+  for (const std::vector<Member>& members : members_) {
+    for (const Member& it : members) {
+      if (it.margin.cost >= dear) continue;
+      loose[{it.upperRank, it.side, it.group, it.margin.group}][it.number] = it.margin.cost;
+    }
+  }
+  for (std::vector<Member>& members : members_) {
+    for (Member& it : members) {
+      if (it.margin.cost >= dear) continue;
+      const auto others = loose.find({it.upperRank, it.side, it.margin.group, it.group});
+      if (others == loose.end()) continue;
+      for (const auto& [other, otherCost] : others->second) {
+        const int cost = it.margin.cost + otherCost;
+        if (cost >= dear || cost > it.exchange.cost) continue;
+        const int evidence = evidence_.ForStaying(it.number, other, it.side);
+        if (cost == it.exchange.cost && evidence >= it.exchange.evidence) continue;
+        it.exchange.cost = cost;
+        it.exchange.evidence = evidence;
       }
     }
-    if (!target.upper) continue;
-    add(target.upper->number, SpineSide);
-    add(target.lower->number, LineSide);
   }
-  return members;
 }
 
 void Judge::FindDamage() {
@@ -148,32 +214,29 @@ bool Judge::IsAtHome(std::uint32_t number) const {
 }
 
 // Whether more than a third of a group is wrong.
-bool Judge::IsDamaged(std::uint32_t upper) const {
-  const int group = groups_.GroupBelow(upper);
-  if (group == Grouping::none) return true;
-  const auto place = static_cast<std::size_t>(group);
-  const auto rank = static_cast<std::size_t>(groups_.ranks[upper]);
-  const Grouping& grouping = groups_.groupings[rank];
+bool Judge::IsDamaged(const Member& member) const {
+  const auto place = static_cast<std::size_t>(member.group);
+  const Grouping& grouping = groups_.groupings[member.upperRank];
   const std::uint64_t cables = std::uint64_t{grouping.multiplicity[place]} *
                                grouping.size[SpineSide][place] * grouping.size[LineSide][place];
-  return 3 * wrong_[rank][place] > cables && wrong_[rank][place] > 2;
+  const std::uint64_t wrong = wrong_[member.upperRank][place];
+  return 3 * wrong > cables && wrong > 2;
 }
 
 // Whether more than half of the cables that a switch should have in its group are there.
-bool Judge::IsRooted(std::uint32_t number, Side side) const {
-  const int group = side == SpineSide ? groups_.GroupBelow(number) : groups_.GroupAbove(number);
-  const auto rank = static_cast<std::size_t>(groups_.ranks[number] - (side == LineSide ? 1 : 0));
-  const Grouping& grouping = groups_.groupings[rank];
-  const auto place = static_cast<std::size_t>(group);
-  const RankPair& pair = groups_.pairs[rank];
+bool Judge::IsRooted(const Member& member) const {
+  const auto place = static_cast<std::size_t>(member.group);
+  const Grouping& grouping = groups_.groupings[member.upperRank];
+  const RankPair& pair = groups_.pairs[member.upperRank];
+  const Side farSide = OtherSide(member.side);
   std::uint64_t kept = 0;
-  const std::uint32_t i = groups_.place[number];
-  for (const RankPair::Link& link : side == SpineSide ? pair.OfSpine(i) : pair.OfLine(i)) {
-    if (grouping.groupOf[OtherSide(side)][link.far] != group) continue;
+  const std::uint32_t i = groups_.place[member.number];
+  for (const RankPair::Link& link : member.side == SpineSide ? pair.OfSpine(i) : pair.OfLine(i)) {
+    if (grouping.groupOf[farSide][link.far] != member.group) continue;
     kept += std::min(link.count, grouping.multiplicity[place]);
   }
   const std::uint64_t wanted =
-      std::uint64_t{grouping.multiplicity[place]} * grouping.size[OtherSide(side)][place];
+      std::uint64_t{grouping.multiplicity[place]} * grouping.size[farSide][place];
   // One of two is enough where the other group has no more.
   return 2 * kept > wanted || (2 * kept == wanted && wanted > 1);
 }
@@ -181,15 +244,27 @@ bool Judge::IsRooted(std::uint32_t number, Side side) const {
 RepairClass Judge::ClassOf(std::size_t step) const {
   bool isSure = true;
   bool isTied = false;
-  for (const Member& member : MembersOf(step)) {
+  bool isWeak = false;
+  bool isLoose = false;
+  // How many cables each pair of a damaged group should have is a guess.
+  const std::vector<std::size_t>& targets = steps_[step].targets;
+  const bool hasTooMany = std::any_of(targets.begin(), targets.end(), [&](std::size_t i) {
+    return changes_.targets[i].reason == RepairReason::TooMany;
+  });
+  for (const Member& member : members_[step]) {
     const Margin& margin = member.margin;
-    if (margin.cost <= 0 && margin.evidence <= noEvidence) isTied = true;
-    if (margin.cost < 2 && (margin.cost <= 0 || margin.evidence < clearEvidence)) isSure = false;
-    if (margin.cost < 3 && margin.evidence < -1) isSure = false;
-    if (member.side == SpineSide && IsDamaged(member.number)) isSure = false;
-    if (!IsRooted(member.number, member.side) || !IsAtHome(member.number)) isSure = false;
+    if (IsTied(margin) || IsTied(member.exchange)) isTied = true;
+    if (!IsClear(margin) || !IsClear(member.exchange) || margin.pod < 0) isSure = false;
+    // Of three or more that change places all ways would have to be tried.
+    const bool isAlone = member.exchange.cost == Margin::plenty;
+    const bool isSwap = steps_[step].step.action == RepairAction::Swap;
+    if (isSwap && isAlone && margin.cost < dear) isSure = false;
+    if (IsWeak(member)) isWeak = true;
+    if (IsLoose(margin) || IsLoose(member.exchange)) isLoose = true;
+    if (IsDamaged(member) && (IsTrunk(member) || hasTooMany)) isSure = false;
   }
-  for (const std::size_t i : steps_[step].targets) {
+  if (isWeak && isLoose) isSure = false;
+  for (const std::size_t i : targets) {
     const CableTarget& target = changes_.targets[i];
     if (target.reason == RepairReason::SkipsRank) isSure = false;
     // A cable that nothing lacks and a link without a cable, side by side: one cable of which both
@@ -200,18 +275,40 @@ RepairClass Judge::ClassOf(std::size_t step) const {
   return isSure ? RepairClass::Sure : RepairClass::Likely;
 }
 
+// Where one step may be wrong, so may be those at the same switches; and where much of a group is
+// wrong, all of that group.
+void Judge::DoubtNeighbors() {
+  std::set<std::uint32_t> switches;
+  std::set<std::pair<std::size_t, int>> groups;
+  for (std::size_t i = 0; i < steps_.size(); ++i) {
+    if (steps_[i].step.trust != RepairClass::Likely) continue;
+    for (const Member& member : members_[i]) {
+      switches.insert(member.number);
+      if (IsDamaged(member)) groups.emplace(member.upperRank, member.group);
+    }
+  }
+  for (std::size_t i = 0; i < steps_.size(); ++i) {
+    RepairClass& trust = steps_[i].step.trust;
+    const auto isDoubted = [&](const Member& member) {
+      return switches.contains(member.number) || groups.contains({member.upperRank, member.group});
+    };
+    if (trust == RepairClass::Sure &&
+        std::any_of(members_[i].begin(), members_[i].end(), isDoubted)) {
+      trust = RepairClass::Likely;
+    }
+  }
+}
+
 // What is to be done when the switches that could as well be elsewhere are there.
 void Judge::FindAlternative(std::size_t step) {
   TreeGroups other = groups_;
   for (const Side side : {LineSide, SpineSide}) {
     bool isMoved = false;
-    for (const Member& member : MembersOf(step)) {
-      if (member.side != side || member.margin.cost > 0) continue;
-      if (member.margin.evidence > noEvidence) continue;
-      const auto rank =
-          static_cast<std::size_t>(groups_.ranks[member.number] - (side == LineSide ? 1 : 0));
-      other.groupings[rank].groupOf[side][groups_.place[member.number]] = member.margin.group;
-      Recount(other.pairs[rank], other.groupings[rank]);
+    for (const Member& member : members_[step]) {
+      if (member.side != side || (!IsTied(member.margin) && !IsTied(member.exchange))) continue;
+      Grouping& grouping = other.groupings[member.upperRank];
+      grouping.groupOf[side][groups_.place[member.number]] = member.margin.group;
+      Recount(other.pairs[member.upperRank], grouping);
       isMoved = true;
     }
     if (isMoved) break;
