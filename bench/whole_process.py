@@ -7,6 +7,7 @@ usage: whole_process.py [--small] FABSCOPE [PART...]
   growth    time per cable from 1,024 to 65,536 hosts
   scripts   against Python scripts that only rank the switches
   manager   against the subnet manager OpenSM
+  repairs   of 200 faults, from 8,192 to 65,536 hosts, against a check: time and memory
   worst     fabrics that are made to be slow
 
 All on one core, with the files in the page cache, medians of runs that take turns. What is compared
@@ -195,6 +196,46 @@ class Bench:
         table(["program", "time", "of it processor"],
               [row("`fabscope check`", checks), row("`opensm -R ftree -o`", managers)])
 
+    def repairs(self):
+        rows = []
+        for radix in self.pick([32, 40, 48, 64], [8]):
+            faults = [re.sub("=.*", "=1", fault) for fault in CABLE_FAULTS] if self.small \
+                else CABLE_FAULTS
+            path = self.make(f"repairs-{radix}.topo", radix, faults)
+            commands = {"search": self.check(path, "--roots", "search"), "auto": self.check(path),
+                        "repair": [self.fabscope, "repair", path]}
+            done = interleaved(commands, self.pick(7, 1))
+            peaks = {name: self.peak(command) for name, command in commands.items()}
+            ratio = done["repair"].seconds / done["search"].seconds
+            larger = peaks["repair"] / peaks["search"]
+            rows.append([f"{radix ** 3 // 4:,}",
+                         *(milliseconds(done[name].seconds) for name in commands),
+                         f"{ratio:.2f}", at_most(ratio, 3), megabytes(peaks["search"]),
+                         megabytes(peaks["repair"]), f"{larger:.2f}", at_most(larger, 2)])
+        print("### Repairs of 200 faults of cables, with their proof\n")
+        table(["hosts", "`check --roots search`", "`check`", "`repair`", "ratio to the first",
+               "goal", "peak of a check", "of repairs", "ratio", "goal"], rows)
+
+    def worst_repairs(self):
+        sizes = {"ring": 70, "path": 70, "strays": 100, "random": 100, "complete": 128}
+        cases = {}
+        for name, size in sizes.items():
+            made = self.folder / f"repair-{name}.json"
+            with open(made, "wb") as file:
+                subprocess.run([PYTHON, HERE / "worst_cases.py", name,
+                                *([str(size)] if self.small else [])], stdout=file, check=True)
+            cases[name] = ["timeout", str(PATIENCE), self.fabscope, "repair", str(made)]
+        texts = {"ring": "a ring of 5,000 switches", "path": "a row of 5,000 switches",
+                 "strays": "10,000 leaves, each with a cable in another pod",
+                 "random": "20,000 switches cabled at random",
+                 "complete": "6,400 switches in sets of which each is cabled to each"}
+        rows = []
+        for name, took in interleaved(cases, self.pick(3, 1)).items():
+            rows.append([texts[name], milliseconds(took.seconds), megabytes(self.peak(cases[name])),
+                         str(took.status), at_most(took.seconds, 10, " s")])
+        print("### Repairs of fabrics that are made to be slow\n")
+        table(["fabric", "`fabscope repair`", "peak memory", "exit status", "goal"], rows)
+
     def worst_fabrics(self):
         """The files of worst_cases.py by name, and the number of missing links in the chain."""
         sizes = {"unlike": 256, "inside": 128, "popular": 256, "chain": 64, "groups": 64,
@@ -251,6 +292,8 @@ class Bench:
         print("### Fabrics that are made to be slow\n")
         table(["fabric", "`fabscope check`", "peak memory", "exit status", "goal"], rows)
 
+        self.worst_repairs()
+
         print(f"### Memory per record, of {missing:,} records\n")
         rows = []
         for output, options in (("text", []), ("CSV", ["--csv", "-"]), ("JSON", ["--json", "-"])):
@@ -260,7 +303,7 @@ class Bench:
         table(["output", "peak", "peak without records", "each record", "goal"], rows)
 
 
-PARTS = ["file", "growth", "scripts", "manager", "worst"]
+PARTS = ["file", "growth", "scripts", "manager", "repairs", "worst"]
 
 
 def main():

@@ -17,6 +17,10 @@ usage: worst_cases.py NAME [SIZE]
   guids      the same with GUIDs that all fall into one bucket of a hash table of libstdc++ that has
              room for as many nodes and takes GUIDs as they are
   ring       a ring of switches (5,000) with a host each
+  path       switches (5,000) in a row, with hosts at the first
+  strays     leaves (10,000) in pods of 20 leaves and 10 spines, one cable of each in another pod
+  random     switches (20,000) with 8 cables each to any others, every tenth with hosts
+  complete   as many switches (6,400) in sets of 64, in which each is cabled to each
 
 Lower switches are called leaf..., upper ones spine....
 """
@@ -25,7 +29,8 @@ import random
 import sys
 
 SIZES = {"unlike": 2048, "inside": 2048, "popular": 2048, "chain": 2048, "groups": 2048,
-         "one-level": 200, "star": 255, "guids": 255, "ring": 5000}
+         "one-level": 200, "star": 255, "guids": 255, "ring": 5000,
+         "path": 5000, "strays": 10000, "random": 20000, "complete": 6400}
 
 
 class Fabric:
@@ -154,8 +159,52 @@ def ring(fabric, size):
         fabric.add_hosts(leaf, 1)
 
 
+def path(fabric, size):
+    switches = fabric.add_all("switch", "leaf", size)
+    for switch, following in zip(switches, switches[1:]):
+        fabric.cable(switch, following)
+    fabric.add_hosts(switches[0], 100)
+
+
+def strays(fabric, size):
+    pods = [(fabric.add_all("switch", f"spine of {pod} ", 10),
+             fabric.add_all("switch", f"leaf of {pod} ", 20)) for pod in range(size // 20)]
+    for pod, (spines, leaves) in enumerate(pods):
+        for number, leaf in enumerate(leaves):
+            fabric.add_hosts(leaf, 8)
+            for place, spine in enumerate(spines):
+                other = pods[(pod + 1 + number) % len(pods)][0][place]
+                fabric.cable(leaf, other if place == number % 10 else spine)
+    for first in range(0, len(pods), 200):  # as many as a root has ports for
+        for place in range(10):
+            for root in fabric.add_all("switch", f"root of {first} {place} ", 4):
+                for spines, _ in pods[first:first + 200]:
+                    fabric.cable(spines[place], root)
+
+
+def random_cables(fabric, size):
+    switches = fabric.add_all("switch", "leaf", size)
+    chance = random.Random(1)
+    for _ in range(4):
+        row = chance.sample(switches, size)
+        for switch, following in zip(row, row[1:] + row[:1]):
+            fabric.cable(switch, following)
+    for switch in switches[::10]:
+        fabric.add_hosts(switch, 2)
+
+
+def complete(fabric, size):
+    for number in range(size // 64):
+        switches = fabric.add_all("switch", f"leaf of {number} ", 64)
+        for place, switch in enumerate(switches):
+            fabric.add_hosts(switch, 2)
+            for other in switches[:place]:
+                fabric.cable(switch, other)
+
+
 MAKERS = {"unlike": unlike, "inside": inside, "popular": popular, "chain": chain, "groups": groups,
-          "one-level": one_level, "star": star, "guids": guids, "ring": ring}
+          "one-level": one_level, "star": star, "guids": guids, "ring": ring,
+          "path": path, "strays": strays, "random": random_cables, "complete": complete}
 
 
 def main():

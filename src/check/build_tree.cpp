@@ -33,6 +33,10 @@ std::uint64_t MisfitsOf(const FTTopology& topology) {
   return CountMisfits(topology.GetFabric(), RanksOf(topology));
 }
 
+bool HaveSameRanks(const FTTopology& a, const FTTopology& b) {
+  return RanksOf(a).ofNode == RanksOf(b).ofNode;
+}
+
 // Of one rank there is nothing to check.
 bool HasRanks(const BuiltTree& tree) {
   return tree.isBuilt && tree.topology->GetRanks().size() > 1;
@@ -80,6 +84,7 @@ BuiltTree TreeBuilder::BuildBest() {
   }
   BuiltTree inferred = BuildFrom(RootsFrom::Inferred);
   if (!HasRanks(inferred)) return searched;
+  if (searched.isBuilt && HaveSameRanks(*searched.topology, *inferred.topology)) return searched;
   inferred.roots.misfits = MisfitsOf(*inferred.topology);
   if (searched.isBuilt && inferred.roots.misfits >= searched.roots.misfits) return searched;
   inferred.roots.notice = NoticeOf(searched, inferred);

@@ -1,6 +1,7 @@
 #include "compare/cures.h"
 
 #include <set>
+#include <unordered_map>
 
 #include "fat_tree/neighborhood.h"
 
@@ -23,15 +24,21 @@ Places SwitchesOf(const GoneFinding& finding) {
   return switches;
 }
 
-bool IsAt(const RepairStep& step, const Places& switches) {
-  for (const CableChange& change : step.cables) {
-    for (const auto* cable : {&change.before, &change.after}) {
-      if (!cable->has_value()) continue;
-      if (switches.contains((*cable)->upper.node)) return true;
-      if (switches.contains((*cable)->lower.node)) return true;
+// By switch: the steps that touch it.
+using StepsAt = std::unordered_map<std::uint32_t, std::vector<std::size_t>>;
+
+StepsAt IndexSteps(std::span<const RepairStep> steps) {
+  StepsAt stepsAt;
+  for (std::size_t i = 0; i < steps.size(); ++i) {
+    for (const CableChange& change : steps[i].cables) {
+      for (const auto* cable : {&change.before, &change.after}) {
+        if (!cable->has_value()) continue;
+        stepsAt[(*cable)->upper.node].push_back(i);
+        stepsAt[(*cable)->lower.node].push_back(i);
+      }
     }
   }
-  return false;
+  return stepsAt;
 }
 
 }  // namespace
@@ -39,12 +46,15 @@ bool IsAt(const RepairStep& step, const Places& switches) {
 std::vector<std::vector<std::size_t>> CuresOf(std::span<const RepairStep> steps,
                                               const CheckedFabric& was, const CheckedFabric& is) {
   std::vector<std::vector<std::size_t>> cures(steps.size());
+  const StepsAt stepsAt = IndexSteps(steps);
   const Counterparts nodes(was.topology.GetFabric(), is.topology.GetFabric());
   for (const GoneFinding& finding : FindGone(was, is, nodes)) {
-    const Places switches = SwitchesOf(finding);
-    for (std::size_t i = 0; i < steps.size(); ++i) {
-      if (IsAt(steps[i], switches)) cures[i].push_back(finding.place);
+    std::set<std::size_t> curing;
+    for (const std::uint32_t node : SwitchesOf(finding)) {
+      const auto found = stepsAt.find(node);
+      if (found != stepsAt.end()) curing.insert(found->second.begin(), found->second.end());
     }
+    for (const std::size_t i : curing) cures[i].push_back(finding.place);
   }
   return cures;
 }

@@ -37,34 +37,42 @@ class Sha256 {
   sha256_ctx state_{};
 };
 
-std::string EndText(const IBPort& port) {
-  const std::string number = std::to_string(port.num);
-  return GuidText(port.node->guid) + " " + std::string(3 - number.size(), '0') + number;
+using End = std::pair<std::uint64_t, std::uint8_t>;  // GUID and port
+
+End EndOf(const IBPort& port) { return {port.node->guid, port.num}; }
+
+std::string EndText(const End& end) {
+  const std::string number = std::to_string(end.second);
+  return GuidText(end.first) + " " + std::string(3 - number.size(), '0') + number;
 }
 
-// A line for each node and cable.
-std::vector<std::string> LinesOf(const IBFabric& fabric) {
-  std::vector<std::string> lines;
-  for (const IBNode& node : fabric.GetNodes()) {
-    std::string& line = lines.emplace_back("node ");
-    line.append(GuidText(node.guid)).append(" ").append(std::to_string(node.nodeType));
-  }
+std::vector<std::pair<End, End>> SortedCables(const IBFabric& fabric) {
+  std::vector<std::pair<End, End>> cables;
   for (const IBPort& port : fabric.GetPorts()) {
     if (port.remotePort == nullptr || !IsFirstEnd(port)) continue;
-    const auto [first, second] = std::minmax({EndText(port), EndText(*port.remotePort)});
-    lines.emplace_back("cable ").append(first).append(" ").append(second);
+    cables.emplace_back(std::minmax({EndOf(port), EndOf(*port.remotePort)}));
   }
-  std::sort(lines.begin(), lines.end());
-  return lines;
+  std::sort(cables.begin(), cables.end());
+  return cables;
+}
+
+std::vector<std::pair<std::uint64_t, int>> SortedNodes(const IBFabric& fabric) {
+  std::vector<std::pair<std::uint64_t, int>> nodes;
+  for (const IBNode& node : fabric.GetNodes()) nodes.emplace_back(node.guid, node.nodeType);
+  std::sort(nodes.begin(), nodes.end());
+  return nodes;
 }
 
 }  // namespace
 
+// A line for each cable and node. Numbers have a fixed width, so that the lines are sorted, too.
 std::string FabricHash(const IBFabric& fabric) {
   Sha256 hash;
-  for (const std::string& line : LinesOf(fabric)) {
-    hash.Add(line);
-    hash.Add("\n");
+  for (const auto& [first, second] : SortedCables(fabric)) {
+    hash.Add("cable " + EndText(first) + " " + EndText(second) + "\n");
+  }
+  for (const auto& [guid, type] : SortedNodes(fabric)) {
+    hash.Add("node " + GuidText(guid) + " " + std::to_string(type) + "\n");
   }
   return "sha256:" + hash.Take();
 }

@@ -37,12 +37,17 @@ struct Lack {
 
 class ChangeFinder {
  public:
-  explicit ChangeFinder(const TreeGroups& groups) : groups_(groups), seats_(groups) {}
+  explicit ChangeFinder(const TreeGroups& groups)
+      : groups_(groups), seats_(groups), isExtra_(groups.graph.Cables().size()) {}
 
   Changes Find() {
+    FindMisplaced();
+    if (changes_.AreTooMany(groups_.graph)) return std::move(changes_);
     for (int round = 0;; ++round) {
-      MatchAll(round < mostRounds);
+      if (round < mostRounds) TakeSeats();
+      Match();
       if (!GiveBackSeats()) break;
+      ForgetSeats();
     }
     PlugIn();
     if (!changes_.uncertain.empty()) LeaveOutUncertain();
@@ -52,31 +57,29 @@ class ChangeFinder {
  private:
   static constexpr int mostRounds = 6;
 
-  void MatchAll(bool withSeats) {
-    extras_.clear();
-    extraPlace_.clear();
-    lacks_.clear();
-    forSeats_.clear();
+  void FindMisplaced() {
     FindExtrasBetween();
     for (std::size_t rank = 0; rank < groups_.pairs.size(); ++rank) {
       if (groups_.groupings[rank].cost != 0) CompareGroups(rank);
     }
     changes_.extras = extras_.size();
     changes_.lacks = lacks_.size();
-    if (withSeats) TakeSeats();
-    Match();
+  }
+  void ForgetSeats() {
+    while (extras_.size() > changes_.extras) {
+      isExtra_[extras_.back().first] = false;
+      extras_.pop_back();
+    }
+    lacks_.resize(changes_.lacks);
+    forSeats_.clear();
   }
   const SwitchGraph::Cable& Cable(std::uint32_t i) const { return groups_.graph.Cables()[i]; }
-  bool IsExtra(std::uint32_t cable) const { return extraPlace_.contains(cable); }
+  bool IsExtra(std::uint32_t cable) const { return isExtra_[cable]; }
   void AddExtra(std::uint32_t cable, RepairReason reason) {
-    extraPlace_.emplace(cable, extras_.size());
+    isExtra_[cable] = true;
     extras_.emplace_back(cable, reason);
   }
 
-  bool IsForSeat(std::uint32_t cable) const {
-    return std::any_of(forSeats_.begin(), forSeats_.end(),
-                       [&](const auto& entry) { return entry.second == cable; });
-  }
   void FindExtrasBetween();
   void CompareGroups(std::size_t rank);
   void ComparePair(std::uint32_t spine, std::uint32_t line, std::uint32_t multiplicity);
@@ -85,6 +88,8 @@ class ChangeFinder {
   void TakeSeat(const Lack& lack);
   std::uint32_t CableAt(std::uint32_t number, std::uint8_t port) const;
   void Match();
+  // `lacksOf`: by extra.
+  void MakeRoom(const std::vector<std::vector<std::size_t>>& lacksOf);
   // How well the end of an extra that stays suits a lack: 0 not at all.
   int Suitability(std::uint32_t cable, const Lack& lack) const;
   struct Plug {
@@ -108,7 +113,7 @@ class ChangeFinder {
   Seats seats_;
   Changes changes_;
   std::vector<std::pair<std::uint32_t, RepairReason>> extras_;
-  std::unordered_map<std::uint32_t, std::size_t> extraPlace_;
+  std::vector<bool> isExtra_;                      // by cable
   std::map<std::size_t, std::uint32_t> forSeats_;  // cables that must leave a seat, by their lack
   std::set<std::uint32_t> seated_;                 // those that must not
   std::vector<Lack> lacks_;
@@ -273,11 +278,18 @@ void ChangeFinder::Match() {
     lackOfExtra_[pair.extra] = pair.lack;
     extraOfLack_[pair.lack] = pair.extra;
   }
-  // Augmenting paths: an extra without a lack may take one whose extra finds another.
-  std::vector<std::size_t> visitedAt(lacks_.size(), nobody);
+  MakeRoom(lacksOf);
+}
+
+// Augmenting paths: an extra without a lack may take one whose extra finds another. What a search
+// without success has visited leads to no free lack later, either.
+void ChangeFinder::MakeRoom(const std::vector<std::vector<std::size_t>>& lacksOf) {
+  std::vector<bool> isVisited(lacks_.size());
+  std::vector<std::size_t> visited;
   const auto augment = [&](std::size_t start) {
     std::vector<std::pair<std::size_t, std::size_t>> open{{start, 0}};  // extra, next lack to try
     std::vector<std::size_t> via;
+    visited.clear();
     while (!open.empty()) {
       auto& [extra, next] = open.back();
       if (next == lacksOf[extra].size()) {
@@ -286,8 +298,9 @@ void ChangeFinder::Match() {
         continue;
       }
       const std::size_t lack = lacksOf[extra][next++];
-      if (visitedAt[lack] == start) continue;
-      visitedAt[lack] = start;
+      if (isVisited[lack]) continue;
+      isVisited[lack] = true;
+      visited.push_back(lack);
       via.push_back(lack);
       if (extraOfLack_[lack] != nobody) {
         open.emplace_back(extraOfLack_[lack], 0);
@@ -297,6 +310,7 @@ void ChangeFinder::Match() {
         lackOfExtra_[open[i].first] = via[i];
         extraOfLack_[via[i]] = open[i].first;
       }
+      for (const std::size_t i : visited) isVisited[i] = false;
       return;
     }
   };
@@ -378,13 +392,15 @@ void ChangeFinder::PlugIn() {
 std::vector<ChangeFinder::Plug> ChangeFinder::FindPlugs() {
   std::vector<Plug> plugs;
   std::vector<CableTarget>& targets = changes_.targets;
+  std::set<std::uint32_t> forSeats;
+  for (const auto& [lack, cable] : forSeats_) forSeats.insert(cable);
   const auto add = [&](const Lack& lack, std::size_t target, bool atSpine) {
     plugs.push_back(
         {target, atSpine ? lack.spine : lack.line, atSpine ? lack.line : lack.spine, atSpine});
   };
   for (std::size_t i = 0; i < extras_.size(); ++i) {
     const auto& [number, reason] = extras_[i];
-    targets.push_back({number, {}, {}, reason, IsForSeat(number)});
+    targets.push_back({number, {}, {}, reason, forSeats.contains(number)});
     if (lackOfExtra_[i] == nobody) continue;
     const SwitchGraph::Cable& cable = Cable(number);
     const Lack& lack = lacks_[lackOfExtra_[i]];

@@ -33,6 +33,13 @@ struct Changes {
   // Groups that cannot be made whole, by the rank of their spines: a link lacks, and no port is
   // free for it. What would change them is left out.
   std::set<std::pair<int, int>> uncertain;
+
+  // Whether more than a quarter of the cables must go: then there are no targets. Of so few changes
+  // any share of a fabric may be.
+  bool AreTooMany(const SwitchGraph& graph) const {
+    constexpr std::uint64_t few = 16;
+    return extras > few && 4 * extras > graph.Cables().size();
+  }
 };
 
 Changes FindChanges(const TreeGroups& groups);

@@ -150,13 +150,19 @@ Margin Evidence::MarginOf(std::uint32_t number, Side side) const {
   Margin margin;
   const int own = GroupOf(number, side);
   if (own == Grouping::none) return margin;
+  margin.pod = PodScoreOf(number, side, own, SwitchGraph::none);
   const std::size_t rank = UpperRank(number, side);
   const Grouping& grouping = groups_.groupings[rank];
   const RankPair& pair = groups_.pairs[rank];
   const Side farSide = OtherSide(side);
   const std::uint32_t place = groups_.place[number];
+  const auto links = side == LineSide ? pair.OfLine(place) : pair.OfSpine(place);
+  const bool isAllInside = std::all_of(links.begin(), links.end(), [&](const RankPair::Link& link) {
+    return grouping.groupOf[farSide][link.far] == own;
+  });
+  if (isAllInside) return margin;
   std::map<int, std::int64_t> tally;
-  for (const RankPair::Link& link : side == LineSide ? pair.OfLine(place) : pair.OfSpine(place)) {
+  for (const RankPair::Link& link : links) {
     const int group = grouping.groupOf[farSide][link.far];
     if (group == Grouping::none) continue;
     tally[group] += std::min(link.count, grouping.multiplicity[static_cast<std::size_t>(group)]);
@@ -166,7 +172,6 @@ Margin Evidence::MarginOf(std::uint32_t number, Side side) const {
     return 2 * tally[group] - std::int64_t{grouping.multiplicity[i]} * grouping.size[farSide][i];
   };
   const std::int64_t ownGain = gain(own);
-  margin.pod = PodScoreOf(number, side, own, SwitchGraph::none);
   const auto scoreOf = [&](int group) {
     return ScoreOf(number, side, group, SwitchGraph::none) + SizeScoreOf(number, side, group);
   };

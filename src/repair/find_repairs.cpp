@@ -15,9 +15,6 @@
 namespace fabscope {
 namespace {
 
-// Of so few changes any share of a fabric may be.
-constexpr std::uint64_t few = 16;
-
 // A step takes away at most two cables and brings at most two. What is done for seats alone could
 // be left out.
 std::size_t BoundOf(const Changes& changes) {
@@ -54,7 +51,7 @@ RepairPlan FindRepairs(const IBFabric& fabric, TreeRanks ranks) {
     plan.message = why;
     return plan;
   };
-  if (changes.extras > few && 4 * changes.extras > graph.Cables().size()) {
+  if (changes.AreTooMany(graph)) {
     return abstain("more than a quarter of the cables between switches do not fit the tree");
   }
   std::vector<PlannedStep> steps = OrderSteps(groups, changes);

@@ -99,12 +99,25 @@ class Grouper {
     }
   }
 
-  // Switches of a side, those of the most frequent set of far ends first.
-  std::vector<std::uint32_t> MostFrequentFirst(Side side) const;
+  // Whether a switch has a link to another group than its own.
+  bool LeavesGroup(Side side, std::uint32_t i) const {
+    const std::vector<int>& farGroups = result_.groupOf[OtherSide(side)];
+    const int own = result_.groupOf[side][i];
+    const Links links = LinksOf(side, i);
+    return std::any_of(links.begin(), links.end(), [&](const RankPair::Link& link) {
+      return farGroups[link.far] != own && farGroups[link.far] != Grouping::none;
+    });
+  }
+
+  // Switches of a side with the same far ends, the most frequent sets first.
+  using SameLinks = std::vector<std::uint32_t>;
+  std::vector<SameLinks> MostFrequentFirst(Side side) const;
   void FormCenters(Side side);
+  int Join(Side side, std::uint32_t i, std::vector<std::uint32_t>& farSize);
   void GatherRest();
   void CountSizes();
   void FindMultiplicities();
+  std::vector<std::uint32_t> LinesByGroup(std::vector<std::uint32_t>& first) const;
   bool Choose(Side side);
   bool MergeGroups();
   void DropEmptyGroups();
@@ -115,72 +128,66 @@ class Grouper {
   std::vector<int> seen_;
 };
 
-std::vector<std::uint32_t> Grouper::MostFrequentFirst(Side side) const {
-  const std::uint32_t count = CountOf(side);
-  // Sets get a number each; sets of one hash are compared.
-  std::unordered_map<std::uint64_t, std::vector<std::uint32_t>> byHash;
-  std::vector<std::uint32_t> firstOfSet;
-  std::vector<std::uint32_t> frequency;
-  std::vector<std::uint32_t> setOf(count);
-  for (std::uint32_t i = 0; i < count; ++i) {
+std::vector<Grouper::SameLinks> Grouper::MostFrequentFirst(Side side) const {
+  // Sets of one hash are compared.
+  std::unordered_multimap<std::uint64_t, std::size_t> byHash;
+  std::vector<SameLinks> sets;
+  for (std::uint32_t i = 0; i < CountOf(side); ++i) {
     const Links links = LinksOf(side, i);
-    std::vector<std::uint32_t>& sets = byHash[HashOf(links)];
-    const auto known = std::find_if(sets.begin(), sets.end(), [&](std::uint32_t set) {
-      return HaveSameFarEnds(LinksOf(side, firstOfSet[set]), links);
-    });
-    if (known != sets.end()) {
-      setOf[i] = *known;
-    } else {
-      setOf[i] = static_cast<std::uint32_t>(firstOfSet.size());
-      sets.push_back(setOf[i]);
-      firstOfSet.push_back(i);
-      frequency.push_back(0);
+    if (links.empty()) continue;
+    const std::uint64_t hash = HashOf(links);
+    auto [known, end] = byHash.equal_range(hash);
+    while (known != end && !HaveSameFarEnds(LinksOf(side, sets[known->second].front()), links)) {
+      ++known;
     }
-    ++frequency[setOf[i]];
+    if (known == end) {
+      known = byHash.emplace(hash, sets.size());
+      sets.emplace_back();
+    }
+    sets[known->second].push_back(i);
   }
-  std::vector<std::uint32_t> order(count);
-  std::iota(order.begin(), order.end(), 0U);
-  std::stable_sort(order.begin(), order.end(), [&](std::uint32_t x, std::uint32_t y) {
-    if (frequency[setOf[x]] != frequency[setOf[y]]) {
-      return frequency[setOf[x]] > frequency[setOf[y]];
-    }
-    return setOf[x] < setOf[y];
-  });
-  return order;
+  std::stable_sort(sets.begin(), sets.end(),
+                   [](const SameLinks& x, const SameLinks& y) { return x.size() > y.size(); });
+  return sets;
 }
 
 void Grouper::FormCenters(Side side) {
-  const Side far = OtherSide(side);
   std::vector<std::uint32_t> farSize;  // by group
-  for (const std::uint32_t i : MostFrequentFirst(side)) {
-    const Links links = LinksOf(side, i);
-    if (links.empty()) continue;
-    Tally(side, i, false);
-    int best = Grouping::none;
-    double bestLikeness = 0.5;
-    std::uint32_t taken = 0;
-    for (const int group : seen_) {
-      const auto place = static_cast<std::size_t>(group);
-      const double shared = tally_[place];
-      const double all = static_cast<double>(links.size() + farSize[place]) - shared;
-      taken += tally_[place];
-      if (shared / all < bestLikeness || (best != Grouping::none && shared / all == bestLikeness)) {
-        continue;
-      }
-      best = group;
-      bestLikeness = shared / all;
-    }
-    if (best == Grouping::none && std::size_t{2} * taken < links.size()) {
-      best = AddGroup();
-      farSize.push_back(0);
-      for (const RankPair::Link& link : links) {
-        if (result_.groupOf[far][link.far] != Grouping::none) continue;
-        result_.groupOf[far][link.far] = best;
-        ++farSize.back();
-      }
-    }
-    result_.groupOf[side][i] = best;
+  for (const SameLinks& set : MostFrequentFirst(side)) {
+    // What is right for one of them is right for all, also where it has just become a center.
+    const int group = Join(side, set.front(), farSize);
+    for (const std::uint32_t i : set) result_.groupOf[side][i] = group;
   }
+}
+
+// The group that a switch joins, or of which it is the center.
+int Grouper::Join(Side side, std::uint32_t i, std::vector<std::uint32_t>& farSize) {
+  const Links links = LinksOf(side, i);
+  Tally(side, i, false);
+  int best = Grouping::none;
+  double bestLikeness = 0.5;
+  std::uint32_t taken = 0;
+  for (const int group : seen_) {
+    const auto place = static_cast<std::size_t>(group);
+    const double shared = tally_[place];
+    const double all = static_cast<double>(links.size() + farSize[place]) - shared;
+    taken += tally_[place];
+    if (shared / all < bestLikeness || (best != Grouping::none && shared / all == bestLikeness)) {
+      continue;
+    }
+    best = group;
+    bestLikeness = shared / all;
+  }
+  if (best != Grouping::none || std::size_t{2} * taken >= links.size()) return best;
+  best = AddGroup();
+  farSize.push_back(0);
+  for (const RankPair::Link& link : links) {
+    int& farGroup = result_.groupOf[OtherSide(side)][link.far];
+    if (farGroup != Grouping::none) continue;
+    farGroup = best;
+    ++farSize.back();
+  }
+  return best;
 }
 
 // Switches that are like nobody form groups of those that hang together.
@@ -221,45 +228,64 @@ void Grouper::CountSizes() {
 // The median over all pairs of a spine and a line; what is most frequent in all groups where a
 // group does not agree with itself.
 void Grouper::FindMultiplicities() {
-  std::vector<std::map<std::uint32_t, std::uint64_t>> counts(result_.Count());
-  std::map<std::uint32_t, std::uint64_t> all;
-  for (std::uint32_t line = 0; line < CountOf(LineSide); ++line) {
-    const int group = result_.groupOf[LineSide][line];
-    if (group == Grouping::none) continue;
-    for (const RankPair::Link& link : pair_.OfLine(line)) {
-      if (result_.groupOf[SpineSide][link.far] != group) continue;
-      ++counts[static_cast<std::size_t>(group)][link.count];
-      ++all[link.count];
-    }
-  }
-  std::uint32_t usual = 1;
-  std::uint64_t most = 0;
-  for (const auto& [count, times] : all) {
-    if (times > most) most = times, usual = count;
-  }
+  std::vector<std::uint64_t> all(std::max(pair_.MostCables(), 1U) + 1);
+  std::vector<std::uint64_t> times(all.size());
+  std::vector<bool> agrees(result_.Count());
+  std::vector<std::uint32_t> first;  // by group: its place in lines
+  const std::vector<std::uint32_t> lines = LinesByGroup(first);
   for (std::size_t group = 0; group < result_.Count(); ++group) {
+    std::uint64_t linked = 0;
+    for (std::uint32_t i = first[group]; i < first[group + 1]; ++i) {
+      for (const RankPair::Link& link : pair_.OfLine(lines[i])) {
+        if (result_.groupOf[SpineSide][link.far] != static_cast<int>(group)) continue;
+        ++times[link.count];
+        ++linked;
+      }
+    }
     const std::uint64_t pairs =
         std::uint64_t{result_.size[SpineSide][group]} * result_.size[LineSide][group];
-    std::uint64_t linked = 0;
-    for (const auto& [count, times] : counts[group]) linked += times;
     std::uint64_t below = pairs - linked;
     std::uint32_t median = 0;
-    for (const auto& [count, times] : counts[group]) {
-      if (2 * below > pairs) break;
+    for (std::uint32_t count = 1; count < times.size(); ++count) {
+      all[count] += times[count];
+      if (times[count] == 0 || 2 * below > pairs) continue;
       median = count;
-      below += times;
+      below += times[count];
     }
     median = std::max(median, 1U);
-    const std::uint64_t ofMedian = counts[group].contains(median) ? counts[group][median] : 0;
-    if (3 * ofMedian < 2 * pairs) median = usual;
+    agrees[group] = 3 * times[median] >= 2 * pairs;
     result_.multiplicity[group] = median;
+    std::fill(times.begin(), times.end(), 0);
   }
+  const auto most = std::max_element(all.begin(), all.end());
+  const auto usual = *most == 0 ? 1U : static_cast<std::uint32_t>(most - all.begin());
+  for (std::size_t group = 0; group < result_.Count(); ++group) {
+    if (!agrees[group]) result_.multiplicity[group] = usual;
+  }
+}
+
+// The lines that have a group, group by group.
+std::vector<std::uint32_t> Grouper::LinesByGroup(std::vector<std::uint32_t>& first) const {
+  const std::vector<int>& groupOf = result_.groupOf[LineSide];
+  first.assign(result_.Count() + 1, 0);
+  for (const int group : groupOf) {
+    if (group != Grouping::none) ++first[static_cast<std::size_t>(group) + 1];
+  }
+  std::partial_sum(first.begin(), first.end(), first.begin());
+  std::vector<std::uint32_t> lines(first.back());
+  std::vector<std::uint32_t> next(first.begin(), first.end() - 1);
+  for (std::uint32_t line = 0; line < groupOf.size(); ++line) {
+    if (groupOf[line] == Grouping::none) continue;
+    lines[next[static_cast<std::size_t>(groupOf[line])]++] = line;
+  }
+  return lines;
 }
 
 bool Grouper::Choose(Side side) {
   bool isMoved = false;
   const Side far = OtherSide(side);
   for (std::uint32_t i = 0; i < CountOf(side); ++i) {
+    if (!LeavesGroup(side, i)) continue;
     Tally(side, i, true);
     int& group = result_.groupOf[side][i];
     const auto gain = [&](int candidate) {

@@ -24,6 +24,7 @@
 #include <cstdlib>
 #include <functional>
 #include <set>
+#include <span>
 #include <tuple>
 #include <utility>
 
@@ -69,7 +70,9 @@ std::uint64_t CheapestWith(int top) { return levelPrice * static_cast<std::uint6
 class HeightFinder {
  public:
   explicit HeightFinder(const SwitchGraph& graph)
-      : graph_(graph), isLeaf_(graph.Count()), common_(graph.Count()) {}
+      : graph_(graph), isLeaf_(graph.Count()), common_(graph.Count()) {
+    FindNeighbors();
+  }
 
   Heights Find() {
     FindFullCount();
@@ -111,10 +114,14 @@ class HeightFinder {
   bool IsFull(std::uint32_t i) const { return 2 * graph_.Hosts(i) > full_; }
   template <typename Visit>
   void ForEachNeighbor(std::uint32_t i, Visit visit) const {
-    for (const std::uint32_t cable : graph_.CablesOf(i)) visit(graph_.Cables()[cable].Other(i));
+    for (const std::uint32_t other : graph_.FarEndsOf(i)) visit(other);
   }
-  std::vector<std::uint32_t> NeighborsOf(std::uint32_t i) const;
+  // Each once, in ascending order.
+  std::span<const std::uint32_t> NeighborsOf(std::uint32_t i) const {
+    return {neighbors_.data() + firstNeighbor_[i], neighborCount_[i]};
+  }
 
+  void FindNeighbors();
   void FindFullCount();
   void FindLeaves(Doubt doubt);
   void DropThoseBetweenLeaves();
@@ -126,24 +133,45 @@ class HeightFinder {
   void Fold();
   std::vector<bool> FindWaysUp(int top) const;
   void JoinTwins();
+  std::vector<std::uint32_t> FindSuspects(const Misfits& misfits) const;
   Price MoveSuspects();
   double LikenessTo(std::uint32_t i, int height);
-  Price PriceOf(const Heights& heights, Misfits* misfits = nullptr) const;
+  struct Alike {
+    std::vector<std::uint32_t> lastAt;  // by first neighbor: who was asked for last, or none
+    std::vector<double> likeness;       // by switch that was asked for
+  };
+  double LikenessBelow(std::uint32_t i, Alike& known);
+  Price PriceOf(const Heights& heights, Misfits* misfits = nullptr);
+  Price WorkOutPrice(const Heights& heights, Misfits& misfits) const;
 
   const SwitchGraph& graph_;
+  std::vector<std::uint32_t> neighbors_;
+  std::vector<std::size_t> firstNeighbor_;  // by switch
+  std::vector<std::uint32_t> neighborCount_;
   std::uint32_t full_ = 0;  // what leaves have, hosts
   std::vector<bool> isLeaf_;
   Heights heights_;
   std::vector<std::uint32_t> common_;  // by switch: neighbors in common; 0 between uses
+  // What was asked for last is often asked for again.
+  Heights priced_;
+  Price price_;
+  Misfits misfits_;
 };
 
-std::vector<std::uint32_t> HeightFinder::NeighborsOf(std::uint32_t i) const {
-  std::vector<std::uint32_t> neighbors;
-  neighbors.reserve(Degree(i));
-  ForEachNeighbor(i, [&](std::uint32_t other) { neighbors.push_back(other); });
-  std::sort(neighbors.begin(), neighbors.end());
-  neighbors.erase(std::unique(neighbors.begin(), neighbors.end()), neighbors.end());
-  return neighbors;
+void HeightFinder::FindNeighbors() {
+  firstNeighbor_.resize(graph_.Count());
+  std::size_t all = 0;
+  for (std::uint32_t i = 0; i < graph_.Count(); ++i) firstNeighbor_[i] = all, all += Degree(i);
+  neighbors_.resize(all);
+  neighborCount_.assign(graph_.Count(), 0);
+  for (std::uint32_t i = 0; i < graph_.Count(); ++i) {
+    ForEachNeighbor(i, [&](std::uint32_t other) {
+      const auto known = NeighborsOf(other);
+      if (known.empty() || known.back() != i) {
+        neighbors_[firstNeighbor_[other] + neighborCount_[other]++] = i;
+      }
+    });
+  }
 }
 
 // Nine of ten switches with hosts have no more.
@@ -314,48 +342,50 @@ Heights HeightFinder::HeightsBelow(const Heights& fromLeaves, int top) const {
 // the worst switch first.
 void HeightFinder::Settle() {
   const int top = Top();
-  std::vector<std::uint32_t> counts;
-  const auto best = [&](std::uint32_t i) {
-    counts.assign(static_cast<std::size_t>(top) + 3, 0);
-    ForEachNeighbor(i, [&](std::uint32_t other) {
-      if (heights_[other] != unknown) ++counts[static_cast<std::size_t>(heights_[other]) + 1];
-    });
-    const auto good = [&](int height) {
-      const auto place = static_cast<std::size_t>(height) + 1;
-      return counts[place - 1] + counts[place + 1];
-    };
-    int bestHeight = heights_[i];
-    for (int height = 0; height <= top; ++height) {
-      if (good(height) > good(bestHeight)) bestHeight = height;
-    }
-    return std::pair(bestHeight, good(bestHeight) - good(heights_[i]));
+  std::vector<std::uint32_t> counts(static_cast<std::size_t>(top) + 3);  // by height plus one
+  std::vector<int> touched;
+  const auto good = [&](int height) {
+    const auto place = static_cast<std::size_t>(height) + 1;
+    return counts[place - 1] + counts[place + 1];
   };
-  const std::uint32_t mostMoves = graph_.Count() / 2 + 1;
-  std::vector<std::tuple<std::uint32_t, std::uint32_t>> worst;
-  for (std::uint32_t i = 0; i < graph_.Count(); ++i) {
-    if (heights_[i] == unknown || isLeaf_[i]) continue;
-    if (const auto [height, gain] = best(i); gain > 0) worst.emplace_back(gain, i);
-  }
-  std::uint32_t moves = 0;
-  while (!worst.empty() && moves < mostMoves) {
-    const auto place =
-        std::max_element(worst.begin(), worst.end(), [](const auto& a, const auto& b) {
-          return std::get<0>(a) != std::get<0>(b) ? std::get<0>(a) < std::get<0>(b)
-                                                  : std::get<1>(a) > std::get<1>(b);
-        });
-    const std::uint32_t i = std::get<1>(*place);
-    worst.erase(place);
-    const auto [height, gain] = best(i);
-    if (gain == 0) continue;
-    heights_[i] = height;
-    ++moves;
+  // The lowest of the best heights; its own where no other is better.
+  const auto best = [&](std::uint32_t i) {
+    for (const int height : touched) counts[static_cast<std::size_t>(height) + 1] = 0;
+    touched.clear();
     ForEachNeighbor(i, [&](std::uint32_t other) {
-      if (heights_[other] == unknown || isLeaf_[other]) return;
-      std::erase_if(worst, [&](const auto& entry) { return std::get<1>(entry) == other; });
-      if (const auto [otherHeight, otherGain] = best(other); otherGain > 0) {
-        worst.emplace_back(otherGain, other);
+      if (heights_[other] == unknown) return;
+      if (counts[static_cast<std::size_t>(heights_[other]) + 1]++ == 0) {
+        touched.push_back(heights_[other]);
       }
     });
+    const int own = heights_[i];
+    int bestHeight = own;
+    const auto consider = [&](int height) {
+      if (height < 0 || height > top) return;
+      const bool isLower = bestHeight != own && height < bestHeight;
+      if (good(height) > good(bestHeight) || (isLower && good(height) == good(bestHeight))) {
+        bestHeight = height;
+      }
+    };
+    for (const int height : touched) consider(height - 1), consider(height + 1);
+    return std::pair(bestHeight, good(bestHeight) - good(own));
+  };
+  const std::uint32_t mostMoves = graph_.Count() / 2 + 1;
+  std::vector<std::uint32_t> gains(graph_.Count());
+  std::set<std::pair<std::int64_t, std::uint32_t>> worst;  // by gain, the largest first
+  const auto note = [&](std::uint32_t i) {
+    if (heights_[i] == unknown || isLeaf_[i]) return;
+    if (gains[i] > 0) worst.erase({-std::int64_t{gains[i]}, i});
+    gains[i] = best(i).second;
+    if (gains[i] > 0) worst.emplace(-std::int64_t{gains[i]}, i);
+  };
+  for (std::uint32_t i = 0; i < graph_.Count(); ++i) note(i);
+  for (std::uint32_t moves = 0; !worst.empty() && moves < mostMoves; ++moves) {
+    const std::uint32_t i = worst.begin()->second;
+    worst.erase(worst.begin());
+    gains[i] = 0;
+    heights_[i] = best(i).first;
+    ForEachNeighbor(i, note);
   }
 }
 
@@ -367,7 +397,9 @@ void HeightFinder::Fold() {
   Price best = PriceOf(heights_);
   Heights bestHeights = heights_;
   const std::vector<bool> leadsUp = FindWaysUp(top);
-  for (int crease = (top + 1) / 2; crease > 0 && crease < top; ++crease) {
+  const int first = (top + 1) / 2;
+  // What is higher than any tree has creases without end.
+  for (int crease = first; crease > 0 && crease < std::min(top, first + mostLevels); ++crease) {
     for (const bool all : {true, false}) {
       Heights folded = heights_;
       for (std::uint32_t i = 0; i < graph_.Count(); ++i) {
@@ -403,7 +435,7 @@ std::vector<bool> HeightFinder::FindWaysUp(int top) const {
 // How alike the neighbors of a switch are to those of the most similar other switch of a height.
 double HeightFinder::LikenessTo(std::uint32_t i, int height) {
   std::vector<std::uint32_t> touched;
-  const std::vector<std::uint32_t> neighbors = NeighborsOf(i);
+  const std::span<const std::uint32_t> neighbors = NeighborsOf(i);
   for (const std::uint32_t neighbor : neighbors) {
     std::uint32_t last = i;  // parallel cables stand together where ports are cabled in order
     ForEachNeighbor(neighbor, [&](std::uint32_t twin) {
@@ -422,14 +454,27 @@ double HeightFinder::LikenessTo(std::uint32_t i, int height) {
   return best;
 }
 
+// To the switches two heights below. Many have the same neighbors, and so the same answer.
+double HeightFinder::LikenessBelow(std::uint32_t i, Alike& known) {
+  const std::span<const std::uint32_t> neighbors = NeighborsOf(i);
+  if (neighbors.empty()) return 0;
+  const std::uint32_t other = std::exchange(known.lastAt[neighbors.front()], i);
+  const bool isSame = other != SwitchGraph::none && heights_[other] == heights_[i] &&
+                      std::ranges::equal(NeighborsOf(other), neighbors);
+  known.likeness[i] = isSame ? known.likeness[other] : LikenessTo(i, heights_[i] - 2);
+  return known.likeness[i];
+}
+
 // Leaves without hosts.
 void HeightFinder::JoinTwins() {
   constexpr double like = 0.8;
   constexpr double ratherLike = 0.6;
   std::vector<std::pair<std::uint32_t, int>> moves;
+  Alike known{std::vector<std::uint32_t>(graph_.Count(), SwitchGraph::none),
+              std::vector<double>(graph_.Count())};
   for (std::uint32_t i = 0; i < graph_.Count(); ++i) {
     if (heights_[i] < 2 || graph_.Hosts(i) > full_ / 2) continue;
-    const double below = LikenessTo(i, heights_[i] - 2);
+    const double below = LikenessBelow(i, known);
     if (below < ratherLike) continue;
     if (below >= like || below >= LikenessTo(i, heights_[i]))
       moves.emplace_back(i, heights_[i] - 2);
@@ -445,7 +490,16 @@ void HeightFinder::JoinTwins() {
   if (isWorse) heights_ = before;
 }
 
-Price HeightFinder::PriceOf(const Heights& heights, Misfits* misfits) const {
+Price HeightFinder::PriceOf(const Heights& heights, Misfits* misfits) {
+  if (heights != priced_) {
+    price_ = WorkOutPrice(heights, misfits_);
+    priced_ = heights;
+  }
+  if (misfits != nullptr) *misfits = misfits_;
+  return price_;
+}
+
+Price HeightFinder::WorkOutPrice(const Heights& heights, Misfits& misfits) const {
   const int top = *std::max_element(heights.begin(), heights.end());
   std::vector<int> ranks(graph_.Count(), TreeRanks::none);
   std::vector<bool> hasBelow(graph_.Count());
@@ -456,8 +510,8 @@ Price HeightFinder::PriceOf(const Heights& heights, Misfits* misfits) const {
     if (heights[cable.a] == heights[cable.b]) continue;
     hasBelow[heights[cable.a] > heights[cable.b] ? cable.a : cable.b] = true;
   }
-  Misfits found = FindMisfits(graph_, ranks);
-  Price price{4 * found.cables + CheapestWith(top), 0};
+  misfits = FindMisfits(graph_, ranks);
+  Price price{4 * misfits.cables + CheapestWith(top), 0};
   std::vector<std::uint64_t> strays(static_cast<std::size_t>(top) + 1);
   std::vector<std::uint32_t> withHosts(strays.size());
   std::vector<std::uint32_t> onHeight(strays.size());
@@ -480,38 +534,42 @@ Price HeightFinder::PriceOf(const Heights& heights, Misfits* misfits) const {
     const bool isMeant = 2 * withHosts[height] > onHeight[height];
     price.changes += isMeant ? std::min<std::uint64_t>(strays[height], 8) : strays[height];
   }
-  if (misfits != nullptr) *misfits = std::move(found);
   return price;
 }
 
-// Tries switches with many wrong cables at other heights, and keeps what makes the tree cheaper.
+// Switches with many wrong cables, the worst first.
+std::vector<std::uint32_t> HeightFinder::FindSuspects(const Misfits& misfits) const {
+  std::vector<std::pair<double, std::uint32_t>> suspects;  // by badness, negative
+  for (std::uint32_t i = 0; i < graph_.Count(); ++i) {
+    if (heights_[i] == unknown || Degree(i) == 0) continue;
+    const bool isStrange = heights_[i] > 0 && graph_.Hosts(i) > 0;
+    if (misfits.ofSwitch[i] < (isStrange ? 1U : 2U)) continue;
+    const double badness = static_cast<double>(misfits.ofSwitch[i]) / Degree(i);
+    if (badness >= 0.3) suspects.emplace_back(-badness, i);
+  }
+  std::sort(suspects.begin(), suspects.end());
+  std::vector<std::uint32_t> worstFirst;
+  worstFirst.reserve(suspects.size());
+  for (const auto& [badness, i] : suspects) worstFirst.push_back(i);
+  return worstFirst;
+}
+
+// Tries suspects at other heights, and keeps what makes the tree cheaper. Then others are suspect.
 Price HeightFinder::MoveSuspects() {
   constexpr std::uint64_t mostWork = 3'000'000;
   std::uint64_t work = 0;
   const std::uint64_t workOfOne = 8 * graph_.Cables().size() + graph_.Count();
   Misfits misfits;
   Price best = PriceOf(heights_, &misfits);
-  std::vector<bool> isTried(graph_.Count());
-  while (work < mostWork) {
-    std::uint32_t suspect = SwitchGraph::none;
-    double worst = 0;
-    for (std::uint32_t i = 0; i < graph_.Count(); ++i) {
-      if (heights_[i] == unknown || isTried[i]) continue;
-      const bool isStrange = heights_[i] > 0 && graph_.Hosts(i) > 0;
-      if (Degree(i) == 0 || (misfits.ofSwitch[i] < 2 && !(isStrange && misfits.ofSwitch[i] > 0))) {
-        continue;
-      }
-      const double badness = static_cast<double>(misfits.ofSwitch[i]) / Degree(i);
-      if (badness < 0.3 || badness <= worst) continue;
-      worst = badness;
-      suspect = i;
-    }
-    if (suspect == SwitchGraph::none) break;
-    isTried[suspect] = true;
-    const int top = Top();
+  std::vector<std::uint32_t> suspects = FindSuspects(misfits);
+  std::size_t next = 0;
+  std::uint32_t moved = SwitchGraph::none;
+  int top = Top();
+  while (next < suspects.size() && work < mostWork) {
+    const std::uint32_t suspect = suspects[next++];
+    if (suspect == moved) continue;
     const int was = heights_[suspect];
     int bestHeight = was;
-    Misfits bestMisfits;
     std::set<int> candidates;
     ForEachNeighbor(suspect, [&](std::uint32_t other) {
       candidates.insert({heights_[other] - 1, heights_[other] + 1});
@@ -525,13 +583,14 @@ Price HeightFinder::MoveSuspects() {
       if (price.WithEmptyLeaves() >= best.WithEmptyLeaves()) continue;
       best = price;
       bestHeight = height;
-      bestMisfits = std::move(now);
+      misfits = std::move(now);
     }
     heights_[suspect] = bestHeight;
     if (bestHeight == was) continue;
-    misfits = std::move(bestMisfits);
-    std::fill(isTried.begin(), isTried.end(), false);
-    isTried[suspect] = true;
+    moved = suspect;
+    top = Top();
+    suspects = FindSuspects(misfits);
+    next = 0;
   }
   return best;
 }

@@ -44,8 +44,8 @@ void AddPair(const RankPair& pair, std::vector<std::uint32_t>& ofSwitch) {
 Misfits FindMisfits(const SwitchGraph& graph, const std::vector<int>& ranks) {
   Misfits misfits;
   misfits.ofSwitch.assign(graph.Count(), 0);
-  int last = -1;
-  for (const int rank : ranks) last = std::max(last, rank);
+  const SwitchesByRank byRank(ranks);
+  const int last = static_cast<int>(byRank.switches.size()) - 1;
   for (const SwitchGraph::Cable& cable : graph.Cables()) {
     const int a = ranks[cable.a];
     const int b = ranks[cable.b];
@@ -54,7 +54,7 @@ Misfits FindMisfits(const SwitchGraph& graph, const std::vector<int>& ranks) {
     ++misfits.ofSwitch[cable.b];
   }
   for (int upper = 0; upper < last; ++upper) {
-    AddPair(RankPair(graph, ranks, upper), misfits.ofSwitch);
+    AddPair(RankPair(graph, ranks, byRank, upper), misfits.ofSwitch);
   }
   // Each cable was counted at both of its ends.
   for (const std::uint32_t count : misfits.ofSwitch) misfits.cables += count;

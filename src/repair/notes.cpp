@@ -9,6 +9,7 @@
 #include <bitset>
 #include <cstddef>
 #include <map>
+#include <unordered_map>
 
 #include "fabric/fabric_walk.h"
 
@@ -20,7 +21,13 @@ using Ports = std::bitset<256>;
 class NoteFinder {
  public:
   NoteFinder(const TreeGroups& groups, const Changes& changes)
-      : groups_(groups), changes_(changes) {}
+      : groups_(groups), changes_(changes), members_(groups.pairs.size()) {
+    for (const CableTarget& target : changes.targets) {
+      for (const auto& end : {target.upper, target.lower}) {
+        if (end) planned_[end->number].set(end->port);
+      }
+    }
+  }
 
   std::vector<RepairNote> Find() {
     NoteLoops();
@@ -46,10 +53,14 @@ class NoteFinder {
   Ports EmptyAtAll(const std::vector<std::uint32_t>& switches) const;
   void NoteUnusual(std::size_t rank);
   void NoteGroup(RepairNote::Kind kind, int rank, int group);
+  const std::vector<std::vector<std::uint32_t>>& MembersOf(int upperRank);
   void NoteUncertain();
 
   const TreeGroups& groups_;
   const Changes& changes_;
+  // By upper rank, once they were asked for: by group.
+  std::vector<std::vector<std::vector<std::uint32_t>>> members_;
+  std::unordered_map<std::uint32_t, Ports> planned_;  // by switch: those that will be used
   std::vector<RepairNote> notes_;
 };
 
@@ -157,14 +168,7 @@ Ports NoteFinder::EmptyAtAll(const std::vector<std::uint32_t>& switches) const {
     for (std::size_t port = node.numPorts + std::size_t{1}; port < empty.size(); ++port) {
       empty.reset(port);
     }
-  }
-  for (const CableTarget& target : changes_.targets) {
-    for (const auto& end : {target.upper, target.lower}) {
-      if (!end) continue;
-      if (std::find(switches.begin(), switches.end(), end->number) != switches.end()) {
-        empty.reset(end->port);
-      }
-    }
+    if (const auto found = planned_.find(number); found != planned_.end()) empty &= ~found->second;
   }
   return empty;
 }
@@ -181,13 +185,21 @@ void NoteFinder::NoteUnusual(std::size_t rank) {
 }
 
 void NoteFinder::NoteGroup(RepairNote::Kind kind, int rank, int group) {
-  RepairNote note{kind, rank, {}, {}};
+  const auto& members = MembersOf(rank);
+  notes_.push_back({kind, rank, members[static_cast<std::size_t>(group)], {}});
+}
+
+// By group of the pair: the switches, in model order.
+const std::vector<std::vector<std::uint32_t>>& NoteFinder::MembersOf(int upperRank) {
+  std::vector<std::vector<std::uint32_t>>& members = members_[static_cast<std::size_t>(upperRank)];
+  if (!members.empty()) return members;
+  members.resize(groups_.groupings[static_cast<std::size_t>(upperRank)].Count());
   for (std::uint32_t i = 0; i < groups_.graph.Count(); ++i) {
-    const bool isSpine = groups_.ranks[i] == rank && groups_.GroupBelow(i) == group;
-    const bool isLine = groups_.ranks[i] == rank + 1 && groups_.GroupAbove(i) == group;
-    if (isSpine || isLine) note.switches.push_back(IndexOf(i));
+    if (groups_.ranks[i] != upperRank && groups_.ranks[i] != upperRank + 1) continue;
+    const int group = groups_.ranks[i] == upperRank ? groups_.GroupBelow(i) : groups_.GroupAbove(i);
+    if (group != Grouping::none) members[static_cast<std::size_t>(group)].push_back(IndexOf(i));
   }
-  notes_.push_back(std::move(note));
+  return members;
 }
 
 void NoteFinder::NoteUncertain() {

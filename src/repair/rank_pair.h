@@ -8,6 +8,15 @@
 
 namespace fabscope {
 
+// The switches of each rank, in model order.
+struct SwitchesByRank {
+  // `ranks` by number in the graph; below 0 for those that have none.
+  explicit SwitchesByRank(const std::vector<int>& ranks);
+
+  std::vector<std::vector<std::uint32_t>> switches;  // by rank
+  std::vector<std::uint32_t> place;                  // by switch: among those of its rank
+};
+
 // The cables between a rank and the next one down. Switches are numbered anew, from 0 on each side:
 // spines above, lines below, both in model order.
 class RankPair {
@@ -18,13 +27,15 @@ class RankPair {
   };
 
   // `ranks` by number in the graph. The pair of `upper` and `upper` + 1.
-  RankPair(const SwitchGraph& graph, const std::vector<int>& ranks, int upper);
+  RankPair(const SwitchGraph& graph, const std::vector<int>& ranks, const SwitchesByRank& byRank,
+           int upper);
 
   const std::vector<std::uint32_t>& Spines() const { return spines_.switches; }
   const std::vector<std::uint32_t>& Lines() const { return lines_.switches; }
   std::span<const Link> OfSpine(std::uint32_t spine) const { return spines_.Of(spine); }
   std::span<const Link> OfLine(std::uint32_t line) const { return lines_.Of(line); }
-  std::uint64_t CableCount() const { return cableCount_; }
+  // Between any two of them.
+  std::uint32_t MostCables() const { return mostCables_; }
 
  private:
   struct Side {
@@ -39,7 +50,7 @@ class RankPair {
 
   Side spines_;
   Side lines_;
-  std::uint64_t cableCount_ = 0;
+  std::uint32_t mostCables_ = 0;
 };
 
 }  // namespace fabscope

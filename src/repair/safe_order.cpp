@@ -2,9 +2,8 @@
 
 #include <algorithm>
 #include <array>
-#include <map>
+#include <cstdint>
 #include <set>
-#include <unordered_map>
 #include <utility>
 
 namespace fabscope {
@@ -14,40 +13,57 @@ namespace {
 class Cabling {
  public:
   explicit Cabling(const SwitchGraph& graph)
-      : graph_(graph), isGone_(graph.Cables().size()), sideOf_(graph.Count()) {
-    // Cables of the graph are found by their first end.
-  }
+      : graph_(graph),
+        isGone_(graph.Cables().size()),
+        more_(graph.Count()),
+        sideOf_(graph.Count()),
+        workLeft_(10'000'000 + 100 * graph.Cables().size()) {}
 
   void Unplug(const RepairCable& cable) {
     const auto [a, b] = EndsOf(cable);
-    const auto added = std::find(added_.begin(), added_.end(), std::pair(cable.upper, cable.lower));
-    if (added != added_.end()) {
-      added_.erase(added);
+    if (added_.erase(KeyOf(cable)) != 0) {
       Forget(a, b);
       return;
     }
-    for (const std::uint32_t i : graph_.CablesOf(a)) {
-      const SwitchGraph::Cable& it = graph_.Cables()[i];
-      if (isGone_[i] || it.Other(a) != b || it.PortAt(a) != cable.upper.port) continue;
-      isGone_[i] = true;
-      return;
-    }
+    if (const auto i = FindCable(cable, false); i != SwitchGraph::none) isGone_[i] = true;
   }
   void Plug(const RepairCable& cable) {
+    // One that was there from the start, perhaps.
+    if (const auto i = FindCable(cable, true); i != SwitchGraph::none) {
+      isGone_[i] = false;
+      return;
+    }
     const auto [a, b] = EndsOf(cable);
-    added_.emplace_back(cable.upper, cable.lower);
+    added_.insert(KeyOf(cable));
     more_[a].push_back(b);
     more_[b].push_back(a);
   }
   // Whether somebody with hosts at one end would no more reach somebody with hosts at the other.
   bool IsCut(const RepairCable& cable) {
     const auto [a, b] = EndsOf(cable);
-    return !AreJoined(a, b) && HasHosts(1) && HasHosts(2);
+    return !AreJoined(a, b) && ReachesHosts(0) && ReachesHosts(1);
   }
+  // In a tree two ends meet after a few hops, in what is hardly more than a ring after thousands.
+  // Who looks so far too often must stop.
+  bool IsTired() const { return workLeft_ == 0; }
 
  private:
+  using Key = std::array<std::uint32_t, 4>;
+
+  static Key KeyOf(const RepairCable& cable) {
+    return {cable.upper.node, cable.upper.port, cable.lower.node, cable.lower.port};
+  }
   std::pair<std::uint32_t, std::uint32_t> EndsOf(const RepairCable& cable) const {
     return {graph_.NumberOf(cable.upper.node), graph_.NumberOf(cable.lower.node)};
+  }
+  std::uint32_t FindCable(const RepairCable& cable, bool isGone) const {
+    const auto [a, b] = EndsOf(cable);
+    for (const std::uint32_t i : graph_.CablesOf(a)) {
+      const SwitchGraph::Cable& it = graph_.Cables()[i];
+      if (isGone_[i] != isGone || it.Other(a) != b) continue;
+      if (it.PortAt(a) == cable.upper.port && it.PortAt(b) == cable.lower.port) return i;
+    }
+    return SwitchGraph::none;
   }
   void Forget(std::uint32_t a, std::uint32_t b) {
     for (const auto& [from, to] : {std::pair(a, b), std::pair(b, a)}) {
@@ -56,35 +72,37 @@ class Cabling {
     }
   }
   template <typename Visit>
-  void ForEachNeighbor(std::uint32_t i, Visit visit) const {
-    for (const std::uint32_t cable : graph_.CablesOf(i)) {
+  void ForEachNeighbor(std::uint32_t i, Visit visit) {
+    const auto cables = graph_.CablesOf(i);
+    workLeft_ -= std::min<std::uint64_t>(workLeft_, 1 + cables.size() + more_[i].size());
+    for (const std::uint32_t cable : cables) {
       if (!isGone_[cable]) visit(graph_.Cables()[cable].Other(i));
     }
-    if (const auto found = more_.find(i); found != more_.end()) {
-      for (const std::uint32_t other : found->second) visit(other);
-    }
+    for (const std::uint32_t other : more_[i]) visit(other);
   }
   // Looks from both sides in turn, the smaller one first: in a tree the two meet after a few hops.
-  // Leaves the switches that were reached in reached_.
+  // Leaves the switches that were reached in reached_; where the two are not joined, those of one
+  // side are all there.
   bool AreJoined(std::uint32_t a, std::uint32_t b) {
     for (const auto& reached : reached_) {
       for (const std::uint32_t i : reached) sideOf_[i] = 0;
     }
     reached_ = {std::vector{a}, std::vector{b}};
+    next_ = {0, 0};
     if (a == b) return true;
     sideOf_[a] = 1;
     sideOf_[b] = 2;
-    std::array<std::size_t, 2> next{0, 0};
-    while (true) {
-      const bool isOpen0 = next[0] < reached_[0].size();
-      const bool isOpen1 = next[1] < reached_[1].size();
-      if (!isOpen0 || !isOpen1) return FinishSides(next);
-      const std::size_t side = reached_[0].size() <= reached_[1].size() ? 0 : 1;
-      const std::uint32_t i = reached_[side][next[side]++];
-      bool hasMet = false;
-      ForEachNeighbor(i, [&](std::uint32_t other) { hasMet |= Reach(side, other); });
-      if (hasMet) return true;
+    while (next_[0] < reached_[0].size() && next_[1] < reached_[1].size()) {
+      if (MeetsOther(reached_[0].size() <= reached_[1].size() ? 0 : 1)) return true;
     }
+    return false;
+  }
+  // Goes on from the next switch of a side.
+  bool MeetsOther(std::size_t side) {
+    bool hasMet = false;
+    ForEachNeighbor(reached_[side][next_[side]++],
+                    [&](std::uint32_t other) { hasMet |= Reach(side, other); });
+    return hasMet;
   }
   bool Reach(std::size_t side, std::uint32_t i) {
     const auto mark = static_cast<std::uint8_t>(side + 1);
@@ -94,28 +112,24 @@ class Cabling {
     reached_[side].push_back(i);
     return false;
   }
-  // One side is whole; the other is looked at to its end as well.
-  bool FinishSides(std::array<std::size_t, 2> next) {
-    for (std::size_t side = 0; side < 2; ++side) {
-      while (next[side] < reached_[side].size()) {
-        ForEachNeighbor(reached_[side][next[side]++],
-                        [&](std::uint32_t other) { Reach(side, other); });
+  bool ReachesHosts(std::size_t side) {
+    for (std::size_t i = 0; i < reached_[side].size(); ++i) {
+      if (graph_.Hosts(reached_[side][i]) != 0) return true;
+      while (i + 1 == reached_[side].size() && next_[side] < reached_[side].size()) {
+        MeetsOther(side);
       }
     }
     return false;
   }
-  bool HasHosts(std::uint8_t mark) const {
-    const auto& reached = reached_[mark - 1];
-    return std::any_of(reached.begin(), reached.end(),
-                       [&](std::uint32_t i) { return graph_.Hosts(i) != 0; });
-  }
 
   const SwitchGraph& graph_;
   std::vector<bool> isGone_;
-  std::unordered_map<std::uint32_t, std::vector<std::uint32_t>> more_;
-  std::vector<std::pair<CableEnd, CableEnd>> added_;
-  std::vector<std::uint8_t> sideOf_;  // 0, or the side that reached it
+  std::set<Key> added_;
+  std::vector<std::vector<std::uint32_t>> more_;  // by switch: where added cables lead
+  std::vector<std::uint8_t> sideOf_;              // 0, or the side that reached it
   std::array<std::vector<std::uint32_t>, 2> reached_;
+  std::array<std::size_t, 2> next_{};  // by side: how many of reached_ were gone on from
+  std::uint64_t workLeft_;
 };
 
 bool IsSafe(Cabling& cabling, const RepairStep& step) {
@@ -149,13 +163,14 @@ class Scheduler {
       auto& from = isForced ? unsafe_ : ready_;
       const std::size_t i = from.begin()->second;
       from.erase(from.begin());
-      if (!isForced && !IsSafe(cabling_, *steps_[i])) {
+      if (!isForced && !cabling_.IsTired() && !IsSafe(cabling_, *steps_[i])) {
         unsafe_.insert(Entry(i));
         continue;
       }
       Do(i);
       // What was unsafe may be safe by now.
       if (!isForced && steps_[i]->action == RepairAction::Disconnect) continue;
+      if (cabling_.IsTired()) continue;
       ready_.insert(unsafe_.begin(), unsafe_.end());
       unsafe_.clear();
     }

@@ -50,25 +50,50 @@ class Seats {
     std::uint8_t port = 0;
     std::uint32_t times = 0;
   };
-  using Counts = std::vector<Count>;  // most frequent first
+  using Counts = std::span<const Count>;  // most frequent first
 
-  // The table that tells the port at one end by the switch at the other: by that switch, or by all
-  // its siblings.
-  const Counts& CountsFor(int upperRank, Side end, Table table, std::uint32_t farEnd) const;
-  std::size_t KeyOf(Side end, Table table, std::uint32_t farEnd) const;
+  // The ports at one end by the switch at the other: by that switch, or by all its siblings.
+  struct CountsByKey {
+    std::vector<std::uint32_t> first;  // by key
+    std::vector<Count> counts;
+
+    Counts Of(std::uint32_t key) const {
+      if (key == noKey) return {};
+      return {counts.data() + first[key], counts.data() + first[key + 1]};
+    }
+  };
+  static constexpr std::uint32_t noKey = ~std::uint32_t{0};
+
+  std::uint32_t KeyOf(Side end, Table table, std::uint32_t farEnd) const;
+  std::uint32_t KeyCount(std::size_t upperRank, Side end, Table table) const;
+  static int FitOf(std::uint32_t mine, std::uint32_t most, std::uint32_t all,
+                   std::uint32_t multiplicity);
   int FitIn(Table table, std::uint32_t nearEnd, std::uint8_t port, std::uint32_t farEnd,
             std::uint32_t except) const;
-  int FitIn(const Counts& counts, std::uint8_t port, bool isCounted,
-            std::uint32_t multiplicity) const;
-  void Fill(std::size_t upperRank, Side end, Table table);
-  double Measure(std::size_t upperRank, Side end, Table table) const;
+  static int FitIn(Counts counts, std::uint8_t port, bool isCounted, std::uint32_t multiplicity);
+  // A cable inside a group, and how many of them two switches of that group have.
+  struct InnerCable {
+    std::array<std::uint32_t, 2> ends;  // by side
+    std::array<std::uint8_t, 2> ports;  // likewise
+    std::uint32_t multiplicity;
+  };
+  using InnerCables = std::vector<InnerCable>;
+  struct Seat {
+    std::uint8_t port = 0;
+    std::uint32_t multiplicity = 0;
+  };
+  struct SeatsByKey {
+    std::vector<std::uint32_t> first;  // by key
+    std::vector<Seat> seats;
+  };
+  SeatsByKey Collect(std::size_t upperRank, Side end, Table table, const InnerCables& cables) const;
+  // Answers which share of the cables follows the table.
+  double Fill(std::size_t upperRank, Side end, Table table, const InnerCables& cables);
 
   const TreeGroups& groups_;
-  // By upper rank, end and table: by key.
-  std::vector<std::array<std::array<std::vector<Counts>, 2>, 2>> counts_;
+  std::vector<std::array<std::array<CountsByKey, 2>, 2>> counts_;  // by upper rank, end and table
   std::vector<std::array<Table, 2>> best_;
   std::vector<std::array<std::array<double, 2>, 2>> strength_;  // by upper rank, end and table
-  std::vector<std::vector<std::uint32_t>> cablesOfPair_;        // by upper rank: inside groups
 };
 
 }  // namespace fabscope

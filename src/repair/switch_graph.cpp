@@ -35,10 +35,12 @@ SwitchGraph::SwitchGraph(const IBFabric& fabric) : numberOf_(fabric.GetNodes().s
   for (std::uint32_t i = 0; i < Count(); ++i) first_[i + 1] = first_[i] + degree[i];
   incident_.resize(first_[Count()]);
   std::vector<std::uint32_t> next(first_.begin(), first_.end() - 1);
-  for (std::uint32_t i = 0; i < cables_.size(); ++i) {
-    incident_[next[cables_[i].a]++] = i;
-    incident_[next[cables_[i].b]++] = i;
-  }
+  farEnds_.resize(first_[Count()]);
+  const auto add = [&](std::uint32_t end, std::uint32_t cable) {
+    farEnds_[next[end]] = cables_[cable].Other(end);
+    incident_[next[end]++] = cable;
+  };
+  for (std::uint32_t i = 0; i < cables_.size(); ++i) add(cables_[i].a, i), add(cables_[i].b, i);
 }
 
 }  // namespace fabscope

@@ -42,6 +42,10 @@ class SwitchGraph {
   std::span<const std::uint32_t> CablesOf(std::uint32_t number) const {
     return {incident_.data() + first_[number], incident_.data() + first_[number + 1]};
   }
+  // The switches at their other ends, in the same order.
+  std::span<const std::uint32_t> FarEndsOf(std::uint32_t number) const {
+    return {farEnds_.data() + first_[number], farEnds_.data() + first_[number + 1]};
+  }
 
  private:
   std::vector<const IBNode*> nodes_;
@@ -51,6 +55,7 @@ class SwitchGraph {
   std::vector<Cable> loops_;
   std::vector<std::uint32_t> first_;
   std::vector<std::uint32_t> incident_;
+  std::vector<std::uint32_t> farEnds_;
 };
 
 }  // namespace fabscope

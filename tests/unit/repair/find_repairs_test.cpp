@@ -157,6 +157,23 @@ TEST_F(FindRepairsTest, AbstainsWhereALinkLacksAndNoPortIsFree) {
   EXPECT_EQ(plan.message, "links lack, but no port is free for them");
 }
 
+// Nearly every step cuts a ring into two, which takes long to see.
+TEST_F(FindRepairsTest, PutsAllStepsOfALongRingInAnOrderInWhichTheyCanBeDone) {
+  constexpr int count = 6000;
+  const auto nameOf = [](const char* kind, int i) { return kind + std::to_string(i); };
+  for (int i = 0; i < count; ++i) {
+    tree.Switch(nameOf("leaf", i)).Host(nameOf("host", i));
+    tree.Cable(nameOf("leaf", i), nameOf("host", i));
+  }
+  for (int i = 0; i < count; ++i) tree.Cable(nameOf("leaf", i), nameOf("leaf", (i + 1) % count));
+  const IBFabric& fabric = tree.Build();
+  const RepairPlan plan = FindRepairs(fabric);
+  EXPECT_EQ(plan.status, RepairStatus::Repairs);
+  const auto repaired = ApplySteps(fabric, plan.steps);
+  ASSERT_NE(repaired, nullptr);
+  EXPECT_EQ(CountMisfits(*repaired, plan.ranks), 0U);
+}
+
 TEST_F(FindRepairsTest, DoesNoStepWhosePortIsTaken) {
   AddTwoLevelTree(tree, 3, 5, 2);
   const RepairCable taken = CableBetween("root0", "leaf0");
