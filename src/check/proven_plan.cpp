@@ -27,11 +27,12 @@ ProvenPlan ProvePlan(const IBFabric& fabric, RepairPlan plan, int mergePercent) 
   proven.plan = std::move(plan);
   proven.repaired = ApplySteps(fabric, proven.plan.steps);
   if (proven.repaired == nullptr) {
-    proven.problem = "the repairs cannot be done one after another";
+    proven.problem = "they cannot be done one after another";
     return proven;
   }
   proven.after = CheckTree(*proven.repaired, proven.plan.ranks, mergePercent);
-  if (!proven.after.problem.empty()) proven.problem = "after the repairs: " + proven.after.problem;
+  if (!proven.after.problem.empty())
+    proven.problem = "with them the fabric would still be no tree: " + proven.after.problem;
   const std::deque<Finding>& findings = proven.after.findings;
   proven.isProven =
       proven.problem.empty() && std::none_of(findings.begin(), findings.end(), IsAboutCables);

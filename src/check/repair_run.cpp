@@ -88,7 +88,10 @@ bool RepairRun::FindPlanOfNamedRoots() {
 
 bool RepairRun::CheckAsItIs() {
   result_.before = CheckTree(*result_.fabric, result_.proven.plan.ranks, options_.mergePercent);
-  if (!result_.before.problem.empty()) return Fail(result_.before.problem);
+  if (!result_.before.problem.empty()) {
+    // What faults keep from being checked may be a tree once they are mended.
+    return !result_.proven.plan.steps.empty() || Fail(result_.before.problem);
+  }
   result_.doubt = AdviceOnTree(*result_.before.topology, MethodUsed());
   return true;
 }
@@ -96,8 +99,15 @@ bool RepairRun::CheckAsItIs() {
 void RepairRun::Prove() {
   RepairPlan& plan = result_.proven.plan;
   if (plan.steps.empty()) return;
-  result_.proven = ProvePlan(*result_.fabric, std::move(plan), options_.mergePercent);
-  if (!result_.proven.problem.empty()) Fail(result_.proven.problem);
+  ProvenPlan proven = ProvePlan(*result_.fabric, plan, options_.mergePercent);
+  if (proven.problem.empty()) {
+    result_.proven = std::move(proven);
+    return;
+  }
+  // What cannot be proven is not proposed.
+  plan.status = RepairStatus::Abstained;
+  plan.message = proven.problem;
+  plan.steps.clear();
 }
 
 }  // namespace

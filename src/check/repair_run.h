@@ -25,8 +25,9 @@ struct RepairResult {
   const char* method = "inferred";  // how they were found: "inferred", "smdb" or "regex"
 
   std::unique_ptr<IBFabric> fabric;
-  CheckedTree before;  // the fabric as it is, with the roots of the plan
-  ProvenPlan proven;   // without steps it is the plan alone
+  // The fabric as it is, with the roots of the plan. It may have a problem when there are steps.
+  CheckedTree before;
+  ProvenPlan proven;  // without steps it is the plan alone
 
   // False when there is nothing but the message.
   bool IsDone() const { return !inputError && message.empty(); }

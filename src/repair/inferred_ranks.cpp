@@ -23,6 +23,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <functional>
+#include <map>
 #include <set>
 #include <span>
 #include <tuple>
@@ -643,11 +644,15 @@ TreeRanks InferRanks(const IBFabric& fabric) {
   for (std::size_t i = 0; i < partCount; ++i) {
     if (top[i] != unknown && 2 * size[i] < size[largest]) top[i] = std::max(top[i], top[largest]);
   }
+  const auto rankOf = [&](std::uint32_t i) { return top[part[i]] - heights[i]; };
+  // Where much is wrong, no switch may be left at a height between two others.
+  std::map<int, int> levels;
   for (std::uint32_t i = 0; i < graph.Count(); ++i) {
-    if (heights[i] == unknown) continue;
-    const int rank = top[part[i]] - heights[i];
-    ranks.ofNode[graph.NodeOf(i).index] = rank;
-    ranks.levels = std::max(ranks.levels, rank + 1);
+    if (heights[i] != unknown) levels.emplace(rankOf(i), 0);
+  }
+  for (auto& [rank, level] : levels) level = ranks.levels++;
+  for (std::uint32_t i = 0; i < graph.Count(); ++i) {
+    if (heights[i] != unknown) ranks.ofNode[graph.NodeOf(i).index] = levels.at(rankOf(i));
   }
   return ranks;
 }

@@ -238,7 +238,8 @@ std::string CountText(const std::vector<RepairStep>& steps) {
     if (!classes.empty()) classes += ", ";
     classes += std::to_string(counts.at(i)) + " " + RepairClassNames.at(i);
   }
-  return std::to_string(steps.size()) + " repairs (" + classes + ")";
+  return std::to_string(steps.size()) + (steps.size() == 1 ? " repair (" : " repairs (") + classes +
+         ")";
 }
 
 }  // namespace fabscope

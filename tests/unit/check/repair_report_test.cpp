@@ -74,7 +74,7 @@ TEST_F(RepairReportTest, TellsWhichEndsToExchange) {
             "1. [sure] swap   leaf0.0 port 3 and leaf1.0 port 3 at their upper ends: mid1.0 port "
             "1 <-> mid0.0 port 1\n"
             "   Each of the two leads into the group of the other.\n"
-            "1 repairs (1 sure); afterwards: 0 error records, 0 issues\n");
+            "1 repair (1 sure); afterwards: 0 error records, 0 issues\n");
 }
 
 TEST_F(RepairReportTest, TellsEveryKindOfStep) {
@@ -98,7 +98,7 @@ TEST_F(RepairReportTest, TellsEveryKindOfStep) {
 TEST_F(RepairReportTest, SaysWhenNoFewerWillDo) {
   RepairResult result = ResultOfSwap();
   result.proven.plan.lowerBound = 1;
-  EXPECT_THAT(Text(result), HasSubstr("\nno fewer repairs will do\n1 repairs"));
+  EXPECT_THAT(Text(result), HasSubstr("\nno fewer repairs will do\n1 repair"));
 }
 
 TEST_F(RepairReportTest, TellsEndsBelowAndEndsOfOneRank) {
@@ -217,7 +217,7 @@ TEST_F(RepairReportTest, NotesStandBetweenStepsAndVerdict) {
   RepairResult result = ResultOfSwap();
   result.proven.plan.notes = {
       {RepairNote::Kind::SwitchWithoutTree, -1, {tree["leaf1.1"]->index}, {}}};
-  EXPECT_THAT(Text(result), HasSubstr("\nnote: leaf1.1 has no place in the tree\n1 repairs"));
+  EXPECT_THAT(Text(result), HasSubstr("\nnote: leaf1.1 has no place in the tree\n1 repair"));
 }
 
 TEST_F(RepairReportTest, AFabricInOrderNeedsNoRepairs) {

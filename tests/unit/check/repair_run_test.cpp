@@ -78,6 +78,24 @@ TEST_F(RepairRunTest, AFabricWithoutATreeFails) {
   EXPECT_EQ(result.message, "no switch of the fabric has a place in a tree");
 }
 
+TEST_F(RepairRunTest, WhatCannotBeProvenIsNotProposed) {
+  const RepairResult result = Run(Dump("tangle.json"));
+  EXPECT_TRUE(result.IsDone()) << result.message;
+  EXPECT_EQ(result.proven.plan.status, RepairStatus::Abstained);
+  EXPECT_THAT(result.proven.plan.message,
+              ::testing::StartsWith("with them the fabric would still be no tree: "));
+  EXPECT_TRUE(result.proven.plan.steps.empty());
+  EXPECT_EQ(&result.Repaired(), result.fabric.get());
+}
+
+TEST_F(RepairRunTest, EachLevelOfRanksHasASwitch) {
+  const RepairResult result = Run(Dump("tangle.json"));
+  const TreeRanks& ranks = result.proven.plan.ranks;
+  for (int level = 0; level < ranks.levels; ++level) {
+    EXPECT_THAT(ranks.ofNode, ::testing::Contains(level));
+  }
+}
+
 TEST_F(RepairRunTest, WhatCannotBeReadIsToldWithItsPlace) {
   const RepairResult result = RunOnText("{");
   ASSERT_TRUE(result.inputError);
@@ -94,7 +112,7 @@ TEST_F(ProvenPlanTest, AStepThatCannotBeDoneIsNoProof) {
   plan.steps.push_back(
       Step(RepairAction::Disconnect, RepairReason::TooMany, Unplug("root0:4", "leaf0:4")));
   const ProvenPlan proven = ProvePlan(tree.Build(), std::move(plan), 70);
-  EXPECT_EQ(proven.problem, "the repairs cannot be done one after another");
+  EXPECT_EQ(proven.problem, "they cannot be done one after another");
   EXPECT_EQ(proven.repaired, nullptr);
 }
 
@@ -107,7 +125,8 @@ TEST_F(ProvenPlanTest, ATreeThatFallsApartIsNoProof) {
       Step(RepairAction::Disconnect, RepairReason::TooMany, Unplug("root:1", "leaf:1")));
   const ProvenPlan proven = ProvePlan(tree.Build(), std::move(plan), 70);
   EXPECT_EQ(proven.problem,
-            "after the repairs: Cannot validate Fat-Tree topology. Cannot calculate Up/Down links. "
+            "with them the fabric would still be no tree: Cannot validate Fat-Tree topology. "
+            "Cannot calculate Up/Down links. "
             "It is not a Fat-Tree topology");
 }
 
