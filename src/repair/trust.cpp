@@ -39,13 +39,13 @@ class Judge {
       steps_[i].step.trust = ClassOf(i);
       if (steps_[i].step.trust == RepairClass::Ask) ambiguous.push_back(i);
     }
-    DoubtNeighbors();
     for (std::size_t i = 0; i < ambiguous.size(); ++i) {
       RepairStep& step = steps_[ambiguous[i]].step;
       // Who has so much to decide looks at the fabric, not at alternatives.
       if (i < mostAlternatives) FindAlternative(ambiguous[i]);
       if (step.alternatives.empty()) step.trust = RepairClass::Likely;
     }
+    DoubtNeighbors();
   }
 
  private:
@@ -276,13 +276,15 @@ RepairClass Judge::ClassOf(std::size_t step) const {
   return isSure ? RepairClass::Sure : RepairClass::Likely;
 }
 
-// Where one step may be wrong, so may be those at the same switches; and where much of a group is
-// wrong, all of that group.
+// Where one step may be wrong, so may be those at the same switches; where much of a group is wrong,
+// all of that group; and where much of the fabric is, all.
 void Judge::DoubtNeighbors() {
   std::set<std::uint32_t> switches;
   std::set<std::pair<std::size_t, int>> groups;
+  bool isMuchWrong = false;  // and not all of it understood
   for (std::size_t i = 0; i < steps_.size(); ++i) {
     if (steps_[i].step.trust != RepairClass::Likely) continue;
+    isMuchWrong = 6 * (changes_.extras + changes_.lacks) > groups_.graph.Cables().size();
     for (const Member& member : members_[i]) {
       switches.insert(member.number);
       if (IsDamaged(member)) groups.emplace(member.upperRank, member.group);
@@ -294,7 +296,7 @@ void Judge::DoubtNeighbors() {
       return switches.contains(member.number) || groups.contains({member.upperRank, member.group});
     };
     if (trust == RepairClass::Sure &&
-        std::any_of(members_[i].begin(), members_[i].end(), isDoubted)) {
+        (isMuchWrong || std::any_of(members_[i].begin(), members_[i].end(), isDoubted))) {
       trust = RepairClass::Likely;
     }
   }
