@@ -233,7 +233,7 @@ int ChangeFinder::Suitability(std::uint32_t cable, const Lack& lack) const {
     const int fit = seats_.Fit(stay, it.PortAt(stay), far, SwitchGraph::none);
     const int leaves = -seats_.Fit(cable, it.Other(stay));
     int score = 20 + 8 * fit + leaves;
-    if (fit < 0 && seats_.IsStrong(rank, end)) score = 2;
+    if (fit < 0 && seats_.IsStrong(rank, end)) continue;
     // The scheme moves ends between switches of one rank.
     if (groups_.ranks[it.Other(stay)] == groups_.ranks[far]) score += 4;
     best = std::max(best, score);

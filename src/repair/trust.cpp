@@ -52,7 +52,7 @@ class Judge {
   static constexpr std::size_t mostAlternatives = 8;
   static constexpr int dear = 2;
   static constexpr int clearEvidence = 3;
-  static constexpr int strongEvidence = 5;
+  static constexpr int strongEvidence = 4;
 
   // A switch in whose group a step believes.
   struct Member {
