@@ -77,9 +77,7 @@ class Judge {
     return margin.cost < 4 && margin.evidence < strongEvidence;
   }
   // Whether little of its group is as it should be.
-  bool IsWeak(const Member& member) const {
-    return IsDamaged(member) || !IsRooted(member);
-  }
+  bool IsWeak(const Member& member) const { return IsDamaged(member) || !IsRooted(member); }
   static bool IsTied(const Margin& margin) {
     return margin.cost <= 0 && margin.evidence <= noEvidence;
   }
@@ -90,11 +88,6 @@ class Judge {
   bool IsDamaged(const Member& member) const;
   bool IsRooted(const Member& member) const;
   bool IsAtHome(std::uint32_t number) const;
-  // Whether it is a cable that only goes, or one that only comes.
-  static bool IsHalf(const CableTarget& target) {
-    return target.cable == SwitchGraph::none || !target.upper;
-  }
-  std::size_t RankOf(const CableTarget& target) const;
   RepairClass ClassOf(std::size_t step) const;
   void DoubtNeighbors();
   void FindAlternative(std::size_t step);
@@ -184,25 +177,6 @@ void Judge::FindDamage() {
     }
     if (target.upper) count(target.upper->number);
   }
-  std::vector<bool> goes(wrong_.size() + 1);
-  std::vector<bool> comes(wrong_.size() + 1);
-  for (const CableTarget& target : changes_.targets) {
-    if (!IsHalf(target)) continue;
-    const bool isWithin = target.reason == RepairReason::SameRank;
-    if (target.cable == SwitchGraph::none) comes[RankOf(target)] = true;
-    if (target.cable != SwitchGraph::none && !isWithin) goes[RankOf(target)] = true;
-  }
-  for (std::size_t rank = 0; rank < goes.size(); ++rank) {
-    hasBothHalves_.push_back(goes[rank] && comes[rank]);
-  }
-}
-
-// The rank of its upper end.
-std::size_t Judge::RankOf(const CableTarget& target) const {
-  const std::uint32_t upper = target.cable == SwitchGraph::none
-                                  ? target.upper->number
-                                  : groups_.UpperOf(groups_.graph.Cables()[target.cable]);
-  return static_cast<std::size_t>(groups_.ranks[upper]);
 }
 
 // Whether a switch looks like its rank: leaves lead to hosts, others down, all but roots up.
@@ -246,11 +220,13 @@ RepairClass Judge::ClassOf(std::size_t step) const {
   bool isTied = false;
   bool isWeak = false;
   bool isLoose = false;
+  const auto has = [&](RepairReason reason) {
+    return std::any_of(steps_[step].targets.begin(), steps_[step].targets.end(),
+                       [&](std::size_t i) { return changes_.targets[i].reason == reason; });
+  };
+  if (has(RepairReason::SkipsRank)) isSure = false;
   // How many cables each pair of a damaged group should have is a guess.
-  const std::vector<std::size_t>& targets = steps_[step].targets;
-  const bool hasTooMany = std::any_of(targets.begin(), targets.end(), [&](std::size_t i) {
-    return changes_.targets[i].reason == RepairReason::TooMany;
-  });
+  const bool hasTooMany = has(RepairReason::TooMany);
   for (const Member& member : members_[step]) {
     const Margin& margin = member.margin;
     if (IsTied(margin) || IsTied(member.exchange)) isTied = true;
@@ -265,19 +241,12 @@ RepairClass Judge::ClassOf(std::size_t step) const {
     if (IsDamaged(member) && (IsTrunk(member) || hasTooMany)) isSure = false;
   }
   if (isWeak && isLoose) isSure = false;
-  for (const std::size_t i : targets) {
-    const CableTarget& target = changes_.targets[i];
-    if (target.reason == RepairReason::SkipsRank) isSure = false;
-    // A cable that nothing lacks and a link without a cable, side by side: one cable of which both
-    // ends are elsewhere, perhaps.
-    if (IsHalf(target) && hasBothHalves_[RankOf(target)]) isSure = false;
-  }
   if (isTied) return RepairClass::Ask;
   return isSure ? RepairClass::Sure : RepairClass::Likely;
 }
 
-// Where one step may be wrong, so may be those at the same switches; where much of a group is wrong,
-// all of that group; and where much of the fabric is, all.
+// Where one step may be wrong, so may be those at the same switches; where much of a group is
+// wrong, all of that group; and where much of the fabric is, all.
 void Judge::DoubtNeighbors() {
   std::set<std::uint32_t> switches;
   std::set<std::pair<std::size_t, int>> groups;
