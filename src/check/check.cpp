@@ -102,7 +102,10 @@ void CheckRun::Collect() {
 }
 
 void CheckRun::LookForRepairs() {
-  RepairPlan plan = FindRepairs(*result_.fabric, RanksOf(*result_.topology));
+  // Behind inferred roots stand ranks that wrong cables do not change.
+  RepairPlan plan = result_.roots.method == RootsFrom::Inferred
+                        ? FindRepairs(*result_.fabric)
+                        : FindRepairs(*result_.fabric, RanksOf(*result_.topology));
   if (plan.steps.empty()) return;
   auto proven = std::make_unique<ProvenPlan>(
       ProvePlan(*result_.fabric, std::move(plan), options_.mergePercent));

@@ -20,6 +20,20 @@ bool IsAboutCables(const Finding& finding) {
          std::holds_alternative<InvalidLink>(finding);
 }
 
+// Whether no switch with hosts has lost its place in the tree.
+bool IsEachLeafInTree(const IBFabric& repaired, const TreeRanks& before,
+                      const FTTopology& topology) {
+  return std::all_of(repaired.switches.begin(), repaired.switches.end(), [&](const IBNode* node) {
+    if (before.ofNode[node->index] == TreeRanks::none || topology.GetNodeRank(node) >= 0) {
+      return true;
+    }
+    return std::none_of(node->ports.begin(), node->ports.end(), [](const IBPort* port) {
+      const IBNode* host = port == nullptr ? nullptr : port->get_remote_node();
+      return host != nullptr && host->nodeType != NodeTypeSwitch;
+    });
+  });
+}
+
 }  // namespace
 
 ProvenPlan ProvePlan(const IBFabric& fabric, RepairPlan plan, int mergePercent) {
@@ -34,8 +48,9 @@ ProvenPlan ProvePlan(const IBFabric& fabric, RepairPlan plan, int mergePercent) 
   if (!proven.after.problem.empty())
     proven.problem = "with them the fabric would still be no tree: " + proven.after.problem;
   const std::deque<Finding>& findings = proven.after.findings;
-  proven.isProven =
-      proven.problem.empty() && std::none_of(findings.begin(), findings.end(), IsAboutCables);
+  proven.isProven = proven.problem.empty() &&
+                    std::none_of(findings.begin(), findings.end(), IsAboutCables) &&
+                    IsEachLeafInTree(*proven.repaired, proven.plan.ranks, *proven.after.topology);
   if (proven.isProven) return proven;
   // What the check still complains of was not understood.
   for (RepairStep& step : proven.plan.steps) {

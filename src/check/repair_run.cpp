@@ -43,6 +43,9 @@ class RepairRun {
     }
     return RootsFrom::Inferred;
   }
+  std::string DoubtOn(const FTTopology& topology) const {
+    return AdviceOnTree(topology, MethodUsed());
+  }
   bool Fail(std::string message) {
     result_.message = std::move(message);
     return false;
@@ -92,7 +95,7 @@ bool RepairRun::CheckAsItIs() {
     // What faults keep from being checked may be a tree once they are mended.
     return !result_.proven.plan.steps.empty() || Fail(result_.before.problem);
   }
-  result_.doubt = AdviceOnTree(*result_.before.topology, MethodUsed());
+  result_.doubt = DoubtOn(*result_.before.topology);
   return true;
 }
 
@@ -101,6 +104,7 @@ void RepairRun::Prove() {
   if (plan.steps.empty()) return;
   ProvenPlan proven = ProvePlan(*result_.fabric, plan, options_.mergePercent);
   if (proven.problem.empty()) {
+    result_.doubt = DoubtOn(*proven.after.topology);
     result_.proven = std::move(proven);
     return;
   }
@@ -108,6 +112,7 @@ void RepairRun::Prove() {
   plan.status = RepairStatus::Abstained;
   plan.message = proven.problem;
   plan.steps.clear();
+  plan.lowerBound = 0;
 }
 
 }  // namespace

@@ -19,9 +19,10 @@ struct RepairResult {
   MaybeError inputError;
   std::vector<std::string> warnings;  // oddities of the input files, a line each
   std::size_t switchesOfSharedName = 0;
-  std::string message;              // why the work failed; empty if it did not
-  std::string advice;               // what the user can do then
-  std::string doubt;                // why the roots may be wrong ones; empty if nothing says so
+  std::string message;  // why the work failed; empty if it did not
+  std::string advice;   // what the user can do then
+  // Why the roots may be wrong ones, in the fabric as it will be; empty if nothing says so.
+  std::string doubt;
   const char* method = "inferred";  // how they were found: "inferred", "smdb" or "regex"
 
   std::unique_ptr<IBFabric> fabric;

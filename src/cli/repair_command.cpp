@@ -83,7 +83,7 @@ int RepairCommand::Report() {
                        [this](std::ostream& stream) { WriteRepairCsv(result_, stream); });
   }
   if (!arguments_.afterFile.empty()) isWritten &= WriteAfter();
-  if (!result_.doubt.empty() && IsWatched()) messages_.Tell(result_.doubt);
+  if (!result_.doubt.empty()) messages_.Tell(result_.doubt);
   if (!isWritten) return ExitFailed;
   const RepairPlan& plan = result_.proven.plan;
   const bool isClean = plan.status != RepairStatus::Abstained && plan.steps.empty();
@@ -113,12 +113,14 @@ int RepairCommand::Verify() {
   const bool isWritten = Write(standardStream, [&](std::ostream& stream) {
     WriteProgressReport(steps, result_, others, stream);
   });
+  if (!result_.doubt.empty()) messages_.Tell(result_.doubt);
   if (!result_.IsDone()) TellFailure();
   if (!isWritten || !result_.IsDone()) return ExitFailed;
   const bool areDone = std::all_of(steps.begin(), steps.end(), [](const StepProgress& step) {
     return step.state == StepState::Done;
   });
-  return areDone ? ExitClean : ExitFindings;
+  const bool isUnclear = result_.proven.plan.status == RepairStatus::Abstained;
+  return areDone && !isUnclear ? ExitClean : ExitFindings;
 }
 
 }  // namespace

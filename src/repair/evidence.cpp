@@ -117,7 +117,7 @@ int Evidence::PodScoreOf(std::uint32_t number, Side side, int group, std::uint32
   if (found == facts.siblings.end()) return score;
   const bool isIn = GroupOf(number, side) == group;
   const bool isLeft = leaver != SwitchGraph::none && SiblingsOf(leaver, side) == siblings;
-  const std::uint32_t others = found->second - (isIn ? 1 : 0) - (isLeft ? 1 : 0);
+  const std::int64_t others = found->second - (isIn ? 1 : 0) - (isLeft ? 1 : 0);
   return others > 0 ? score - notUnique : score;
 }
 

@@ -41,7 +41,7 @@ class Evidence {
 
  private:
   struct OfSide {
-    std::unordered_map<std::uint64_t, std::uint32_t> siblings;  // members of a group by their pod
+    std::unordered_map<std::uint64_t, std::int64_t> siblings;  // members of a group by their pod
     bool areUnique = false;  // a group usually has one of each pod
     std::uint32_t usualSize = 0;
   };

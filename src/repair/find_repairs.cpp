@@ -55,11 +55,13 @@ RepairPlan FindRepairs(const IBFabric& fabric, TreeRanks ranks) {
     return abstain("more than a quarter of the cables between switches do not fit the tree");
   }
   std::vector<PlannedStep> steps = OrderSteps(groups, changes);
-  if (steps.empty()) return abstain("links lack, but no port is free for them");
+  constexpr const char* noPort = "links are missing, but no port is free for them";
+  if (steps.empty()) return abstain(noPort);
   JudgeSteps(fabric, groups, changes, steps);
   for (PlannedStep& step : steps) plan.steps.push_back(std::move(step.step));
-  plan.status = RepairStatus::Repairs;
   plan.lowerBound = BoundOf(changes);
+  if (!changes.uncertain.empty()) return abstain(noPort);
+  plan.status = RepairStatus::Repairs;
   return plan;
 }
 

@@ -209,7 +209,8 @@ void StepMaker::AddStep(std::size_t i, const std::optional<Ends>& before,
   step.step.action = !before  ? RepairAction::Connect
                      : !after ? RepairAction::Disconnect
                               : RepairAction::Move;
-  step.step.reason = before ? targets_[i].reason : RepairReason::LinkLacking;
+  step.step.reason =
+      targets_[i].cable == SwitchGraph::none ? RepairReason::LinkLacking : targets_[i].reason;
   CableChange change;
   if (before) change.before = CableOf(*before);
   if (after) change.after = CableOf(*after);

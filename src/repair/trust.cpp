@@ -250,10 +250,12 @@ RepairClass Judge::ClassOf(std::size_t step) const {
 void Judge::DoubtNeighbors() {
   std::set<std::uint32_t> switches;
   std::set<std::pair<std::size_t, int>> groups;
-  bool isMuchWrong = false;  // and not all of it understood
+  const std::uint64_t wrong = changes_.extras + changes_.lacks;
+  const std::uint64_t cables = groups_.graph.Cables().size();
+  bool isMuchWrong = 3 * wrong > cables;
   for (std::size_t i = 0; i < steps_.size(); ++i) {
     if (steps_[i].step.trust != RepairClass::Likely) continue;
-    isMuchWrong = 6 * (changes_.extras + changes_.lacks) > groups_.graph.Cables().size();
+    if (6 * wrong > cables) isMuchWrong = true;
     for (const Member& member : members_[i]) {
       switches.insert(member.number);
       if (IsDamaged(member)) groups.emplace(member.upperRank, member.group);

@@ -116,7 +116,7 @@ class JsonPlan {
     AppendRepairSteps(json, result_.proven, {*result_.before.topology, result_.before.findings});
   }
   void WriteAfter(std::string& json) {
-    if (!result_.IsDone()) {
+    if (!result_.IsDone() || !result_.After().problem.empty()) {
       json += "null";
       return;
     }

@@ -80,8 +80,9 @@ void Report::WriteVerdict() {
     stream_ << "no repairs" << (isClean ? "" : "; no cable cures what is found: " + left) << '\n';
     return;
   }
-  if (plan_.steps.size() == plan_.lowerBound) stream_ << "no fewer repairs will do\n";
   stream_ << CountText(plan_.steps) << "; afterwards: " << left;
+  const bool isLeast = plan_.steps.size() == plan_.lowerBound;
+  if (isLeast && !isAbstained) stream_ << "; no fewer will do";
   if (isAbstained) stream_ << "; beyond that none proposed: " << plan_.message;
   stream_ << '\n';
 }
@@ -151,7 +152,12 @@ void WriteProgressReport(const std::vector<StepProgress>& steps, const RepairRes
   const auto done = std::count_if(steps.begin(), steps.end(), [](const StepProgress& step) {
     return step.state == StepState::Done;
   });
-  stream << done << " of " << steps.size() << " repairs done, " << others.size() << " new\n";
+  stream << done << " of " << steps.size() << " repairs done, " << others.size() << " new";
+  const RepairPlan& plan = now.proven.plan;
+  if (plan.status == RepairStatus::Abstained) {
+    stream << "; beyond that none proposed: " << plan.message;
+  }
+  stream << '\n';
 }
 
 }  // namespace fabscope

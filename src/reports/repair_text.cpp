@@ -184,11 +184,12 @@ std::string ReasonText(const RepairStep& step, const SwitchNames& names) {
     case RepairReason::WrongSpine:
       return WrongSpineText(step, names);
     case RepairReason::SameRank:
-      return step.action == RepairAction::Swap ? "They join switches of one rank."
+      return step.action == RepairAction::Swap ? "Each of the two joins switches of one rank."
                                                : "The cable joins two switches of one rank.";
     case RepairReason::SkipsRank:
-      return step.action == RepairAction::Swap ? "They join ranks that are not neighbors."
-                                               : "The cable joins ranks that are not neighbors.";
+      return step.action == RepairAction::Swap
+                 ? "Each of the two joins ranks that are not neighbors."
+                 : "The cable joins ranks that are not neighbors.";
     case RepairReason::TooMany:
       return "The two switches have more cables than the other pairs of their group.";
     case RepairReason::LinkLacking:

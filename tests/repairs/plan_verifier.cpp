@@ -144,8 +144,9 @@ void Verifier::CheckRanks() {
 }
 
 void Verifier::CheckStatus() {
-  const bool isRepairs = plan_.status == Status::Repairs;
-  Require(isRepairs != plan_.steps.empty(), "there are steps exactly where there are repairs");
+  const bool hasSteps = !plan_.steps.empty();
+  Require(hasSteps ? plan_.status != Status::Clean : plan_.status != Status::Repairs,
+          "repairs without steps, or steps in a clean fabric");
   Require((plan_.status == Status::Abstained) != plan_.message.empty(),
           "who abstains tells why, and nobody else has a message");
   if (plan_.status == Status::Clean) Require(plan_.misfits == 0, "a clean fabric has misfits");

@@ -98,7 +98,7 @@ TEST_F(RepairReportTest, TellsEveryKindOfStep) {
 TEST_F(RepairReportTest, SaysWhenNoFewerWillDo) {
   RepairResult result = ResultOfSwap();
   result.proven.plan.lowerBound = 1;
-  EXPECT_THAT(Text(result), HasSubstr("\nno fewer repairs will do\n1 repair"));
+  EXPECT_THAT(Text(result), HasSubstr(" issues; no fewer will do\n"));
 }
 
 TEST_F(RepairReportTest, TellsEndsBelowAndEndsOfOneRank) {
@@ -154,8 +154,9 @@ TEST_F(RepairReportTest, GivesAReasonForEachKindOfFault) {
           "In their group a spine has a cable too many, another one too few.",
           "mid1.1 has a cable too many to leaf0.0, mid0.1 one too few.",
           "In their group a spine has a cable too many, another one too few.",
-          "They join switches of one rank.", "The cable joins two switches of one rank.",
-          "The cable joins two switches of one rank.", "They join ranks that are not neighbors.",
+          "Each of the two joins switches of one rank.",
+          "The cable joins two switches of one rank.", "The cable joins two switches of one rank.",
+          "Each of the two joins ranks that are not neighbors.",
           "The cable joins ranks that are not neighbors.",
           "The cable joins ranks that are not neighbors.",
           "The two switches have more cables than the other pairs of their group.",

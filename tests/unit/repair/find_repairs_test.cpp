@@ -154,7 +154,7 @@ TEST_F(FindRepairsTest, AbstainsWhereALinkLacksAndNoPortIsFree) {
   }
   const RepairPlan plan = FindRepairs(tree.Build(), Ranks({"root", "leaf"}));
   EXPECT_EQ(plan.status, RepairStatus::Abstained);
-  EXPECT_EQ(plan.message, "links lack, but no port is free for them");
+  EXPECT_EQ(plan.message, "links are missing, but no port is free for them");
 }
 
 // Nearly every step cuts a ring into two, which takes long to see.
