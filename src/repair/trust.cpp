@@ -88,6 +88,7 @@ class Judge {
   bool IsDamaged(const Member& member) const;
   bool IsRooted(const Member& member) const;
   bool IsAtHome(std::uint32_t number) const;
+  bool HaveRootsHosts() const;
   RepairClass ClassOf(std::size_t step) const;
   void DoubtNeighbors();
   void FindAlternative(std::size_t step);
@@ -187,6 +188,13 @@ bool Judge::IsAtHome(std::uint32_t number) const {
   return groups_.GroupBelow(number) != Grouping::none;
 }
 
+bool Judge::HaveRootsHosts() const {
+  if (groups_.pairs.empty()) return false;
+  const std::vector<std::uint32_t>& roots = groups_.pairs.front().Spines();
+  return std::any_of(roots.begin(), roots.end(),
+                     [&](std::uint32_t root) { return groups_.graph.Hosts(root) != 0; });
+}
+
 // Whether more than a third of a group is wrong.
 bool Judge::IsDamaged(const Member& member) const {
   const auto place = static_cast<std::size_t>(member.group);
@@ -252,7 +260,7 @@ void Judge::DoubtNeighbors() {
   std::set<std::pair<std::size_t, int>> groups;
   const std::uint64_t wrong = changes_.extras + changes_.lacks;
   const std::uint64_t cables = groups_.graph.Cables().size();
-  bool isMuchWrong = 3 * wrong > cables;
+  bool isMuchWrong = 3 * wrong > cables && HaveRootsHosts();
   for (std::size_t i = 0; i < steps_.size(); ++i) {
     if (steps_[i].step.trust != RepairClass::Likely) continue;
     if (6 * wrong > cables) isMuchWrong = true;
