@@ -75,9 +75,11 @@ void NoteFinder::NoteLoops() {
 void NoteFinder::NoteStrangers() {
   RepairNote note{RepairNote::Kind::SwitchWithoutTree, -1, {}, {}};
   for (std::uint32_t i = 0; i < groups_.graph.Count(); ++i) {
-    if (groups_.ranks[i] != TreeRanks::none) continue;
-    // One that leads nowhere is not in use.
-    if (groups_.graph.CablesOf(i).empty() && groups_.graph.Hosts(i) == 0) continue;
+    // A switch without hosts that leads nowhere is not in use.
+    const bool isAlone = groups_.graph.CablesOf(i).empty();
+    const bool isLost = isAlone ? groups_.graph.Hosts(i) != 0 && groups_.LastRank() > 0
+                                : groups_.ranks[i] == TreeRanks::none;
+    if (!isLost) continue;
     note.switches.push_back(IndexOf(i));
   }
   if (!note.switches.empty()) notes_.push_back(std::move(note));

@@ -130,6 +130,21 @@ TEST_F(ProvenPlanTest, ATreeThatFallsApartIsNoProof) {
             "It is not a Fat-Tree topology");
 }
 
+TEST_F(ProvenPlanTest, APlanThatLeavesALeafAloneIsNoProof) {
+  AddTwoLevelTree(tree, 2, 3, 1);
+  RepairPlan plan;
+  plan.ranks = Ranks({"root", "leaf"});
+  for (const char* root : {"root0", "root1"}) {
+    const RepairCable cable = CableBetween(root, "leaf2");
+    plan.steps.push_back(
+        Step(RepairAction::Disconnect, RepairReason::TooMany, {{cable, std::nullopt}}));
+  }
+  const ProvenPlan proven = ProvePlan(tree.Build(), std::move(plan), 70);
+  EXPECT_EQ(proven.problem, "");
+  EXPECT_FALSE(proven.isProven);
+  EXPECT_EQ(proven.plan.steps.front().trust, RepairClass::Likely);
+}
+
 // Two links lack.
 class HalfRepairedTest : public ProvenPlanTest {
  protected:

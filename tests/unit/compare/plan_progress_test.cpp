@@ -177,6 +177,18 @@ TEST_F(PlanProgressTest, TheReportEndsWithASum) {
             "1 of 1 repairs done, 1 new\n");
 }
 
+TEST_F(PlanProgressTest, TheReportTellsThatNothingMoreCanBeProposed) {
+  RepairPlan today;
+  today.ranks = PodRanks();
+  today.status = RepairStatus::Abstained;
+  today.message = "too much is wrong";
+  const RepairResult now = Result(Changed({Undo(Spare())}), std::move(today));
+  std::ostringstream stream;
+  WriteProgressReport({}, now, {}, stream);
+  EXPECT_EQ(stream.str(),
+            "0 of 0 repairs done, 0 new; beyond that none proposed: too much is wrong\n");
+}
+
 class CuresTest : public PlanProgressTest {};
 
 TEST_F(CuresTest, AFindingBelongsToTheStepsAtItsSwitches) {

@@ -157,6 +157,45 @@ TEST_F(FindRepairsTest, AbstainsWhereALinkLacksAndNoPortIsFree) {
   EXPECT_EQ(plan.message, "links are missing, but no port is free for them");
 }
 
+// Of two groups each lacks a link; hosts have all ports of the leaf of one.
+TEST_F(FindRepairsTest, TellsTheStepsForTheRestWhereAGroupIsLeftOut) {
+  for (const std::string side : {"a", "b"}) {
+    for (const char* root : {"root0", "root1"}) tree.Switch(root + side);
+    for (int i = 0; i < 4; ++i) tree.Switch("leaf" + std::to_string(i) + side, 4);
+    for (int i = 0; i < 4; ++i) {
+      const std::string leaf = "leaf" + std::to_string(i) + side;
+      tree.Cable("root0" + side, leaf);
+      if (i != 3) tree.Cable("root1" + side, leaf);
+      for (int host = 0; host < (i == 3 && side == "a" ? 3 : 1); ++host) {
+        const std::string name = "host" + std::to_string(host) + leaf;
+        tree.Host(name).Cable(leaf, name);
+      }
+    }
+  }
+  const RepairPlan plan = FindRepairs(tree.Build(), Ranks({"root", "leaf"}));
+  EXPECT_EQ(plan.status, RepairStatus::Abstained);
+  EXPECT_EQ(plan.message, "links are missing, but no port is free for them");
+  ASSERT_THAT(plan.steps, SizeIs(1));
+  ASSERT_TRUE(plan.steps[0].cables[0].after);
+  EXPECT_EQ(plan.steps[0].cables[0].after->lower.node, tree["leaf3b"]->index);
+}
+
+TEST_F(FindRepairsTest, NotesALeafThatHasLostAllItsCables) {
+  AddTwoLevelTree(tree, 2, 5, 2);
+  tree.Switch("spare");
+  std::vector<CableChanges> lost;
+  for (const char* root : {"root0", "root1"}) {
+    lost.push_back({{CableBetween(root, "leaf2"), std::nullopt}});
+  }
+  const RepairPlan plan = FindRepairs(*Changed(lost));
+  const auto isAboutStrangers = [](const RepairNote& note) {
+    return note.kind == RepairNote::Kind::SwitchWithoutTree;
+  };
+  const auto note = std::find_if(plan.notes.begin(), plan.notes.end(), isAboutStrangers);
+  ASSERT_NE(note, plan.notes.end());
+  EXPECT_THAT(note->switches, ElementsAre(tree["leaf2"]->index));
+}
+
 // Nearly every step cuts a ring into two, which takes long to see.
 TEST_F(FindRepairsTest, PutsAllStepsOfALongRingInAnOrderInWhichTheyCanBeDone) {
   constexpr int count = 6000;
