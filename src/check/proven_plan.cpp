@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <deque>
+#include <optional>
 #include <utility>
 #include <variant>
 
@@ -34,6 +35,19 @@ bool IsEachLeafInTree(const IBFabric& repaired, const TreeRanks& before,
   });
 }
 
+// Whether all switches of a step are in the tree that was checked.
+bool IsChecked(const RepairStep& step, const ProvenPlan& proven) {
+  const auto isInTree = [&](const CableEnd& end) {
+    return proven.after.topology->GetNodeRank(&proven.repaired->GetNodes()[end.node]) >= 0;
+  };
+  return std::all_of(step.cables.begin(), step.cables.end(), [&](const CableChange& change) {
+    const auto isOfTree = [&](const std::optional<RepairCable>& cable) {
+      return !cable || (isInTree(cable->upper) && isInTree(cable->lower));
+    };
+    return isOfTree(change.before) && isOfTree(change.after);
+  });
+}
+
 }  // namespace
 
 ProvenPlan ProvePlan(const IBFabric& fabric, RepairPlan plan, int mergePercent) {
@@ -51,10 +65,11 @@ ProvenPlan ProvePlan(const IBFabric& fabric, RepairPlan plan, int mergePercent) 
   proven.isProven = proven.problem.empty() &&
                     std::none_of(findings.begin(), findings.end(), IsAboutCables) &&
                     IsEachLeafInTree(*proven.repaired, proven.plan.ranks, *proven.after.topology);
-  if (proven.isProven) return proven;
-  // What the check still complains of was not understood.
+  // What the check still complains of was not understood, and what it does not look at is not
+  // proven.
   for (RepairStep& step : proven.plan.steps) {
-    if (step.trust == RepairClass::Sure) step.trust = RepairClass::Likely;
+    const bool isProven = proven.isProven && IsChecked(step, proven);
+    if (step.trust == RepairClass::Sure && !isProven) step.trust = RepairClass::Likely;
   }
   return proven;
 }

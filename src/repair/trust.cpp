@@ -89,6 +89,7 @@ class Judge {
   bool IsRooted(const Member& member) const;
   bool IsAtHome(std::uint32_t number) const;
   bool HaveRootsHosts() const;
+  bool IsCabledAnyhow(std::size_t step) const;
   RepairClass ClassOf(std::size_t step) const;
   void DoubtNeighbors();
   void FindAlternative(std::size_t step);
@@ -188,6 +189,21 @@ bool Judge::IsAtHome(std::uint32_t number) const {
   return groups_.GroupBelow(number) != Grouping::none;
 }
 
+// Whether a cable that does not count, such as one that only one end tells of, joins the two
+// switches of a new one.
+bool Judge::IsCabledAnyhow(std::size_t step) const {
+  const std::vector<std::size_t>& targets = steps_[step].targets;
+  return std::any_of(targets.begin(), targets.end(), [&](std::size_t i) {
+    const CableTarget& target = changes_.targets[i];
+    if (target.cable != SwitchGraph::none) return false;
+    const IBNode& lower = groups_.graph.NodeOf(target.lower->number);
+    const auto& ports = groups_.graph.NodeOf(target.upper->number).ports;
+    return std::any_of(ports.begin(), ports.end(), [&](const IBPort* port) {
+      return port != nullptr && port->get_remote_node() == &lower && !port->symmetric;
+    });
+  });
+}
+
 bool Judge::HaveRootsHosts() const {
   if (groups_.pairs.empty()) return false;
   const std::vector<std::uint32_t>& roots = groups_.pairs.front().Spines();
@@ -232,7 +248,7 @@ RepairClass Judge::ClassOf(std::size_t step) const {
     return std::any_of(steps_[step].targets.begin(), steps_[step].targets.end(),
                        [&](std::size_t i) { return changes_.targets[i].reason == reason; });
   };
-  if (has(RepairReason::SkipsRank)) isSure = false;
+  if (has(RepairReason::SkipsRank) || IsCabledAnyhow(step)) isSure = false;
   // How many cables each pair of a damaged group should have is a guess.
   const bool hasTooMany = has(RepairReason::TooMany);
   for (const Member& member : members_[step]) {

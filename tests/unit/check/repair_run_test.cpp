@@ -145,6 +145,20 @@ TEST_F(ProvenPlanTest, APlanThatLeavesALeafAloneIsNoProof) {
   EXPECT_EQ(proven.plan.steps.front().trust, RepairClass::Likely);
 }
 
+// Two trees side by side; the check looks at that of the roots given.
+TEST_F(ProvenPlanTest, WhatTheCheckDoesNotLookAtIsNotProven) {
+  AddTwoLevelTree(tree, 2, 3, 1);
+  tree.Switch("other").Switch("beside").Cable("other", "beside").Cable("other", "beside");
+  RepairPlan plan;
+  plan.ranks = Ranks({"root", "leaf"});
+  const RepairCable cable = CableBetween("other", "beside");
+  plan.steps.push_back(
+      Step(RepairAction::Disconnect, RepairReason::TooMany, {{cable, std::nullopt}}));
+  const ProvenPlan proven = ProvePlan(tree.Build(), std::move(plan), 70);
+  EXPECT_TRUE(proven.isProven);
+  EXPECT_EQ(proven.plan.steps.front().trust, RepairClass::Likely);
+}
+
 // Two links lack.
 class HalfRepairedTest : public ProvenPlanTest {
  protected:

@@ -95,5 +95,23 @@ TEST_F(StepTrustTest, NothingIsSureInAGroupThatHasAnotherMidOfThatPod) {
   EXPECT_THAT(ClassesOf(plan.steps), ElementsAre(RepairClass::Likely));
 }
 
+TEST(StepTrustOfLinks, ANewCableBesideOneThatOnlyOneEndTellsOfIsNotSure) {
+  for (const bool isThere : {true, false}) {
+    TestFabric tree;
+    tree.Switch("root0").Switch("root1");
+    for (int i = 0; i < 5; ++i) {
+      const std::string leaf = "leaf" + std::to_string(i);
+      const std::string host = "host" + std::to_string(i);
+      tree.Switch(leaf).Host(host).Cable(leaf, host).Cable("root0", leaf);
+      if (i != 2) tree.Cable("root1", leaf);
+    }
+    if (isThere) tree.Link("root1", 9, "leaf2", 9, false);
+    const RepairPlan plan = FindRepairs(tree.Build());
+    ASSERT_THAT(plan.steps, SizeIs(1));
+    EXPECT_EQ(plan.steps[0].action, RepairAction::Connect);
+    EXPECT_EQ(plan.steps[0].trust, isThere ? RepairClass::Likely : RepairClass::Sure);
+  }
+}
+
 }  // namespace
 }  // namespace fabscope
