@@ -8,10 +8,8 @@
 namespace fabscope {
 namespace {
 
-using ::testing::Contains;
 using ::testing::Each;
 using ::testing::ElementsAre;
-using ::testing::Not;
 using ::testing::SizeIs;
 
 // Pods of two mids, where a leaf that has lost one of its two up-links to another pod belongs to
