@@ -120,6 +120,7 @@ class Verifier {
   void CheckMisfits();
   void CheckBound();
   void CheckNotes();
+  bool HasCable(std::uint64_t guid) const;
   void CheckNote(const Note& note);
 
   const Fabric& fabric_;
@@ -456,6 +457,13 @@ void Verifier::CheckNotes() {
   }
 }
 
+// Whether a cable leads from it to another switch.
+bool Verifier::HasCable(std::uint64_t guid) const {
+  return std::any_of(fabric_.cables.begin(), fabric_.cables.end(), [&](const auto& cable) {
+    return cable.first.guid == guid && cable.second.guid != guid;
+  });
+}
+
 void Verifier::CheckNote(const Note& note) {
   Require(!note.switches.empty(), "a note is about no switch");
   Require(std::is_sorted(note.ports.begin(), note.ports.end()), "ports of a note do not ascend");
@@ -467,7 +475,9 @@ void Verifier::CheckNote(const Note& note) {
     if (next == fabric_.switches.end()) return;
     const Switch& node = *next++;
     const bool isOutside = note.kind == NoteKind::SwitchWithoutTree;
-    Require(isOutside == (node.rank < 0) || note.kind == NoteKind::SelfLoop,
+    // The rank of a leaf that nothing is cabled to is that of the other leaves.
+    const bool isLostLeaf = isOutside && node.hasHosts && !HasCable(guid);
+    Require(isOutside == (node.rank < 0) || note.kind == NoteKind::SelfLoop || isLostLeaf,
             "a note is wrong about whether a switch is in the tree");
     if (note.kind == NoteKind::HostsOnSpines) {
       Require(node.hasHosts && node.rank + 1 < plan_.levels, "a spine with hosts is none");
