@@ -45,8 +45,11 @@ struct Price {
   std::uint64_t changes = 0;
   std::uint64_t emptyLeaves = 0;  // without hosts
 
-  // Leaves without hosts are no fault of a tree. But a single switch is not taken for one lightly.
-  std::uint64_t WithEmptyLeaves() const { return changes + 6 * emptyLeaves; }
+  // Leaves without hosts are no fault of a tree. But the first ones are not taken for such lightly;
+  // where there are several, one more is nothing special.
+  std::uint64_t WithEmptyLeaves() const {
+    return changes + 5 * std::min<std::uint64_t>(emptyLeaves, 3) + emptyLeaves;
+  }
 
   friend bool operator<(const Price& a, const Price& b) {
     return std::tie(a.changes, a.emptyLeaves) < std::tie(b.changes, b.emptyLeaves);
@@ -106,7 +109,7 @@ class HeightFinder {
   // Whether other readings need not be tried: little is wrong in a tree that is not tiny.
   bool IsConvincing(const Price& price) const {
     const std::uint64_t wrong = price.changes - CheapestWith(Top());
-    return wrong == 0 || (graph_.Cables().size() > 1000 && 16 * wrong < graph_.Cables().size() * 4);
+    return wrong == 0 || (graph_.Cables().size() > 1000 && 64 * wrong < graph_.Cables().size() * 4);
   }
   int Top() const { return *std::max_element(heights_.begin(), heights_.end()); }
   std::uint32_t Degree(std::uint32_t i) const {
@@ -504,12 +507,15 @@ Price HeightFinder::WorkOutPrice(const Heights& heights, Misfits& misfits) const
   const int top = *std::max_element(heights.begin(), heights.end());
   std::vector<int> ranks(graph_.Count(), TreeRanks::none);
   std::vector<bool> hasBelow(graph_.Count());
+  std::vector<bool> hasAbove(graph_.Count());
   for (std::uint32_t i = 0; i < graph_.Count(); ++i) {
     if (heights[i] != unknown) ranks[i] = top - heights[i];
   }
   for (const SwitchGraph::Cable& cable : graph_.Cables()) {
     if (heights[cable.a] == heights[cable.b]) continue;
-    hasBelow[heights[cable.a] > heights[cable.b] ? cable.a : cable.b] = true;
+    const bool isAUpper = heights[cable.a] > heights[cable.b];
+    hasBelow[isAUpper ? cable.a : cable.b] = true;
+    hasAbove[isAUpper ? cable.b : cable.a] = true;
   }
   misfits = FindMisfits(graph_, ranks);
   Price price{4 * misfits.cables + CheapestWith(top), 0};
@@ -526,6 +532,7 @@ Price HeightFinder::WorkOutPrice(const Heights& heights, Misfits& misfits) const
     }
     ++onHeight[height];
     if (!hasBelow[i]) price.changes += 8;
+    if (!hasAbove[i] && heights[i] != top) price.changes += 2;
     if (hosts == 0) continue;
     ++withHosts[height];
     strays[height] += std::uint64_t{4} * std::min(hosts, full_) + (hosts >= full_ ? 7 : 0);

@@ -256,10 +256,12 @@ RepairClass Judge::ClassOf(std::size_t step) const {
     if (IsTied(margin) || IsTied(member.exchange)) isTied = true;
     if (!IsClear(margin) || !IsClear(member.exchange) || margin.pod < 0) isSure = false;
     if (!IsAtHome(member.number)) isSure = false;
-    // Of three or more that change places all ways would have to be tried.
+    // Of three or more that change places all ways would have to be tried, where ports do not speak
+    // against all of them.
     const bool isAlone = member.exchange.cost == Margin::plenty;
     const bool isSwap = steps_[step].step.action == RepairAction::Swap;
-    if (isSwap && isAlone && margin.cost < dear) isSure = false;
+    const bool isCheap = margin.cost < dear && margin.evidence < strongEvidence;
+    if (isSwap && isAlone && isCheap) isSure = false;
     if (IsWeak(member)) isWeak = true;
     if (IsLoose(margin) || IsLoose(member.exchange)) isLoose = true;
     if (IsDamaged(member) && (IsTrunk(member) || hasTooMany)) isSure = false;

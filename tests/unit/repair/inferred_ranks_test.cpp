@@ -32,6 +32,20 @@ TEST_F(InferredRanksTest, KeepALeafWithoutHostsAmongTheLeaves) {
   EXPECT_EQ(ranks.ofNode, Ranks({"root", "leaf"}).ofNode);
 }
 
+TEST_F(InferredRanksTest, TakeOneMoreSwitchForALeafWhereSeveralHaveNoHosts) {
+  AddThreeLevelTree(tree, 4, 4, 3, 2, 2);
+  const auto addEmpty = [&](const std::string& pod, const std::string& name) {
+    tree.Switch(name);
+    for (const char* mid : {"0", "1", "2"}) tree.Cable("mid" + pod + "." + mid, name);
+  };
+  for (const char* pod : {"0", "1", "2", "3"}) {
+    addEmpty(pod, std::string("leaf-a") + pod);
+    addEmpty(pod, std::string("leaf-b") + pod);
+  }
+  const auto fabric = Changed({SwapUpperEnds("mid0.0", "leaf-a0", "mid1.1", "leaf1.2")});
+  EXPECT_EQ(InferRanks(*fabric).ofNode, Ranks({"root", "mid", "leaf"}).ofNode);
+}
+
 TEST_F(InferredRanksTest, HangAPodWithoutHostsBelowTheRoots) {
   AddThreeLevelTree(tree, 3, 3, 2, 2, 2);
   for (const char* name : {"mid-a", "mid-b", "leaf-a", "leaf-b", "leaf-c"}) tree.Switch(name);
