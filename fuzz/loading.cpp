@@ -55,11 +55,11 @@ Loaded LoadDump(std::string_view text) {
 }
 
 Loaded LoadDocument(std::string_view text) {
-  return LoadWith([&](FabricBuilder& builder, Warnings&) {
+  return LoadWith([&](FabricBuilder& builder, Warnings& warnings) {
     Input input("fuzz", std::string(text));
     InputText whole;
     if (MaybeError error = ReadAll(input, whole)) return error;
-    return LoadFabricDocument(whole, nullptr, builder);
+    return LoadFabricDocument(whole, nullptr, builder, warnings);
   });
 }
 

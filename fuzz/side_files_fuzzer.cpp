@@ -54,8 +54,9 @@ Loaded Flids(const std::string& path) { return LoadAbout(path, LoadFlids); }
 // Names as a map file tells them, in the order of their GUIDs.
 Loaded Names(const std::string& path) {
   NodeNameMap names;
+  Warnings warnings;
   Loaded loaded;
-  if (const MaybeError error = LoadNodeNameMap(path, names)) {
+  if (const MaybeError error = LoadNodeNameMap(path, names, warnings)) {
     loaded.error = error->message;
     loaded.line = error->line;
     loaded.column = error->column;

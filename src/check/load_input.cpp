@@ -33,9 +33,11 @@ bool LoadFile(const std::string& path, LoadedInput& input, Read read) {
 // The name map comes first: its names decide the order of a dump's nodes.
 bool LoadFiles(const CheckOptions& options, FabricBuilder& builder, LoadedInput& input) {
   NodeNameMap names;
-  if (!options.nodeNameMap.empty()) {
-    input.error = LoadNodeNameMap(options.nodeNameMap, names);
-    if (input.error) return false;
+  if (!options.nodeNameMap.empty() &&
+      !LoadFile(options.nodeNameMap, input, [&](Warnings& warnings) {
+        return LoadNodeNameMap(options.nodeNameMap, names, warnings);
+      })) {
+    return false;
   }
   const bool loaded = LoadFile(options.fabric, input, [&](Warnings& warnings) {
     return LoadFabric(options.fabric, &names, options.specialNodes.get(), builder, warnings);

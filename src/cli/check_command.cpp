@@ -9,6 +9,7 @@
 #include "cli/output_file.h"
 #include "cli/progress_line.h"
 #include "cli/standard_streams.h"
+#include "formats/text_fields.h"
 #include "reports/csv_report.h"
 #include "reports/html_report.h"
 #include "reports/json_report.h"
@@ -120,7 +121,8 @@ bool CheckCommand::WriteReports(const CheckResult& result) {
   }
   const bool dumpToFile = !arguments_.dumpFile.empty() && arguments_.dumpFile != standardStream;
   if (dumpToFile && result.status == CheckStatus::Done) {
-    written &= Write(arguments_.dumpFile, [&](std::ostream& stream) { stream << result.dump; });
+    written &= Write(arguments_.dumpFile,
+                     [&](std::ostream& stream) { WriteForPeople(result.dump, stream); });
   }
   return written;
 }

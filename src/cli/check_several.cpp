@@ -67,7 +67,7 @@ Outcome Check(CheckOptions options, const std::string& fabric, const TextStyle* 
     outcome.status = result.HasFindings() ? ExitFindings : ExitClean;
   }
   outcome.messages = MessagesOf(result);
-  outcome.line = CleanText(ReportLine(result));
+  outcome.line = TextForPeople(CleanText(ReportLine(result)));
   if (jsonStyle != nullptr) outcome.json = JsonLine(result, *jsonStyle);
   return outcome;
 }

@@ -1,20 +1,17 @@
 #include "cli/convert_command.h"
 
-#include <memory>
 #include <string>
 #include <vector>
 
 #include "check/check.h"
+#include "check/load_input.h"
 #include "cli/exit_status.h"
 #include "cli/messages.h"
 #include "cli/output_file.h"
 #include "cli/progress_line.h"
 #include "cli/standard_streams.h"
 #include "cli/terminal.h"
-#include "fabric/fabric_builder.h"
-#include "formats/diagnostics.h"
-#include "formats/load_fabric.h"
-#include "formats/node_name_map.h"
+#include "formats/write_fabric.h"
 #include "reports/slurm_topology.h"
 
 namespace fabscope {
@@ -32,30 +29,28 @@ class ConvertCommand {
   // The tree that a check finds in it.
   int WriteTree();
 
-  MaybeError Load();
   bool Write(const WriteTo& write);
   void TellLosses(const std::vector<std::string>& losses);
 
   const ConvertArguments& arguments_;
   const CheckOptions& options_ = arguments_.options;
   Messages messages_;
-  Warnings warnings_;
-  std::unique_ptr<IBFabric> fabric_;
 };
 
 int ConvertCommand::WriteAll() {
-  if (const MaybeError error = Load()) {
-    messages_.Tell(error->Text());
+  const LoadedInput input = [this] {
+    const ProgressLine line(IsWatched());
+    return LoadInput(options_);
+  }();
+  if (input.error) {
+    messages_.Tell(input.error->Text());
     return ExitFailed;
   }
-  const bool isStandard = options_.fabric == standardStream;
-  for (const std::string& line : warnings_.Lines(isStandard ? "<stdin>" : options_.fabric)) {
-    messages_.Tell(line);
-  }
+  for (const std::string& warning : input.warnings) messages_.Tell(warning);
   const bool isWritten =
-      Write([this](std::ostream& stream) { WriteFabric(*fabric_, *arguments_.format, stream); });
+      Write([&](std::ostream& stream) { WriteFabric(*input.fabric, *arguments_.format, stream); });
   if (!isWritten) return ExitFailed;
-  TellLosses(LossesOf(*fabric_, *arguments_.format));
+  TellLosses(LossesOf(*input.fabric, *arguments_.format));
   return ExitClean;
 }
 
@@ -84,22 +79,6 @@ int ConvertCommand::WriteTree() {
   if (isWritten || !hasHosts) TellLosses(topology.losses);
   if (!hasHosts) messages_.Tell("no host of the fabric has a place in its tree");
   return isWritten ? ExitClean : ExitFailed;
-}
-
-// The name map comes first: its names decide the order of a dump's nodes.
-MaybeError ConvertCommand::Load() {
-  const ProgressLine line(IsWatched());
-  NodeNameMap names;
-  if (!options_.nodeNameMap.empty()) {
-    if (MaybeError error = LoadNodeNameMap(options_.nodeNameMap, names)) return error;
-  }
-  FabricBuilder builder;
-  if (MaybeError error =
-          LoadFabric(options_.fabric, &names, options_.specialNodes.get(), builder, warnings_)) {
-    return error;
-  }
-  fabric_ = builder.Build();
-  return std::nullopt;
 }
 
 bool ConvertCommand::Write(const WriteTo& write) {

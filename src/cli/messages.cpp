@@ -8,8 +8,8 @@
 namespace fabscope {
 
 Messages::Messages() {
-  SetScreenSink([](std::string_view text) { std::cerr << text; });
-  SetLogFileSink([this](std::string_view text) { log_ += text; });
+  SetScreenSink([](std::string_view text) { WriteForPeople(text, std::cerr); });
+  SetLogFileSink([this](std::string_view text) { log_ += TextForPeople(text); });
 }
 
 Messages::~Messages() {
@@ -19,7 +19,7 @@ Messages::~Messages() {
 
 void Messages::Tell(std::string_view line) {
   // Names of files may hold what a terminal would obey.
-  const std::string text = "fabscope: " + CleanText(line) + '\n';
+  const std::string text = "fabscope: " + TextForPeople(CleanText(line)) + '\n';
   std::cerr << text;
   log_ += text;
 }

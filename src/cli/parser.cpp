@@ -155,7 +155,8 @@ std::string NamesOf(const std::vector<const CommandText*>& commands) {
 }  // namespace
 
 int WrongUsage(const CommandText& command, const std::string& problem) {
-  std::cerr << "fabscope: " << CleanText(problem) << " (see " << FullName(command) << " --help)\n";
+  std::cerr << "fabscope: " << TextForPeople(CleanText(problem)) << " (see " << FullName(command)
+            << " --help)\n";
   return ExitFailed;
 }
 

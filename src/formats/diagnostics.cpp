@@ -16,6 +16,8 @@ const char* KindText(WarningKind kind) {
       return "port line outside of a node's record";
     case WarningKind::RepeatedPort:
       return "port given twice";
+    case WarningKind::LongText:
+      return "text longer than 256 bytes";
     case WarningKind::UnknownSpeed:
       return "unknown link speed";
     case WarningKind::PeerWithoutRecord:

@@ -36,6 +36,7 @@ enum class WarningKind {
   UnknownNodeType,
   LineOutsideRecord,
   RepeatedPort,
+  LongText,
   UnknownSpeed,
   PeerWithoutRecord,
   EndsDisagree,

@@ -4,8 +4,8 @@
 #include <tuple>
 #include <utility>
 
-#include "formats/json_text.h"
 #include "formats/text_fields.h"
+#include "formats/utf8.h"
 
 namespace fabscope {
 namespace {
@@ -13,9 +13,9 @@ namespace {
 // What stands for a byte that is not part of valid UTF-8.
 constexpr std::string_view replacement = "\xef\xbf\xbd";
 
-// A text from the fabric without control characters and invalid bytes.
+// A text from the fabric as people see it, without invalid bytes.
 std::string PlainText(std::string_view text) {
-  const std::string clean = CleanText(text);
+  const std::string clean = TextForPeople(CleanText(text));
   std::string plain;
   std::string_view rest = clean;
   for (;;) {

@@ -12,6 +12,7 @@
 
 #include "formats/json_reader.h"
 #include "formats/link_speeds.h"
+#include "formats/text_fields.h"
 
 namespace fabscope {
 namespace {
@@ -47,8 +48,9 @@ struct PlacedAPort {
 
 class DocumentLoader final : JsonReader {
  public:
-  DocumentLoader(const InputText& input, const NodeNameMap* names, FabricBuilder& builder)
-      : JsonReader(input), names_(names), builder_(builder) {}
+  DocumentLoader(const InputText& input, const NodeNameMap* names, FabricBuilder& builder,
+                 Warnings& warnings)
+      : JsonReader(input), names_(names), builder_(builder), warnings_(warnings) {}
 
   MaybeError Load();
 
@@ -63,6 +65,7 @@ class DocumentLoader final : JsonReader {
   bool ReadFormat(Value value);
   bool ReadNode(Value value);
   bool ReadNodeMember(std::string_view key, Value value, NodeSpec& node);
+  bool ReadNodeText(Value value, std::string& text);
   bool ReadPort(Value value, PlacedPort& port);
   bool ReadLink(Value value);
   bool ReadAPort(Value value);
@@ -71,6 +74,7 @@ class DocumentLoader final : JsonReader {
 
   const NodeNameMap* names_;
   FabricBuilder& builder_;
+  Warnings& warnings_;
   std::vector<PlacedLink> links_;
   std::vector<PlacedAPort> aports_;
 };
@@ -114,17 +118,26 @@ bool DocumentLoader::ReadFormat(Value value) {
          Fail(offset, "not a fabric document, expected \"fabscope-fabric\"");
 }
 
+bool DocumentLoader::ReadNodeText(Value value, std::string& text) {
+  const std::size_t offset = OffsetOf(value);
+  if (!ReadText(value, text)) return false;
+  if (CutText(text) && warnings_.Count(WarningKind::LongText)) {
+    warnings_.Add(LineOf(offset), "text longer than 256 bytes, cut there");
+  }
+  return true;
+}
+
 bool DocumentLoader::ReadNodeMember(std::string_view key, Value value, NodeSpec& node) {
   if (key == "guid") return ReadGuid(value, node.guid);
   if (key == "type") return ReadType(value, node.type);
-  if (key == "name") return ReadText(value, node.name);
+  if (key == "name") return ReadNodeText(value, node.name);
   if (key == "numPorts") return ReadUnsigned(value, node.numPorts);
   if (key == "systemGuid") return ReadGuid(value, node.systemGuid.emplace());
-  if (key == "displayName") return ReadText(value, node.displayName.emplace());
+  if (key == "displayName") return ReadNodeText(value, node.displayName.emplace());
   if (key == "smdbRank") return ReadUnsigned(value, node.smdbRank);
   if (key == "special") return ReadBool(value, node.special);
   if (key == "multiAsic") return ReadBool(value, node.multiAsic);
-  if (key == "asic") return ReadText(value, node.asic);
+  if (key == "asic") return ReadNodeText(value, node.asic);
   if (key == "planesNumber") return ReadSigned(value, node.planesNumber);
   if (key == "suitablePlane") return ReadSigned(value, node.suitablePlane);
   if (key == "planes") {
@@ -239,8 +252,8 @@ MaybeError DocumentLoader::Load() {
 }  // namespace
 
 MaybeError LoadFabricDocument(const InputText& input, const NodeNameMap* names,
-                              FabricBuilder& builder) {
-  return DocumentLoader(input, names, builder).Load();
+                              FabricBuilder& builder, Warnings& warnings) {
+  return DocumentLoader(input, names, builder, warnings).Load();
 }
 
 }  // namespace fabscope

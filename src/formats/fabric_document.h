@@ -13,9 +13,9 @@ namespace fabscope {
 
 // Reads a document into an empty builder. `names` (may be null) replace name and display name of
 // the nodes that they know. Unknown and repeated keys, values of the wrong kind or out of range,
-// and whatever FabricBuilder refuses are errors.
+// and whatever FabricBuilder refuses are errors; texts that are cut are warnings.
 MaybeError LoadFabricDocument(const InputText& input, const NodeNameMap* names,
-                              FabricBuilder& builder);
+                              FabricBuilder& builder, Warnings& warnings);
 
 // The document of a fabric, a line for each node, link and aggregated port. What has its default
 // value is left out. Names that are not valid UTF-8 have the bytes at fault replaced by U+FFFD.

@@ -12,11 +12,11 @@
 #include <utility>
 #include <vector>
 
-#include "formats/json_text.h"
 #include "formats/net_file_writer.h"
 #include "formats/node_order.h"
 #include "formats/text_fields.h"
 #include "formats/topology_dump_writer.h"
+#include "formats/utf8.h"
 #include "formats/write_fabric.h"
 
 namespace fabscope {

@@ -4,6 +4,7 @@
 
 #include "formats/json_text.h"
 #include "formats/text_fields.h"
+#include "formats/utf8.h"
 
 namespace fabscope {
 namespace {

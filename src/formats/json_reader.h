@@ -38,6 +38,7 @@ class JsonReader {
     return false;
   }
   bool FailJson(simdjson::error_code code);
+  std::size_t LineOf(std::size_t offset) const { return input_.ErrorAt(offset, {}).line; }
   std::size_t OffsetOf(const char* place) const {
     return static_cast<std::size_t>(place - input_.bytes.data());
   }

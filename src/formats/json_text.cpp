@@ -4,30 +4,10 @@
 #include <fmt/format.h>
 #include <iterator>
 
+#include "formats/utf8.h"
+
 namespace fabscope {
 namespace {
-
-bool IsContinuation(std::string_view text, std::size_t at) {
-  return at < text.size() && (static_cast<unsigned char>(text[at]) & 0xc0U) == 0x80U;
-}
-
-// The length of the valid UTF-8 sequence at the start of a text, or 0. Overlong forms, surrogates
-// and values above U+10FFFF are not valid.
-std::size_t SequenceLength(std::string_view text) {
-  const auto lead = static_cast<unsigned char>(text[0]);
-  if (lead < 0x80) return 1;
-  if (!IsContinuation(text, 1)) return 0;
-  const auto second = static_cast<unsigned char>(text[1]);
-  if (lead >= 0xc2 && lead <= 0xdf) return 2;
-  if (!IsContinuation(text, 2)) return 0;
-  if (lead == 0xe0 && second < 0xa0) return 0;
-  if (lead == 0xed && second > 0x9f) return 0;
-  if (lead >= 0xe0 && lead <= 0xef) return 3;
-  if (!IsContinuation(text, 3)) return 0;
-  if (lead == 0xf0 && second < 0x90) return 0;
-  if (lead == 0xf4 && second > 0x8f) return 0;
-  return lead >= 0xf0 && lead <= 0xf4 ? 4 : 0;
-}
 
 // Stands in a JSON string as it is, whatever is next to it.
 bool IsPlain(char c) {
@@ -36,16 +16,6 @@ bool IsPlain(char c) {
 }
 
 }  // namespace
-
-std::size_t FirstInvalidUtf8(std::string_view text) {
-  std::size_t at = 0;
-  while (at < text.size()) {
-    const std::size_t length = SequenceLength(text.substr(at));
-    if (length == 0) break;
-    at += length;
-  }
-  return at;
-}
 
 void AppendJsonString(std::string& json, std::string_view text) {
   json += '"';
@@ -61,6 +31,11 @@ void AppendJsonString(std::string& json, std::string_view text) {
     const std::size_t length = SequenceLength(text);
     if (length == 0) {
       json += "\xef\xbf\xbd";
+    } else if (FindBidirectionalControl(text.substr(0, length)) == 0) {
+      // All of them are U+20xx.
+      const auto low =
+          (static_cast<unsigned>(text[1]) & 0x3U) << 6U | (static_cast<unsigned>(text[2]) & 0x3fU);
+      fmt::format_to(std::back_inserter(json), "\\u20{:02x}", low);
     } else if (length > 1) {
       json += text.substr(0, length);
     } else if (c == '"' || c == '\\') {

@@ -29,7 +29,7 @@ MaybeError LoadFabric(const std::string& path, const NodeNameMap* names, const r
   if (!IsDocument(input)) return LoadTopologyDump(input, names, specialNodes, builder, warnings);
   InputText text;
   if (MaybeError error = ReadAll(input, text)) return error;
-  return LoadFabricDocument(text, names, builder);
+  return LoadFabricDocument(text, names, builder, warnings);
 }
 
 }  // namespace fabscope

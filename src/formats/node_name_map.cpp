@@ -6,7 +6,8 @@
 namespace fabscope {
 namespace {
 
-MaybeError ReadLine(const LineReader& lines, const Line& line, NodeNameMap& names) {
+MaybeError ReadLine(const LineReader& lines, const Line& line, NodeNameMap& names,
+                    Warnings& warnings) {
   LineCursor cursor(line.text, line.offset);
   cursor.SkipBlanks();
   if (cursor.AtEnd() || cursor.Peek() == '#') return std::nullopt;
@@ -27,18 +28,22 @@ MaybeError ReadLine(const LineReader& lines, const Line& line, NodeNameMap& name
     return lines.ErrorAt(line.number, nameOffset,
                          "expected a name in double quotes and nothing behind it");
   }
-  names.emplace(*guid, CleanText(name));
+  std::string kept = CleanText(name);
+  if (CutText(kept) && warnings.Count(WarningKind::LongText)) {
+    warnings.Add(line.number, "name longer than 256 bytes, cut there");
+  }
+  names.emplace(*guid, std::move(kept));
   return std::nullopt;
 }
 
 }  // namespace
 
-MaybeError LoadNodeNameMap(const std::string& path, NodeNameMap& names) {
+MaybeError LoadNodeNameMap(const std::string& path, NodeNameMap& names, Warnings& warnings) {
   Input input;
   if (MaybeError error = input.Open(path)) return error;
   LineReader lines(input);
   MaybeError error;
-  for (Line line; !error && lines.Next(line);) error = ReadLine(lines, line, names);
+  for (Line line; !error && lines.Next(line);) error = ReadLine(lines, line, names, warnings);
   return lines.Finish(std::move(error));
 }
 

@@ -14,6 +14,6 @@ using NodeNameMap = std::unordered_map<std::uint64_t, std::string>;
 // Reads a node-name map in the form of the standard InfiniBand diagnostics: lines 0xGUID "name",
 // with "#" comments and blank lines. As there, the first of two lines about one GUID holds. GUIDs
 // that no fabric has are welcome: a map usually serves a whole site.
-MaybeError LoadNodeNameMap(const std::string& path, NodeNameMap& names);
+MaybeError LoadNodeNameMap(const std::string& path, NodeNameMap& names, Warnings& warnings);
 
 }  // namespace fabscope

@@ -4,14 +4,25 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <ostream>
 #include <string>
 #include <string_view>
 
 namespace fabscope {
 
-// A text of the fabric with every ASCII control character turned into "?". Any host may set its own
+// A text of the fabric with every control character turned into "?": of ASCII, and of C1 (U+0080 to
+// U+009F, or the bare bytes, which some terminals obey as well). Any host may set its own
 // description, so names must not carry line ends or terminal escapes into a report.
 std::string CleanText(std::string_view text);
+// As people are to see it: with "?" for each bidirectional control, which could make one name look
+// like another.
+std::string TextForPeople(std::string_view text);
+void WriteForPeople(std::string_view text, std::ostream& stream);
+
+// Cuts a text of the fabric that is longer than this, at a whole character, and tells whether it
+// was. Descriptions have 64 bytes in this field; of a longer one every report would have copies.
+inline constexpr std::size_t MostTextBytes = 256;
+bool CutText(std::string& text);
 
 // Blank, tab or carriage return.
 inline bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r'; }

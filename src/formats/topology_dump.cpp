@@ -230,6 +230,10 @@ MaybeError DumpLoader::ReadNode(const Line& line) {
   node.numPorts = parsed.numPorts;
   node.ends.first = node.ends.last = static_cast<std::uint32_t>(ends_.size());
   node.name = CleanText(parsed.name);
+  if (CutText(node.name)) {
+    Warn(WarningKind::LongText, line.number,
+         [] { return "name longer than 256 bytes, cut there"; });
+  }
   if (names_ != nullptr) {
     if (const auto named = names_->find(node.guid); named != names_->end()) {
       node.name = named->second;

@@ -1,10 +1,12 @@
 #include "reports/difference_report.h"
 
 #include <algorithm>
+#include <sstream>
 #include <string>
 
 #include "fabric/guid.h"
 #include "formats/link_speeds.h"
+#include "formats/text_fields.h"
 #include "reports/fault_text.h"
 #include "reports/node_types.h"
 #include "reports/repair_report.h"
@@ -140,7 +142,9 @@ void Report::WritePlan() {
 
 void WriteDifferenceReport(const Difference& difference, const TextStyle& style,
                            std::ostream& stream) {
-  Report(difference, style, stream).Write();
+  std::ostringstream text;
+  Report(difference, style, text).Write();
+  WriteForPeople(text.view(), stream);
 }
 
 }  // namespace fabscope

@@ -27,14 +27,31 @@ namespace {
 
 constexpr std::string_view dataMark = "@FABSCOPE_DATA@";
 
-// Nothing that could end the element or begin another.
+// Whether a JSON text begins with a bidirectional control, which always is an escape there.
+bool StartsWithBidirectionalControl(std::string_view json) {
+  return json.starts_with("\\u202") || json.starts_with("\\u206");
+}
+
+// Nothing that could end the element or begin another, nor show a name as another. Pieces end
+// outside of strings.
 void WriteInert(std::string_view json, std::ostream& stream) {
+  constexpr std::size_t unicodeEscape = 6;
   while (!json.empty()) {
-    const std::size_t at = json.find('<');
+    const std::size_t at = json.find_first_of("<\\");
     stream << json.substr(0, at);
     if (at == std::string_view::npos) return;
-    stream << "\\u003c";
-    json.remove_prefix(at + 1);
+    json.remove_prefix(at);
+    std::size_t length = 1;
+    if (json[0] == '<') {
+      stream << "\\u003c";
+    } else if (StartsWithBidirectionalControl(json)) {
+      stream << '?';
+      length = unicodeEscape;
+    } else {
+      length = 2;
+      stream << json.substr(0, length);
+    }
+    json.remove_prefix(length);
   }
 }
 

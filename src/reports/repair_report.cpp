@@ -1,10 +1,12 @@
 #include "reports/repair_report.h"
 
 #include <algorithm>
+#include <sstream>
 
 #include "compare/repair_document.h"
 #include "fabric/fabric_walk.h"
 #include "fabric/guid.h"
+#include "formats/text_fields.h"
 #include "platform/csv_desc.h"
 
 namespace fabscope {
@@ -112,7 +114,9 @@ std::string EndText(const EndNow& now, const SwitchNames& names) {
 }  // namespace
 
 void WriteRepairReport(const RepairResult& result, std::ostream& stream) {
-  Report(result, stream).Write();
+  std::ostringstream text;
+  Report(result, text).Write();
+  WriteForPeople(text.view(), stream);
 }
 
 void WriteRepairCsv(const RepairResult& result, std::ostream& stream) {
@@ -144,20 +148,22 @@ std::string ProgressText(const StepProgress& progress, const SwitchNames& names)
 void WriteProgressReport(const std::vector<StepProgress>& steps, const RepairResult& now,
                          const std::vector<const RepairStep*>& others, std::ostream& stream) {
   const SwitchNames names(*now.fabric);
-  for (const StepProgress& step : steps) stream << ProgressText(step, names) << '\n';
+  std::ostringstream text;
+  for (const StepProgress& step : steps) text << ProgressText(step, names) << '\n';
   for (const RepairStep* step : others) {
-    stream << "new: [" << NameOf(step->trust) << "] "
-           << StepText(step->cables, now.proven.plan.ranks, names) << '\n';
+    text << "new: [" << NameOf(step->trust) << "] "
+         << StepText(step->cables, now.proven.plan.ranks, names) << '\n';
   }
   const auto done = std::count_if(steps.begin(), steps.end(), [](const StepProgress& step) {
     return step.state == StepState::Done;
   });
-  stream << done << " of " << steps.size() << " repairs done, " << others.size() << " new";
+  text << done << " of " << steps.size() << " repairs done, " << others.size() << " new";
   const RepairPlan& plan = now.proven.plan;
   if (plan.status == RepairStatus::Abstained) {
-    stream << "; beyond that none proposed: " << plan.message;
+    text << "; beyond that none proposed: " << plan.message;
   }
-  stream << '\n';
+  text << '\n';
+  WriteForPeople(text.view(), stream);
 }
 
 }  // namespace fabscope

@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "formats/text_fields.h"
+
 namespace fabscope {
 namespace {
 
@@ -68,7 +70,8 @@ void WriteReportLine(std::string_view line, const TextStyle& style, std::ostream
     stream << color << line.substr(0, tagLength) << "\033[0m";
     line.remove_prefix(tagLength);
   }
-  stream << line << '\n';
+  WriteForPeople(line, stream);
+  stream << '\n';
 }
 
 }  // namespace fabscope

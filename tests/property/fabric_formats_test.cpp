@@ -74,7 +74,7 @@ std::unique_ptr<IBFabric> ReadAgain(const IBFabric& fabric, FabricFormat format)
   if (format == FabricFormat::Document) {
     InputText text;
     error = ReadAll(input, text);
-    if (!error) error = LoadFabricDocument(text, nullptr, builder);
+    if (!error) error = LoadFabricDocument(text, nullptr, builder, warnings);
   } else {
     error = LoadTopologyDump(input, nullptr, &specialNodes, builder, warnings);
   }

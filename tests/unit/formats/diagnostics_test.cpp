@@ -75,11 +75,12 @@ TEST(DiagnosticsTest, EveryKindIsCountedForItselfUnderItsName) {
                           "net.topo: warning: 2 more: node of unknown type",
                           "net.topo: warning: 3 more: port line outside of a node's record",
                           "net.topo: warning: 4 more: port given twice",
-                          "net.topo: warning: 5 more: unknown link speed",
-                          "net.topo: warning: 6 more: peer without a record of its own",
-                          "net.topo: warning: 7 more: two ends of a link that disagree",
-                          "net.topo: warning: 8 more: port cabled to itself",
-                          "net.topo: warning: 9 more: GUID that is not a switch of the fabric"));
+                          "net.topo: warning: 5 more: text longer than 256 bytes",
+                          "net.topo: warning: 6 more: unknown link speed",
+                          "net.topo: warning: 7 more: peer without a record of its own",
+                          "net.topo: warning: 8 more: two ends of a link that disagree",
+                          "net.topo: warning: 9 more: port cabled to itself",
+                          "net.topo: warning: 10 more: GUID that is not a switch of the fabric"));
 }
 
 }  // namespace

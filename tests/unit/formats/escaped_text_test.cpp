@@ -18,5 +18,11 @@ TEST(EscapedTextTest, NoTextBringsControlCharactersOrInvalidBytes) {
   EXPECT_EQ(XmlText(odd), "a??? caf\xc3\xa9 \xef\xbf\xbd");
 }
 
+TEST(EscapedTextTest, NoTextBringsBidirectionalControls) {
+  EXPECT_EQ(PrometheusLabel("a\xe2\x80\xae"), "a?");
+  EXPECT_EQ(DotLabel("a\xe2\x80\xae"), "a?");
+  EXPECT_EQ(XmlText("a\xe2\x80\xae"), "a?");
+}
+
 }  // namespace
 }  // namespace fabscope

@@ -16,7 +16,8 @@ std::string Error(const std::string& text) {
   InputText input{"net.json", text};
   input.bytes.reserve(text.size() + 64);  // as ReadInput does, for the parser
   FabricBuilder builder;
-  const MaybeError error = LoadFabricDocument(input, nullptr, builder);
+  Warnings warnings;
+  const MaybeError error = LoadFabricDocument(input, nullptr, builder, warnings);
   return error ? error->Text() : "";
 }
 
@@ -367,7 +368,8 @@ TEST(FabricDocumentErrorsTest, NothingIsReadBehindTheFirstMistake) {
     InputText input{"net.json", text};
     input.bytes.reserve(text.size() + 64);
     FabricBuilder builder;
-    const MaybeError error = LoadFabricDocument(input, nullptr, builder);
+    Warnings warnings;
+    const MaybeError error = LoadFabricDocument(input, nullptr, builder, warnings);
     const bool isAll = builder.FindNode(0x99) != GuidIndex::None;
     return std::string(error ? "wrong" : "right") + (isAll ? ", read on" : ", stopped");
   };
@@ -443,7 +445,8 @@ TEST(FabricDocumentErrorsTest, LinksAreMadeOfAWholeDocumentOnly) {
     InputText input{"net.json", text};
     input.bytes.reserve(text.size() + 64);
     FabricBuilder builder;
-    LoadFabricDocument(input, nullptr, builder);
+    Warnings warnings;
+    LoadFabricDocument(input, nullptr, builder, warnings);
     return builder.HasLink({0, 1});
   };
   const std::string format = R"(,"format":"fabscope-fabric")";

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "formats/load_fabric.h"
+#include "formats/text_fields.h"
 #include "support/test_fabric.h"
 
 namespace fabscope {
@@ -45,7 +46,7 @@ class FabricDocumentTest : public ::testing::Test {
  protected:
   void Load(const std::string& text) {
     FabricBuilder builder;
-    const MaybeError error = LoadFabricDocument(Input(text), &names, builder);
+    const MaybeError error = LoadFabricDocument(Input(text), &names, builder, warnings);
     if (error) throw std::runtime_error(error->Text());
     fabric = builder.Build();
   }
@@ -62,6 +63,7 @@ class FabricDocumentTest : public ::testing::Test {
   }
 
   NodeNameMap names;
+  Warnings warnings;
   std::unique_ptr<IBFabric> fabric;
 };
 
@@ -466,9 +468,21 @@ TEST_F(FabricDocumentTest, ADocumentReadsBackAsTheSameModel) {
   EXPECT_EQ(Snapshot(*fabric), model);
 }
 
+TEST_F(FabricDocumentTest, LongTextsAreCutWithAWarning) {
+  const std::string longest(MostTextBytes, 'x');
+  Load(Document(R"({"guid": "0x11", "type": "switch", "numPorts": 1, "name": ")" + longest + R"("},
+                  {"guid": "0x12", "type": "switch", "numPorts": 1, "name": "b",
+                   "displayName": ")" +
+                longest + R"(y", "asic": ")" + longest + R"(z"})"));
+  EXPECT_EQ(Node(0x11).name, longest);
+  EXPECT_EQ(Node(0x12).displayName, longest);
+  EXPECT_EQ(Node(0x12).asic, longest);
+  const std::string cut = ": warning: text longer than 256 bytes, cut there";
+  EXPECT_THAT(warnings.Lines("net"), ElementsAre("net:3" + cut, "net:3" + cut));
+}
+
 TEST_F(FabricDocumentTest, ADumpWrittenAsADocumentReadsBackAsTheSameModel) {
   FabricBuilder builder;
-  Warnings warnings;
   const regExp special("n[12]$");
   ASSERT_EQ(LoadFabric(FABSCOPE_TEST_DATA "/tree-32h.topo", nullptr, &special, builder, warnings),
             std::nullopt);

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "formats/json_members.h"
+#include "formats/utf8.h"
 
 namespace fabscope {
 namespace {
@@ -25,6 +26,12 @@ TEST(JsonTextTest, AStringStandsInQuotes) {
 TEST(JsonTextTest, QuotesBackslashesAndControlCharactersAreEscaped) {
   EXPECT_EQ(Json("a\"b\\c"), R"("a\"b\\c")");
   EXPECT_EQ(Json(std::string("\0\n\t\x1f\x20\x7f", 6)), "\"\\u0000\\u000a\\u0009\\u001f \x7f\"");
+}
+
+TEST(JsonTextTest, BidirectionalControlsAreEscaped) {
+  EXPECT_EQ(Json("\xe2\x80\xaa \xe2\x80\xae \xe2\x81\xa6 \xe2\x81\xa9"),
+            R"("\u202a \u202e \u2066 \u2069")");
+  EXPECT_EQ(Json("\xe2\x80\xaf\xe2\x81\xaa"), "\"\xe2\x80\xaf\xe2\x81\xaa\"");
 }
 
 TEST(JsonTextTest, AListMayHoldGuids) {

@@ -10,6 +10,7 @@
 namespace fabscope {
 namespace {
 
+using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::Pair;
 using ::testing::UnorderedElementsAre;
@@ -22,13 +23,14 @@ class NodeNameMapTest : public ::testing::Test {
   std::string Load(const std::string& bytes) {
     names.clear();
     std::ofstream(path, std::ios::binary) << bytes;
-    const MaybeError error = LoadNodeNameMap(path, names);
+    const MaybeError error = LoadNodeNameMap(path, names, warnings);
     if (!error) return "";
     EXPECT_EQ(error->file, path);
     return error->Text().substr(path.size() + 1);
   }
 
   NodeNameMap names;
+  Warnings warnings;
   const std::string path = ::testing::TempDir() + "node_name_map_test_" + std::to_string(getpid()) +
                            "_" + ::testing::UnitTest::GetInstance()->current_test_info()->name();
 };
@@ -53,6 +55,14 @@ TEST_F(NodeNameMapTest, CarriageReturnsAndAByteOrderMarkDoNotCount) {
                  "0x11 \"a\"\r\n\r\n0x12 \"b\"\r\n"),
             "");
   EXPECT_THAT(names, UnorderedElementsAre(Pair(0x11, "a"), Pair(0x12, "b")));
+}
+
+TEST_F(NodeNameMapTest, ALongNameIsCutWithAWarning) {
+  const std::string longest(256, 'x');
+  EXPECT_EQ(Load("0x11 \"" + longest + "\"\n0x12 \"" + longest + "y\"\n"), "");
+  EXPECT_THAT(names, UnorderedElementsAre(Pair(0x11, longest), Pair(0x12, longest)));
+  EXPECT_THAT(warnings.Lines("names"),
+              ElementsAre("names:2: warning: name longer than 256 bytes, cut there"));
 }
 
 TEST_F(NodeNameMapTest, TheFirstOfTwoLinesHolds) {
@@ -89,7 +99,7 @@ TEST_F(NodeNameMapTest, ANameStandsInQuotesAndEndsTheLine) {
 }
 
 TEST_F(NodeNameMapTest, AMissingFileIsAnError) {
-  const MaybeError error = LoadNodeNameMap("/nowhere/names", names);
+  const MaybeError error = LoadNodeNameMap("/nowhere/names", names, warnings);
   ASSERT_NE(error, std::nullopt);
   EXPECT_EQ(error->Text(), "/nowhere/names: No such file or directory");
 }

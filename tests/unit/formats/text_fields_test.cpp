@@ -16,10 +16,54 @@ constexpr std::uint64_t all = std::numeric_limits<std::uint64_t>::max();
 TEST(TextFieldsTest, ControlCharactersBecomeQuestionMarks) {
   for (int i = 0; i < 256; ++i) {
     const std::string text = {'a', static_cast<char>(i), 'b'};
-    const bool isControl = i < 0x20 || i == 0x7f;
+    const bool isControl = i < 0x20 || i == 0x7f || (i >= 0x80 && i < 0xa0);
     EXPECT_EQ(CleanText(text), isControl ? "a?b" : text) << i;
   }
   EXPECT_EQ(CleanText(""), "");
+}
+
+TEST(TextFieldsTest, C1ControlsBecomeOneQuestionMarkEach) {
+  EXPECT_EQ(CleanText("a\xc2\x80\xc2\x9f\xc2\xa0z"), "a??\xc2\xa0z");
+  EXPECT_EQ(CleanText("\xc2\x9b"
+                      "31m"),
+            "?31m");
+}
+
+TEST(TextFieldsTest, BytesInsideOfACharacterAreNoControls) {
+  const std::string text = "caf\xc3\x89 \xe2\x82\xac \xf0\x9f\x98\x80";
+  EXPECT_EQ(CleanText(text), text);
+  EXPECT_EQ(CleanText("\xe2\x82"), "\xe2?");
+  EXPECT_EQ(CleanText("\xe2\xc2\x85"), "\xe2?");
+}
+
+TEST(TextFieldsTest, PeopleSeeAQuestionMarkForEachBidirectionalControl) {
+  for (const char last : {'\xaa', '\xab', '\xac', '\xad', '\xae'}) {
+    EXPECT_EQ(TextForPeople(std::string("a\xe2\x80") + last + "z"), "a?z");
+  }
+  for (const char last : {'\xa6', '\xa7', '\xa8', '\xa9'}) {
+    EXPECT_EQ(TextForPeople(std::string("a\xe2\x81") + last + "z"), "a?z");
+  }
+  const std::string others =
+      "\xe2\x80\xa9 \xe2\x80\xaf \xe2\x81\xa5 \xe2\x81\xaa \xe2\x82\xa6 \xe2\x80";
+  EXPECT_EQ(TextForPeople(others), others);
+  EXPECT_EQ(TextForPeople("\xe2\x80\xae\xe2\x81\xa6"), "??");
+}
+
+TEST(TextFieldsTest, LongTextsAreCutAtAWholeCharacter) {
+  std::string text(MostTextBytes, 'x');
+  EXPECT_FALSE(CutText(text));
+  EXPECT_EQ(text.size(), MostTextBytes);
+  for (const std::string character : {"y", "\xc3\x89", "\xe2\x82\xac", "\xf0\x9f\x98\x80"}) {
+    for (std::size_t inside = 0; inside < character.size(); ++inside) {
+      const std::string before(MostTextBytes - inside, 'x');
+      text = before + character + "zzzz";
+      EXPECT_TRUE(CutText(text));
+      EXPECT_EQ(text, before);
+    }
+  }
+  text = std::string(MostTextBytes + 9, '\x80');
+  EXPECT_TRUE(CutText(text));
+  EXPECT_EQ(text.size(), MostTextBytes);
 }
 
 TEST(TextFieldsTest, BlanksAreTrimmedAtBothEnds) {

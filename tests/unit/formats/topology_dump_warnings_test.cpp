@@ -70,6 +70,18 @@ class TopologyDumpWarningsTest : public ::testing::Test {
   Warnings found;
 };
 
+TEST_F(TopologyDumpWarningsTest, ALongNameIsCut) {
+  const auto record = [](const std::string& guid, const std::string& name) {
+    return "Switch\t2 \"S-00000000000000" + guid + "\"\t\t# \"" + name +
+           "\" enhanced port 0 lid 1 lmc 0\n";
+  };
+  const std::string longest(256, 'x');
+  Load(record("11", longest) + record("12", longest + 'y'));
+  EXPECT_THAT(warnings, ElementsAre("net.topo:2: warning: name longer than 256 bytes, cut there"));
+  EXPECT_EQ(fabric->getNodeByGuid(0x11)->name, longest);
+  EXPECT_EQ(fabric->getNodeByGuid(0x12)->name, longest);
+}
+
 TEST_F(TopologyDumpWarningsTest, AShellPromptIsALineOfNoKnownKind) {
   LoadFile("shell-prompt.topo");
   EXPECT_THAT(warnings, ElementsAre("net.topo:1: warning: line of no known kind, left out",
