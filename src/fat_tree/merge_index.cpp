@@ -1,39 +1,51 @@
 #include "fat_tree/merge_index.h"
 
 #include <algorithm>
-#include <array>
 
 namespace fabscope {
 
 void MergeIndex::Add(std::size_t number, const UpHopBits& upSet, std::size_t most) {
-  Block& block = blocks_[number / wordBits];
-  const Word bit = Word{1} << number % wordBits;
-  block.members |= bit;
-  block.most = std::max(block.most, most);
-  upSet.ForEach(size_, [&](std::size_t index) { block.holders[index] |= bit; });
+  limits_.Set(number, static_cast<std::int64_t>(most) + 1);
+  upSet.ForEach(size_, [&](std::size_t index) {
+    holders_[index].push_back(static_cast<std::uint32_t>(number));
+  });
 }
 
-// The counts of 64 members stand upright: `digits[d]` holds the d-th binary digit of each. They
-// start at the complement of `most`, so that what exceeds it is carried out of the last digit.
-MergeIndex::Word MergeIndex::Block::MembersNear(const std::vector<std::uint16_t>& indices) const {
-  if (indices.size() <= most) return members;
-  const auto digitCount = static_cast<std::size_t>(std::bit_width(most));
-  std::array<Word, std::bit_width(MaxUpperSwitches)> digits{};
-  for (std::size_t d = 0; d < digitCount; ++d) {
-    digits[d] = (most >> d & 1U) == 0 ? ~Word{0} : Word{0};
-  }
-  Word near = members;
-  for (const std::uint16_t index : indices) {
-    Word carry = ~holders[index] & near;
-    for (std::size_t d = 0; d < digitCount && carry != 0; ++d) {
-      const Word next = digits[d] & carry;
-      digits[d] ^= carry;
-      carry = next;
+void MergeIndex::Remove(std::size_t number, const UpHopBits& upSet) {
+  limits_.Set(number, 0);
+  upSet.ForEach(size_, [&](std::size_t index) {
+    std::vector<std::uint32_t>& holders = holders_[index];
+    *std::find(holders.begin(), holders.end(), number) = holders.back();
+    holders.pop_back();
+  });
+}
+
+std::size_t MergeIndex::FindTarget(std::size_t number, const UpHopBits& upSet) {
+  std::size_t asked = 0;
+  upSet.ForEach(size_, [&](std::size_t index) {
+    ++asked;
+    for (const std::uint32_t holder : holders_[index]) {
+      if (shared_[holder]++ == 0) sharing_.push_back(holder);
     }
-    near &= ~carry;
-    if (near == 0) break;
+  });
+  std::size_t first = FindTargetOfAny(number, asked);
+  for (const std::uint32_t holder : sharing_) {
+    const std::size_t lacks = asked - shared_[holder];
+    shared_[holder] = 0;
+    if (holder >= first || holder == number) continue;
+    if (limits_.Get(holder) > static_cast<std::int64_t>(lacks)) first = holder;
   }
-  return near;
+  sharing_.clear();
+  return first;
+}
+
+// The first other set that may lack that many switches, whichever they are.
+std::size_t MergeIndex::FindTargetOfAny(std::size_t number, std::size_t asked) {
+  const std::int64_t own = limits_.Get(number);
+  limits_.Set(number, 0);
+  const std::size_t first = limits_.Find(static_cast<std::int64_t>(asked));
+  limits_.Set(number, own);
+  return first;
 }
 
 }  // namespace fabscope
