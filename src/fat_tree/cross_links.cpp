@@ -100,7 +100,8 @@ int FTUpHopHistogram::CheckCrossLinks(FTUpHopSet& set) {
     if (&other == &set) continue;
     int status = StatusSuccess;
     set.upSet.ForEachCommon(other.upSet, [&, &reaching = other](std::size_t index) {
-      if (status == StatusSuccess) status = CheckCrossLink(set, reaching, index);
+      if (index >= bitSetSize || status != StatusSuccess) return;
+      status = CheckCrossLink(set, reaching, index);
     });
     if (status != StatusSuccess) return status;
   }

@@ -5,7 +5,8 @@
 namespace fabscope {
 
 void MergeIndex::Add(std::size_t number, const UpHopBits& upSet, std::size_t most) {
-  limits_.Set(number, static_cast<std::int64_t>(most) + 1);
+  scores_[number] = static_cast<std::uint32_t>(most) + 1;
+  limits_.Set(number, scores_[number]);
   upSet.ForEach(size_, [&](std::size_t index) {
     holders_[index].push_back(static_cast<std::uint32_t>(number));
   });
@@ -21,21 +22,19 @@ void MergeIndex::Remove(std::size_t number, const UpHopBits& upSet) {
 }
 
 std::size_t MergeIndex::FindTarget(std::size_t number, const UpHopBits& upSet) {
-  std::size_t asked = 0;
-  upSet.ForEach(size_, [&](std::size_t index) {
-    ++asked;
-    for (const std::uint32_t holder : holders_[index]) {
-      if (shared_[holder]++ == 0) sharing_.push_back(holder);
-    }
-  });
+  asked_.clear();
+  upSet.ForEach(size_, [this](std::size_t index) { asked_.emplace_back(holders_[index]); });
+  const std::size_t asked = asked_.size();
+  std::uint32_t* scores = scores_.data();  // this is what takes the time
   std::size_t first = FindTargetOfAny(number, asked);
-  for (const std::uint32_t holder : sharing_) {
-    const std::size_t lacks = asked - shared_[holder];
-    shared_[holder] = 0;
-    if (holder >= first || holder == number) continue;
-    if (limits_.Get(holder) > static_cast<std::int64_t>(lacks)) first = holder;
+  for (const std::span<const std::uint32_t> holders : asked_) {
+    for (const std::uint32_t holder : holders) {
+      if (++scores[holder] > asked && holder < first && holder != number) first = holder;
+    }
   }
-  sharing_.clear();
+  for (const std::span<const std::uint32_t> holders : asked_) {
+    for (const std::uint32_t holder : holders) --scores[holder];
+  }
   return first;
 }
 

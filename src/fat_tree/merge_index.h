@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "fat_tree/first_greater.h"
@@ -24,7 +25,7 @@ class MergeIndex {
 
   // For sets of which the indices below `size` are looked at.
   MergeIndex(std::size_t setCount, std::size_t size)
-      : size_(size), holders_(size), limits_(setCount), shared_(setCount) {}
+      : size_(size), holders_(size), limits_(setCount), scores_(setCount) {}
 
   // Adds switches that the set does not have. From now on it is asked for sets of which it lacks at
   // most `most`.
@@ -42,9 +43,10 @@ class MergeIndex {
   std::size_t size_;
   std::vector<std::vector<std::uint32_t>> holders_;  // sets by index of the upper switch, unordered
   FirstGreater limits_;                              // by set: one more than it may lack, 0 none
-  // While a target is searched: by set, how many of the asked switches it has; and which have any.
-  std::vector<std::uint16_t> shared_;
-  std::vector<std::uint32_t> sharing_;
+  // The same, and while a target is searched one more for each asked switch that the set has. One
+  // that reaches more than the switches asked for lacks few enough.
+  std::vector<std::uint32_t> scores_;
+  std::vector<std::span<const std::uint32_t>> asked_;  // likewise: these switches' holders
 };
 
 }  // namespace fabscope
