@@ -13,7 +13,7 @@
 // at switch by switch. That takes as long as the rank has cables, however many sets share them.
 
 #include <algorithm>
-#include <compare>
+#include <tuple>
 
 #include "fabric/guid.h"
 #include "fat_tree/first_greater.h"
@@ -39,7 +39,9 @@ struct Loss {
   std::uint32_t taker = 0;
   std::uint32_t index = 0;  // of the upper switch
 
-  friend auto operator<=>(const Loss&, const Loss&) = default;
+  friend bool operator<(const Loss& a, const Loss& b) {
+    return std::tie(a.set, a.taker, a.index) < std::tie(b.set, b.taker, b.index);
+  }
 };
 
 // Which sets lose one upper switch, and each to whom: the first that has it still and reaches it

@@ -8,9 +8,9 @@
 
 namespace fabscope {
 
-// A number for each of some places, 0 at first. Finds the first place whose number exceeds a limit
-// in as many steps as the count of places has binary digits: a tree, every node of which knows the
-// greatest number below it.
+// A value for each of some places, 0 at first. Finds the first place whose value exceeds a limit in
+// as many steps as the count of places has binary digits: a tree, every node of which knows the
+// greatest value below it.
 class FirstGreater {
  public:
   static constexpr std::size_t None = ~std::size_t{0};
@@ -20,17 +20,17 @@ class FirstGreater {
 
   std::int64_t Get(std::size_t place) const { return greatest_[leaves_ + place]; }
 
-  // Numbers are not negative.
-  void Set(std::size_t place, std::int64_t number) {
+  // Values are not negative.
+  void Set(std::size_t place, std::int64_t value) {
     std::size_t node = leaves_ + place;
-    greatest_[node] = number;
+    greatest_[node] = value;
     while (node > 1) {
       node /= 2;
       greatest_[node] = std::max(greatest_[2 * node], greatest_[2 * node + 1]);
     }
   }
 
-  // None where no number exceeds the limit, which is not negative.
+  // None where no value exceeds the limit, which is not negative.
   std::size_t Find(std::int64_t limit) const {
     if (greatest_[1] <= limit) return None;
     std::size_t node = 1;
