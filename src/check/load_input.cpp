@@ -2,7 +2,7 @@
 
 #include <iterator>
 #include <string_view>
-#include <unordered_map>
+#include <map>
 
 #include "fabric/fabric_builder.h"
 #include "formats/load_fabric.h"
@@ -12,7 +12,7 @@ namespace fabscope {
 namespace {
 
 std::size_t CountSwitchesOfSharedName(const IBFabric& fabric) {
-  std::unordered_map<std::string_view, std::size_t> counts;
+  std::map<std::string_view, std::size_t> counts;
   for (const IBNode* node : fabric.switches) ++counts[node->name];
   std::size_t shared = 0;
   for (const auto& [name, count] : counts) shared += count > 1 ? count : 0;

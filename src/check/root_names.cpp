@@ -8,7 +8,7 @@
 #include <deque>
 #include <map>
 #include <string_view>
-#include <unordered_map>
+#include <vector>
 
 #include "fabric/fabric_walk.h"
 
@@ -54,21 +54,24 @@ bool LeadsToHost(const IBNode& node) {
   });
 }
 
-// How far a switch is from the nearest that leads to a host, in hops; only switches that can be
-// reached from one.
-std::unordered_map<const IBNode*, std::size_t> DistancesFromHosts(const IBFabric& fabric) {
-  std::unordered_map<const IBNode*, std::size_t> distances;
+constexpr std::size_t unreached = ~std::size_t{0};
+
+// By node: how far a switch is from the nearest that leads to a host, in hops.
+std::vector<std::size_t> DistancesFromHosts(const IBFabric& fabric) {
+  std::vector<std::size_t> distances(fabric.GetNodes().size(), unreached);
   std::deque<const IBNode*> queue;
   for (const IBNode* node : fabric.switches) {
     if (!LeadsToHost(*node)) continue;
-    distances[node] = 0;
+    distances[node->index] = 0;
     queue.push_back(node);
   }
   for (; !queue.empty(); queue.pop_front()) {
-    const std::size_t next = distances[queue.front()] + 1;
+    const std::size_t next = distances[queue.front()->index] + 1;
     for (const IBPort* port : GetTreePorts(*queue.front())) {
       const IBNode* remote = GetRemoteSwitch(port);
-      if (remote != nullptr && distances.emplace(remote, next).second) queue.push_back(remote);
+      if (remote == nullptr || distances[remote->index] != unreached) continue;
+      distances[remote->index] = next;
+      queue.push_back(remote);
     }
   }
   return distances;
@@ -89,10 +92,9 @@ FormTable FormsOf(const IBFabric& fabric) {
   for (const IBNode* node : fabric.switches) {
     Namesakes& namesakes = forms[FormOf(node->name)];
     ++namesakes.count;
-    const auto found = distances.find(node);
-    if (found == distances.end()) continue;
+    if (distances[node->index] == unreached) continue;
     ++namesakes.reached;
-    namesakes.hops += found->second;
+    namesakes.hops += distances[node->index];
   }
   return forms;
 }

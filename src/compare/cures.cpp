@@ -1,7 +1,7 @@
 #include "compare/cures.h"
 
+#include <map>
 #include <set>
-#include <unordered_map>
 
 #include "fat_tree/neighborhood.h"
 
@@ -25,7 +25,7 @@ Places SwitchesOf(const GoneFinding& finding) {
 }
 
 // By switch: the steps that touch it.
-using StepsAt = std::unordered_map<std::uint32_t, std::vector<std::size_t>>;
+using StepsAt = std::map<std::uint32_t, std::vector<std::size_t>>;
 
 StepsAt IndexSteps(std::span<const RepairStep> steps) {
   StepsAt stepsAt;

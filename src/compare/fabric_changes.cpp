@@ -8,7 +8,7 @@
 #include "compare/fabric_changes.h"
 
 #include <algorithm>
-#include <unordered_map>
+#include <map>
 
 #include "fabric/fabric_walk.h"
 
@@ -69,7 +69,7 @@ class Comparison {
   std::vector<Cable> went_;
   std::vector<Cable> came_;
   // The far ends of the cables that came, by either end; without those that are part of a move.
-  std::unordered_map<const IBPort*, const IBPort*> cameFrom_;
+  std::map<const IBPort*, const IBPort*> cameFrom_;
 };
 
 void Comparison::CompareNodes() {

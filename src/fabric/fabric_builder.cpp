@@ -8,8 +8,6 @@
 namespace fabscope {
 namespace {
 
-std::uint64_t PortKey(const PortPlace& port) { return std::uint64_t{port.node} * 256 + port.num; }
-
 std::string PortText(const PortRef& port) {
   return "port " + std::to_string(port.num) + " of node " + GuidText(port.guid);
 }
@@ -97,10 +95,8 @@ FabricBuilder::Problem FabricBuilder::AddLink(const PortPlace& a, const PortPlac
 FabricBuilder::Problem FabricBuilder::SetPort(std::uint64_t guid, const PortSpec& spec) {
   PortPlace place;
   if (Problem problem = Locate({guid, spec.num}, place)) return problem;
-  if (!withAttributes_.insert(PortKey(place)).second) {
-    return PortText({guid, spec.num}) + " is given twice";
-  }
-  Need(place);
+  if (!Mark(place, withAttributes_)) return PortText({guid, spec.num}) + " is given twice";
+  Mark(place, needed_);
   attributes_.push_back({place.node, spec});
   return std::nullopt;
 }
@@ -108,27 +104,29 @@ FabricBuilder::Problem FabricBuilder::SetPort(std::uint64_t guid, const PortSpec
 FabricBuilder::Problem FabricBuilder::AddAPort(std::span<const PortRef> ports,
                                                std::uint64_t asymmetry) {
   AggregatedPort aport{{}, asymmetry};
+  const auto refuse = [&](Problem problem) {
+    for (const PortPlace& member : aport.members) inAPort_[member.node].reset(member.num);
+    return problem;
+  };
   for (const PortRef& port : ports) {
     PortPlace member;
-    if (Problem problem = Locate(port, member)) return problem;
-    const auto isMember = [&](const PortPlace& other) { return PortKey(other) == PortKey(member); };
-    if (inAPort_.contains(PortKey(member)) ||
-        std::any_of(aport.members.begin(), aport.members.end(), isMember)) {
-      return PortText(port) + " is in an aggregated port already";
+    if (Problem problem = Locate(port, member)) return refuse(std::move(problem));
+    if (!Mark(member, inAPort_)) {
+      return refuse(PortText(port) + " is in an aggregated port already");
     }
     aport.members.push_back(member);
   }
-  for (const PortPlace& member : aport.members) {
-    inAPort_.insert(PortKey(member));
-    Need(member);
-  }
+  for (const PortPlace& member : aport.members) Mark(member, needed_);
   aports_.push_back(std::move(aport));
   return std::nullopt;
 }
 
-void FabricBuilder::Need(const PortPlace& port) {
-  if (needed_.size() < nodes_.size()) needed_.resize(nodes_.size());
-  needed_[port.node].set(port.num);
+bool FabricBuilder::Mark(const PortPlace& port, std::vector<PortSet>& sets) const {
+  if (sets.size() < nodes_.size()) sets.resize(nodes_.size());
+  PortSet& ports = sets[port.node];
+  if (ports.test(port.num)) return false;
+  ports.set(port.num);
+  return true;
 }
 
 FabricBuilder::PortSet FabricBuilder::UsedPorts(std::size_t node) const {

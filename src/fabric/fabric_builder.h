@@ -7,7 +7,6 @@
 #include <optional>
 #include <span>
 #include <string>
-#include <unordered_set>
 #include <vector>
 
 #include "fabric/guid_index.h"
@@ -135,7 +134,8 @@ class FabricBuilder {
 
   Problem Locate(const PortRef& port, PortPlace& place) const;
   PortRef Name(const PortPlace& port) const { return {nodes_[port.node].guid, port.num}; }
-  void Need(const PortPlace& port);
+  // Puts a port into one of the lists that are empty until there is one; false when it is there.
+  bool Mark(const PortPlace& port, std::vector<PortSet>& sets) const;
   PortSet UsedPorts(std::size_t node) const;
   void LayOutPorts(IBFabric& fabric) const;
   void ConnectLinks(IBFabric& fabric) const;
@@ -149,9 +149,9 @@ class FabricBuilder {
   std::vector<Link> links_;
   std::vector<PortAttributes> attributes_;
   std::vector<AggregatedPort> aports_;
-  // Keys are node index * 256 + port number.
-  std::unordered_set<std::uint64_t> withAttributes_;
-  std::unordered_set<std::uint64_t> inAPort_;
+  // By node, as `needed_`: ports that have attributes; that are in an aggregated port.
+  std::vector<PortSet> withAttributes_;
+  std::vector<PortSet> inAPort_;
 };
 
 }  // namespace fabscope

@@ -1,7 +1,7 @@
 #include "fabric/fabric_copy.h"
 
 #include <cassert>
-#include <unordered_map>
+#include <map>
 
 #include "fabric/fabric_walk.h"
 
@@ -68,7 +68,7 @@ void CopyFabric(const IBFabric& fabric, const std::function<bool(const IBPort&)>
                 FabricBuilder& builder) {
   builder.ReserveNodes(fabric.GetNodes().size());
   for (const IBNode& node : fabric.GetNodes()) Must(builder.AddNode(SpecOf(node)));
-  std::unordered_map<const APort*, std::vector<PortRef>> members;
+  std::map<const APort*, std::vector<PortRef>> members;
   for (const IBPort& port : fabric.GetPorts()) {
     const IBPort* far = port.remotePort;
     const bool isFirst = far != nullptr && IsFirstEnd(port);

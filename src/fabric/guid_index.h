@@ -3,12 +3,16 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <vector>
 
 namespace fabscope {
 
 // Nodes by GUID: a hash table in one array. Every cable is looked up here, on the largest fabrics
 // some hundred thousand times, which a table of linked entries makes the slowest part of loading.
+//
+// GUIDs can be made up to share their place. Of those that would stand too far from theirs, the
+// table takes none: they go into a map, so no GUIDs at all make a search long.
 class GuidIndex {
  public:
   static constexpr std::uint32_t None = ~std::uint32_t{0};
@@ -21,17 +25,16 @@ class GuidIndex {
   // False when the GUID, which is not 0, is there already.
   bool Insert(std::uint64_t guid, std::uint32_t index) {
     Reserve(count_ + 1);
-    Entry& entry = entries_[PlaceOf(guid)];
-    if (entry.guid == guid) return false;
-    entry = {guid, index};
-    ++count_;
-    return true;
+    const bool isNew = Place(guid, index);
+    count_ += isNew ? 1 : 0;
+    return isNew;
   }
 
   // The index that was given for the GUID, or None.
   std::uint32_t Find(std::uint64_t guid) const {
     if (count_ == 0 || guid == 0) return None;
-    return entries_[PlaceOf(guid)].index;
+    const std::size_t place = PlaceOf(guid);
+    return place != nowhere ? entries_[place].index : FindCrowdedOut(guid);
   }
 
  private:
@@ -40,28 +43,49 @@ class GuidIndex {
     std::uint32_t index = None;
   };
 
-  // Where the GUID stands or would stand. At least a quarter of the places is free, so there is
-  // one.
+  // Places that are tried for a GUID. On ordinary fabrics hardly one of them needs as many.
+  static constexpr std::size_t maxTries = 64;
+  static constexpr std::size_t nowhere = ~std::size_t{0};
+
+  // Where the GUID stands or would stand in the table.
   std::size_t PlaceOf(std::uint64_t guid) const {
     // GUIDs differ mostly in a few of their digits; all of them must count for the place.
     std::uint64_t mixed = (guid ^ guid >> 33U) * 0xff51afd7ed558ccdU;
     mixed = (mixed ^ mixed >> 33U) * 0xc4ceb9fe1a85ec53U;
     std::size_t place = (mixed ^ mixed >> 33U) & (entries_.size() - 1);
-    while (entries_[place].guid != guid && entries_[place].guid != 0) {
+    for (std::size_t tries = 0; tries < maxTries; ++tries) {
+      if (entries_[place].guid == guid || entries_[place].guid == 0) return place;
       place = (place + 1) & (entries_.size() - 1);
     }
-    return place;
+    return nowhere;
+  }
+
+  bool Place(std::uint64_t guid, std::uint32_t index) {
+    const std::size_t place = PlaceOf(guid);
+    if (place == nowhere) return crowdedOut_.emplace(guid, index).second;
+    if (entries_[place].guid == guid) return false;
+    entries_[place] = {guid, index};
+    return true;
+  }
+
+  std::uint32_t FindCrowdedOut(std::uint64_t guid) const {
+    const auto found = crowdedOut_.find(guid);
+    return found != crowdedOut_.end() ? found->second : None;
   }
 
   void Resize(std::size_t size) {
-    std::vector<Entry> old(size);
-    old.swap(entries_);
-    for (const Entry& entry : old) {
-      if (entry.guid != 0) entries_[PlaceOf(entry.guid)] = entry;
+    std::vector<Entry> entries(size);
+    entries.swap(entries_);
+    std::map<std::uint64_t, std::uint32_t> crowdedOut;
+    crowdedOut.swap(crowdedOut_);
+    for (const Entry& entry : entries) {
+      if (entry.guid != 0) Place(entry.guid, entry.index);
     }
+    for (const auto& [guid, index] : crowdedOut) Place(guid, index);
   }
 
-  std::vector<Entry> entries_;  // a power of two
+  std::vector<Entry> entries_;  // a power of two, at least a quarter of them free
+  std::map<std::uint64_t, std::uint32_t> crowdedOut_;
   std::size_t count_ = 0;
 };
 

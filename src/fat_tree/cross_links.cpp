@@ -8,16 +8,59 @@
 // The set's whose lower switches reach it more than twice as often; for the other set its cables to
 // that switch are the cross links. With 3 against 1 the switch is taken from the second set; with 2
 // against 1, or among equals, nobody can tell, and it stays in both.
+//
+// What becomes of one upper switch has no bearing on another, so the sets that hold it are looked
+// at switch by switch. That takes as long as the rank has cables, however many sets share them.
 
 #include <algorithm>
-#include <limits>
+#include <tuple>
 
 #include "fabric/guid.h"
+#include "fat_tree/first_greater.h"
 #include "fat_tree/status.h"
 #include "fat_tree/topology.h"
 #include "fat_tree/up_hop_histogram.h"
+#include "platform/progress.h"
 
 namespace fabscope {
+namespace {
+
+// Of those that hold one upper switch: a set by its number in key order, and how many of its lower
+// switches reach it.
+struct Holder {
+  std::uint32_t set = 0;
+  std::int32_t count = 0;
+};
+
+// In the order in which cross links are told: that of the sets that lose upper switches, then that
+// of the sets that take them.
+struct Loss {
+  std::uint32_t set = 0;
+  std::uint32_t taker = 0;
+  std::uint32_t index = 0;  // of the upper switch
+
+  friend bool operator<(const Loss& a, const Loss& b) {
+    return std::tie(a.set, a.taker, a.index) < std::tie(b.set, b.taker, b.index);
+  }
+};
+
+// Which sets lose one upper switch, and each to whom: the first that has it still and reaches it
+// more than twice as often. Sets have their turn in order; one that has lost it takes it from none.
+void FindLosses(std::uint32_t index, const std::vector<Holder>& holders,
+                std::vector<Loss>& losses) {
+  FirstGreater counts(holders.size());
+  for (std::size_t place = 0; place < holders.size(); ++place) {
+    counts.Set(place, holders[place].count);
+  }
+  for (std::size_t place = 0; place < holders.size(); ++place) {
+    const std::size_t taker = counts.Find(2 * std::int64_t{holders[place].count});
+    if (taker == FirstGreater::None) continue;
+    losses.push_back({holders[place].set, holders[taker].set, index});
+    counts.Set(place, 0);
+  }
+}
+
+}  // namespace
 
 void FTUpHopHistogram::AddIllegalLinkIssue(const FTLinkIssue& issue) {
   if (topology.IsReportedLinkIssue(issue.node1, issue.node2)) return;
@@ -54,46 +97,42 @@ int FTUpHopHistogram::AddIllegalLinkIssues(std::uint64_t index,
   return StatusBadData;
 }
 
-std::vector<std::int32_t> FTUpHopHistogram::GreatestCounts() const {
-  constexpr std::int32_t uncounted = std::numeric_limits<std::int32_t>::max();
-  std::vector<std::int32_t> greatest(MaxUpperSwitches);
-  for (const auto& [key, set] : upHopSets) {
-    set.upSet.ForEach(MaxUpperSwitches, [&, &counts = set.encounteredMap](std::size_t index) {
-      const std::int32_t* count = counts.Find(index);
-      greatest[index] = std::max(greatest[index], count == nullptr ? uncounted : *count);
-    });
-  }
-  return greatest;
-}
-
 int FTUpHopHistogram::CheckCrossLinks(FTUpHopSet& set) {
-  return CheckCrossLinks(set, GreatestCounts());
-}
-
-int FTUpHopHistogram::CheckCrossLinks(FTUpHopSet& set,
-                                      const std::vector<std::int32_t>& greatestCounts) {
-  // Of most sets no upper switch is reached much more often by another set, and of the others few.
-  UpHopBits suspects;
-  set.upSet.ForEach(bitSetSize, [&](std::size_t index) {
-    std::int32_t own = 0;
-    const bool isCounted = set.GetNodeEncountered(index, own) == StatusSuccess;
-    if (!isCounted || greatestCounts[index] > 2 * own) suspects.set(index);
-  });
-
   for (const auto& [key, other] : upHopSets) {
-    if (suspects.none()) return StatusSuccess;
     if (&other == &set) continue;
     int status = StatusSuccess;
-    suspects.ForEachCommon(other.upSet, [&, &reaching = other](std::size_t index) {
-      if (status == StatusSuccess) status = CheckCrossLink(set, reaching, index, suspects);
+    set.upSet.ForEachCommon(other.upSet, [&, &reaching = other](std::size_t index) {
+      if (index >= bitSetSize || status != StatusSuccess) return;
+      status = CheckCrossLink(set, reaching, index);
     });
     if (status != StatusSuccess) return status;
   }
   return StatusSuccess;
 }
 
-int FTUpHopHistogram::CheckCrossLink(FTUpHopSet& set, const FTUpHopSet& other, std::uint64_t index,
-                                     UpHopBits& suspects) {
+int FTUpHopHistogram::CheckAllCrossLinks() {
+  std::vector<FTUpHopSet*> sets;
+  std::vector<std::vector<Holder>> holders(bitSetSize);
+  for (auto& [key, set] : upHopSets) {
+    const auto number = static_cast<std::uint32_t>(sets.size());
+    for (const auto& [index, count] : set.encounteredMap) holders[index].push_back({number, count});
+    sets.push_back(&set);
+  }
+  std::vector<Loss> losses;
+  for (std::uint32_t index = 0; index < holders.size(); ++index) {
+    ReportProgress("looking for cross links", index, holders.size());
+    FindLosses(index, holders[index], losses);
+  }
+  std::sort(losses.begin(), losses.end());
+  for (const Loss& loss : losses) {
+    const int status = CheckCrossLink(*sets[loss.set], *sets[loss.taker], loss.index);
+    if (status != StatusSuccess) return status;
+  }
+  return StatusSuccess;
+}
+
+int FTUpHopHistogram::CheckCrossLink(FTUpHopSet& set, const FTUpHopSet& other,
+                                     std::uint64_t index) {
   const auto countFailed = [&](const void* token) {
     errStream << "Failed to get how many times a node with index: " << index
               << " was encountered. Up-Hop set ptr: " << token;
@@ -110,7 +149,6 @@ int FTUpHopHistogram::CheckCrossLink(FTUpHopSet& set, const FTUpHopSet& other, s
   }
   if (others <= 2 * own) return StatusSuccess;
 
-  suspects.reset(index);
   if (const int status = set.TakeOutUpNode(index); status != StatusSuccess) {
     errStream << "Failed to take out a node with index: " << index
               << ". Up-Hop set ptr: " << static_cast<const void*>(&set);

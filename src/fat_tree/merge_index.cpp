@@ -1,39 +1,50 @@
 #include "fat_tree/merge_index.h"
 
 #include <algorithm>
-#include <array>
 
 namespace fabscope {
 
 void MergeIndex::Add(std::size_t number, const UpHopBits& upSet, std::size_t most) {
-  Block& block = blocks_[number / wordBits];
-  const Word bit = Word{1} << number % wordBits;
-  block.members |= bit;
-  block.most = std::max(block.most, most);
-  upSet.ForEach(size_, [&](std::size_t index) { block.holders[index] |= bit; });
+  scores_[number] = static_cast<std::uint32_t>(most) + 1;
+  limits_.Set(number, scores_[number]);
+  upSet.ForEach(size_, [&](std::size_t index) {
+    holders_[index].push_back(static_cast<std::uint32_t>(number));
+  });
 }
 
-// The counts of 64 members stand upright: `digits[d]` holds the d-th binary digit of each. They
-// start at the complement of `most`, so that what exceeds it is carried out of the last digit.
-MergeIndex::Word MergeIndex::Block::MembersNear(const std::vector<std::uint16_t>& indices) const {
-  if (indices.size() <= most) return members;
-  const auto digitCount = static_cast<std::size_t>(std::bit_width(most));
-  std::array<Word, std::bit_width(MaxUpperSwitches)> digits{};
-  for (std::size_t d = 0; d < digitCount; ++d) {
-    digits[d] = (most >> d & 1U) == 0 ? ~Word{0} : Word{0};
-  }
-  Word near = members;
-  for (const std::uint16_t index : indices) {
-    Word carry = ~holders[index] & near;
-    for (std::size_t d = 0; d < digitCount && carry != 0; ++d) {
-      const Word next = digits[d] & carry;
-      digits[d] ^= carry;
-      carry = next;
+void MergeIndex::Remove(std::size_t number, const UpHopBits& upSet) {
+  limits_.Set(number, 0);
+  upSet.ForEach(size_, [&](std::size_t index) {
+    std::vector<std::uint32_t>& holders = holders_[index];
+    *std::find(holders.begin(), holders.end(), number) = holders.back();
+    holders.pop_back();
+  });
+}
+
+std::size_t MergeIndex::FindTarget(std::size_t number, const UpHopBits& upSet) {
+  asked_.clear();
+  upSet.ForEach(size_, [this](std::size_t index) { asked_.emplace_back(holders_[index]); });
+  const std::size_t asked = asked_.size();
+  std::uint32_t* scores = scores_.data();  // this is what takes the time
+  std::size_t first = FindTargetOfAny(number, asked);
+  for (const std::span<const std::uint32_t> holders : asked_) {
+    for (const std::uint32_t holder : holders) {
+      if (++scores[holder] > asked && holder < first && holder != number) first = holder;
     }
-    near &= ~carry;
-    if (near == 0) break;
   }
-  return near;
+  for (const std::span<const std::uint32_t> holders : asked_) {
+    for (const std::uint32_t holder : holders) --scores[holder];
+  }
+  return first;
+}
+
+// The first other set that may lack that many switches, whichever they are.
+std::size_t MergeIndex::FindTargetOfAny(std::size_t number, std::size_t asked) {
+  const std::int64_t own = limits_.Get(number);
+  limits_.Set(number, 0);
+  const std::size_t first = limits_.Find(static_cast<std::int64_t>(asked));
+  limits_.Set(number, own);
+  return first;
 }
 
 }  // namespace fabscope

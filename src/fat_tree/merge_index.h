@@ -1,63 +1,52 @@
 #pragma once
 
-#include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <vector>
 
+#include "fat_tree/first_greater.h"
 #include "fat_tree/up_hop_bits.h"
 
 namespace fabscope {
 
-// Finds, among many sets of upper switches, those that lack few switches of another set. The merge
-// rule asks for the first such set; with thousands of sets, nearly all too different, asking one
-// after another takes seconds. Here 64 sets are asked at a time: for each upper switch a word tells
-// which of them hold it, and what they lack is counted for all of them at once.
+// Finds, among many sets of upper switches, the first that may take another set in: one that lacks
+// few of its switches. The merge rule asks for that with thousands of sets, and asking one after
+// another takes seconds.
+//
+// A set that holds none of the asked switches lacks them all, so only how many it may lack counts;
+// of the others, each switch knows which sets hold it. These are few: an upper switch has at most
+// 255 ports.
 //
 // Sets are known by number, counted from 0.
 class MergeIndex {
  public:
+  static constexpr std::size_t None = FirstGreater::None;
+
   // For sets of which the indices below `size` are looked at.
   MergeIndex(std::size_t setCount, std::size_t size)
-      : size_(size), blocks_((setCount + wordBits - 1) / wordBits) {
-    for (Block& block : blocks_) block.holders.resize(size);
-  }
+      : size_(size), holders_(size), limits_(setCount), scores_(setCount) {}
 
-  // Adds switches to a set. From now on it is asked for sets of which it lacks at most `most`;
-  // never less than before.
+  // Adds switches that the set does not have. From now on it is asked for sets of which it lacks at
+  // most `most`.
   void Add(std::size_t number, const UpHopBits& upSet, std::size_t most);
-  void Remove(std::size_t number) {
-    blocks_[number / wordBits].members &= ~(Word{1} << number % wordBits);
-  }
+  // Takes the set out, which has these switches.
+  void Remove(std::size_t number, const UpHopBits& upSet);
 
-  // Calls visit(number) in ascending order for each set that lacks at most as many switches of
-  // `upSet` as it was added with, and perhaps for others; ends when visit answers true.
-  template <typename Visit>
-  void FindTargets(const UpHopBits& upSet, Visit visit) const {
-    std::vector<std::uint16_t> indices;
-    upSet.ForEach(size_, [&](std::size_t i) { indices.push_back(static_cast<std::uint16_t>(i)); });
-    for (std::size_t b = 0; b < blocks_.size(); ++b) {
-      for (Word near = blocks_[b].MembersNear(indices); near != 0; near &= near - 1) {
-        if (visit(b * wordBits + static_cast<std::size_t>(std::countr_zero(near)))) return;
-      }
-    }
-  }
+  // The first set but `number` itself that lacks at most as many switches of `upSet` as it was
+  // added with; or None.
+  std::size_t FindTarget(std::size_t number, const UpHopBits& upSet);
 
  private:
-  using Word = std::uint64_t;
-  static constexpr std::size_t wordBits = 64;
-
-  struct Block {
-    Word members = 0;
-    std::size_t most = 0;       // the greatest of the members'
-    std::vector<Word> holders;  // by index of the upper switch
-
-    // The members that lack at most `most` of these upper switches.
-    Word MembersNear(const std::vector<std::uint16_t>& indices) const;
-  };
+  std::size_t FindTargetOfAny(std::size_t number, std::size_t asked);
 
   std::size_t size_;
-  std::vector<Block> blocks_;
+  std::vector<std::vector<std::uint32_t>> holders_;  // sets by index of the upper switch, unordered
+  FirstGreater limits_;                              // by set: one more than it may lack, 0 none
+  // The same, and while a target is searched one more for each asked switch that the set has. One
+  // that reaches more than the switches asked for lacks few enough.
+  std::vector<std::uint32_t> scores_;
+  std::vector<std::span<const std::uint32_t>> asked_;  // likewise: these switches' holders
 };
 
 }  // namespace fabscope

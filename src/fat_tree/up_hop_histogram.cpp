@@ -13,8 +13,8 @@
 // lacks do not count, since a missing cable must not found a pod of its own.
 //
 // The pass visits each set once, in key order; a set that took in others is visited in its turn and
-// may carry them on. So it ends after at most n * n comparisons of n sets; an index of the sets
-// leaves out nearly all of these that come to nothing.
+// may carry them on. An index finds the set that takes each in, so that the pass grows with the
+// cables of the rank and not with the square of its sets.
 
 #include "fat_tree/up_hop_histogram.h"
 
@@ -225,16 +225,17 @@ int FTUpHopHistogram::MergeSets() {
   for (std::size_t number = 0; number < sets.size(); ++number) {
     ReportProgress("grouping switches", number, sets.size());
     FTUpHopSet& set = *sets[number];
-    int status = StatusSuccess;
+    const std::size_t found = index.FindTarget(number, set.upSet);
     bool merged = false;
-    index.FindTargets(set.upSet, [&](std::size_t target) {
-      if (target == number) return false;
-      status = TryMergeTwoSets(set, *sets[target], merged);
-      if (merged) index.Add(target, sets[target]->upSet, MostOutside(*sets[target]));
-      return merged || status != StatusSuccess;
-    });
-    if (status != StatusSuccess) return status;
-    if (merged) index.Remove(number);
+    if (found != MergeIndex::None) {
+      FTUpHopSet& target = *sets[found];
+      const UpHopBits added = target.Delta(set, bitSetSize);
+      if (const int status = TryMergeTwoSets(set, target, merged); status != StatusSuccess) {
+        return status;
+      }
+      index.Remove(number, set.upSet);
+      index.Add(found, added, MostOutside(target));
+    }
     visited = merged ? upHopSets.erase(visited) : std::next(visited);
   }
   return StatusSuccess;
@@ -242,14 +243,7 @@ int FTUpHopHistogram::MergeSets() {
 
 int FTUpHopHistogram::CreateNeighborhoods(std::vector<FabricErrGeneral*>& errors) {
   if (const int status = MergeSets(); status != StatusSuccess) return status;
-  const std::vector<std::int32_t> greatestCounts = GreatestCounts();
-  std::size_t done = 0;
-  for (auto& [key, set] : upHopSets) {
-    ReportProgress("looking for cross links", done++, upHopSets.size());
-    if (const int status = CheckCrossLinks(set, greatestCounts); status != StatusSuccess) {
-      return status;
-    }
-  }
+  if (const int status = CheckAllCrossLinks(); status != StatusSuccess) return status;
   return SetsToNeighborhoods(errors);
 }
 

@@ -70,12 +70,8 @@ class FTUpHopHistogram {
   void AddIllegalLinkIssue(const FTLinkIssue& issue);
   void CheckRootSwitchConnections(const IBNode& root);
   int AddIllegalLinkIssues(std::uint64_t index, const std::list<const IBNode*>& downNodes);
+  // Of one set; the pass over all sets finds what it loses through an index.
   int CheckCrossLinks(FTUpHopSet& set);
-  // The same with a bound for each upper switch: no set but those that hold it without counting it
-  // reaches it from more lower switches.
-  int CheckCrossLinks(FTUpHopSet& set, const std::vector<std::int32_t>& greatestCounts);
-  // Such bounds. They hold as long as sets only lose upper switches.
-  std::vector<std::int32_t> GreatestCounts() const;
 
   // Groups (neighborhood.cpp).
   int SetsToNeighborhoods(std::vector<FabricErrGeneral*>& errors);
@@ -92,9 +88,10 @@ class FTUpHopHistogram {
   friend struct TestPeer;
 
   int AddLowerSwitch(const IBNode& node, std::vector<bool>& checkedRoots);
-  // Takes an upper switch that both sets hold out of `set` and `suspects` where it is the other's.
-  int CheckCrossLink(FTUpHopSet& set, const FTUpHopSet& other, std::uint64_t index,
-                     UpHopBits& suspects);
+  // Takes an upper switch that both sets hold out of `set` where it is the other's.
+  int CheckCrossLink(FTUpHopSet& set, const FTUpHopSet& other, std::uint64_t index);
+  // As CheckCrossLinks for each set in key order. Every upper switch of a set is counted.
+  int CheckAllCrossLinks();
   int MergeSets();
   // How many upper switches a set may have that the target has not, to merge into it.
   std::size_t MostOutside(const FTUpHopSet& target) const;

@@ -1,15 +1,15 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <string>
-#include <unordered_map>
 
 #include "formats/diagnostics.h"
 
 namespace fabscope {
 
 // Names that an administrator gave to nodes, by node GUID.
-using NodeNameMap = std::unordered_map<std::uint64_t, std::string>;
+using NodeNameMap = std::map<std::uint64_t, std::string>;
 
 // Reads a node-name map in the form of the standard InfiniBand diagnostics: lines 0xGUID "name",
 // with "#" comments and blank lines. As there, the first of two lines about one GUID holds. GUIDs

@@ -11,7 +11,7 @@
 #include <bit>
 #include <bitset>
 #include <deque>
-#include <unordered_set>
+#include <set>
 #include <utility>
 #include <vector>
 
@@ -161,7 +161,7 @@ class DumpLoader {
   std::bitset<256> portsSeen_;               // of the current node
   std::deque<DumpNode> nodes_;               // in file order
   std::vector<CableEnd> ends_;               // in file order
-  std::unordered_set<std::uint64_t> leftOut_;
+  std::set<std::uint64_t> leftOut_;
   std::vector<std::uint32_t> modelOrder_;  // by index in nodes_: the place in the model
   std::vector<EndRange> endsOf_;           // by place in the model
 };

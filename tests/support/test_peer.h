@@ -40,6 +40,7 @@ struct TestPeer {
   static auto& ConnectedPairs(FTUpHopHistogram& h) { return h.connectedPairs; }
   static auto& IndexToNode(FTUpHopHistogram& h) { return h.indexToNode; }
   static int MergeSets(FTUpHopHistogram& h) { return h.MergeSets(); }
+  static int CheckAllCrossLinks(FTUpHopHistogram& h) { return h.CheckAllCrossLinks(); }
 
   static auto& Spines(FTNeighborhood& n) { return n.spines; }
   static auto& Lines(FTNeighborhood& n) { return n.lines; }

@@ -157,6 +157,32 @@ TEST_F(FabricBuilderTest, NodesAreFoundAmongManyOfAnyGuid) {
   EXPECT_EQ(builder.FindNode(3000), GuidIndex::None);
 }
 
+// The value that the mixing of GUIDs takes to the given one.
+std::uint64_t Unmixed(std::uint64_t mixed) {
+  mixed ^= mixed >> 33U;
+  for (const std::uint64_t factor : {0x9cb4b2f8129337dbU, 0x4f74430c22a54005U}) {
+    mixed *= factor;
+    mixed ^= mixed >> 33U;
+  }
+  return mixed;
+}
+
+TEST_F(FabricBuilderTest, NodesAreFoundAmongManyThatShareTheirPlace) {
+  std::vector<std::uint64_t> guids;
+  for (std::uint64_t i = 1; i < 1000; ++i) guids.push_back(Unmixed(i << 32U));
+  for (const std::uint64_t guid : guids) {
+    EXPECT_EQ(builder.FindNode(guid), GuidIndex::None);
+    ASSERT_EQ(Text(builder.AddNode(Switch(guid))), "");
+  }
+  for (std::size_t i = 0; i < guids.size(); ++i) ASSERT_EQ(builder.FindNode(guids[i]), i + 3);
+  EXPECT_EQ(Text(builder.AddNode(Switch(guids.front()))),
+            "node GUID " + GuidText(guids.front()) + " is given twice");
+  EXPECT_EQ(Text(builder.AddNode(Switch(guids.back()))),
+            "node GUID " + GuidText(guids.back()) + " is given twice");
+  EXPECT_EQ(builder.FindNode(Unmixed(std::uint64_t{1000} << 32U)), GuidIndex::None);
+  EXPECT_EQ(builder.FindNode(3), 2U);
+}
+
 TEST_F(FabricBuilderTest, PortsAreNumberedFromOneToThePortCount) {
   EXPECT_TRUE(builder.HasPort({0, 1}));
   EXPECT_TRUE(builder.HasPort({0, 4}));

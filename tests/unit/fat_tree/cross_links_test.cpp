@@ -39,6 +39,10 @@ class CrossLinksTest : public UpHopTest {
   void CheckAllSets(FTUpHopHistogram& histogram) {
     ASSERT_EQ(histogram.Init(), 0);
     ASSERT_EQ(TestPeer::MergeSets(histogram), 0);
+    ASSERT_EQ(TestPeer::CheckAllCrossLinks(histogram), 0);
+  }
+  // The same as its rule reads.
+  static void CheckOneByOne(FTUpHopHistogram& histogram) {
     for (auto& [key, set] : TestPeer::UpHopSets(histogram)) {
       ASSERT_EQ(histogram.CheckCrossLinks(set), 0);
     }
@@ -387,6 +391,47 @@ TEST_F(CrossLinksTest, SetThatSharesNothingIsPassedOver) {
   CheckAllSets(histogram);
   ASSERT_EQ(TestPeer::UpHopSets(histogram).size(), 3U);
   EXPECT_THAT(Issues(histogram), ElementsAre("root4 port 1 rank 0 - leaf0 port 1 rank 1"));
+}
+
+// Sets that share upper switches in all manners, as merging never leaves them.
+TEST_F(CrossLinksTest, PassOverManySetsIsAsIfEachWereComparedWithAllOthersInTurn) {
+  constexpr std::size_t roots = 12;
+  std::mt19937 random(20240615);
+  std::size_t issues = 0;
+  for (int round = 0; round < 60; ++round) {
+    SCOPED_TRACE(round);
+    TestFabric tangle;
+    for (std::size_t r = 0; r < roots; ++r) tangle.Switch(Numbered("root", r), 255);
+    NodeSet rootSet;
+    std::vector<std::size_t> ups;
+    for (std::size_t leaf = 0; leaf < 60; ++leaf) {
+      tangle.Switch(Numbered("leaf", leaf), 64);
+      // Mostly cabled as the leaf before, so that sets have many leaves, and others few.
+      if (random() % 4 == 0) {
+        ups.clear();
+        for (std::size_t cable = random() % 6; cable > 0; --cable) ups.push_back(random() % roots);
+      }
+      for (const std::size_t r : ups) tangle.Cable(Numbered("leaf", leaf), Numbered("root", r));
+      if (ups.empty()) tangle.Cable(Numbered("leaf", leaf), "root0");
+    }
+    for (std::size_t r = 0; r < roots; ++r) rootSet.insert(tangle[Numbered("root", r)]);
+    FTTopology topology(&tangle.Build(), &out, 70);
+    ASSERT_EQ(topology.FillRanksFromRoots(rootSet), 0);
+    FTUpHopHistogram atOnce(topology, 0);
+    FTUpHopHistogram oneByOne(topology, 0);
+    for (FTUpHopHistogram* histogram : {&atOnce, &oneByOne}) {
+      ASSERT_EQ(histogram->Init(), 0);
+      for (auto& [key, set] : TestPeer::UpHopSets(*histogram)) set.InitEncounteredMap(roots);
+    }
+    ASSERT_EQ(TestPeer::CheckAllCrossLinks(atOnce), 0);
+    CheckOneByOne(oneByOne);
+    EXPECT_EQ(Issues(atOnce), Issues(oneByOne));
+    for (const auto& [key, set] : TestPeer::UpHopSets(atOnce)) {
+      EXPECT_EQ(set.upSet, TestPeer::UpHopSets(oneByOne)[key].upSet);
+    }
+    issues += Issues(atOnce).size();
+  }
+  EXPECT_GT(issues, 300U);  // or the sets are no test
 }
 
 TEST_F(CrossLinksTest, CrossLinkOnALowerRankCarriesThatRank) {

@@ -29,17 +29,21 @@ TEST_F(ProgressTest, SearchForRootsTellsEachTryOfThoseAllowed) {
   EXPECT_THAT(told, ElementsAre("finding roots 0/5", "finding roots 1/5"));
 }
 
-TEST_F(ProgressTest, ValidationTellsSetsAsTheyAreMergedAndLookedAtAndThenTheGroups) {
+TEST_F(ProgressTest, ValidationTellsSetsAsTheyAreMergedThenUpperSwitchesAndThenTheGroups) {
   AddThreeLevelTree(fabric, 2, 2, 3, 2, 2);
   RankFrom({"root0", "root1", "root2", "root3", "root4", "root5"});
   ASSERT_EQ(Topology().Validate(errors, message), 0) << message;
   EXPECT_THAT(
-      told, ElementsAre("grouping switches 0/3", "grouping switches 1/3", "grouping switches 2/3",
-                        "looking for cross links 0/3", "looking for cross links 1/3",
-                        "looking for cross links 2/3", "grouping switches 0/2",
-                        "grouping switches 1/2", "looking for cross links 0/2",
-                        "looking for cross links 1/2", "checking groups 0/3", "checking groups 1/3",
-                        "checking groups 2/3", "checking groups 0/2", "checking groups 1/2"));
+      told,
+      ElementsAre("grouping switches 0/3", "grouping switches 1/3", "grouping switches 2/3",
+                  "looking for cross links 0/6", "looking for cross links 1/6",
+                  "looking for cross links 2/6", "looking for cross links 3/6",
+                  "looking for cross links 4/6", "looking for cross links 5/6",
+                  "grouping switches 0/2", "grouping switches 1/2", "looking for cross links 0/6",
+                  "looking for cross links 1/6", "looking for cross links 2/6",
+                  "looking for cross links 3/6", "looking for cross links 4/6",
+                  "looking for cross links 5/6", "checking groups 0/3", "checking groups 1/3",
+                  "checking groups 2/3", "checking groups 0/2", "checking groups 1/2"));
 }
 
 }  // namespace
