@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <sstream>
-#include <utility>
 
 #include "formats/utf8.h"
 
@@ -42,17 +41,28 @@ std::string CleanText(std::string_view text) {
 }
 
 std::string TextForPeople(std::string_view text) {
-  std::ostringstream shown;
-  WriteForPeople(text, shown);
-  return std::move(shown).str();
+  std::string shown;
+  for (std::size_t at = 0; (at = FindBidirectionalControl(text)) != std::string_view::npos;) {
+    shown += text.substr(0, at);
+    shown += '?';
+    text.remove_prefix(at + BidirectionalControlBytes);
+  }
+  return shown += text;
 }
 
 void WriteForPeople(std::string_view text, std::ostream& stream) {
-  for (std::size_t at = 0; (at = FindBidirectionalControl(text)) != std::string_view::npos;) {
-    stream << text.substr(0, at) << '?';
-    text.remove_prefix(at + BidirectionalControlBytes);
+  if (FindBidirectionalControl(text) == std::string_view::npos) {
+    stream << text;
+  } else {
+    stream << TextForPeople(text);
   }
-  stream << text;
+}
+
+void WriteForPeople(std::ostream& stream, const std::function<void(std::ostream&)>& write) {
+  std::ostringstream text;
+  text.exceptions(std::ios::badbit);  // or a lack of memory would leave half of it
+  write(text);
+  WriteForPeople(text.view(), stream);
 }
 
 bool CutText(std::string& text) {

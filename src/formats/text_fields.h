@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <ostream>
 #include <string>
@@ -18,6 +19,8 @@ std::string CleanText(std::string_view text);
 // like another.
 std::string TextForPeople(std::string_view text);
 void WriteForPeople(std::string_view text, std::ostream& stream);
+// The same of all that `write` writes.
+void WriteForPeople(std::ostream& stream, const std::function<void(std::ostream&)>& write);
 
 // Cuts a text of the fabric that is longer than this, at a whole character, and tells whether it
 // was. Descriptions have 64 bytes in this field; of a longer one every report would have copies.

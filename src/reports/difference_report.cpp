@@ -1,7 +1,6 @@
 #include "reports/difference_report.h"
 
 #include <algorithm>
-#include <sstream>
 #include <string>
 
 #include "fabric/guid.h"
@@ -142,9 +141,7 @@ void Report::WritePlan() {
 
 void WriteDifferenceReport(const Difference& difference, const TextStyle& style,
                            std::ostream& stream) {
-  std::ostringstream text;
-  Report(difference, style, text).Write();
-  WriteForPeople(text.view(), stream);
+  WriteForPeople(stream, [&](std::ostream& text) { Report(difference, style, text).Write(); });
 }
 
 }  // namespace fabscope

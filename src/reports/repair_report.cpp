@@ -1,7 +1,6 @@
 #include "reports/repair_report.h"
 
 #include <algorithm>
-#include <sstream>
 
 #include "compare/repair_document.h"
 #include "fabric/fabric_walk.h"
@@ -111,12 +110,29 @@ std::string EndText(const EndNow& now, const SwitchNames& names) {
   return name + " now leads to " + names.Of(*now.far->node, now.far->num);
 }
 
+void WriteProgress(const std::vector<StepProgress>& steps, const RepairResult& now,
+                   const std::vector<const RepairStep*>& others, std::ostream& text) {
+  const SwitchNames names(*now.fabric);
+  for (const StepProgress& step : steps) text << ProgressText(step, names) << '\n';
+  for (const RepairStep* step : others) {
+    text << "new: [" << NameOf(step->trust) << "] "
+         << StepText(step->cables, now.proven.plan.ranks, names) << '\n';
+  }
+  const auto done = std::count_if(steps.begin(), steps.end(), [](const StepProgress& step) {
+    return step.state == StepState::Done;
+  });
+  text << done << " of " << steps.size() << " repairs done, " << others.size() << " new";
+  const RepairPlan& plan = now.proven.plan;
+  if (plan.status == RepairStatus::Abstained) {
+    text << "; beyond that none proposed: " << plan.message;
+  }
+  text << '\n';
+}
+
 }  // namespace
 
 void WriteRepairReport(const RepairResult& result, std::ostream& stream) {
-  std::ostringstream text;
-  Report(result, text).Write();
-  WriteForPeople(text.view(), stream);
+  WriteForPeople(stream, [&](std::ostream& text) { Report(result, text).Write(); });
 }
 
 void WriteRepairCsv(const RepairResult& result, std::ostream& stream) {
@@ -147,23 +163,7 @@ std::string ProgressText(const StepProgress& progress, const SwitchNames& names)
 
 void WriteProgressReport(const std::vector<StepProgress>& steps, const RepairResult& now,
                          const std::vector<const RepairStep*>& others, std::ostream& stream) {
-  const SwitchNames names(*now.fabric);
-  std::ostringstream text;
-  for (const StepProgress& step : steps) text << ProgressText(step, names) << '\n';
-  for (const RepairStep* step : others) {
-    text << "new: [" << NameOf(step->trust) << "] "
-         << StepText(step->cables, now.proven.plan.ranks, names) << '\n';
-  }
-  const auto done = std::count_if(steps.begin(), steps.end(), [](const StepProgress& step) {
-    return step.state == StepState::Done;
-  });
-  text << done << " of " << steps.size() << " repairs done, " << others.size() << " new";
-  const RepairPlan& plan = now.proven.plan;
-  if (plan.status == RepairStatus::Abstained) {
-    text << "; beyond that none proposed: " << plan.message;
-  }
-  text << '\n';
-  WriteForPeople(text.view(), stream);
+  WriteForPeople(stream, [&](std::ostream& text) { WriteProgress(steps, now, others, text); });
 }
 
 }  // namespace fabscope
