@@ -163,8 +163,7 @@ class Sizes {
   // "\(" is a character; a place between two, and a group that was matched before, may take none.
   void TakeEscape() {
     if (rest_.empty()) return;
-    constexpr std::string_view mayBeEmpty = "bB<>`'123456789";
-    const bool isEmpty = mayBeEmpty.find(rest_.front()) != std::string_view::npos;
+    const bool isEmpty = rest_.substr(0, 1).find_first_of("bB<>`'123456789") == 0;
     rest_.remove_prefix(1);
     open_.back().Add(isEmpty ? Place() : Character());
   }
