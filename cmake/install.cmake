@@ -1,5 +1,4 @@
-# The library for others, as a CMake package and for pkg-config, and the Debian packages: `cpack -G
-# DEB` makes fabscope (the command) and libfabscope-dev (the library).
+# The library for others, as a CMake package and for pkg-config, and what the command brings.
 include(CMakePackageConfigHelpers)
 
 set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/fabscope)
@@ -19,43 +18,23 @@ install(
 install(FILES ${PROJECT_BINARY_DIR}/fabscope.pc
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT library)
 
-install(FILES ${PROJECT_SOURCE_DIR}/LICENSE RENAME copyright COMPONENT command
-  DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/fabscope)
-install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md COMPONENT command
+install(FILES ${PROJECT_SOURCE_DIR}/README.md COMPONENT command
   DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/fabscope)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs ${PROJECT_SOURCE_DIR}/examples COMPONENT command
   DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/fabscope)
-install(FILES ${PROJECT_SOURCE_DIR}/LICENSE RENAME copyright COMPONENT library
-  DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libfabscope-dev)
 
 # The nightly check. Its units name the prefix, which is known at last when files are installed.
 set(packaging ${PROJECT_SOURCE_DIR}/packaging)
-install(PROGRAMS ${packaging}/nightly COMPONENT command DESTINATION libexec/fabscope)
+install(PROGRAMS ${packaging}/nightly ${packaging}/publish-numbers COMPONENT command
+  DESTINATION libexec/fabscope)
 install(FILES ${packaging}/fabscope-nightly.timer COMPONENT command
   DESTINATION lib/systemd/system)
 install(CODE "
-  configure_file(\"${packaging}/fabscope-nightly.service.in\"
-    \"${PROJECT_BINARY_DIR}/fabscope-nightly.service\" @ONLY)
-  file(INSTALL \"${PROJECT_BINARY_DIR}/fabscope-nightly.service\"
-    DESTINATION \"\${CMAKE_INSTALL_PREFIX}/lib/systemd/system\")"
+  foreach(unit IN ITEMS dump nightly numbers)
+    set(file \"${PROJECT_BINARY_DIR}/fabscope-\${unit}.service\")
+    configure_file(\"${packaging}/fabscope-\${unit}.service.in\" \"\${file}\" @ONLY)
+    file(INSTALL \"\${file}\" DESTINATION \"\${CMAKE_INSTALL_PREFIX}/lib/systemd/system\")
+  endforeach()"
   COMPONENT command)
 
-set(CPACK_GENERATOR DEB)
-set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
-set(CPACK_STRIP_FILES ON)
-set(CPACK_PACKAGE_CONTACT "The fabscope developers <fabscope@localhost>")
-set(CPACK_DEB_COMPONENT_INSTALL ON)
-set(CPACK_COMPONENTS_ALL command library)
-set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-set(CPACK_DEBIAN_COMMAND_PACKAGE_NAME fabscope)
-set(CPACK_DEBIAN_COMMAND_PACKAGE_SECTION net)
-set(CPACK_DEBIAN_COMMAND_PACKAGE_SHLIBDEPS ON)
-set(CPACK_COMPONENT_COMMAND_DESCRIPTION "Finds the wrong cables of an InfiniBand fat tree
- From the dump that ibnetdiscover prints it finds the tree, and names the switches and ports at fault.")
-set(CPACK_DEBIAN_COMMAND_PACKAGE_RECOMMENDS infiniband-diags)
-set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME libfabscope-dev)
-set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libdevel)
-set(CPACK_DEBIAN_LIBRARY_PACKAGE_DEPENDS "zlib1g-dev, libsimdjson-dev, libfmt-dev")
-set(CPACK_COMPONENT_LIBRARY_DESCRIPTION "Finds the wrong cables of an InfiniBand fat tree: library
- Loads fabrics, recognises their fat tree and checks its cabling.")
-include(CPack)
+include(${CMAKE_CURRENT_LIST_DIR}/debian.cmake)

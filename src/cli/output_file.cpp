@@ -76,7 +76,7 @@ int WriteBeside(const std::string& target, const struct stat* old, const WriteTo
   TemporaryFile file(target);
   int error = file.GetError();
   if (error == 0) error = WriteDescriptor(file.GetDescriptor(), write);
-  if (error == 0) error = old != nullptr ? file.AllowAs(*old) : file.AllowAsNew();
+  if (error == 0) error = old != nullptr ? file.AllowAs(*old, target) : file.AllowAsNew();
   if (error == 0) error = file.Replace(target);
   return error;
 }
@@ -95,9 +95,12 @@ std::string LinkTarget(const std::string& path) {
   return target;
 }
 
+// For writing: what stands for a closed stream cannot be written.
 bool IsOpenAs(const struct stat& file, int fd) {
   struct stat open {};
-  return fstat(fd, &open) == 0 && open.st_dev == file.st_dev && open.st_ino == file.st_ino;
+  const int flags = fcntl(fd, F_GETFL);
+  return flags >= 0 && (flags & O_ACCMODE) != O_RDONLY && fstat(fd, &open) == 0 &&
+         open.st_dev == file.st_dev && open.st_ino == file.st_ino;
 }
 
 std::optional<std::string> Failure(const std::string& file, int error) {

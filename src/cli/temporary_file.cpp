@@ -1,5 +1,6 @@
 #include "cli/temporary_file.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cerrno>
@@ -7,6 +8,8 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
+#include <optional>
+#include <sys/xattr.h>
 #include <unistd.h>
 #include <utility>
 
@@ -64,6 +67,23 @@ class SignalsWait {
   sigset_t before_{};
 };
 
+constexpr const char* accessList = "system.posix_acl_access";
+
+// Whether the file system and the file have none.
+bool IsWithoutList(int error) { return error == ENODATA || error == EOPNOTSUPP; }
+
+// As the kernel has it; empty: it has none; nothing: it cannot be told.
+std::optional<std::string> AccessListOf(const std::string& file) {
+  std::string list(std::size_t{1} << 16U, '\0');  // as large as the kernel lets one be
+  const ssize_t size = getxattr(file.c_str(), accessList, list.data(), list.size());
+  if (size < 0 && !IsWithoutList(errno)) return std::nullopt;
+  list.resize(static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
+  return list;
+}
+
+// A new file gets one from its folder. False: it is still there.
+bool RemoveAccessList(int fd) { return fremovexattr(fd, accessList) == 0 || IsWithoutList(errno); }
+
 // What is granted to others than the owner's group, for the group as well.
 mode_t WithoutGroup(mode_t mode) { return (mode & 0707U) | (mode & 0007U) << 3U; }
 
@@ -104,11 +124,22 @@ int TemporaryFile::AllowAsNew() const {
 }
 
 // Root keeps the owner, others at least the group if they are in it. A report is never run, so
-// marks to run it as its owner are dropped.
-int TemporaryFile::AllowAs(const struct stat& old) const {
+// marks to run it as its owner are dropped. An access control list may also keep people out, so a
+// file that cannot have that of the old one is for its owner alone.
+int TemporaryFile::AllowAs(const struct stat& old, const std::string& target) const {
   mode_t mode = old.st_mode & 0777U;
   const bool isOwned = fchown(fd_, old.st_uid, old.st_gid) == 0;
-  if (!isOwned && fchown(fd_, static_cast<uid_t>(-1), old.st_gid) != 0) mode = WithoutGroup(mode);
+  const bool isOfGroup = isOwned || fchown(fd_, static_cast<uid_t>(-1), old.st_gid) == 0;
+  const std::optional<std::string> list = AccessListOf(target);
+  if (list && !list->empty() && isOfGroup) {
+    // It holds the permissions as well.
+    if (fsetxattr(fd_, accessList, list->data(), list->size(), 0) == 0) return 0;
+  }
+  if (!list || !list->empty() || !RemoveAccessList(fd_)) {
+    mode &= 0700U;
+  } else if (!isOfGroup) {
+    mode = WithoutGroup(mode);
+  }
   return fchmod(fd_, mode) == 0 ? 0 : errno;
 }
 

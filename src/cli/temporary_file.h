@@ -24,8 +24,8 @@ class TemporaryFile {
   //
   // As the mask of the process wants a new file.
   int AllowAsNew() const;
-  // As the file that it will replace: no more than that allowed, to no one else.
-  int AllowAs(const struct stat& old) const;
+  // As the target, the file that it will replace: no more than that allowed, to no one else.
+  int AllowAs(const struct stat& old, const std::string& target) const;
   // Gives it the target's name. What was written is on the disk by then: a machine that fails
   // leaves the old file or the new one.
   int Replace(const std::string& target);

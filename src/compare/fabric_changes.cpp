@@ -8,7 +8,9 @@
 #include "compare/fabric_changes.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <map>
+#include <tuple>
 
 #include "fabric/fabric_walk.h"
 
@@ -37,6 +39,19 @@ const IBPort* PortOf(const IBNode* counterpart, const IBPort& port) {
 
 bool IsHosts(const IBPort& port) { return port.node->nodeType != NodeTypeSwitch; }
 
+// A port that has another cable than before.
+struct Kept {
+  const IBPort* was;
+  const IBPort* now;
+  std::size_t cable;  // that it had, in the list of those that went
+
+  auto Order() const {
+    const std::uint64_t places = std::uint64_t{was->node->index} + now->node->index;
+    return std::tuple(!IsHosts(*was), places, std::minmax({was->node->guid, now->node->guid}),
+                      was->num);
+  }
+};
+
 class Comparison {
  public:
   Comparison(const IBFabric& was, const IBFabric& is, const Counterparts& nodes)
@@ -45,8 +60,9 @@ class Comparison {
   FabricChanges Run() {
     CompareNodes();
     CompareCables();
-    FindMoves([](const IBPort& kept) { return IsHosts(kept); });
-    FindMoves([](const IBPort&) { return true; });
+    FindMoves();
+    TellMoves([](const IBPort& kept) { return IsHosts(kept); });
+    TellMoves([](const IBPort& kept) { return !IsHosts(kept); });
     TellTheRest();
     return std::move(changes_);
   }
@@ -54,9 +70,9 @@ class Comparison {
  private:
   void CompareNodes();
   void CompareCables();
-  template <typename IsKept>
-  void FindMoves(IsKept isKept);
-  bool FindMove(const IBPort& kept, const IBPort& was);
+  void FindMoves();
+  template <typename IsTold>
+  void TellMoves(IsTold isTold);
   void TellTheRest();
 
   const IBPort* NowOf(const IBPort& port) const { return PortOf(nodes_.Now(*port.node), port); }
@@ -68,6 +84,8 @@ class Comparison {
   FabricChanges changes_;
   std::vector<Cable> went_;
   std::vector<Cable> came_;
+  // Of each cable that went; without a port that was kept it is none.
+  std::vector<MovedCable> moves_;
   // The far ends of the cables that came, by either end; without those that are part of a move.
   std::map<const IBPort*, const IBPort*> cameFrom_;
 };
@@ -108,30 +126,42 @@ void Comparison::CompareCables() {
   }
 }
 
-template <typename IsKept>
-void Comparison::FindMoves(IsKept isKept) {
-  const auto isMove = [&](const Cable& cable) {
-    return (isKept(*cable.end1) && FindMove(*cable.end1, *cable.end2)) ||
-           (isKept(*cable.end2) && FindMove(*cable.end2, *cable.end1));
-  };
-  went_.erase(std::remove_if(went_.begin(), went_.end(), isMove), went_.end());
+// Ports that have lost a cable and got another, from which a cable is known that stayed. Two of
+// them may want the same cable, so their order decides. It is the same with the fabrics exchanged:
+// by where both fabrics have the node together, which is its place where they agree.
+void Comparison::FindMoves() {
+  std::vector<Kept> candidates;
+  for (std::size_t cable = 0; cable < went_.size(); ++cable) {
+    for (const IBPort* was : {went_[cable].end1, went_[cable].end2}) {
+      const IBPort* now = NowOf(*was);
+      if (now != nullptr && cameFrom_.contains(now)) candidates.push_back({was, now, cable});
+    }
+  }
+  std::sort(candidates.begin(), candidates.end(),
+            [](const Kept& a, const Kept& b) { return a.Order() < b.Order(); });
+  moves_.assign(went_.size(), {});
+  for (const Kept& kept : candidates) {
+    const auto found = cameFrom_.find(kept.now);
+    if (moves_[kept.cable].kept != nullptr || found == cameFrom_.end()) continue;
+    const IBPort* is = found->second;
+    moves_[kept.cable] = {kept.now, kept.was->remotePort, is};
+    cameFrom_.erase(found);
+    cameFrom_.erase(is);
+  }
 }
 
-// Whether another cable came to the end that is kept.
-bool Comparison::FindMove(const IBPort& kept, const IBPort& was) {
-  const IBPort* now = NowOf(kept);
-  const auto found = now != nullptr ? cameFrom_.find(now) : cameFrom_.end();
-  if (found == cameFrom_.end()) return false;
-  const IBPort* is = found->second;
-  changes_.moved.push_back({now, &was, is});
-  cameFrom_.erase(found);
-  cameFrom_.erase(is);
-  return true;
+template <typename IsTold>
+void Comparison::TellMoves(IsTold isTold) {
+  for (const MovedCable& move : moves_) {
+    if (move.kept != nullptr && isTold(*move.kept)) changes_.moved.push_back(move);
+  }
 }
 
 void Comparison::TellTheRest() {
-  for (const Cable& cable : went_) {
-    if (nodes_.Now(*cable.end1->node) != nullptr && nodes_.Now(*cable.end2->node) != nullptr) {
+  for (std::size_t i = 0; i < went_.size(); ++i) {
+    const Cable& cable = went_[i];
+    if (moves_[i].kept == nullptr && nodes_.Now(*cable.end1->node) != nullptr &&
+        nodes_.Now(*cable.end2->node) != nullptr) {
       changes_.cablesWent.push_back(cable);
     }
   }

@@ -12,6 +12,9 @@ namespace {
 
 // What stands for a byte that is not part of valid UTF-8.
 constexpr std::string_view replacement = "\xef\xbf\xbd";
+// U+FFFE and U+FFFF: valid UTF-8, but no characters of XML, which Graphviz makes of its labels,
+// too.
+constexpr std::array<std::string_view, 2> notInXml{"\xef\xbf\xbe", "\xef\xbf\xbf"};
 
 // A text from the fabric as people see it, without invalid bytes.
 std::string PlainText(std::string_view text) {
@@ -47,7 +50,11 @@ std::string Escaped(const std::string& plain, const std::array<Escape, Count>& e
 }  // namespace
 
 std::string DotLabel(std::string_view text) {
-  constexpr std::array<Escape, 3> escapes{{{"\"", "\\\""}, {"\\", "\\\\"}, {"&", "&amp;"}}};
+  constexpr std::array<Escape, 5> escapes{{{"\"", "\\\""},
+                                           {"\\", "\\\\"},
+                                           {"&", "&amp;"},
+                                           {notInXml[0], replacement},
+                                           {notInXml[1], replacement}}};
   return Escaped(PlainText(text), escapes);
 }
 
@@ -56,14 +63,13 @@ std::string PrometheusLabel(std::string_view text) {
   return Escaped(PlainText(text), escapes);
 }
 
-// The last two are valid UTF-8, U+FFFE and U+FFFF, but no characters of XML.
 std::string XmlText(std::string_view text) {
   constexpr std::array<Escape, 6> escapes{{{"&", "&amp;"},
                                            {"<", "&lt;"},
                                            {">", "&gt;"},
                                            {"\"", "&quot;"},
-                                           {"\xef\xbf\xbe", replacement},
-                                           {"\xef\xbf\xbf", replacement}}};
+                                           {notInXml[0], replacement},
+                                           {notInXml[1], replacement}}};
   return Escaped(PlainText(text), escapes);
 }
 

@@ -17,8 +17,8 @@ class regExp {
   regExp(const regExp&) = delete;
   regExp& operator=(const regExp&) = delete;
 
-  // False when the expression did not compile or has more than 5000 groups; GetError() then says
-  // why, and Matches() is false.
+  // False when the expression did not compile, or is so large or nested that the C library could
+  // need more stack than there is; GetError() then says why, and Matches() is false.
   bool IsValid() const { return error_.empty(); }
   const std::string& GetError() const { return error_; }
   const std::string& GetExpression() const { return expression_; }

@@ -16,6 +16,31 @@ def groups_without_end_are_refused_at_once(fab):
                                 "(see fabscope check --help)")
 
 
+def repetitions_that_the_c_library_cannot_take_are_refused(fab):
+    fab.file("net.topo", dump([b"core"]))
+    empty = "it has more than 2000 parts in a row that may be empty"
+    large = "its repetitions stand for more than 10000 characters"
+    deep = "it has more than 1000 groups inside each other"
+    for stack in (None, 1 << 20):
+        fab.stack = stack
+        for expression, reason in (("(){32767}", large), ("(x?){32767}", large), ("(x*){22015}", large),
+                                   ("((x{0,200}){200}){200}", large), ("((((x{99}){99}){99}){99}){99}", large),
+                                   ("x" + "+" * 60, large), ("(" * 999 + "x" + ")+" * 999, large),
+                                   ("(){2000}", empty), ("x?" * 2100, empty), ("^" * 101, empty),
+                                   ("()" * 4500, empty), ("x" + "*" * 2100, empty),
+                                   ("(" * 1600 + "x" + ")" * 1600, deep), ("(" * 5000 + ")" * 5000, deep)):
+            fab.refuses("check", "--root-regex", expression, "net.topo",
+                        message=f'--root-regex: "{expression}" is not allowed, expected a POSIX extended '
+                                f"regular expression: {reason} (see fabscope check --help)")
+        # What is less is matched: the fabric has no tree, but it is read.
+        for expression in ("(){900}core", "(x?){600}core", "(" * 1000 + "core" + ")" * 1000, "x?" * 1000 + "core",
+                           "^" * 90 + "core", "c{1}o{1,900}re", "|".join(f"core-{i}" for i in range(900)),
+                           "^(spine|core)[0-9]{0,3}$"):
+            result = fab.run("check", "--root-regex", expression, "net.topo")
+            assert result.status in (0, 1, 2) and "is not allowed" not in result.err, (expression, result.err)
+    fab.stack = None
+
+
 def malformed_expressions_are_refused(fab):
     fab.file("net.topo", dump())
     for expression in ["(", "[", "[a", "a{2,1}", "a{99999}", "[[:nothing:]]", "[z-a]", "\\", "*", "a{1",

@@ -30,6 +30,7 @@ class Fabscope:
         self.is_sanitized = b"__asan_init" in Path(binary).read_bytes()
         self.folder = Path(tempfile.mkdtemp())
         self.inputs = 0
+        self.stack = None  # bytes; none: as large as that of this process
 
     def __enter__(self):
         return self
@@ -79,6 +80,8 @@ class Fabscope:
         if not self.is_sanitized:
             resource.setrlimit(resource.RLIMIT_AS, (MEGABYTES << 20, MEGABYTES << 20))
         resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
+        if self.stack is not None:
+            resource.setrlimit(resource.RLIMIT_STACK, (self.stack, self.stack))
 
     def refuses(self, *words, message, stdin=b""):
         """Status 2, this one line ("..." stands for any text), nothing on standard output, no file."""

@@ -24,5 +24,20 @@ TEST(EscapedTextTest, NoTextBringsBidirectionalControls) {
   EXPECT_EQ(XmlText("a\xe2\x80\xae"), "a?");
 }
 
+// Graphviz makes XML of its labels.
+TEST(EscapedTextTest, WhatIsNoCharacterOfXmlIsReplaced) {
+  const char* odd =
+      "a\xef\xbf\xbe"
+      "b\xef\xbf\xbf"
+      "c\xef\xb7\x90";  // U+FFFE, U+FFFF, U+FDD0
+  const char* fit =
+      "a\xef\xbf\xbd"
+      "b\xef\xbf\xbd"
+      "c\xef\xb7\x90";
+  EXPECT_EQ(XmlText(odd), fit);
+  EXPECT_EQ(DotLabel(odd), fit);
+  EXPECT_EQ(PrometheusLabel(odd), odd);
+}
+
 }  // namespace
 }  // namespace fabscope

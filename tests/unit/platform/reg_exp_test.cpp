@@ -63,14 +63,58 @@ TEST(RegExpTest, AnExpressionThatDoesNotCompileSaysWhyAndMatchesNothing) {
   EXPECT_FALSE(expression.Matches("core("));
 }
 
+std::string Repeated(std::size_t count, const std::string& text) {
+  std::string repeated;
+  for (std::size_t i = 0; i < count; ++i) repeated += text;
+  return repeated;
+}
+
+TEST(RegExpTest, GroupsAreBounded) {
+  EXPECT_TRUE(regExp(Repeated(5000, "(core)|") + "x").Matches("core"));
+  const regExp tooMany(Repeated(5001, "(core)|") + "x");
+  EXPECT_EQ(tooMany.GetError(), "it has more than 5000 groups");
+  EXPECT_FALSE(tooMany.Matches("core"));
+}
+
 TEST(RegExpTest, GroupsInsideEachOtherAreBounded) {
   const auto nested = [](std::size_t count) {
     return std::string(count, '(') + "core" + std::string(count, ')');
   };
-  EXPECT_TRUE(regExp(nested(5000)).Matches("core"));
-  const regExp tooMany(nested(5001));
-  EXPECT_EQ(tooMany.GetError(), "it has more than 5000 groups");
+  EXPECT_TRUE(regExp(nested(1000)).Matches("core"));
+  const regExp tooMany(nested(1001));
+  EXPECT_EQ(tooMany.GetError(), "it has more than 1000 groups inside each other");
   EXPECT_FALSE(tooMany.Matches("core"));
+}
+
+TEST(RegExpTest, RepetitionsAreBounded) {
+  EXPECT_TRUE(regExp("^x{10000}$").Matches(std::string(10000, 'x')));
+  for (const char* expression : {"x{20000}", "(ab){1,6000}", "((x{30}){30}){30}", "x{200,}{200}",
+                                 "x++++++++++++++++", "((((((((((((x+)+)+)+)+)+)+)+)+)+)+)+)+"}) {
+    EXPECT_EQ(regExp(expression).GetError(),
+              "its repetitions stand for more than 10000 characters");
+  }
+}
+
+TEST(RegExpTest, PartsInARowThatMayBeEmptyAreBounded) {
+  for (const std::string& expression :
+       {std::string("(){32767}"), std::string("(x?){32767}"), Repeated(2001, "x?"),
+        std::string(101, '^'), "x" + std::string(2001, '*'), Repeated(700, "(x*)")}) {
+    const regExp tooMany(expression);
+    EXPECT_FALSE(tooMany.IsValid()) << expression;
+    EXPECT_FALSE(tooMany.Matches("x"));
+  }
+  EXPECT_EQ(regExp(Repeated(2001, "x?")).GetError(),
+            "it has more than 2000 parts in a row that may be empty");
+  EXPECT_TRUE(regExp(Repeated(1000, "x?")).Matches(""));
+}
+
+TEST(RegExpTest, ALongListOfNamesIsTaken) {
+  std::string names = "^(spine-0";
+  for (int i = 1; i < 1500; ++i) names += "|spine-" + std::to_string(i);
+  const regExp list(names + ")$");
+  EXPECT_EQ(list.GetError(), "");
+  EXPECT_TRUE(list.Matches("spine-1234"));
+  EXPECT_FALSE(list.Matches("spine-1500"));
 }
 
 TEST(RegExpTest, AnExpressionMayReferBackToItsGroups) {
