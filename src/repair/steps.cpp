@@ -209,8 +209,7 @@ void StepMaker::AddStep(std::size_t i, const std::optional<Ends>& before,
   step.step.action = !before  ? RepairAction::Connect
                      : !after ? RepairAction::Disconnect
                               : RepairAction::Move;
-  step.step.reason =
-      targets_[i].cable == SwitchGraph::none ? RepairReason::LinkLacking : targets_[i].reason;
+  step.step.reason = before ? targets_[i].reason : RepairReason::LinkLacking;
   CableChange change;
   if (before) change.before = CableOf(*before);
   if (after) change.after = CableOf(*after);
