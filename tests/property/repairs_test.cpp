@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 #include <set>
+#include <utility>
 
 #include "reference/plain_model.h"
 #include "reference/small_fabrics.h"
@@ -38,6 +39,25 @@ TEST(RepairsOfEveryFabricOfUpToFourSwitches, KeepWhatTheyPromise) {
       ASSERT_EQ(VerifyRepairs(*reference::ModelOf(what.fabric), {}).complaints, "") << what.kind;
     }
   }
+}
+
+// One of its cables is unplugged while the others move, and plugged in again at last.
+TEST(RepairsOfACircleOfCables, KeepWhatTheyPromise) {
+  const RepairCase what = MakeRepairCase(11'802);
+  const RepairsVerdict verdict = VerifyRepairs(*what.fabric, what.known);
+  EXPECT_EQ(verdict.complaints, "");
+  std::set<std::pair<std::uint32_t, std::uint8_t>> unplugged;
+  bool isPluggedAgain = false;
+  for (const RepairStep& step : verdict.plan.steps) {
+    for (const CableChange& change : step.cables) {
+      if (!change.after) {
+        unplugged.emplace(change.before->lower.node, change.before->lower.port);
+      } else if (!change.before) {
+        isPluggedAgain |= unplugged.contains({change.after->lower.node, change.after->lower.port});
+      }
+    }
+  }
+  EXPECT_TRUE(isPluggedAgain);
 }
 
 // Otherwise promises are kept that no plan has made.
