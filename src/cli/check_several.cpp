@@ -2,10 +2,15 @@
 
 #include <algorithm>
 #include <array>
+#include <future>
 #include <iterator>
+#include <mutex>
+#include <new>
 #include <optional>
+#include <shared_mutex>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -59,9 +64,7 @@ std::vector<std::string> MessagesOf(const CheckResult& result) {
 }
 
 // Of the style only what is left out matters to the lines of a result.
-Outcome Check(CheckOptions options, const std::string& fabric, const TextStyle* jsonStyle) {
-  options.fabric = fabric;
-  const CheckResult result = RunCheck(options);
+Outcome OutcomeOf(const CheckResult& result, const TextStyle* jsonStyle) {
   Outcome outcome;
   if (result.status == CheckStatus::Done) {
     outcome.status = result.HasFindings() ? ExitFindings : ExitClean;
@@ -71,6 +74,38 @@ Outcome Check(CheckOptions options, const std::string& fabric, const TextStyle* 
   if (jsonStyle != nullptr) outcome.json = JsonLine(result, *jsonStyle);
   return outcome;
 }
+
+Outcome WithoutMemory(const std::string& fabric, const TextStyle* jsonStyle) {
+  CheckResult result;
+  result.input = fabric;
+  result.inputError = InputError{fabric, 0, 0, "out of memory"};
+  return OutcomeOf(result, jsonStyle);
+}
+
+// Checks fabrics side by side. One that finds no memory left is checked again when no other is:
+// they may have taken it.
+class SharedMemory {
+ public:
+  Outcome Check(const CheckOptions& options, const TextStyle* jsonStyle) {
+    const auto check = [&] { return OutcomeOf(RunCheck(options), jsonStyle); };
+    try {
+      const std::shared_lock together(isUsed_);
+      return check();
+    } catch (const std::bad_alloc&) {
+    }
+    try {
+      const std::unique_lock alone(isUsed_);
+      // On a thread of its own, which numbers groups from 0.
+      return std::async(std::launch::async, check).get();
+    } catch (const std::bad_alloc&) {
+    } catch (const std::system_error&) {  // no thread without memory
+    }
+    return WithoutMemory(options.fabric, jsonStyle);
+  }
+
+ private:
+  std::shared_mutex isUsed_;
+};
 
 class SeveralChecks {
  public:
@@ -127,8 +162,11 @@ void SeveralChecks::CheckAll(std::ostream* lines, std::ostream* json) {
   const std::vector<std::string>& fabrics = arguments_.operands;
   FTTopology::Show_GUID = arguments_.options.showGuid;
   ProgressLine progress(IsWatched() && !arguments_.quiet);
+  SharedMemory memory;
   const auto check = [&](std::size_t index) {
-    return Check(arguments_.options, fabrics[index], json != nullptr ? &style_ : nullptr);
+    CheckOptions options = arguments_.options;
+    options.fabric = fabrics[index];
+    return memory.Check(options, json != nullptr ? &style_ : nullptr);
   };
   std::size_t done = 0;
   const auto take = [&](const Outcome& outcome) {
