@@ -19,9 +19,9 @@ TEST(EscapedTextTest, NoTextBringsControlCharactersOrInvalidBytes) {
 }
 
 TEST(EscapedTextTest, NoTextBringsBidirectionalControls) {
-  EXPECT_EQ(PrometheusLabel("a\xe2\x80\xae"), "a?");
-  EXPECT_EQ(DotLabel("a\xe2\x80\xae"), "a?");
-  EXPECT_EQ(XmlText("a\xe2\x80\xae"), "a?");
+  EXPECT_EQ(PrometheusLabel("a\xe2\x80\xae\xe2\x80\xac"), "a??");
+  EXPECT_EQ(DotLabel("a\xe2\x80\xae\xe2\x80\xac"), "a??");
+  EXPECT_EQ(XmlText("a\xe2\x80\xae\xe2\x80\xac"), "a??");
 }
 
 // Graphviz makes XML of its labels.

@@ -29,8 +29,8 @@ TEST(JsonTextTest, QuotesBackslashesAndControlCharactersAreEscaped) {
 }
 
 TEST(JsonTextTest, BidirectionalControlsAreEscaped) {
-  EXPECT_EQ(Json("\xe2\x80\xaa \xe2\x80\xae \xe2\x81\xa6 \xe2\x81\xa9"),
-            R"("\u202a \u202e \u2066 \u2069")");
+  EXPECT_EQ(Json("\xe2\x80\xaa \xe2\x80\xae \xe2\x80\xac \xe2\x80\xac \xe2\x81\xa6 \xe2\x81\xa9"),
+            R"("\u202a \u202e \u202c \u202c \u2066 \u2069")");
   EXPECT_EQ(Json("\xe2\x80\xaf\xe2\x81\xaa"), "\"\xe2\x80\xaf\xe2\x81\xaa\"");
 }
 
