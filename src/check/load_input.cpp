@@ -1,8 +1,8 @@
 #include "check/load_input.h"
 
 #include <iterator>
-#include <string_view>
 #include <map>
+#include <string_view>
 
 #include "fabric/fabric_builder.h"
 #include "formats/load_fabric.h"
