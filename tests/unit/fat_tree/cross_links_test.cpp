@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "fat_tree/up_hop_histogram.h"
