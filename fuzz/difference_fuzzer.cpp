@@ -3,7 +3,6 @@
 // tell the same.
 
 #include <algorithm>
-#include <deque>
 #include <memory>
 #include <simdjson.h>
 #include <sstream>
@@ -31,18 +30,17 @@ struct Checked {
   std::unique_ptr<IBFabric> fabric;
   std::ostringstream output;
   std::unique_ptr<FTTopology> topology;
-  std::deque<Finding> findings;
+  FindingList findings;
   bool isDone = false;
 
   Checked(const FabricParts& parts, bool isAutomatic) : fabric(BuildFabric(parts)) {
     topology = std::make_unique<FTTopology>(fabric.get(), &output, 70);
-    topology->SetFindingSink([this](Finding&& finding) { findings.push_back(std::move(finding)); });
+    topology->SetFindingSink([this](Finding&& finding) { findings.Add(std::move(finding)); });
     std::vector<FabricErrGeneral*> records;
     std::string message;
     const int status =
         isAutomatic ? topology->Build(records, message, 5, 1) : topology->Build(records, message);
     isDone = status == 0 && topology->Validate(records, message) == 0;
-    for (const FabricErrGeneral* record : records) delete record;
   }
 };
 

@@ -169,7 +169,8 @@ std::size_t CsvFields(std::string_view line) {
 void RequireSoundCsv(const CheckResult& result) {
   const std::string csv = CsvReport(result);
   const std::vector<std::string_view> lines = Lines(csv);
-  Require(lines.size() == result.records.size() + 1, "the CSV file has a line for each record");
+  Require(lines.size() == result.findings.RecordsCount() + 1,
+          "the CSV file has a line for each record");
   for (const std::string_view line : lines) {
     Require(CsvFields(line) == 6, "a CSV line has six fields");
   }
@@ -207,7 +208,7 @@ void RequireSameCounts(const CheckResult& result, const dom::element& json) {
             "the levels report has the ranks of the JSON");
   }
   const auto records = Value<dom::array>(json["records"]);
-  Require(records.size() == result.records.size(), "the JSON has every record");
+  Require(records.size() == result.findings.RecordsCount(), "the JSON has every record");
   const auto issues = Value<std::uint64_t>(json["issues"]);
   const bool isClean = records.size() == 0 && issues == 0;
   const std::string_view status = Value<std::string_view>(json["status"]);

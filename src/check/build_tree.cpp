@@ -54,9 +54,8 @@ std::string NoticeOf(const BuiltTree& searched, const BuiltTree& inferred) {
 
 class TreeBuilder {
  public:
-  TreeBuilder(const IBFabric& fabric, const CheckOptions& options, std::ostringstream& stream,
-              std::vector<FabricErrGeneral*>& records)
-      : fabric_(fabric), options_(options), stream_(stream), records_(records) {}
+  TreeBuilder(const IBFabric& fabric, const CheckOptions& options, std::ostringstream& stream)
+      : fabric_(fabric), options_(options), stream_(stream) {}
 
   BuiltTree Build() {
     if (options_.roots == RootsFrom::Auto) return BuildBest();
@@ -73,7 +72,6 @@ class TreeBuilder {
   const IBFabric& fabric_;
   const CheckOptions& options_;
   std::ostringstream& stream_;
-  std::vector<FabricErrGeneral*>& records_;
 };
 
 BuiltTree TreeBuilder::BuildBest() {
@@ -103,25 +101,26 @@ BuiltTree TreeBuilder::BuildFrom(RootsFrom method) {
 }
 
 int TreeBuilder::BuildFrom(RootsFrom method, FTTopology& topology, std::string& message) {
+  std::vector<FabricErrGeneral*> none;  // of building
   switch (method) {
     case RootsFrom::Smdb:
-      return topology.Build(records_, message);
+      return topology.Build(none, message);
     case RootsFrom::Regex:
-      return topology.Build(records_, message, *options_.rootRegex);
+      return topology.Build(none, message, *options_.rootRegex);
     case RootsFrom::Inferred:
-      return topology.Build(records_, message, InferRoots(fabric_));
+      return topology.Build(none, message, InferRoots(fabric_));
     case RootsFrom::Auto:
     case RootsFrom::Search:
       break;
   }
-  return topology.Build(records_, message, options_.retries, options_.equalClassifications);
+  return topology.Build(none, message, options_.retries, options_.equalClassifications);
 }
 
 }  // namespace
 
-BuiltTree BuildTree(const IBFabric& fabric, const CheckOptions& options, std::ostringstream& stream,
-                    std::vector<FabricErrGeneral*>& records) {
-  return TreeBuilder(fabric, options, stream, records).Build();
+BuiltTree BuildTree(const IBFabric& fabric, const CheckOptions& options,
+                    std::ostringstream& stream) {
+  return TreeBuilder(fabric, options, stream).Build();
 }
 
 }  // namespace fabscope

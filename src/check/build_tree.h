@@ -21,7 +21,7 @@ struct BuiltTree {
 
 // Builds the tree of a fabric from the roots that the options ask for. Fabric and stream must
 // outlive it; the stream is empty before and after.
-BuiltTree BuildTree(const IBFabric& fabric, const CheckOptions& options, std::ostringstream& stream,
-                    std::vector<FabricErrGeneral*>& records);
+BuiltTree BuildTree(const IBFabric& fabric, const CheckOptions& options,
+                    std::ostringstream& stream);
 
 }  // namespace fabscope

@@ -22,6 +22,7 @@ class CheckRun {
  public:
   explicit CheckRun(const CheckOptions& options) : options_(options) {
     result_.input = options.fabric;
+    result_.findings = FindingList(options.mostRecords);
     if (options.roots != RootsFrom::Auto) result_.roots.method = options.roots;
     result_.stream = std::make_unique<std::ostringstream>();
     // Or a text that finds no memory would be left out of the report.
@@ -47,7 +48,6 @@ class CheckRun {
 
   const CheckOptions& options_;
   CheckResult result_;
-  std::vector<FabricErrGeneral*> records_;
 };
 
 bool CheckRun::Load() {
@@ -62,16 +62,13 @@ bool CheckRun::Load() {
 bool CheckRun::Build() {
   // Checks that other threads do meanwhile read it; all want the same.
   if (FTTopology::Show_GUID != options_.showGuid) FTTopology::Show_GUID = options_.showGuid;
-  BuiltTree tree = BuildTree(*result_.fabric, options_, *result_.stream, records_);
+  BuiltTree tree = BuildTree(*result_.fabric, options_, *result_.stream);
   result_.topology = std::move(tree.topology);
   result_.buildOutput = std::move(tree.output);
   result_.message = std::move(tree.message);
   result_.roots = std::move(tree.roots);
   FTTopology& topology = *result_.topology;
-  if (options_.wantFindings) {
-    topology.SetFindingSink(
-        [this](Finding&& finding) { result_.findings.push_back(std::move(finding)); });
-  }
+  topology.SetFindingSink([this](Finding&& finding) { result_.findings.Add(std::move(finding)); });
   if (!tree.isBuilt) {
     result_.status = CheckStatus::NotBuilt;
     result_.advice = AdviceOnBuilding(topology, options_);
@@ -83,7 +80,8 @@ bool CheckRun::Build() {
 }
 
 bool CheckRun::Validate() {
-  const int status = result_.topology->Validate(records_, result_.message);
+  std::vector<FabricErrGeneral*> none;  // there is a sink for them
+  const int status = result_.topology->Validate(none, result_.message);
   result_.validateOutput = TakeText(*result_.stream);
   result_.status = status == StatusSuccess ? CheckStatus::Done : CheckStatus::NotValidated;
   return status == StatusSuccess;
@@ -95,8 +93,6 @@ void CheckRun::Dump() {
 }
 
 void CheckRun::Collect() {
-  result_.records.reserve(records_.size());
-  for (FabricErrGeneral* record : records_) result_.records.emplace_back(record);
   result_.issuesCount = result_.topology->GetIssuesCount();
   result_.topology->SetFindingSink(nullptr);
 }

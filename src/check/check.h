@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <deque>
 #include <memory>
 #include <optional>
 #include <sstream>
@@ -10,7 +9,7 @@
 
 #include "check/proven_plan.h"
 #include "fabric/ib_fabric.h"
-#include "fat_tree/findings.h"
+#include "fat_tree/finding_list.h"
 #include "fat_tree/topology.h"
 #include "formats/diagnostics.h"
 #include "platform/reg_exp.h"
@@ -40,8 +39,8 @@ struct CheckOptions {
   int equalClassifications = 2;
   int mergePercent = 70;
   int showGuid = 0;
+  std::uint64_t mostRecords = FindingList::defaultMostRecords;  // of more the rest is counted
   bool wantDump = false;
-  bool wantFindings = false;
   bool wantRepairs = false;
   bool wantMisfits = false;
 };
@@ -79,23 +78,19 @@ struct CheckResult {
   std::string levelsReport;
   std::string validateOutput;
   std::string dump;  // empty unless it was asked for
-  std::vector<std::unique_ptr<FabricErrGeneral>> records;
+  FindingList findings;
   std::uint64_t issuesCount = 0;
-
-  // What records and issues say in words, as data: a finding for each record, in their order, then
-  // those that the issues count. Empty unless asked for: there can be millions.
-  std::deque<Finding> findings;
 
   // What would cure them, found with the ranks of this check; null when nothing is known to, or
   // when nobody asked.
   std::unique_ptr<ProvenPlan> repairs;
 
-  // The records and texts do not need them, the findings do.
+  // The texts do not need them, the findings do.
   std::unique_ptr<IBFabric> fabric;
   std::unique_ptr<std::ostringstream> stream;  // what `topology` writes to
   std::unique_ptr<FTTopology> topology;
 
-  bool HasFindings() const { return !records.empty() || issuesCount != 0; }
+  bool HasFindings() const { return findings.RecordsCount() != 0 || issuesCount != 0; }
 };
 
 // Loads a fabric, builds its tree, validates it and collects what was found. Threads may run checks

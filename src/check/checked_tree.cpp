@@ -8,13 +8,13 @@
 namespace fabscope {
 namespace {
 
-int BuildFromRoots(FTTopology& topology, const TreeRanks& ranks,
-                   std::vector<FabricErrGeneral*>& records, std::string& message) {
+int BuildFromRoots(FTTopology& topology, const TreeRanks& ranks, std::string& message) {
   NodeSet roots;
   for (const IBNode* node : topology.GetFabric().switches) {
     if (ranks.ofNode[node->index] == 0) roots.insert(node);
   }
-  return topology.Build(records, message, roots);
+  std::vector<FabricErrGeneral*> none;
+  return topology.Build(none, message, roots);
 }
 
 }  // namespace
@@ -24,15 +24,12 @@ CheckedTree CheckTree(const IBFabric& fabric, const TreeRanks& ranks, int mergeP
   tree.stream = std::make_unique<std::ostringstream>();
   tree.topology = std::make_unique<FTTopology>(&fabric, tree.stream.get(), mergePercent);
   FTTopology& topology = *tree.topology;
-  std::vector<FabricErrGeneral*> records;
-  if (BuildFromRoots(topology, ranks, records, tree.problem) != StatusSuccess) return tree;
-  topology.SetFindingSink(
-      [&tree](Finding&& finding) { tree.findings.push_back(std::move(finding)); });
-  if (topology.Validate(records, tree.problem) == StatusSuccess) tree.problem.clear();
+  if (BuildFromRoots(topology, ranks, tree.problem) != StatusSuccess) return tree;
+  topology.SetFindingSink([&tree](Finding&& finding) { tree.findings.Add(std::move(finding)); });
+  std::vector<FabricErrGeneral*> none;  // there is a sink for them
+  if (topology.Validate(none, tree.problem) == StatusSuccess) tree.problem.clear();
   topology.SetFindingSink(nullptr);
-  tree.records = records.size();
   tree.issues = topology.GetIssuesCount();
-  for (FabricErrGeneral* record : records) const std::unique_ptr<FabricErrGeneral> owner(record);
   return tree;
 }
 

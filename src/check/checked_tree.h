@@ -2,13 +2,12 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <memory>
 #include <sstream>
 #include <string>
 
 #include "fabric/ib_fabric.h"
-#include "fat_tree/findings.h"
+#include "fat_tree/finding_list.h"
 #include "fat_tree/topology.h"
 #include "repair/repair_plan.h"
 
@@ -19,8 +18,7 @@ struct CheckedTree {
   std::string problem;  // why it could not be built or validated; empty if it could
   std::unique_ptr<std::ostringstream> stream;  // what `topology` writes to
   std::unique_ptr<FTTopology> topology;
-  std::deque<Finding> findings;  // a finding for each record, then those that the issues count
-  std::size_t records = 0;
+  FindingList findings;
   std::uint64_t issues = 0;
 };
 

@@ -1,7 +1,6 @@
 #include "check/proven_plan.h"
 
 #include <algorithm>
-#include <deque>
 #include <optional>
 #include <utility>
 #include <variant>
@@ -61,7 +60,7 @@ ProvenPlan ProvePlan(const IBFabric& fabric, RepairPlan plan, int mergePercent) 
   proven.after = CheckTree(*proven.repaired, proven.plan.ranks, mergePercent);
   if (!proven.after.problem.empty())
     proven.problem = "with them the fabric would still be no tree: " + proven.after.problem;
-  const std::deque<Finding>& findings = proven.after.findings;
+  const FindingList& findings = proven.after.findings;
   proven.isProven = proven.problem.empty() &&
                     std::none_of(findings.begin(), findings.end(), IsAboutCables) &&
                     IsEachLeafInTree(*proven.repaired, proven.plan.ranks, *proven.after.topology);

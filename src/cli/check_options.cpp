@@ -11,7 +11,7 @@ using Problem = OptionProblem;
 
 constexpr const char* ofOutputs = "Also write (- for standard output)";
 
-constexpr std::array<CommandOption<CheckArguments>, 11> table{{
+constexpr std::array<CommandOption<CheckArguments>, 12> table{{
     {showGuidText,
      [](CheckArguments& arguments, const std::string& value) {
        return TakeShowGuid(arguments.options.showGuid, value);
@@ -56,6 +56,10 @@ constexpr std::array<CommandOption<CheckArguments>, 11> table{{
     {{"--log", "FILE", ofOutputs, "all messages of standard error", ""},
      [](CheckArguments& arguments, const std::string& value) {
        return TakePath(arguments.logFile, value);
+     }},
+    {maxRecordsText,
+     [](CheckArguments& arguments, const std::string& value) {
+       return TakeMaxRecords(arguments.options.mostRecords, value);
      }},
     {quietText,
      [](CheckArguments& arguments, const std::string&) -> Problem {
@@ -140,8 +144,6 @@ std::optional<std::string> SettleArguments(CheckArguments& arguments) {
   if (Problem problem = SettleFiles(arguments)) return problem;
   CheckOptions& options = arguments.options;
   options.wantDump = !arguments.dumpFile.empty();
-  options.wantFindings = !arguments.jsonFile.empty() || !arguments.htmlFile.empty() ||
-                         !arguments.svgFile.empty() || !arguments.prometheusFile.empty();
   options.wantRepairs = !arguments.jsonFile.empty() || !arguments.htmlFile.empty();
   options.wantMisfits = !arguments.jsonFile.empty() || !arguments.htmlFile.empty() ||
                         !arguments.prometheusFile.empty();

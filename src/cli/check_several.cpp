@@ -49,9 +49,9 @@ std::string JsonLine(const CheckResult& result, const TextStyle& style) {
 std::string ReportLine(const CheckResult& result) {
   if (result.status != CheckStatus::Done) return "-E- " + result.input + ": not checked";
   const char* tag = result.issuesCount != 0 ? "-W- " : "-I- ";
-  if (!result.records.empty()) tag = "-E- ";
-  return tag + result.input + ": " + std::to_string(result.records.size()) + " error records, " +
-         std::to_string(result.issuesCount) + " issues";
+  if (result.findings.RecordsCount() != 0) tag = "-E- ";
+  return tag + result.input + ": " + std::to_string(result.findings.RecordsCount()) +
+         " error records, " + std::to_string(result.issuesCount) + " issues";
 }
 
 std::vector<std::string> MessagesOf(const CheckResult& result) {

@@ -19,6 +19,16 @@
 namespace fabscope {
 namespace {
 
+bool IsComparable(const CheckResult& result) {
+  return result.status == CheckStatus::Done && result.findings.RecordsNotListed() == 0;
+}
+
+std::string TooManyRecords(const CheckResult& result) {
+  const FindingList& findings = result.findings;
+  return std::to_string(findings.RecordsCount()) + " error records, more than --max-records " +
+         std::to_string(findings.RecordsCount() - findings.RecordsNotListed());
+}
+
 class DiffCommand {
  public:
   explicit DiffCommand(const DiffArguments& arguments) : arguments_(arguments) {}
@@ -110,19 +120,21 @@ bool DiffCommand::IsPlanForeign() {
 }
 
 std::string DiffCommand::WhyNot(const CheckResult& result) {
-  return result.input + ": " + result.message + ": findings are not compared";
+  const std::string why =
+      result.status == CheckStatus::Done ? TooManyRecords(result) : result.message;
+  return result.input + ": " + why + ": findings are not compared";
 }
 
 std::string DiffCommand::WhyNoFindings() const {
   for (const CheckResult& result : results_) {
-    if (result.status != CheckStatus::Done) return WhyNot(result);
+    if (!IsComparable(result)) return WhyNot(result);
   }
   return {};
 }
 
 void DiffCommand::TellFailures() {
   for (const CheckResult& result : results_) {
-    if (result.status == CheckStatus::Done) continue;
+    if (IsComparable(result)) continue;
     messages_.Tell(WhyNot(result));
     if (!result.advice.empty()) messages_.Tell(result.input + ": " + result.advice);
   }

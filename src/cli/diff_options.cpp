@@ -7,7 +7,7 @@
 namespace fabscope {
 namespace {
 
-constexpr std::array<CommandOption<DiffArguments>, 4> table{{
+constexpr std::array<CommandOption<DiffArguments>, 5> table{{
     {{"--json", "FILE", ofReport, "also write it as JSON (- for standard output)",
       "With - it takes the place of the report."},
      [](DiffArguments& arguments, const std::string& value) {
@@ -18,6 +18,10 @@ constexpr std::array<CommandOption<DiffArguments>, 4> table{{
       "switches that it names are in NEW."},
      [](DiffArguments& arguments, const std::string& value) {
        return TakePath(arguments.planFile, value);
+     }},
+    {maxRecordsText,
+     [](DiffArguments& arguments, const std::string& value) {
+       return TakeMaxRecords(arguments.options.mostRecords, value);
      }},
     {quietText,
      [](DiffArguments& arguments, const std::string&) -> OptionProblem {
@@ -53,8 +57,8 @@ const CommandText diffText{
          "Nodes are the same when their GUID is. A node that went and one that came under the same "
          "name are hardware that was replaced. A cable of which one end stayed in its port has "
          "moved. Numbers of groups do not matter.",
-         "When one of the two trees cannot be built or validated, its findings are not compared, "
-         "and the exit status is 2."},
+         "When one of the two trees cannot be built or validated, or has more error records than "
+         "--max-records, findings are not compared, and the exit status is 2."},
 };
 
 std::optional<std::string> SettleArguments(DiffArguments& arguments) {
@@ -68,7 +72,6 @@ std::optional<std::string> SettleArguments(DiffArguments& arguments) {
   if (OptionProblem problem = ProblemOfSharedInputs(shared)) return problem;
   const std::array<NamedOutput, 1> outputs{{{"--json ", arguments.jsonFile}}};
   if (OptionProblem problem = ProblemOfFiles(inputs, outputs)) return problem;
-  arguments.options.wantFindings = true;
   return std::nullopt;
 }
 

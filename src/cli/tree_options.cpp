@@ -105,6 +105,13 @@ Problem SettleRoots(TreeArguments& arguments) {
 
 }  // namespace
 
+OptionProblem TakeMaxRecords(std::uint64_t& target, const std::string& value) {
+  int number = 0;
+  if (OptionProblem problem = TakeNumber(number, value, 0, anyCount)) return problem;
+  target = static_cast<std::uint64_t>(number);
+  return std::nullopt;
+}
+
 OptionProblem TakeShowGuid(int& target, const std::string& value) {
   constexpr std::array<const char*, 3> names{"none", "system", "node"};
   for (std::size_t i = 0; i < names.size(); ++i) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -28,6 +29,13 @@ inline constexpr OptionText showGuidText{
     "node tells switches of one name apart; system is the GUID that the chips of one system "
     "share."};
 OptionProblem TakeShowGuid(int& target, const std::string& value);
+
+// Of every command that lists error records.
+inline constexpr OptionText maxRecordsText{
+    "--max-records", "N", ofReport, "error records to list at most (default 1000000)",
+    "A badly damaged fabric can lack as many cables as it has spines times lines. All are counted, "
+    "and every output tells how many more there are than are listed."};
+OptionProblem TakeMaxRecords(std::uint64_t& target, const std::string& value);
 
 std::vector<BoundOption> BindTreeOptions(TreeArguments& arguments);
 

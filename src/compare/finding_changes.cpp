@@ -1,8 +1,15 @@
+// Which faults two checked fabrics have in common.
+//
+// A fault is known by a key that holds in both fabrics. There can be millions of faults, so no key
+// is kept: the faults of each fabric are sorted by keys that are made again for each comparison.
+
 #include "compare/finding_changes.h"
 
 #include <algorithm>
+#include <array>
 #include <map>
-#include <set>
+#include <numeric>
+#include <type_traits>
 #include <utility>
 #include <variant>
 
@@ -11,77 +18,65 @@
 namespace fabscope {
 namespace {
 
-using Faults = std::vector<Fault>;
-
-class FaultList {
- public:
-  explicit FaultList(const FTTopology& topology) {
-    for (const auto& groups : topology.GetNeighborhoods()) {
-      for (const FTNeighborhood* group : groups) {
-        const bool isNeighborhood = topology.IsLastRankNeighborhood(group->GetRank());
-        groups_[{isNeighborhood, group->GetId()}] = group;
-      }
-    }
-  }
-
-  Faults Of(const std::deque<Finding>& findings) {
-    for (const Finding& finding : findings) {
-      std::visit([&](const auto& found) { Add(finding, found); }, finding);
-    }
-    return std::move(faults_);
-  }
-
- private:
-  void Add(const Finding& finding, const MissingLink& found) {
-    faults_.push_back({&finding, {{found.spine, 0}, {found.line, 0}}});
-  }
-  void Add(const Finding& finding, const InvalidLink& found) {
-    const FTLinkIssue& link = found.link;
-    faults_.push_back({&finding, {{link.node1, link.port1}, {link.node2, link.port2}}});
-  }
-  void Add(const Finding& finding, const UnevenLinks& found) {
-    for (const UnevenLinks::Count& count : found.others) {
-      for (const IBNode* node : count.nodes) {
-        faults_.push_back({&finding, {{node, 0}}, count.links});
-      }
-    }
-  }
-  void Add(const Finding& finding, const SuspectedBlocking& found) {
-    AddGroups(finding, found.isNeighborhood, {found.group});
-  }
-  void Add(const Finding& finding, const AsymmetricAPorts& found) {
-    for (const IBPort* port : found.ports) {
-      faults_.push_back({&finding, {{port->node, port->num}}});
-    }
-  }
-  void Add(const Finding& finding, const SharedFlid& found) {
-    AddGroups(finding, found.isNeighborhood, found.groups);
-  }
-  // A group has lines: it is made of the switches that reach its spines.
-  void AddGroups(const Finding& finding, bool isNeighborhood,
-                 const std::vector<std::uint64_t>& ids) {
-    Fault& fault = faults_.emplace_back(Fault{&finding, {}});
-    for (const std::uint64_t id : ids) {
-      const FTNeighborhood* group = groups_.at({isNeighborhood, id});
-      fault.groups.push_back(group);
-      fault.places.push_back({*group->GetLines().begin(), 0});
-    }
-  }
-
-  std::map<std::pair<bool, std::uint64_t>, const FTNeighborhood*> groups_;
-  Faults faults_;
-};
+using KeyPlace = std::pair<std::uint64_t, std::uint8_t>;
 
 // What tells that two faults are the same.
-using Key = std::vector<std::uint64_t>;
+struct FaultKey {
+  std::size_t kind = 0;
+  std::int32_t links = 0;
+  std::array<std::uint64_t, 3> details{};
+  // A node and its port, the lesser first: an end may come first in one fabric and second in the
+  // other.
+  std::array<KeyPlace, 2> places{};
+  std::vector<std::uint64_t> groups;  // ascending
 
-// One of the two fabrics: how its nodes are known, and which of them the other one has, too.
+  friend auto operator<=>(const FaultKey&, const FaultKey&) = default;
+};
+
+constexpr std::uint64_t Number(bool flag) { return flag ? 1 : 0; }
+
+// What a finding tells besides places.
+struct Details {
+  using Numbers = std::array<std::uint64_t, 3>;
+
+  Numbers operator()(const MissingLink&) const { return {}; }
+  Numbers operator()(const InvalidLink&) const { return {}; }
+  Numbers operator()(const UnevenLinks& found) const {
+    return {static_cast<std::uint64_t>(found.expected), Number(found.isUp), Number(found.ofSpines)};
+  }
+  Numbers operator()(const SuspectedBlocking& found) const {
+    return {found.spineUplinks, found.internalLinks, Number(found.isNeighborhood)};
+  }
+  Numbers operator()(const AsymmetricAPorts& found) const { return {Number(found.toHosts)}; }
+  Numbers operator()(const SharedFlid& found) const { return {found.flid}; }
+};
+
+// One of the two fabrics: how its nodes and groups are known, and its faults by their keys.
 class Side {
  public:
-  Side(const Counterparts& nodes, bool isNew) : nodes_(nodes), isNew_(isNew) {}
+  Side(const FaultList& faults, const FTTopology& topology, const Counterparts& nodes, bool isNew)
+      : faults_(faults), nodes_(nodes), isNew_(isNew) {
+    for (const auto& groups : topology.GetNeighborhoods()) {
+      for (const FTNeighborhood* group : groups) identities_[group] = IdentityOf(*group);
+    }
+    sorted_.resize(faults.size());
+    std::iota(sorted_.begin(), sorted_.end(), 0U);
+    std::sort(sorted_.begin(), sorted_.end(), [this](std::uint32_t a, std::uint32_t b) {
+      const auto order = KeyOf(a) <=> KeyOf(b);
+      return order == 0 ? a < b : order < 0;
+    });
+  }
 
+  FaultKey KeyOf(std::size_t place) const;
+  // The places of the faults in the order of their keys, and of equal ones in their own.
+  const std::vector<std::uint32_t>& Sorted() const { return sorted_; }
+
+ private:
   std::uint64_t IdentityOf(const IBNode& node) const {
     return isNew_ ? nodes_.IdentityOfNew(node) : nodes_.IdentityOfOld(node);
+  }
+  bool IsInBoth(const IBNode& node) const {
+    return (isNew_ ? nodes_.Then(node) : nodes_.Now(node)) != nullptr;
   }
   // By the lines that stayed, if there are any.
   std::uint64_t IdentityOf(const FTNeighborhood& group) const {
@@ -92,92 +87,89 @@ class Side {
     return first.second;
   }
 
- private:
-  bool IsInBoth(const IBNode& node) const {
-    return (isNew_ ? nodes_.Then(node) : nodes_.Now(node)) != nullptr;
-  }
-
+  const FaultList& faults_;
   const Counterparts& nodes_;
   bool isNew_;
+  std::map<const FTNeighborhood*, std::uint64_t> identities_;
+  std::vector<std::uint32_t> sorted_;
 };
 
-constexpr std::uint64_t Number(bool flag) { return flag ? 1 : 0; }
-
-// What it tells besides places.
-struct Details {
-  Key operator()(const MissingLink&) const { return {}; }
-  Key operator()(const InvalidLink&) const { return {}; }
-  Key operator()(const UnevenLinks& found) const {
-    return {static_cast<std::uint64_t>(found.expected), Number(found.isUp), Number(found.ofSpines)};
+FaultKey Side::KeyOf(std::size_t place) const {
+  FaultKey key;
+  const Finding& finding = faults_.FindingAt(place);
+  key.kind = finding.index();
+  // Only these can be so many that it matters to make no list of their places.
+  if (const auto* missing = std::get_if<MissingLink>(&finding)) {
+    const std::uint64_t spine = IdentityOf(*missing->spine);
+    const std::uint64_t line = IdentityOf(*missing->line);
+    key.places = {KeyPlace{std::min(spine, line), 0}, KeyPlace{std::max(spine, line), 0}};
+    return key;
   }
-  Key operator()(const SuspectedBlocking& found) const {
-    return {found.spineUplinks, found.internalLinks, Number(found.isNeighborhood)};
+  const Fault fault = faults_[place];
+  key.links = fault.links;
+  key.details = std::visit(Details(), *fault.finding);
+  for (const FTNeighborhood* group : fault.groups) key.groups.push_back(identities_.at(group));
+  std::sort(key.groups.begin(), key.groups.end());
+  if (!fault.groups.empty()) return key;
+  for (std::size_t i = 0; i < fault.places.size(); ++i) {
+    key.places.at(i) = {IdentityOf(*fault.places[i].node), fault.places[i].port};
   }
-  Key operator()(const AsymmetricAPorts& found) const { return {Number(found.toHosts)}; }
-  Key operator()(const SharedFlid& found) const { return {found.flid}; }
-};
-
-Key KeyOf(const Fault& fault, const Side& side) {
-  std::vector<std::pair<std::uint64_t, std::uint64_t>> places;
-  for (const FTNeighborhood* group : fault.groups) places.emplace_back(side.IdentityOf(*group), 0);
-  for (const Place& place : fault.places) {
-    if (fault.groups.empty()) places.emplace_back(side.IdentityOf(*place.node), place.port);
+  if (fault.places.size() == 2 && key.places[1] < key.places[0]) {
+    std::swap(key.places[0], key.places[1]);
   }
-  // An end may come first in one fabric and second in the other.
-  std::sort(places.begin(), places.end());
-  Key key{fault.finding->index(), static_cast<std::uint64_t>(fault.links)};
-  const Key details = std::visit(Details(), *fault.finding);
-  key.insert(key.end(), details.begin(), details.end());
-  for (const auto& [node, port] : places) key.insert(key.end(), {node, port});
   return key;
 }
 
-struct KeyedFaults {
-  KeyedFaults(const CheckedFabric& checked, const Side& side)
-      : faults(FaultList(checked.topology).Of(checked.findings)) {
-    keys.reserve(faults.size());
-    for (const Fault& fault : faults) keys.push_back(KeyOf(fault, side));
+// By place: whether the other side has the fault, too.
+std::vector<bool> FindShared(const Side& side, const Side& other) {
+  std::vector<bool> isShared(side.Sorted().size());
+  auto candidate = other.Sorted().begin();
+  for (const std::uint32_t place : side.Sorted()) {
+    const FaultKey key = side.KeyOf(place);
+    while (candidate != other.Sorted().end() && other.KeyOf(*candidate) < key) ++candidate;
+    isShared[place] = candidate != other.Sorted().end() && other.KeyOf(*candidate) == key;
   }
+  return isShared;
+}
 
-  // Those that the others have not, each once.
-  Faults Without(const KeyedFaults& others) const {
-    std::set<Key> told(others.keys.begin(), others.keys.end());
-    Faults rest;
-    for (std::size_t i = 0; i < faults.size(); ++i) {
-      if (told.insert(keys[i]).second) rest.push_back(faults[i]);
-    }
-    return rest;
+// Those that the other side has not, each once.
+FaultList Without(const FaultList& faults, const Side& side, const Side& other) {
+  std::vector<bool> isNew = FindShared(side, other);
+  isNew.flip();
+  const std::vector<std::uint32_t>& sorted = side.Sorted();
+  for (std::size_t i = 1; i < sorted.size(); ++i) {
+    if (side.KeyOf(sorted[i]) == side.KeyOf(sorted[i - 1])) isNew[sorted[i]] = false;
   }
-
-  Faults faults;
-  std::vector<Key> keys;
-};
+  return faults.Only(isNew);
+}
 
 }  // namespace
 
 FindingChanges CompareFindings(const CheckedFabric& was, const CheckedFabric& is,
                                const Counterparts& nodes) {
-  const KeyedFaults before(was, Side(nodes, false));
-  const KeyedFaults now(is, Side(nodes, true));
-  return {before.Without(now), now.Without(before)};
+  const FaultList then(was);
+  const FaultList now(is);
+  const Side before(then, was.topology, nodes, false);
+  const Side after(now, is.topology, nodes, true);
+  return {Without(then, before, after), Without(now, after, before)};
 }
 
-std::vector<GoneFinding> FindGone(const CheckedFabric& was, const CheckedFabric& is,
-                                  const Counterparts& nodes) {
-  const KeyedFaults before(was, Side(nodes, false));
-  const KeyedFaults now(is, Side(nodes, true));
-  const std::set<Key> left(now.keys.begin(), now.keys.end());
+std::vector<GoneFinding> FindGone(const CheckedFabric& was, const FaultList& faults,
+                                  const CheckedFabric& is, const Counterparts& nodes) {
+  if (is.findings.RecordsNotListed() != 0) return {};
+  const FaultList now(is);
+  const std::vector<bool> isLeft =
+      FindShared(Side(faults, was.topology, nodes, false), Side(now, is.topology, nodes, true));
   std::vector<GoneFinding> gone;
   std::size_t fault = 0;
   for (std::size_t place = 0; place < was.findings.size(); ++place) {
-    GoneFinding finding{place, {}};
-    bool isLeft = false;
-    for (; fault < before.faults.size(); ++fault) {
-      if (before.faults[fault].finding != &was.findings[place]) break;
-      finding.faults.push_back(before.faults[fault]);
-      isLeft = isLeft || left.contains(before.keys[fault]);
+    GoneFinding finding{place, fault, fault};
+    bool isAnyLeft = false;
+    for (; fault < faults.size() && faults.FindingOf(fault) == place; ++fault) {
+      isAnyLeft = isAnyLeft || isLeft[fault];
     }
-    if (!isLeft) gone.push_back(std::move(finding));
+    finding.endFault = fault;
+    if (!isAnyLeft) gone.push_back(finding);
   }
   return gone;
 }

@@ -2,7 +2,7 @@
 //
 // Inside a group every eligible plane port whose aggregated port is asymmetric counts, at both ends
 // of a cable; towards the hosts each aggregated port of a leaf counts once, and the host's own is
-// not looked at.
+// not looked at. A null switch ends the check; what was found until then counts.
 
 #include "fabric/fabric_walk.h"
 #include "fat_tree/group_label.h"
@@ -32,6 +32,7 @@ int FTNeighborhood::CheckInternalAPorts(std::ostream& stream) {
   std::vector<const IBPort*> found;
   for (const IBNode* spine : spines) {
     if (spine == nullptr) {
+      topology->AddIssues(found.size());
       errStream << "Cannot check APorts internal links symmetry for the "
                 << GroupLabel(IsNeighborhood(), id) << ". One of its IB-Nodes is NULL";
       return StatusLookupFailed;
@@ -42,11 +43,12 @@ int FTNeighborhood::CheckInternalAPorts(std::ostream& stream) {
       for (const IBPort* end : {port, static_cast<const IBPort*>(port->remotePort)}) {
         if (!IsAsymmetric(end->aport)) continue;
         found.push_back(end);
-        topology->AddIssues(1);
       }
     }
   }
-  APortsReport(stream, std::move(found), false);
+  if (!found.empty()) {
+    topology->Report(AsymmetricAPorts{id, std::move(found), false, IsNeighborhood()}, stream);
+  }
   return StatusSuccess;
 }
 
@@ -54,6 +56,7 @@ int FTNeighborhood::CheckExternalAPorts(std::ostream& stream) {
   std::vector<const IBPort*> found;
   for (const IBNode* line : lines) {
     if (line == nullptr) {
+      topology->AddIssues(found.size());
       // Only neighborhoods come here; that the text says otherwise is its settled form.
       errStream << "Cannot check APorts external links symmetry for the " << GroupLabel(false, id)
                 << ". One of its IB-Nodes is NULL";
@@ -65,24 +68,13 @@ int FTNeighborhood::CheckExternalAPorts(std::ostream& stream) {
       if (!IsEligible(port) || port->remotePort->node->nodeType != NodeTypeCA) continue;
       if (!IsAsymmetric(port->aport) || !counted.insert(port->aport).second) continue;
       found.push_back(port);
-      topology->AddIssues(1);
     }
   }
-  APortsReport(stream, std::move(found), true);
-  return StatusSuccess;
-}
-
-void FTNeighborhood::APortsReport(std::ostream& stream, std::vector<const IBPort*> ports,
-                                  bool toHosts) const {
-  if (ports.empty()) return;
   // Only neighborhoods have switches with hosts.
-  const bool isNeighborhood = toHosts || IsNeighborhood();
-  stream << "-W- " << GroupTitle(isNeighborhood) << id << ": found " << ports.size()
-         << " asymmetric APort" << (ports.size() == 1 ? "" : "s")
-         << (toHosts ? " connected to CAs" : "") << std::endl;
-  if (topology->HasFindingSink()) {
-    topology->HandOver(AsymmetricAPorts{id, std::move(ports), toHosts, isNeighborhood});
+  if (!found.empty()) {
+    topology->Report(AsymmetricAPorts{id, std::move(found), true, true}, stream);
   }
+  return StatusSuccess;
 }
 
 }  // namespace fabscope

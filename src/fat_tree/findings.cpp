@@ -1,20 +1,118 @@
+// What each kind of finding says in words. Scripts know these texts, odd blanks included.
+
 #include "fat_tree/findings.h"
+
+#include "fat_tree/group_label.h"
+#include "fat_tree/node_record.h"
 
 namespace fabscope {
 namespace {
 
-std::size_t Issues(const MissingLink&) { return 0; }
-std::size_t Issues(const InvalidLink&) { return 0; }
-// One for each number that occurs.
-std::size_t Issues(const UnevenLinks& found) { return found.others.size() + 1; }
-std::size_t Issues(const SuspectedBlocking&) { return 1; }
-std::size_t Issues(const AsymmetricAPorts& found) { return found.ports.size(); }
-std::size_t Issues(const SharedFlid&) { return 1; }
+// A listing breaks its line after this many further switches.
+constexpr unsigned listedPerLine = 7;
+
+std::string EndText(const IBNode* node, std::uint8_t port) {
+  return GetNodeRecord(node) + " port: " + std::to_string(port);
+}
 
 }  // namespace
 
-std::size_t IssuesOf(const Finding& finding) {
-  return std::visit([](const auto& found) { return Issues(found); }, finding);
+std::string MissingLink::Description() const {
+  return GroupTitle(isNeighborhood) + std::to_string(group) + ": missing link between switches (" +
+         GetNodeRecord(spine) + ") and (" + GetNodeRecord(line) + ")";
+}
+
+std::vector<std::uint64_t> InvalidLink::Groups() const {
+  if (group1 == group2) return {group1};
+  return {group1, group2};
+}
+
+std::string InvalidLink::Description() const {
+  const std::string end1 = EndText(link.node1, link.port1);
+  const std::string end2 = EndText(link.node2, link.port2);
+  if (group1 == group2) {
+    return GroupTitle(isNeighborhood) + std::to_string(group1) +
+           " : invalid link between switches (" + end1 + ") and (" + end2 + ")";
+  }
+  // The second of two connectivity groups is only called "group"; scripts know it so.
+  return std::string("Invalid link between ") + GroupName(isNeighborhood) + ' ' +
+         std::to_string(group1) + " (" + end1 + ") and " +
+         (isNeighborhood ? "neighborhood " : "group ") + std::to_string(group2) + " (" + end2 + ")";
+}
+
+void UnevenLinks::WriteLines(std::ostream& stream) const {
+  const char* setName = ofSpines ? "spines" : "lines";
+  const char* linkName = isUp ? "uplinks" : "downlinks";
+  stream << TagOf(level) << GroupTitle(isNeighborhood) << group << ": " << setName
+         << " with different number of " << linkName << " (expected  " << expected << ' '
+         << linkName << ')';
+  ListSwitches(others, listedPerLine, linkName, stream);
+  stream << std::endl;
+}
+
+void ListSwitches(const std::vector<UnevenLinks::Count>& counts, unsigned perLine,
+                  const std::string& linkName, std::ostream& stream) {
+  for (const UnevenLinks::Count& count : counts) {
+    stream << std::endl << "\t " << count.links << ' ' << linkName << ": ";
+    unsigned onLine = 0;
+    for (const IBNode* node : count.nodes) {
+      stream << GetNodeRecord(node) << ' ';
+      // The break comes behind a full line even when nothing follows it.
+      if (onLine >= perLine) {
+        stream << std::endl << "\t\t";
+        onLine = 0;
+      } else {
+        ++onLine;
+      }
+    }
+  }
+}
+
+void SuspectedBlocking::WriteLines(std::ostream& stream) const {
+  stream << TagOf(Level()) << GroupTitle(isNeighborhood) << group
+         << ": suspected blocking configuration  --  total number of spine's uplinks "
+         << spineUplinks << " is less then total number of internal links " << internalLinks
+         << std::endl;
+}
+
+void AsymmetricAPorts::WriteLines(std::ostream& stream) const {
+  stream << TagOf(Level()) << GroupTitle(isNeighborhood) << group << ": found " << ports.size()
+         << " asymmetric APort" << (ports.size() == 1 ? "" : "s")
+         << (toHosts ? " connected to CAs" : "") << std::endl;
+}
+
+void SharedFlid::WriteLines(std::ostream& stream) const {
+  stream << TagOf(Level()) << "FLID=" << flid << " appears in the following neighborhoods: ";
+  const char* separator = "";
+  for (const std::uint64_t id : groups) {
+    stream << separator << id;
+    separator = ", ";
+  }
+  stream << std::endl;
+}
+
+std::string DescriptionOf(const Finding& finding) {
+  return std::visit(
+      [](const auto& found) -> std::string {
+        if constexpr (RecordKind<std::decay_t<decltype(found)>>) {
+          return found.Description();
+        } else {
+          return {};
+        }
+      },
+      finding);
+}
+
+std::uint64_t IssuesOf(const Finding& finding) {
+  return std::visit(
+      [](const auto& found) -> std::uint64_t {
+        if constexpr (IssueKind<std::decay_t<decltype(found)>>) {
+          return found.Issues();
+        } else {
+          return 0;
+        }
+      },
+      finding);
 }
 
 }  // namespace fabscope

@@ -1,44 +1,69 @@
 #pragma once
 
+#include <array>
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <ostream>
+#include <string>
+#include <type_traits>
 #include <variant>
 #include <vector>
 
 #include "fabric/fabric_err_general.h"
 #include "fabric/ib_node.h"
-#include "fat_tree/link_errors.h"
+#include "fat_tree/link_issue.h"
 
 namespace fabscope {
 
-// What the checks find, as data for programs: the twins of the error records and of the report's
-// lines, which tell the same in words. A topology hands each over when its record or line is made
-// (FTTopology::SetFindingSink), so the order is theirs.
+// What the checks find. A check makes each finding once, as data (FTTopology::Record and Report);
+// the report, the error records and every other output tell it from that.
 //
-// Groups are named by their number; `isNeighborhood` says which of the two kinds of groups it
-// numbers. Nodes and ports belong to the fabric.
+// A kind of finding has a name that programs know it by (`kind`), a level, and the numbers of the
+// groups that it is about, each once; `isNeighborhood` says which of the two kinds of groups they
+// number. It is either an error record, which has the name of its event and a description of one
+// line, or it raises the count of issues and writes its own lines to the report. Nodes and ports
+// belong to the fabric.
 
 // A spine and a line of one group without a cable between them.
 struct MissingLink {
+  static constexpr const char* kind = "missing-link";
+  static constexpr const char* event = "MISSING_LINK";
+
   std::uint64_t group;
   const IBNode* spine;
   const IBNode* line;
   bool isNeighborhood;
-  EnFabricErrLevel_t level = EN_FABRIC_ERR_ERROR;
+
+  EnFabricErrLevel_t Level() const { return EN_FABRIC_ERR_ERROR; }
+  std::vector<std::uint64_t> Groups() const { return {group}; }
+  std::string Description() const;
 };
 
 // A cable inside a rank or between groups: of its first end's group and of its second end's.
 struct InvalidLink {
+  static constexpr const char* kind = "invalid-link";
+  static constexpr const char* event = "INVALID_LINK";
+
   std::uint64_t group1;
   std::uint64_t group2;
   FTLinkIssue link;
   bool isNeighborhood;
-  EnFabricErrLevel_t level = EN_FABRIC_ERR_ERROR;
+
+  // A cable between two roots may be meant.
+  EnFabricErrLevel_t Level() const {
+    return link.rank1 == 0 && link.rank2 == 0 ? EN_FABRIC_ERR_WARNING : EN_FABRIC_ERR_ERROR;
+  }
+  // In the order of its ends.
+  std::vector<std::uint64_t> Groups() const;
+  std::string Description() const;
 };
 
 // Spines or lines of a group that differ in their number of links up or down.
 struct UnevenLinks {
+  static constexpr const char* kind = "uneven-links";
+
   // The switches that have one of the lesser numbers of links.
   struct Count {
     std::int32_t links;
@@ -51,40 +76,137 @@ struct UnevenLinks {
   bool isUp;
   bool isNeighborhood;
   EnFabricErrLevel_t level = EN_FABRIC_ERR_ERROR;
+
+  EnFabricErrLevel_t Level() const { return level; }
+  std::vector<std::uint64_t> Groups() const { return {group}; }
+  // One for each number that occurs.
+  std::uint64_t Issues() const { return others.size() + 1; }
+  void WriteLines(std::ostream& stream) const;
 };
+
+// A line for each of the numbers, without an end behind the last; it breaks after one switch more
+// than `perLine`.
+void ListSwitches(const std::vector<UnevenLinks::Count>& counts, unsigned perLine,
+                  const std::string& linkName, std::ostream& stream);
 
 // A group that more links enter from below than leave upwards.
 struct SuspectedBlocking {
+  static constexpr const char* kind = "suspected-blocking";
+
   std::uint64_t group;
   std::uint64_t spineUplinks;
   std::uint64_t internalLinks;
   bool isNeighborhood;
-  EnFabricErrLevel_t level = EN_FABRIC_ERR_WARNING;
+
+  EnFabricErrLevel_t Level() const { return EN_FABRIC_ERR_WARNING; }
+  std::vector<std::uint64_t> Groups() const { return {group}; }
+  std::uint64_t Issues() const { return 1; }
+  void WriteLines(std::ostream& stream) const;
 };
 
 // Plane ports of a group's switches whose aggregated port is asymmetric.
 struct AsymmetricAPorts {
+  static constexpr const char* kind = "asymmetric-aports";
+
   std::uint64_t group;
   // Inside the group all such ports; towards hosts the first of each aggregated port.
   std::vector<const IBPort*> ports;
   bool toHosts;
   bool isNeighborhood;
-  EnFabricErrLevel_t level = EN_FABRIC_ERR_WARNING;
+
+  EnFabricErrLevel_t Level() const { return EN_FABRIC_ERR_WARNING; }
+  std::vector<std::uint64_t> Groups() const { return {group}; }
+  std::uint64_t Issues() const { return ports.size(); }
+  void WriteLines(std::ostream& stream) const;
 };
 
 // A FLID that occurs in more than one neighborhood.
 struct SharedFlid {
+  static constexpr const char* kind = "shared-flid";
   static constexpr bool isNeighborhood = true;
+
   std::uint16_t flid;
   std::vector<std::uint64_t> groups;  // ascending
-  EnFabricErrLevel_t level = EN_FABRIC_ERR_WARNING;
+
+  EnFabricErrLevel_t Level() const { return EN_FABRIC_ERR_WARNING; }
+  std::vector<std::uint64_t> Groups() const { return groups; }
+  std::uint64_t Issues() const { return 1; }
+  void WriteLines(std::ostream& stream) const;
 };
 
-using Finding = std::variant<MissingLink, InvalidLink, UnevenLinks, SuspectedBlocking,
-                             AsymmetricAPorts, SharedFlid>;
+// An error record.
+template <typename Kind>
+concept RecordKind = requires(const Kind& found) {
+  { Kind::event } -> std::convertible_to<const char*>;
+  { found.Description() } -> std::same_as<std::string>;
+};
+
+// What raises the count of issues.
+template <typename Kind>
+concept IssueKind = requires(const Kind& found, std::ostream& stream) {
+  { found.Issues() } -> std::same_as<std::uint64_t>;
+  found.WriteLines(stream);
+};
+
+// One of the two, and never both.
+template <typename Kind>
+concept FindingKind = RecordKind<Kind>
+!= IssueKind<Kind>&& requires(const Kind& found) {
+  { Kind::kind } -> std::convertible_to<const char*>;
+  { found.Level() } -> std::same_as<EnFabricErrLevel_t>;
+  { found.Groups() } -> std::same_as<std::vector<std::uint64_t>>;
+  { found.isNeighborhood } -> std::convertible_to<bool>;
+};
+
+// Kinds of findings, and their names in the same order.
+template <FindingKind... Kinds>
+struct KindsOfFindings {
+  using Variant = std::variant<Kinds...>;
+  static constexpr std::array<const char*, sizeof...(Kinds)> names{Kinds::kind...};
+};
+
+// All that there are.
+using AllFindings = KindsOfFindings<MissingLink, InvalidLink, UnevenLinks, SuspectedBlocking,
+                                    AsymmetricAPorts, SharedFlid>;
+using Finding = AllFindings::Variant;
 using FindingSink = std::function<void(Finding&& finding)>;
 
-// By how much a finding raises the count of issues: 0 for those that are error records.
-std::size_t IssuesOf(const Finding& finding);
+// How a line of a report begins.
+inline const char* TagOf(EnFabricErrLevel_t level) {
+  return level == EN_FABRIC_ERR_WARNING ? "-W- " : "-E- ";
+}
+
+inline const char* KindOf(const Finding& finding) { return AllFindings::names.at(finding.index()); }
+inline EnFabricErrLevel_t LevelOf(const Finding& finding) {
+  return std::visit([](const auto& found) { return found.Level(); }, finding);
+}
+inline std::vector<std::uint64_t> GroupsOf(const Finding& finding) {
+  return std::visit([](const auto& found) { return found.Groups(); }, finding);
+}
+// Whether these number neighborhoods.
+inline bool IsOfNeighborhoods(const Finding& finding) {
+  return std::visit([](const auto& found) { return bool{found.isNeighborhood}; }, finding);
+}
+
+// The name of the event of an error record; null for what is none.
+inline const char* EventOf(const Finding& finding) {
+  return std::visit(
+      [](const auto& found) -> const char* {
+        using Kind = std::decay_t<decltype(found)>;
+        if constexpr (RecordKind<Kind>) {
+          return Kind::event;
+        } else {
+          return nullptr;
+        }
+      },
+      finding);
+}
+inline bool IsRecord(const Finding& finding) { return EventOf(finding) != nullptr; }
+
+// What an error record says, in one line without a tag; empty for what is none.
+std::string DescriptionOf(const Finding& finding);
+
+// By how much a finding raises the count of issues: 0 for an error record.
+std::uint64_t IssuesOf(const Finding& finding);
 
 }  // namespace fabscope

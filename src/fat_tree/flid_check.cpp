@@ -39,15 +39,7 @@ int FTTopology::CheckFLIDs() {
   for (const auto& [flid, ids] : flids) {
     if (ids.size() < 2) continue;
     anyShared = true;
-    ++issuesCount;
-    *outStream << "-W- FLID=" << flid << " appears in the following neighborhoods: ";
-    const char* separator = "";
-    for (const std::uint64_t id : ids) {
-      *outStream << separator << id;
-      separator = ", ";
-    }
-    *outStream << std::endl;
-    if (HasFindingSink()) HandOver(SharedFlid{flid, {ids.begin(), ids.end()}});
+    Report(SharedFlid{flid, {ids.begin(), ids.end()}}, *outStream);
   }
   if (anyShared) {
     *outStream << "-I- Additional information related to FLIDs could be found in the "

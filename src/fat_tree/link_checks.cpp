@@ -6,15 +6,11 @@
 
 #include "fat_tree/group_label.h"
 #include "fat_tree/neighborhood.h"
-#include "fat_tree/node_record.h"
 #include "fat_tree/status.h"
 #include "fat_tree/topology.h"
 
 namespace fabscope {
 namespace {
-
-// A listing breaks its line after this many further switches.
-constexpr unsigned listedPerLine = 7;
 
 std::string NullNodeText(bool isNeighborhood, std::uint64_t id) {
   return "Cannot calculate Up/Down links for the " + GroupLabel(isNeighborhood, id) +
@@ -57,15 +53,8 @@ int FTNeighborhood::CheckBlockingConfiguration(std::vector<FabricErrGeneral*>& /
     totalInternalLinks += static_cast<std::uint64_t>(std::int64_t{links.down});
   }
   if (totalSpineUplinks < totalInternalLinks) {
-    stream << "-W- " << GroupTitle(IsNeighborhood()) << id
-           << ": suspected blocking configuration  --  total number of spine's uplinks "
-           << totalSpineUplinks << " is less then total number of internal links "
-           << totalInternalLinks << std::endl;
-    topology->AddIssues(1);
-    if (topology->HasFindingSink()) {
-      topology->HandOver(
-          SuspectedBlocking{id, totalSpineUplinks, totalInternalLinks, IsNeighborhood()});
-    }
+    topology->Report(SuspectedBlocking{id, totalSpineUplinks, totalInternalLinks, IsNeighborhood()},
+                     stream);
   }
   return StatusSuccess;
 }
@@ -89,28 +78,28 @@ int FTNeighborhood::CheckSetLinks(const NodeSet& nodes, std::uint64_t nodesRank,
 void FTNeighborhood::SetLinksReport(std::ostream& stream, const CountMap& counts,
                                     std::uint64_t nodesRank, bool isUp) {
   if (counts.empty()) return;
-  const char* setName = nodesRank == rank ? "spines" : "lines";
-  const char* linkName = isUp ? "uplinks" : "downlinks";
+  const bool ofSpines = nodesRank == rank;
   if (counts.size() == 1) {
-    stream << "-I- " << GroupTitle(IsNeighborhood()) << id << ": all " << setName
-           << " have the same number of " << linkName << ": " << counts.begin()->first << std::endl;
+    stream << "-I- " << GroupTitle(IsNeighborhood()) << id << ": all "
+           << (ofSpines ? "spines" : "lines") << " have the same number of "
+           << (isUp ? "uplinks" : "downlinks") << ": " << counts.begin()->first << std::endl;
     return;
   }
-  stream << (IsWarning(nodesRank, isUp) ? "-W- " : "-E- ") << GroupTitle(IsNeighborhood()) << id
-         << ": " << setName << " with different number of " << linkName << " (expected  "
-         << counts.rbegin()->first << ' ' << linkName << ')';
-  ReportToStream(stream, counts, listedPerLine, linkName);
-  stream << std::endl;
-  topology->AddIssues(counts.size());
-  if (topology->HasFindingSink()) HandOverUnevenLinks(counts, nodesRank, isUp);
+  const EnFabricErrLevel_t level =
+      IsWarning(nodesRank, isUp) ? EN_FABRIC_ERR_WARNING : EN_FABRIC_ERR_ERROR;
+  topology->Report(UnevenLinks{id, counts.rbegin()->first, OthersOf(counts), ofSpines, isUp,
+                               IsNeighborhood(), level},
+                   stream);
 }
 
-void FTNeighborhood::HandOverUnevenLinks(const CountMap& counts, std::uint64_t nodesRank,
-                                         bool isUp) const {
-  const std::int32_t expected = counts.rbegin()->first;
-  const bool isNeighborhood = IsNeighborhood();
-  const bool isWarning = IsWarning(nodesRank, isUp);
+void FTNeighborhood::ReportToStream(std::ostream& stream, const CountMap& counts, unsigned perLine,
+                                    const std::string& linkName) const {
+  ListSwitches(OthersOf(counts), perLine, linkName, stream);
+}
+
+std::vector<UnevenLinks::Count> FTNeighborhood::OthersOf(const CountMap& counts) const {
   std::vector<UnevenLinks::Count> others;
+  if (counts.empty()) return others;
   for (auto entry = std::next(counts.rbegin()); entry != counts.rend(); ++entry) {
     UnevenLinks::Count& count = others.emplace_back();
     count.links = entry->first;
@@ -119,30 +108,7 @@ void FTNeighborhood::HandOverUnevenLinks(const CountMap& counts, std::uint64_t n
       if (node != nullptr) count.nodes.push_back(node);
     }
   }
-  topology->HandOver(UnevenLinks{id, expected, std::move(others), nodesRank == rank, isUp,
-                                 isNeighborhood,
-                                 isWarning ? EN_FABRIC_ERR_WARNING : EN_FABRIC_ERR_ERROR});
-}
-
-void FTNeighborhood::ReportToStream(std::ostream& stream, const CountMap& counts, unsigned perLine,
-                                    const std::string& linkName) const {
-  if (counts.size() <= 1) return;
-  for (auto entry = std::next(counts.rbegin()); entry != counts.rend(); ++entry) {
-    stream << std::endl << "\t " << entry->first << ' ' << linkName << ": ";
-    unsigned onLine = 0;
-    for (const std::uint64_t guid : entry->second) {
-      const IBNode* node = topology->GetFabric().getNodeByGuid(guid);
-      if (node == nullptr) continue;
-      stream << GetNodeRecord(node) << ' ';
-      // The break comes behind a full line even when nothing follows it.
-      if (onLine >= perLine) {
-        stream << std::endl << "\t\t";
-        onLine = 0;
-      } else {
-        ++onLine;
-      }
-    }
-  }
+  return others;
 }
 
 bool FTNeighborhood::IsWarning(std::uint64_t nodesRank, bool isUp) const {

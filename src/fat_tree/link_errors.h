@@ -1,33 +1,20 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 
 #include "fabric/fabric_err_general.h"
-#include "fabric/ib_node.h"
+#include "fat_tree/findings.h"
 
 namespace fabscope {
-
-// A link at fault between two switches. For a link between an upper and a lower switch node1 is
-// the upper one. A missing link has port 0 and a rank of all ones at both ends: there is no port.
-struct FTLinkIssue {
-  const IBNode* node1 = nullptr;
-  std::uint8_t port1 = 0;
-  std::uint64_t rank1 = 0;
-  const IBNode* node2 = nullptr;
-  std::uint8_t port2 = 0;
-  std::uint64_t rank2 = 0;
-};
 
 // A spine and a line of one group without a cable between them. `isNeighborhood` says what the
 // group is called.
 class FTMissingLinkError final : public FabricErrGeneral {
  public:
+  explicit FTMissingLinkError(const MissingLink& found);
   FTMissingLinkError(std::uint64_t id, const FTLinkIssue& issue, bool isNeighborhood);
-  // The same with the switches' node records: a group can miss millions of links among few
-  // switches.
-  FTMissingLinkError(std::uint64_t id, const std::string& spine, const std::string& line,
-                     bool isNeighborhood);
   ~FTMissingLinkError() override = default;
   std::string GetCSVErrorLine() override;
   std::string GetErrorLine() override;
@@ -37,6 +24,7 @@ class FTMissingLinkError final : public FabricErrGeneral {
 // its two ends. Its level is 3, but 2 for a cable between two roots.
 class FTInvalidLinkError final : public FabricErrGeneral {
  public:
+  explicit FTInvalidLinkError(const InvalidLink& found);
   FTInvalidLinkError(std::uint64_t id1, std::uint64_t id2, const FTLinkIssue& issue,
                      bool isNeighborhood);
   ~FTInvalidLinkError() override = default;
@@ -44,7 +32,15 @@ class FTInvalidLinkError final : public FabricErrGeneral {
   std::string GetErrorLine() override;
 };
 
-// What CSV and JSON call the kind of a record of this stage: "MISSING_LINK" or "INVALID_LINK".
-const char* GetEventName(const FabricErrGeneral& record);
+inline std::unique_ptr<FabricErrGeneral> MakeRecord(const MissingLink& found) {
+  return std::make_unique<FTMissingLinkError>(found);
+}
+inline std::unique_ptr<FabricErrGeneral> MakeRecord(const InvalidLink& found) {
+  return std::make_unique<FTInvalidLinkError>(found);
+}
+
+// The line of the CSV report for an event of the cluster as a whole, without a line end. The
+// identifier fields are zero: it belongs to no single node or port.
+std::string EventCsvLine(const char* event, const std::string& description);
 
 }  // namespace fabscope

@@ -14,8 +14,6 @@
 
 #include "fabric/guid.h"
 #include "fat_tree/group_label.h"
-#include "fat_tree/link_errors.h"
-#include "fat_tree/node_record.h"
 #include "fat_tree/node_table.h"
 #include "fat_tree/status.h"
 #include "fat_tree/topology.h"
@@ -29,13 +27,6 @@ thread_local std::uint64_t neighborhoodId = 0;
 thread_local std::uint64_t groupId = 0;
 
 std::uint64_t NextId(bool isNeighborhood) { return isNeighborhood ? neighborhoodId++ : groupId++; }
-
-std::vector<std::string> RecordsOf(const std::vector<const IBNode*>& nodes) {
-  std::vector<std::string> records;
-  records.reserve(nodes.size());
-  for (const IBNode* node : nodes) records.push_back(GetNodeRecord(node));
-  return records;
-}
 
 // The first group that holds a node.
 NodeTable<const FTNeighborhood*> GroupsByNode(const std::vector<FTNeighborhood*>& groups) {
@@ -116,12 +107,7 @@ int FTUpHopHistogram::InvalidLinksReport(std::vector<FabricErrGeneral*>& errors,
     if (group1 == nullptr) return StatusLookupFailed;
     const FTNeighborhood* group2 = groupOf(issue.node2);
     if (group2 == nullptr) return StatusLookupFailed;
-    errors.push_back(
-        new FTInvalidLinkError(group1->GetId(), group2->GetId(), issue, isNeighborhood));
-    if (topology.HasFindingSink()) {
-      topology.HandOver(InvalidLink{group1->GetId(), group2->GetId(), issue, isNeighborhood,
-                                    errors.back()->GetLevel()});
-    }
+    topology.Record(InvalidLink{group1->GetId(), group2->GetId(), issue, isNeighborhood}, errors);
   }
   return StatusSuccess;
 }
@@ -145,25 +131,16 @@ void FTNeighborhood::AddNodes(const std::list<const IBNode*>& nodes, bool toSpin
 int FTNeighborhood::MissingLinksReport(std::vector<FabricErrGeneral*>& errors,
                                        const NodePairs& connectedPairs) const {
   const bool isNeighborhood = IsNeighborhood();
-  const std::vector<const IBNode*> lineNodes(lines.begin(), lines.end());
-  std::vector<std::string> lineRecords;  // made when the first link is missing
   for (const IBNode* spine : spines) {
     if (spine == nullptr) return StatusSuccess;
     const bool isAlsoLine = lines.contains(spine);
-    std::string spineRecord;
-    for (std::size_t l = 0; l < lineNodes.size(); ++l) {
-      const IBNode* line = lineNodes[l];
+    for (const IBNode* line : lines) {
       if (line == nullptr) return StatusSuccess;
       if (line == spine) continue;
       // Only where spines and lines share switches is a pair met a second time, turned round.
       const bool wasVisited = isAlsoLine && std::less<>()(line, spine) && spines.contains(line);
       if (wasVisited || connectedPairs.Contains(*spine, *line)) continue;
-      if (lineRecords.empty()) lineRecords = RecordsOf(lineNodes);
-      if (spineRecord.empty()) spineRecord = GetNodeRecord(spine);
-      errors.push_back(new FTMissingLinkError(id, spineRecord, lineRecords[l], isNeighborhood));
-      if (topology->HasFindingSink()) {
-        topology->HandOver(MissingLink{id, spine, line, isNeighborhood, errors.back()->GetLevel()});
-      }
+      topology->Record(MissingLink{id, spine, line, isNeighborhood}, errors);
     }
   }
   return StatusSuccess;

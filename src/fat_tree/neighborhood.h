@@ -11,6 +11,7 @@
 
 #include "fabric/fabric_err_general.h"
 #include "fabric/ib_port.h"
+#include "fat_tree/findings.h"
 #include "fat_tree/node_pairs.h"
 #include "fat_tree/node_set.h"
 
@@ -54,7 +55,6 @@ class FTNeighborhood {
                       bool isUp);
   void ReportToStream(std::ostream& stream, const CountMap& counts, unsigned perLine,
                       const std::string& linkName) const;
-  void HandOverUnevenLinks(const CountMap& counts, std::uint64_t nodesRank, bool isUp) const;
   // Leaves with different numbers of hosts are normal enough to be a warning only.
   bool IsWarning(std::uint64_t nodesRank, bool isUp) const;
 
@@ -62,7 +62,6 @@ class FTNeighborhood {
   int CheckAsymmetricAPorts(std::ostream& stream);
   int CheckInternalAPorts(std::ostream& stream);
   int CheckExternalAPorts(std::ostream& stream);
-  void APortsReport(std::ostream& stream, std::vector<const IBPort*> ports, bool toHosts) const;
 
   // Adds the FLIDs of the lines (flid_check.cpp).
   int CollectFLIDs(FLIDMap& flids);
@@ -85,6 +84,8 @@ class FTNeighborhood {
   friend struct TestPeer;
 
   bool IsNeighborhood() const;
+  // The switches of all numbers of links but the greatest, the most first.
+  std::vector<UnevenLinks::Count> OthersOf(const CountMap& counts) const;
 
   NodeSet spines;
   NodeSet lines;

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <ostream>
 #include <sstream>
@@ -14,6 +15,7 @@
 #include "fabric/ib_fabric.h"
 #include "fat_tree/classification.h"
 #include "fat_tree/findings.h"
+#include "fat_tree/link_errors.h"
 #include "fat_tree/node_set.h"
 #include "fat_tree/node_table.h"
 #include "fat_tree/pairs_container.h"
@@ -31,7 +33,8 @@ class FTNeighborhood;
 //
 // Unless stated otherwise an operation answers a status (fat_tree/status.h) and, when that is not
 // 0, has written its reason to the topology's error stream. Findings in the cabling are no
-// failures: they are records in `errors`, which the caller owns, or lines on the output stream.
+// failures: they go to the finding sink, or are records in `errors`, which the caller owns, or
+// lines on the output stream.
 class FTTopology {
  public:
   // What GetNodeRecord puts in front of a switch's name: 0 nothing, 1 system GUID and ASIC, 2 node
@@ -45,14 +48,28 @@ class FTTopology {
   FTTopology& operator=(const FTTopology&) = delete;
   ~FTTopology();
 
-  // Where every finding of the validation goes as data, besides the record or line that tells it.
-  // Without a sink none is made. Set before Validate; must outlive it.
+  // Where every finding of the validation goes, in the order in which they are told. With a sink
+  // nothing is appended to `errors`: there can be millions of records, and each can be told from
+  // its finding. Set before Validate; must outlive it.
   void SetFindingSink(FindingSink sink) { findingSink = std::move(sink); }
   bool HasFindingSink() const { return findingSink != nullptr; }
-  // Gives a finding to the sink, which must be there.
-  template <typename Kind>
-  void HandOver(Kind&& finding) const {
-    findingSink(Finding(std::forward<Kind>(finding)));
+  // An error record, for the sink or for `errors`.
+  template <RecordKind Kind>
+  void Record(const Kind& finding, std::vector<FabricErrGeneral*>& errors) const {
+    if (findingSink) {
+      findingSink(finding);
+    } else {
+      std::unique_ptr<FabricErrGeneral> record = MakeRecord(finding);
+      errors.push_back(record.get());
+      static_cast<void>(record.release());
+    }
+  }
+  // Writes the finding's lines and counts its issues.
+  template <IssueKind Kind>
+  void Report(Kind finding, std::ostream& stream) {
+    finding.WriteLines(stream);
+    issuesCount += finding.Issues();
+    if (findingSink) findingSink(std::move(finding));
   }
 
   // --- Building the ranks. On failure `message` says why, and the topology must not be validated.

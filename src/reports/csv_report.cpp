@@ -1,10 +1,19 @@
 #include "reports/csv_report.h"
 
+#include <string>
+
+#include "fat_tree/link_errors.h"
+#include "reports/text_report.h"
+
 namespace fabscope {
 
 void WriteCsvReport(const CheckResult& result, std::ostream& stream) {
   stream << "Scope,NodeId,PortId,PortNumber,Event,Description\n";
-  for (const auto& record : result.records) stream << record->GetCSVErrorLine() << '\n';
+  for (const Finding& record : result.findings.Records()) {
+    stream << EventCsvLine(EventOf(record), DescriptionOf(record)) << '\n';
+  }
+  const std::string rest = RecordsNotListedText(result);
+  if (!rest.empty()) stream << EventCsvLine("NOT_LISTED", rest) << '\n';
 }
 
 }  // namespace fabscope

@@ -113,10 +113,10 @@ void Report::WriteCables() {
 }
 
 void Report::WriteFindings() {
-  for (const Fault& fault : difference_.findings->cured) {
+  for (const Fault fault : difference_.findings->cured) {
     Line("finding cured", FaultText(fault, then_));
   }
-  for (const Fault& fault : difference_.findings->appeared) {
+  for (const Fault fault : difference_.findings->appeared) {
     Line("finding appeared", FaultText(fault, now_));
   }
 }

@@ -7,7 +7,6 @@
 
 #include "fabric/guid.h"
 #include "fat_tree/group_label.h"
-#include "reports/finding_kinds.h"
 
 namespace fabscope {
 
@@ -81,8 +80,7 @@ std::string FaultText(const Fault& fault, const NodeNames& names) {
   for (const Place& place : fault.places) {
     words.places.push_back(names.Of(*place.node, place.port));
   }
-  const bool isWarning = LevelOf(*fault.finding) == EN_FABRIC_ERR_WARNING;
-  return (isWarning ? "-W- " : "-E- ") + std::visit(words, *fault.finding);
+  return TagOf(LevelOf(*fault.finding)) + std::visit(words, *fault.finding);
 }
 
 }  // namespace fabscope

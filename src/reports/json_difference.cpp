@@ -6,7 +6,6 @@
 #include "platform/version.h"
 #include "reports/difference_report.h"
 #include "reports/fault_text.h"
-#include "reports/finding_kinds.h"
 #include "reports/node_types.h"
 #include "reports/repair_report.h"
 
@@ -77,7 +76,7 @@ class JsonDifference {
   void WriteCables(std::string& json);
   void WriteFindings(std::string& json);
   void WritePlan(JsonMembers& owner);
-  void WriteFaults(JsonMembers& owner, const char* key, const std::vector<Fault>& faults,
+  void WriteFaults(JsonMembers& owner, const char* key, const FaultList& faults,
                    const NodeNames& names);
 
   const Difference& difference_;
@@ -130,8 +129,8 @@ void JsonDifference::WriteFindings(std::string& json) {
   WriteFaults(findings, "appeared", difference_.findings->appeared, NodeNames(difference_.is));
 }
 
-void JsonDifference::WriteFaults(JsonMembers& owner, const char* key,
-                                 const std::vector<Fault>& faults, const NodeNames& names) {
+void JsonDifference::WriteFaults(JsonMembers& owner, const char* key, const FaultList& faults,
+                                 const NodeNames& names) {
   List(owner, key, faults, [&](JsonMembers& object, const Fault& fault) {
     object.Text("kind", KindOf(*fault.finding));
     object.Number("level", static_cast<int>(LevelOf(*fault.finding)));

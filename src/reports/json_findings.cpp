@@ -2,7 +2,6 @@
 
 #include "fat_tree/group_label.h"
 #include "formats/json_members.h"
-#include "reports/finding_kinds.h"
 
 namespace fabscope {
 namespace {
@@ -68,10 +67,10 @@ void AppendFinding(std::string& json, const Finding& finding) {
   JsonMembers members(json, '{', '}');
   std::visit(
       [&](const auto& found) {
-        members.Text("kind", KindOf(finding));
-        members.Number("level", static_cast<int>(found.level));
+        members.Text("kind", found.kind);
+        members.Number("level", static_cast<int>(found.Level()));
         members.Text("groupKind", GroupName(found.isNeighborhood));
-        members.NumberArray("groups", GroupsOf(finding));
+        members.NumberArray("groups", found.Groups());
         members.Number("issues", IssuesOf(finding));
         AppendDetails(members, found);
       },

@@ -121,7 +121,7 @@ class JsonPlan {
       return;
     }
     JsonMembers members(json, '{', '}');
-    members.Number("records", result_.After().records);
+    members.Number("records", result_.After().findings.RecordsCount());
     members.Number("issues", result_.After().issues);
   }
   void WriteNotes(std::string& json) {

@@ -3,7 +3,6 @@
 #include <string>
 
 #include "fat_tree/group_label.h"
-#include "fat_tree/link_errors.h"
 #include "fat_tree/neighborhood.h"
 #include "formats/json_members.h"
 #include "platform/version.h"
@@ -56,11 +55,11 @@ void AppendGroup(std::string& json, const FTNeighborhood& group, bool isNeighbor
   members.Number("totalInternalLinks", group.GetTotalInternalLinks());
 }
 
-void AppendRecord(std::string& json, FabricErrGeneral& record) {
+void AppendRecord(std::string& json, const Finding& record) {
   JsonMembers members(json, '{', '}');
-  members.Text("event", GetEventName(record));
-  members.Number("level", static_cast<int>(record.GetLevel()));
-  members.Text("description", record.GetErrorLine());
+  members.Text("event", EventOf(record));
+  members.Number("level", static_cast<int>(LevelOf(record)));
+  members.Text("description", DescriptionOf(record));
 }
 
 class JsonReport {
@@ -79,6 +78,8 @@ class JsonReport {
     WriteRanks(members.Key("ranks"));
     WriteGroups(members.Key("groups"));
     WriteRecords(members.Key("records"));
+    const std::uint64_t notListed = result_.findings.RecordsNotListed();
+    if (notListed != 0) members.Number("recordsNotListed", notListed);
     members.Number("issues", result_.issuesCount);
     WriteFindings(members.Key("findings"));
     WriteRepairs(members.Key("repairs"));
@@ -114,7 +115,7 @@ class JsonReport {
   }
   void WriteRecords(std::string& json) {
     JsonMembers list(json, '[', ']');
-    for (const auto& record : result_.records) AppendRecord(NextLine(list), *record);
+    for (const Finding& record : result_.findings.Records()) AppendRecord(NextLine(list), record);
   }
   void WriteFindings(std::string& json) {
     JsonMembers list(json, '[', ']');

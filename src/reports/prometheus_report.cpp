@@ -11,7 +11,6 @@
 #include "fat_tree/group_label.h"
 #include "formats/escaped_text.h"
 #include "platform/version.h"
-#include "reports/finding_kinds.h"
 
 namespace fabscope {
 namespace {
@@ -96,17 +95,22 @@ class Metrics {
 
   void WriteFindings() {
     Begin("error_records", "Wrong and missing cables.");
-    Value("", result_.records.size());
+    Value("", result_.findings.RecordsCount());
+    const std::uint64_t notListed = result_.findings.RecordsNotListed();
+    if (notListed != 0) {
+      Begin("error_records_not_listed", "Of them those that the findings below do not count.");
+      Value("", notListed);
+    }
     Begin("issues", "All other issues, as the report counts them.");
     Value("", result_.issuesCount);
     Begin("findings", "Findings by kind.");
     for (std::size_t kind = 0; kind < byKind_.size(); ++kind) {
-      Value(fmt::format(R"(,kind="{}")", FindingKinds.at(kind)), byKind_.at(kind));
+      Value(fmt::format(R"(,kind="{}")", AllFindings::names.at(kind)), byKind_.at(kind));
     }
     Begin("group_findings", "Findings by kind and group, of groups that have any.");
     for (const auto& [key, count] : byGroup_) {
       const auto& [kind, isConnectivityGroup, group] = key;
-      Value(fmt::format(R"(,kind="{}",group_kind="{}",group="{}")", FindingKinds.at(kind),
+      Value(fmt::format(R"(,kind="{}",group_kind="{}",group="{}")", AllFindings::names.at(kind),
                         GroupName(!isConnectivityGroup), group),
             count);
     }
@@ -115,7 +119,7 @@ class Metrics {
   const CheckResult& result_;
   std::string fabric_;
   std::string_view name_;
-  std::array<std::uint64_t, FindingKinds.size()> byKind_{};
+  std::array<std::uint64_t, AllFindings::names.size()> byKind_{};
   // By kind, whether it is a connectivity group, and its number.
   std::map<std::tuple<std::size_t, bool, std::uint64_t>, std::uint64_t> byGroup_;
   fmt::memory_buffer text_;

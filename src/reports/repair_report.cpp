@@ -27,8 +27,8 @@ std::string Letter(std::size_t number) {
 }
 
 std::string FindingsText(const CheckedTree& tree) {
-  return std::to_string(tree.records) + " error records, " + std::to_string(tree.issues) +
-         " issues";
+  return std::to_string(tree.findings.RecordsCount()) + " error records, " +
+         std::to_string(tree.issues) + " issues";
 }
 
 class Report {
@@ -77,7 +77,7 @@ void Report::WriteVerdict() {
       stream_ << "no repairs proposed: " << plan_.message << '\n';
       return;
     }
-    const bool isClean = result_.before.records == 0 && result_.before.issues == 0;
+    const bool isClean = result_.before.findings.RecordsCount() == 0 && result_.before.issues == 0;
     stream_ << "no repairs" << (isClean ? "" : "; no cable cures what is found: " + left) << '\n';
     return;
   }

@@ -196,7 +196,7 @@ class Picture {
 };
 
 void Picture::DrawTitle() {
-  const std::size_t records = result_.records.size();
+  const std::uint64_t records = result_.findings.RecordsCount();
   std::string verdict = "No faults found";
   if (result_.HasFindings()) {
     verdict = Counted(records, "wrong or missing cable", "wrong or missing cables");
@@ -204,6 +204,8 @@ void Picture::DrawTitle() {
       verdict += ", " + Counted(result_.issuesCount, "other issue", "other issues");
     }
   }
+  const std::uint64_t notListed = result_.findings.RecordsNotListed();
+  if (notListed != 0) verdict += fmt::format(" ({} not drawn)", notListed);
   if (result_.status != CheckStatus::Done) verdict = "Not validated: " + result_.message;
   std::size_t groups = 0;
   for (const auto& rank : topology_.GetNeighborhoods()) groups += rank.size();

@@ -1,5 +1,6 @@
 #include "reports/text_report.h"
 
+#include <cstdint>
 #include <string>
 
 #include "formats/text_fields.h"
@@ -36,16 +37,17 @@ void TakeAllLines(const CheckResult& result, bool withDump, const TakeLine& take
   SplitLines(result.buildOutput, take);
   SplitLines(result.levelsReport, take);
   SplitLines(result.validateOutput, take);
-  if (!result.records.empty()) take({});
-  for (const auto& record : result.records) {
-    const bool isWarning = record->GetLevel() == EN_FABRIC_ERR_WARNING;
-    take((isWarning ? "-W- " : "-E- ") + record->GetErrorLine());
+  if (result.findings.RecordsCount() != 0) take({});
+  for (const Finding& record : result.findings.Records()) {
+    take(TagOf(LevelOf(record)) + DescriptionOf(record));
   }
+  const std::string rest = RecordsNotListedText(result);
+  if (!rest.empty()) take("-W- " + rest);
   if (result.status != CheckStatus::Done) return;
   if (withDump) SplitLines(result.dump, take);
   take({});
-  take("-I- Fat-tree check: " + std::to_string(result.records.size()) + " error records, " +
-       std::to_string(result.issuesCount) + " issues");
+  take("-I- Fat-tree check: " + std::to_string(result.findings.RecordsCount()) +
+       " error records, " + std::to_string(result.issuesCount) + " issues");
 }
 
 }  // namespace
@@ -54,6 +56,14 @@ void ForEachReportLine(const CheckResult& result, const TextStyle& style, const 
   TakeAllLines(result, style.withDump, [&](std::string_view line) {
     if (IsShown(line, style)) take(line);
   });
+}
+
+std::string RecordsNotListedText(const CheckResult& result) {
+  const std::uint64_t count = result.findings.RecordsNotListed();
+  if (count == 0) return {};
+  return std::to_string(count) +
+         (count == 1 ? " more error record is" : " more error records are") +
+         " not listed (--max-records)";
 }
 
 void WriteTextReport(const CheckResult& result, const TextStyle& style, std::ostream& stream) {

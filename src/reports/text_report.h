@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <ostream>
+#include <string>
 #include <string_view>
 
 #include "check/check.h"
@@ -18,6 +19,9 @@ struct TextStyle {
 // the levels, the records with their tags, the dump and the closing line. When the tree could not
 // be built or validated it ends where the work ended; the reason is not part of it.
 void WriteTextReport(const CheckResult& result, const TextStyle& style, std::ostream& stream);
+
+// How many error records are more than are listed, and what lists them; empty when all are.
+std::string RecordsNotListedText(const CheckResult& result);
 
 // A line with a tag of its own, in the same style; `start` stands before the tag.
 void WriteReportLine(std::string_view line, const TextStyle& style, std::ostream& stream,

@@ -1,98 +1,20 @@
-// The findings as data tell what records and report lines tell: put into words again, they give the
-// same words.
+// With a sink the findings go there, and records and report lines say the same as without.
 
 #include "fat_tree/findings.h"
 
 #include <array>
+#include <cstdint>
+#include <future>
 #include <gtest/gtest.h>
 #include <sstream>
 #include <string>
-#include <vector>
+#include <type_traits>
+#include <variant>
 
-#include "fat_tree/node_record.h"
 #include "property/stage_run.h"
 
 namespace fabscope {
 namespace {
-
-std::string Title(bool isNeighborhood, std::uint64_t id) {
-  return (isNeighborhood ? "Neighborhood " : "Connectivity group ") + std::to_string(id);
-}
-
-std::string End(const IBNode* node, unsigned port) {
-  return "(" + GetNodeRecord(node) + " port: " + std::to_string(port) + ")";
-}
-
-std::string Words(const MissingLink& found) {
-  return Title(found.isNeighborhood, found.group) + ": missing link between switches (" +
-         GetNodeRecord(found.spine) + ") and (" + GetNodeRecord(found.line) + ")";
-}
-
-std::string Words(const InvalidLink& found) {
-  const std::string end1 = End(found.link.node1, found.link.port1);
-  const std::string end2 = End(found.link.node2, found.link.port2);
-  if (found.group1 == found.group2) {
-    return Title(found.isNeighborhood, found.group1) + " : invalid link between switches " + end1 +
-           " and " + end2;
-  }
-  return "Invalid link between " +
-         std::string(found.isNeighborhood ? "neighborhood " : "connectivity group ") +
-         std::to_string(found.group1) + " " + end1 + " and " +
-         (found.isNeighborhood ? "neighborhood " : "group ") + std::to_string(found.group2) + " " +
-         end2;
-}
-
-std::string Words(const UnevenLinks& found) {
-  const std::string links = found.isUp ? " uplinks" : " downlinks";
-  std::string text = Title(found.isNeighborhood, found.group) + ": " +
-                     (found.ofSpines ? "spines" : "lines") + " with different number of" + links +
-                     " (expected  " + std::to_string(found.expected) + links + ")";
-  for (const UnevenLinks::Count& other : found.others) {
-    text += "\n\t " + std::to_string(other.links) + links + ": ";
-    for (std::size_t i = 0; i < other.nodes.size(); ++i) {
-      text += GetNodeRecord(other.nodes[i]) + " ";
-      if (i % 8 == 7) text += "\n\t\t";
-    }
-  }
-  return text;
-}
-
-std::string Words(const SuspectedBlocking& found) {
-  return Title(found.isNeighborhood, found.group) +
-         ": suspected blocking configuration  --  total number of spine's uplinks " +
-         std::to_string(found.spineUplinks) + " is less then total number of internal links " +
-         std::to_string(found.internalLinks);
-}
-
-std::string Words(const AsymmetricAPorts& found) {
-  return Title(found.isNeighborhood, found.group) + ": found " +
-         std::to_string(found.ports.size()) + " asymmetric APort" +
-         (found.ports.size() == 1 ? "" : "s") + (found.toHosts ? " connected to CAs" : "");
-}
-
-std::string Words(const SharedFlid& found) {
-  std::string text =
-      "FLID=" + std::to_string(found.flid) + " appears in the following neighborhoods: ";
-  for (std::size_t i = 0; i < found.groups.size(); ++i) {
-    text += (i == 0 ? "" : ", ") + std::to_string(found.groups[i]);
-  }
-  return text;
-}
-
-std::string Tag(EnFabricErrLevel_t level) {
-  return level == EN_FABRIC_ERR_WARNING ? "-W- " : "-E- ";
-}
-
-// With its tag, and a line end.
-std::string LineOf(const Finding& finding) {
-  return std::visit([](const auto& found) { return Tag(found.level) + Words(found) + "\n"; },
-                    finding);
-}
-
-bool IsRecord(const Finding& finding) {
-  return std::holds_alternative<MissingLink>(finding) ||
-         std::holds_alternative<InvalidLink>(finding);
-}
 
 std::string WithoutInformation(const std::string& text) {
   std::string left;
@@ -103,28 +25,70 @@ std::string WithoutInformation(const std::string& text) {
   return left;
 }
 
+// What one run tells, each in words.
+struct Told {
+  std::string records;
+  std::string validateText;
+  std::string lines;  // of the findings that are no records
+  std::uint64_t issues = 0;
+  std::uint64_t issuesCount = 0;
+  std::array<int, AllFindings::names.size()> found{};
+};
+
+Told RunWithSink(std::uint64_t seed) {
+  StageRun run(reference::RandomCase(seed));
+  Told told;
+  std::ostringstream lines;
+  run.topology->SetFindingSink([&](Finding&& finding) {
+    ++told.found[finding.index()];
+    told.issues += IssuesOf(finding);
+    if (IsRecord(finding)) {
+      told.records += TagOf(LevelOf(finding)) + DescriptionOf(finding) + "\n";
+      return;
+    }
+    std::visit(
+        [&](const auto& issue) {
+          if constexpr (IssueKind<std::decay_t<decltype(issue)>>) issue.WriteLines(lines);
+        },
+        finding);
+  });
+  run.RunAll();
+  EXPECT_TRUE(run.errors.empty());
+  told.lines = lines.str();
+  told.validateText = run.validateText;
+  told.issuesCount = run.topology->GetIssuesCount();
+  return told;
+}
+
+Told RunWithoutSink(std::uint64_t seed) {
+  StageRun run(reference::RandomCase(seed));
+  run.RunAll();
+  Told told;
+  for (FabricErrGeneral* error : run.errors) {
+    told.records += TagOf(error->GetLevel()) + error->GetErrorLine() + "\n";
+  }
+  told.validateText = run.validateText;
+  told.issuesCount = run.topology->GetIssuesCount();
+  return told;
+}
+
+// On a thread of its own, which numbers groups from 0.
+Told OnThread(Told (*run)(std::uint64_t), std::uint64_t seed) {
+  return std::async(std::launch::async, run, seed).get();
+}
+
 TEST(FindingsTest, TellInOrderWhatRecordsAndReportLinesTell) {
-  std::array<int, std::variant_size_v<Finding>> found{};
+  std::array<int, AllFindings::names.size()> found{};
   for (std::uint64_t seed = 30'000; seed < 31'000; ++seed) {
     SCOPED_TRACE(seed);
-    StageRun run(reference::RandomCase(seed));
-    std::string records;
-    std::string lines;
-    std::uint64_t issues = 0;
-    run.topology->SetFindingSink([&](Finding&& finding) {
-      ++found[finding.index()];
-      issues += IssuesOf(finding);
-      (IsRecord(finding) ? records : lines) += LineOf(finding);
-    });
-    run.RunAll();
-
-    std::string expectedRecords;
-    for (FabricErrGeneral* error : run.errors) {
-      expectedRecords += Tag(error->GetLevel()) + error->GetErrorLine() + "\n";
-    }
-    ASSERT_EQ(records, expectedRecords);
-    ASSERT_EQ(lines, WithoutInformation(run.validateText));
-    ASSERT_EQ(issues, run.topology->GetIssuesCount());
+    const Told told = OnThread(RunWithSink, seed);
+    const Told plain = OnThread(RunWithoutSink, seed);
+    ASSERT_EQ(told.records, plain.records);
+    ASSERT_EQ(told.validateText, plain.validateText);
+    ASSERT_EQ(told.lines, WithoutInformation(told.validateText));
+    ASSERT_EQ(told.issues, told.issuesCount);
+    ASSERT_EQ(told.issuesCount, plain.issuesCount);
+    for (std::size_t kind = 0; kind < found.size(); ++kind) found[kind] += told.found[kind];
   }
   for (const int count : found) EXPECT_GE(count, 20);
 }

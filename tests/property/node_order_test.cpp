@@ -145,7 +145,7 @@ class Findings {
   void AddRecords(const StageRun& run) {
     for (FabricErrGeneral* error : run.errors) {
       const std::string text = error->GetErrorLine();
-      if (GetEventName(*error) == std::string("MISSING_LINK")) {
+      if (dynamic_cast<FTMissingLinkError*>(error) != nullptr) {
         texts_.insert(Named(text));
         continue;
       }

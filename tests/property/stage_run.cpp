@@ -70,7 +70,8 @@ std::vector<const FTNeighborhood*> StageRun::Groups() const {
 std::vector<std::string> StageRun::Records(const std::string& event) const {
   std::vector<std::string> texts;
   for (FabricErrGeneral* error : errors) {
-    if (GetEventName(*error) == event) texts.push_back(error->GetErrorLine());
+    if (error->GetCSVErrorLine().find("," + event + ",") != std::string::npos)
+      texts.push_back(error->GetErrorLine());
   }
   return texts;
 }

@@ -76,7 +76,7 @@ std::string AutomaticRoots::Compare(const PlainCase& what, std::uint64_t number)
   options.equalClassifications = what.options.equal;
   options.mergePercent = what.options.mergePercent;
   options.showGuid = what.options.showGuid;
-  options.wantDump = options.wantFindings = options.wantMisfits = true;
+  options.wantDump = options.wantMisfits = true;
   const auto ask = [&](RootsFrom method) {
     options.roots = method;
     return Ask(options);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <utility>
@@ -14,9 +15,10 @@ class ReportTest : public StageTest {
  protected:
   const CheckResult& Check(const std::string& rootRegex) {
     result.input = "net.topo";
+    result.findings = FindingList(mostRecords);
     result.topology = std::make_unique<FTTopology>(&fabric.Build(), &out, mergePercent);
     result.topology->SetFindingSink(
-        [this](Finding&& finding) { result.findings.push_back(std::move(finding)); });
+        [this](Finding&& finding) { result.findings.Add(std::move(finding)); });
     regExp regex(rootRegex);
     result.status = CheckStatus::NotBuilt;
     if (result.topology->Build(errors, result.message, regex) == 0) {
@@ -24,12 +26,11 @@ class ReportTest : public StageTest {
       const int status = result.topology->Validate(errors, result.message);
       result.status = status == 0 ? CheckStatus::Done : CheckStatus::NotValidated;
     }
-    for (FabricErrGeneral* error : errors) result.records.emplace_back(error);
-    errors.clear();
     result.issuesCount = result.topology->GetIssuesCount();
     return result;
   }
 
+  std::uint64_t mostRecords = FindingList::defaultMostRecords;
   CheckResult result;
 };
 

@@ -116,6 +116,8 @@ export interface Result {
   ranks: string[][]
   groups: RawGroup[]
   records: unknown[]
+  /** How many more there are, if any. */
+  recordsNotListed?: number
   issues: number
   findings: RawFinding[]
   repairs: RawStep[]

@@ -84,8 +84,10 @@ export function showHead(app: App): void {
   document.documentElement.dataset.verdict = signOf(model)
   tell('message', result.message)
   tell('doubt', result.roots.doubt)
+  const notListed = result.recordsNotListed ?? 0
+  tell('not-listed', notListed ? `${counted(notListed, 'more error record')} not listed` : '')
   byId('source').textContent =
-    `${result.tool} · ${counted(result.records.length, 'error record')}, ` +
+    `${result.tool} · ${counted(result.records.length + notListed, 'error record')}, ` +
     counted(result.issues, 'issue') +
     (result.roots.method === 'inferred' ? ' · roots inferred from all cables' : '')
   byId('numbers').append(...tiles(app), ...kindTiles(app))

@@ -38,6 +38,7 @@ _fabscope() {
     check:--svg) _fabscope_files; return ;;
     check:--prometheus) _fabscope_files; return ;;
     check:--log) _fabscope_files; return ;;
+    check:--max-records) return ;;
     check:--color) _fabscope_words 'auto always never'; return ;;
     repair:--roots) _fabscope_words 'inferred smdb regex'; return ;;
     repair:--root-regex) return ;;
@@ -60,6 +61,7 @@ _fabscope() {
     diff:--node-name-map) _fabscope_files; return ;;
     diff:--json) _fabscope_files; return ;;
     diff:--plan) _fabscope_files; return ;;
+    diff:--max-records) return ;;
     diff:--color) _fabscope_words 'auto always never'; return ;;
     generate:--xgft) return ;;
     generate:--levels) return ;;
@@ -86,11 +88,11 @@ _fabscope() {
     convert:--merge-percent) return ;;
   esac
   case ${COMP_WORDS[1]}:$current in
-    check:-*) _fabscope_words '--roots --root-regex --ranks --retries --equal --merge-percent --special-nodes --node-name-map --show-guid --flids --dump --csv --json --html --svg --prometheus --log -q --quiet --color -h --help --version' ;;
+    check:-*) _fabscope_words '--roots --root-regex --ranks --retries --equal --merge-percent --special-nodes --node-name-map --show-guid --flids --dump --csv --json --html --svg --prometheus --log --max-records -q --quiet --color -h --help --version' ;;
     check:*) _fabscope_files ;;
     repair:-*) _fabscope_words '--roots --root-regex --ranks --merge-percent --special-nodes --node-name-map --show-guid --csv --json --after --verify -h --help --version' ;;
     repair:*) _fabscope_files ;;
-    diff:-*) _fabscope_words '--roots --root-regex --ranks --retries --equal --merge-percent --special-nodes --node-name-map --json --plan -q --quiet --color -h --help --version' ;;
+    diff:-*) _fabscope_words '--roots --root-regex --ranks --retries --equal --merge-percent --special-nodes --node-name-map --json --plan --max-records -q --quiet --color -h --help --version' ;;
     diff:*) _fabscope_files ;;
     generate:-*) _fabscope_words '--xgft --levels --radix --pods --hosts-per-leaf --parallel --planes --flids --speed --fault --seed --truth -o --output --format -h --help --version' ;;
     convert:-*) _fabscope_words '-o --output --format --special-nodes --node-name-map --roots --root-regex --ranks --retries --equal --merge-percent -h --help --version' ;;

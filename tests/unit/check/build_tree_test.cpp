@@ -36,7 +36,7 @@ class BuildTreeTest : public StageTest {
     AddTwoLevelTree(fabric, 2, 4, 1);
   }
 
-  BuiltTree Build() { return BuildTree(fabric.Build(), options, stream, errors); }
+  BuiltTree Build() { return BuildTree(fabric.Build(), options, stream); }
 
   static std::vector<std::vector<std::string>> RanksOf(const BuiltTree& tree) {
     std::vector<std::vector<std::string>> ranks;

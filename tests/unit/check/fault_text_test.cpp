@@ -24,10 +24,11 @@ class FaultTextTest : public ::testing::Test {
 TEST_F(FaultTextTest, LinksAreNamedByTheirEnds) {
   EXPECT_EQ(Text(MissingLink{0, Root(), Leaf(), true}, {{Root(), 0}, {Leaf(), 0}}),
             "-E- missing link between root and leaf");
-  const FTLinkIssue link{Root(), 1, 0, Leaf(), 2, 0};
+  FTLinkIssue link{Root(), 1, 1, Leaf(), 2, 1};
   EXPECT_EQ(Text(InvalidLink{0, 0, link, true}, {{Root(), 1}, {Leaf(), 2}}),
             "-E- invalid link between root port: 1 and leaf port: 2");
-  EXPECT_EQ(Text(InvalidLink{0, 0, link, true, EN_FABRIC_ERR_WARNING}, {{Root(), 1}, {Leaf(), 2}}),
+  link.rank1 = link.rank2 = 0;
+  EXPECT_EQ(Text(InvalidLink{0, 0, link, true}, {{Root(), 1}, {Leaf(), 2}}),
             "-W- invalid link between root port: 1 and leaf port: 2");
 }
 

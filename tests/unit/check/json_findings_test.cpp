@@ -38,7 +38,7 @@ TEST_F(JsonFindingsTest, InvalidLinkInsideAGroupNamesItOnce) {
 
 TEST_F(JsonFindingsTest, InvalidLinkBetweenGroupsNamesThemInTheOrderOfItsEnds) {
   const FTLinkIssue link{fabric["b"], 15, 0, fabric["a"], 3, 0};
-  EXPECT_EQ(Json(InvalidLink{5, 4, link, true, EN_FABRIC_ERR_WARNING}),
+  EXPECT_EQ(Json(InvalidLink{5, 4, link, true}),
             R"({"kind":"invalid-link","level":2,"groupKind":"neighborhood","groups":[5,4],)"
             R"("issues":0,"ends":[{"switch":"0x0000000000000002","port":15,"rank":0},)"
             R"({"switch":"0x0000000000000001","port":3,"rank":0}]})");

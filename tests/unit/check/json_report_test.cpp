@@ -19,7 +19,7 @@ class JsonReportTest : public StageTest {
     result.topology = std::make_unique<FTTopology>(&fabric.Build(), &out, mergePercent);
     regExp regex(rootRegex);
     result.topology->SetFindingSink(
-        [this](Finding&& finding) { result.findings.push_back(std::move(finding)); });
+        [this](Finding&& finding) { result.findings.Add(std::move(finding)); });
     result.status = CheckStatus::NotBuilt;
     const int built = result.topology->Build(errors, result.message, regex);
     result.buildOutput = TakeOutput();
@@ -29,8 +29,6 @@ class JsonReportTest : public StageTest {
       result.status = validated == 0 ? CheckStatus::Done : CheckStatus::NotValidated;
       result.validateOutput = TakeOutput();
     }
-    for (FabricErrGeneral* error : errors) result.records.emplace_back(error);
-    errors.clear();
     result.issuesCount = result.topology->GetIssuesCount();
   }
 
@@ -173,8 +171,7 @@ TEST_F(JsonReportTest, RecordsOrIssuesAloneAreFindings) {
   result.issuesCount = 1;
   EXPECT_EQ(status(), R"("status":"findings")");
   result.issuesCount = 0;
-  const FTLinkIssue issue{fabric["root0"], 0, 0, fabric["leaf0"], 0, 1};
-  result.records.push_back(std::make_unique<FTMissingLinkError>(0, issue, true));
+  result.findings.Add(MissingLink{0, fabric["root0"], fabric["leaf0"], true});
   EXPECT_EQ(status(), R"("status":"findings")");
 }
 
@@ -239,11 +236,10 @@ TEST_F(JsonReportTest, ReportHoldsTheDumpWhereTheRunShowsIt) {
 TEST_F(JsonReportTest, OfManyRecordsHoldsEachOfThemOnce) {
   AddTwoLevelTree(fabric, 1, 1, 0);
   Check("^root");
-  const FTLinkIssue issue{fabric["root0"], 0, 0, fabric["leaf0"], 0, 1};
   constexpr std::size_t count = 3000;
   std::string records;
   for (std::size_t i = 0; i < count; ++i) {
-    result.records.push_back(std::make_unique<FTMissingLinkError>(i, issue, true));
+    result.findings.Add(MissingLink{i, fabric["root0"], fabric["leaf0"], true});
     records += (i == 0 ? "\n" : ",\n") +
                std::string(R"({"event":"MISSING_LINK","level":3,"description":"Neighborhood )") +
                std::to_string(i) + R"j(: missing link between switches (root0) and (leaf0)"})j";
@@ -251,6 +247,20 @@ TEST_F(JsonReportTest, OfManyRecordsHoldsEachOfThemOnce) {
   const std::string json = Json();
   const std::size_t start = json.find(R"("records":[)") + 11;
   EXPECT_EQ(json.substr(start, json.find(R"(],"issues")") - start), records);
+}
+
+TEST_F(JsonReportTest, TellsHowManyRecordsAreNotListed) {
+  AddTwoLevelTree(fabric, 1, 1, 0);
+  Check("^root");
+  EXPECT_EQ(Json().find("recordsNotListed"), std::string::npos);
+  result.findings = FindingList(0);
+  result.findings.Add(MissingLink{0, fabric["root0"], fabric["leaf0"], true});
+  const std::string json = Json();
+  EXPECT_NE(json.find(R"("records":[],"recordsNotListed":1,"issues":0,"findings":[])"),
+            std::string::npos);
+  EXPECT_NE(json.find(R"("status":"findings")"), std::string::npos);
+  EXPECT_NE(json.find("\"-W- 1 more error record is not listed (--max-records)\""),
+            std::string::npos);
 }
 
 }  // namespace

@@ -13,6 +13,7 @@ namespace fabscope {
 namespace {
 
 using ::testing::HasSubstr;
+using ::testing::Not;
 
 class PrometheusReportTest : public ReportTest {
  protected:
@@ -116,6 +117,18 @@ TEST_F(PrometheusReportTest, TheNameOfTheFabricCannotEndItsLabel) {
   input = "a\"b\\c\nd\xff";
   EXPECT_THAT(Numbers("^root"),
               HasSubstr("fabscope_levels{fabric=\"a\\\"b\\\\c?d\xef\xbf\xbd\"} 2\n"));
+}
+
+TEST_F(PrometheusReportTest, TellsHowManyRecordsTheFindingsLack) {
+  AddTwoLevelTree(fabric, 3, 2, 0);
+  fabric.Switch("leaf").Cable("leaf", "root0");
+  EXPECT_THAT(Numbers("^root"), Not(HasSubstr("not_listed")));
+  mostRecords = 1;
+  const std::string numbers = Numbers("^root");
+  EXPECT_THAT(numbers, HasSubstr("fabscope_error_records{fabric=\"net.topo\"} 2\n"));
+  EXPECT_THAT(numbers, HasSubstr("fabscope_error_records_not_listed{fabric=\"net.topo\"} 1\n"));
+  EXPECT_THAT(numbers,
+              HasSubstr("fabscope_findings{fabric=\"net.topo\",kind=\"missing-link\"} 1\n"));
 }
 
 }  // namespace

@@ -28,7 +28,7 @@ std::string DumpPath(const std::string& name) { return FABSCOPE_TEST_DATA "/" + 
 
 std::vector<std::string> Findings(const CheckResult& result) {
   std::vector<std::string> lines;
-  for (const auto& record : result.records) lines.push_back(record->GetErrorLine());
+  for (const Finding& record : result.findings.Records()) lines.push_back(DescriptionOf(record));
   return lines;
 }
 
@@ -108,7 +108,7 @@ std::string WithoutGroupIds(const std::string& text) {
 
 TEST(WrongCableTest, BetweenTwoLeavesIsNamedWithBothPorts) {
   const CheckResult result = CheckFile(DumpPath("tree-32h-intra.topo"));
-  ASSERT_THAT(result.records, SizeIs(1));
+  ASSERT_EQ(result.findings.RecordsCount(), 1U);
   EXPECT_EQ(WithoutGroupIds(Findings(result)[0]),
             "Neighborhood  : invalid link between switches (leaf-p0l0 port: 7) and (leaf-p0l1 "
             "port: 7)");
@@ -116,7 +116,7 @@ TEST(WrongCableTest, BetweenTwoLeavesIsNamedWithBothPorts) {
 
 TEST(WrongCableTest, BetweenTwoMiddleSwitchesIsNamedWithBothPorts) {
   const CheckResult result = CheckFile(DumpPath("tree-32h-midmid.topo"));
-  ASSERT_THAT(result.records, SizeIs(1));
+  ASSERT_EQ(result.findings.RecordsCount(), 1U);
   EXPECT_EQ(WithoutGroupIds(Findings(result)[0]),
             "Connectivity group  : invalid link between switches (mid-p0m0 port: 5) and (mid-p1m0 "
             "port: 5)");
@@ -124,7 +124,7 @@ TEST(WrongCableTest, BetweenTwoMiddleSwitchesIsNamedWithBothPorts) {
 
 TEST(WrongCableTest, MissingBetweenLeafAndMiddleSwitchIsNamed) {
   const CheckResult result = CheckFile(DumpPath("tree-32h-missing.topo"));
-  ASSERT_THAT(result.records, SizeIs(1));
+  ASSERT_EQ(result.findings.RecordsCount(), 1U);
   EXPECT_EQ(WithoutGroupIds(Findings(result)[0]),
             "Neighborhood : missing link between switches (mid-p0m0) and (leaf-p0l0)");
 }
@@ -133,7 +133,7 @@ TEST(WrongCableTest, MissingBetweenLeafAndMiddleSwitchIsNamed) {
 // foreign middle switch counts as shared, and the pod's other leaf as missing a cable to it.
 TEST(WrongCableTest, IntoAnotherPodShowsAtTheForeignMiddleSwitch) {
   const CheckResult result = CheckFile(DumpPath("tree-32h-cross.topo"));
-  ASSERT_THAT(result.records, SizeIs(1));
+  ASSERT_EQ(result.findings.RecordsCount(), 1U);
   EXPECT_EQ(WithoutGroupIds(Findings(result)[0]),
             "Neighborhood : missing link between switches (mid-p1m0) and (leaf-p0l0)");
   EXPECT_EQ(result.issuesCount, 10U);

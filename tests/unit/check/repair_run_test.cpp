@@ -34,14 +34,14 @@ TEST_F(RepairRunTest, NothingIsToBeDoneInACleanTree) {
   EXPECT_EQ(result.proven.plan.ranks.levels, 3);
   EXPECT_STREQ(result.method, "inferred");
   EXPECT_EQ(&result.Repaired(), result.fabric.get());
-  EXPECT_EQ(result.After().records, 0U);
+  EXPECT_EQ(result.After().findings.RecordsCount(), 0U);
   EXPECT_EQ(result.After().issues, 0U);
 }
 
 TEST_F(RepairRunTest, ChecksTheFabricAsItIsFromTheRootsOfThePlan) {
   const RepairResult result = Run(Dump("tree-32h-intra.topo"));
   EXPECT_TRUE(result.IsDone()) << result.message;
-  EXPECT_EQ(result.before.records, 1U);
+  EXPECT_EQ(result.before.findings.RecordsCount(), 1U);
   EXPECT_EQ(result.before.findings.size(), 1U);
 }
 

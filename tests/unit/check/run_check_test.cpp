@@ -51,8 +51,8 @@ class RunCheckTest : public FolderTest {
   }
   static std::vector<std::string> RecordsOf(const CheckResult& result) {
     std::vector<std::string> records;
-    for (const auto& record : result.records) {
-      const std::string text = record->GetErrorLine();
+    for (const Finding& record : result.findings.Records()) {
+      const std::string text = DescriptionOf(record);
       records.push_back(text.substr(text.find(':') + 2));  // group numbers go on
     }
     return records;
@@ -164,15 +164,22 @@ TEST_F(RunCheckTest, TheDumpIsMadeWhenAskedFor) {
                 "\t\tlines: 2 switches\n\t\t\tone\n\t\t\ttwo\n\n");
 }
 
-TEST_F(RunCheckTest, FindingsAreKeptWhenAskedFor) {
-  EXPECT_THAT(Check(Document()).findings, IsEmpty());
-  options.wantFindings = true;
+TEST_F(RunCheckTest, FindingsAreKept) {
   const CheckResult result = Check(Document());
   ASSERT_THAT(result.findings, SizeIs(1));
   const InvalidLink found = std::get<InvalidLink>(result.findings[0]);
   EXPECT_EQ(found.link.node1->name, "one");
   EXPECT_EQ(found.link.node2->name, "two");
   EXPECT_FALSE(result.topology->HasFindingSink()) << "it leads into a result that has moved";
+}
+
+TEST_F(RunCheckTest, OfMoreRecordsThanAreListedTheRestIsCounted) {
+  options.mostRecords = 0;
+  const CheckResult result = Check(Document());
+  EXPECT_THAT(result.findings, IsEmpty());
+  EXPECT_EQ(result.findings.RecordsCount(), 1U);
+  EXPECT_EQ(result.findings.RecordsNotListed(), 1U);
+  EXPECT_TRUE(result.HasFindings());
 }
 
 TEST_F(RunCheckTest, AFailureLeavesNoDump) {
@@ -217,8 +224,8 @@ TEST_F(RunCheckTest, RecordsUntilAFailureAreKept) {
             "Cannot validate Fat-Tree topology. Bit-set is too short to story 2049bits");
   const auto& groups = result.topology->GetNeighborhoods()[0];
   ASSERT_THAT(groups, SizeIs(roots));
-  ASSERT_THAT(result.records, SizeIs(1));
-  EXPECT_EQ(result.records[0]->GetErrorLine(),
+  ASSERT_EQ(result.findings.RecordsCount(), 1U);
+  EXPECT_EQ(DescriptionOf(result.findings[0]),
             "Invalid link between connectivity group " + std::to_string(groups[0]->GetId()) +
                 " (root1 port: 255) and group " + std::to_string(groups[1]->GetId()) +
                 " (root2 port: 255)");
@@ -269,11 +276,11 @@ TEST_F(RunCheckTest, ATreeThatLeavesSwitchesOutIsDoubted) {
 
 TEST_F(RunCheckTest, GroupsAreMergedAtThePercentageAskedFor) {
   const std::string fabric = Dump("tree-32h-cross.topo");
-  EXPECT_THAT(Check(fabric).records, SizeIs(1));
+  EXPECT_EQ(Check(fabric).findings.RecordsCount(), 1U);
   options.mergePercent = 50;
-  EXPECT_THAT(Check(fabric).records, SizeIs(7));
+  EXPECT_EQ(Check(fabric).findings.RecordsCount(), 7U);
   options.mergePercent = 100;
-  EXPECT_THAT(Check(fabric).records, SizeIs(0));
+  EXPECT_EQ(Check(fabric).findings.RecordsCount(), 0U);
 }
 
 TEST_F(RunCheckTest, AdaptersOfASpecialNameAreSpecialInADump) {

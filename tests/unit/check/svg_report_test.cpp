@@ -57,6 +57,16 @@ TEST_F(SvgReportTest, MissingCableIsDashedAndItsEndsAndGroupAreMarked) {
   EXPECT_THAT(picture, Not(HasSubstr("\"invalid\"")));
 }
 
+TEST_F(SvgReportTest, TitleTellsHowManyRecordsAreNotListed) {
+  AddTwoLevelTree(fabric, 3, 2, 0);
+  fabric.Switch("leaf").Cable("leaf", "root0");
+  mostRecords = 1;
+  const std::string picture = Picture("^root");
+  EXPECT_THAT(picture,
+              HasSubstr(">2 wrong or missing cables, 4 other issues (1 not drawn)</text>"));
+  EXPECT_EQ(Count(picture, "<path class=\"missing\""), 2U) << "one cable and the legend";
+}
+
 TEST_F(SvgReportTest, CableInsideARankIsDrawnAsInvalidAndNotAsCable) {
   AddTwoLevelTree(fabric, 1, 2, 0);
   fabric.Cable("leaf0", "leaf1");

@@ -2,21 +2,25 @@
 
 #include <gtest/gtest.h>
 #include <sstream>
+#include <string>
 
 #include "reports/csv_report.h"
+#include "support/test_fabric.h"
 
 namespace fabscope {
 namespace {
 
-class Record final : public FabricErrGeneral {
- public:
-  Record(const std::string& text, EnFabricErrLevel_t recordLevel) {
-    description = text;
-    level = recordLevel;
-  }
-  std::string GetCSVErrorLine() override { return "csv of " + description; }
-  std::string GetErrorLine() override { return description; }
+// Switches that records can name.
+struct Switches {
+  Switches() { fabric.Switch("a").Switch("b"); }
+
+  MissingLink Missing(std::uint64_t group) { return {group, fabric["a"], fabric["b"], true}; }
+  InvalidLink BetweenRoots() { return {5, 5, {fabric["a"], 1, 0, fabric["b"], 2, 0}, true}; }
+
+  TestFabric fabric;
 };
+
+constexpr const char* missing3 = "-E- Neighborhood 3: missing link between switches (a) and (b)\n";
 
 CheckResult FinishedCheck() {
   CheckResult result;
@@ -42,20 +46,23 @@ TEST(TextReportTest, OfACleanFabricIsTheStagesOutputAndTheClosingLine) {
 
 TEST(TextReportTest, ShowsRecordsInTheirOrderTaggedByLevelBehindAnEmptyLine) {
   CheckResult result = FinishedCheck();
-  result.records.push_back(std::make_unique<Record>("wrong", EN_FABRIC_ERR_ERROR));
-  result.records.push_back(std::make_unique<Record>("odd", EN_FABRIC_ERR_WARNING));
+  Switches switches;
+  result.findings.Add(switches.Missing(3));
+  result.findings.Add(switches.BetweenRoots());
+  result.findings.Add(SharedFlid{7, {1, 2}});
   result.issuesCount = 1;
   EXPECT_EQ(TextOf(result, false),
-            "built\nlevels\nvalidated\n\n-E- wrong\n-W- odd\n"
-            "\n-I- Fat-tree check: 2 error records, 1 issues\n");
+            "built\nlevels\nvalidated\n\n" + std::string(missing3) +
+                "-W- Neighborhood 5 : invalid link between switches (a port: 1) and (b port: 2)\n"
+                "\n-I- Fat-tree check: 2 error records, 1 issues\n");
 }
 
 TEST(TextReportTest, ShowsTheDumpBetweenRecordsAndClosingLine) {
   CheckResult result = FinishedCheck();
-  result.records.push_back(std::make_unique<Record>("wrong", EN_FABRIC_ERR_ERROR));
-  EXPECT_EQ(TextOf(result, true),
-            "built\nlevels\nvalidated\n\n-E- wrong\ndumped\n"
-            "\n-I- Fat-tree check: 1 error records, 0 issues\n");
+  Switches switches;
+  result.findings.Add(switches.Missing(3));
+  EXPECT_EQ(TextOf(result, true), "built\nlevels\nvalidated\n\n" + std::string(missing3) +
+                                      "dumped\n\n-I- Fat-tree check: 1 error records, 0 issues\n");
 }
 
 TEST(TextReportTest, TheNoticeOfRootsStandsOnTopAlsoWhenQuiet) {
@@ -78,8 +85,9 @@ TEST(TextReportTest, OfATreeThatWasNotBuiltEndsWithWhatBuildingWrote) {
 TEST(TextReportTest, OfATreeThatWasNotValidatedEndsWithTheRecordsUntilThen) {
   CheckResult result = FinishedCheck();
   result.status = CheckStatus::NotValidated;
-  result.records.push_back(std::make_unique<Record>("wrong", EN_FABRIC_ERR_ERROR));
-  EXPECT_EQ(TextOf(result, true), "built\nlevels\nvalidated\n\n-E- wrong\n");
+  Switches switches;
+  result.findings.Add(switches.Missing(3));
+  EXPECT_EQ(TextOf(result, true), "built\nlevels\nvalidated\n\n" + std::string(missing3));
 }
 
 TEST(TextReportTest, ShowsALineThatDoesNotEndAllTheSame) {
@@ -93,7 +101,8 @@ TEST(TextReportTest, ShowsALineThatDoesNotEndAllTheSame) {
 std::string TextOf(const TextStyle& style) {
   CheckResult result = FinishedCheck();
   result.validateOutput = "-I- all well\n-W- odd\n\t -I- a name\n-E- wrong\n";
-  result.records.push_back(std::make_unique<Record>("-I- wrong", EN_FABRIC_ERR_ERROR));
+  Switches switches;
+  result.findings.Add(switches.Missing(3));
   std::ostringstream stream;
   WriteTextReport(result, style, stream);
   return stream.str();
@@ -101,24 +110,55 @@ std::string TextOf(const TextStyle& style) {
 
 TEST(TextReportTest, WhenQuietLacksTheInformationLinesAndNothingElse) {
   EXPECT_EQ(TextOf({.quiet = true}),
-            "built\nlevels\n-W- odd\n\t -I- a name\n-E- wrong\n\n-E- -I- wrong\n\n");
+            "built\nlevels\n-W- odd\n\t -I- a name\n-E- wrong\n\n" + std::string(missing3) + "\n");
 }
 
 TEST(TextReportTest, InColourPaintsTheTagAtTheStartOfALineOnly) {
   EXPECT_EQ(TextOf({.color = true}),
             "built\nlevels\n\033[36m-I-\033[0m all well\n\033[33m-W-\033[0m odd\n\t -I- a name\n"
-            "\033[31m-E-\033[0m wrong\n\n\033[31m-E-\033[0m -I- wrong\n\n"
+            "\033[31m-E-\033[0m wrong\n\n"
+            "\033[31m-E-\033[0m Neighborhood 3: missing link between switches (a) and (b)\n\n"
             "\033[36m-I-\033[0m Fat-tree check: 1 error records, 0 issues\n");
+}
+
+TEST(TextReportTest, TellsHowManyRecordsAreNotListedAlsoWhenQuiet) {
+  CheckResult result = FinishedCheck();
+  Switches switches;
+  result.findings = FindingList(1);
+  for (const std::uint64_t group : {3, 4, 5}) result.findings.Add(switches.Missing(group));
+  result.findings.Add(SharedFlid{7, {1, 2}});
+  result.issuesCount = 1;
+  EXPECT_EQ(result.findings.size(), 2U) << "what issues count is always kept";
+  EXPECT_EQ(TextOf(result, false), "built\nlevels\nvalidated\n\n" + std::string(missing3) +
+                                       "-W- 2 more error records are not listed (--max-records)\n"
+                                       "\n-I- Fat-tree check: 3 error records, 1 issues\n");
+  std::ostringstream stream;
+  WriteTextReport(result, {.quiet = true}, stream);
+  EXPECT_NE(stream.str().find("-W- 2 more error records are not listed"), std::string::npos);
 }
 
 TEST(CsvReportTest, IsAHeaderAndALineForEachRecord) {
   CheckResult result = FinishedCheck();
-  result.records.push_back(std::make_unique<Record>("one", EN_FABRIC_ERR_ERROR));
-  result.records.push_back(std::make_unique<Record>("two", EN_FABRIC_ERR_WARNING));
+  Switches switches;
+  result.findings = FindingList(2);
+  result.findings.Add(switches.Missing(3));
+  result.findings.Add(switches.BetweenRoots());
+  result.findings.Add(SharedFlid{7, {1, 2}});
+  const std::string listed =
+      "Scope,NodeId,PortId,PortNumber,Event,Description\n"
+      "CLUSTER,0x0,0x0,0x0,MISSING_LINK,"
+      "\"Neighborhood 3: missing link between switches (a) and (b)\"\n"
+      "CLUSTER,0x0,0x0,0x0,INVALID_LINK,"
+      "\"Neighborhood 5 : invalid link between switches (a port: 1) and (b port: 2)\"\n";
   std::ostringstream stream;
   WriteCsvReport(result, stream);
-  EXPECT_EQ(stream.str(),
-            "Scope,NodeId,PortId,PortNumber,Event,Description\ncsv of one\ncsv of two\n");
+  EXPECT_EQ(stream.str(), listed);
+  result.findings.Add(switches.Missing(4));
+  stream.str({});
+  WriteCsvReport(result, stream);
+  EXPECT_EQ(stream.str(), listed +
+                              "CLUSTER,0x0,0x0,0x0,NOT_LISTED,"
+                              "\"1 more error record is not listed (--max-records)\"\n");
 }
 
 }  // namespace

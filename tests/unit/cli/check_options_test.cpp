@@ -31,7 +31,6 @@ TEST_F(CheckOptionsTest, DefaultsAreThoseOfTheContract) {
   EXPECT_EQ(arguments.options.showGuid, 0);
   EXPECT_EQ(arguments.options.specialNodes->GetExpression(), "Aggregation Node");
   EXPECT_FALSE(arguments.options.wantDump);
-  EXPECT_FALSE(arguments.options.wantFindings);
 }
 
 TEST_F(CheckOptionsTest, NumbersAreTakenAtBothLimitsOfTheirRange) {
@@ -335,31 +334,26 @@ TEST_F(CheckOptionsTest, DumpFileAsksForTheDump) {
   EXPECT_EQ(Take("--dump", "dump.txt"), std::nullopt);
   ASSERT_EQ(Settle(), std::nullopt);
   EXPECT_TRUE(arguments.options.wantDump);
-  EXPECT_FALSE(arguments.options.wantFindings);
 }
 
 TEST_F(CheckOptionsTest, JsonAsksForTheFindings) {
   EXPECT_EQ(Take("--json", "-"), std::nullopt);
   ASSERT_EQ(Settle(), std::nullopt);
-  EXPECT_TRUE(arguments.options.wantFindings);
 }
 
 TEST_F(CheckOptionsTest, PageAsksForTheFindings) {
   EXPECT_EQ(Take("--html", "page.html"), std::nullopt);
   ASSERT_EQ(Settle(), std::nullopt);
-  EXPECT_TRUE(arguments.options.wantFindings);
 }
 
 TEST_F(CheckOptionsTest, PictureAsksForTheFindings) {
   EXPECT_EQ(Take("--svg", "tree.svg"), std::nullopt);
   ASSERT_EQ(Settle(), std::nullopt);
-  EXPECT_TRUE(arguments.options.wantFindings);
 }
 
 TEST_F(CheckOptionsTest, NumbersAskForTheFindings) {
   EXPECT_EQ(Take("--prometheus", "fabric.prom"), std::nullopt);
   ASSERT_EQ(Settle(), std::nullopt);
-  EXPECT_TRUE(arguments.options.wantFindings);
 }
 
 }  // namespace

@@ -26,7 +26,6 @@ class DiffOptionsTest : public ::testing::Test {
 
 TEST_F(DiffOptionsTest, FindingsAreAskedFor) {
   ASSERT_EQ(Settle(), std::nullopt);
-  EXPECT_TRUE(arguments.options.wantFindings);
   EXPECT_EQ(arguments.options.specialNodes->GetExpression(), "Aggregation Node");
 }
 

@@ -24,18 +24,17 @@ struct Checked {
   TestFabric fabric;
   std::ostringstream out;
   std::unique_ptr<FTTopology> topology;
-  std::deque<Finding> findings;
+  FindingList findings;
 
   void Check() {
     FTTopology::Show_GUID = 0;
     topology = std::make_unique<FTTopology>(&fabric.Build(), &out, 70);
-    topology->SetFindingSink([this](Finding&& finding) { findings.push_back(std::move(finding)); });
+    topology->SetFindingSink([this](Finding&& finding) { findings.Add(std::move(finding)); });
     std::vector<FabricErrGeneral*> records;
     std::string message;
     regExp roots("^root");
     ASSERT_EQ(topology->Build(records, message, roots), 0) << message;
     ASSERT_EQ(topology->Validate(records, message), 0) << message;
-    for (const FabricErrGeneral* record : records) delete record;
   }
 };
 
@@ -51,9 +50,9 @@ std::string Text(const Fault& fault) {
   return text;
 }
 
-std::vector<std::string> Texts(const std::vector<Fault>& faults) {
+std::vector<std::string> Texts(const FaultList& faults) {
   std::vector<std::string> texts;
-  for (const Fault& fault : faults) texts.push_back(Text(fault));
+  for (const Fault fault : faults) texts.push_back(Text(fault));
   return texts;
 }
 
@@ -150,8 +149,8 @@ TEST_F(FindingChangesTest, NumbersOfGroupsDoNotMatter) {
     fabric.Cable("rootB", "leafB").Cable("rootB", "leafB");
   }
   Compare();
-  EXPECT_NE(std::get<UnevenLinks>(was.findings.front()).group,
-            std::get<UnevenLinks>(is.findings.front()).group);
+  EXPECT_NE(std::get<UnevenLinks>(was.findings[0]).group,
+            std::get<UnevenLinks>(is.findings[0]).group);
   EXPECT_THAT(Texts(changes.cured), IsEmpty());
   EXPECT_THAT(Texts(changes.appeared), IsEmpty());
 }

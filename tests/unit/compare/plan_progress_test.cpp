@@ -220,5 +220,35 @@ TEST_F(CuresTest, WhatIsLeftIsNotCured) {
   EXPECT_THAT(cures, ElementsAre(ElementsAre(0, 2, 3, 7, 8)));
 }
 
+class LinkCuresTest : public RepairTest {};
+
+TEST_F(LinkCuresTest, ALinkBelongsToTheStepThatPlugsIt) {
+  AddTwoLevelTree(tree, 3, 3, 1);
+  const auto between = [this](const char* root, const char* leaf) {
+    return CableChanges{{std::nullopt, CableBetween(root, leaf)}};
+  };
+  RepairPlan plan;
+  plan.ranks = Ranks({"root", "leaf"});
+  for (const char* leaf : {"leaf0", "leaf1"}) {
+    plan.steps.push_back(
+        Step(RepairAction::Connect, RepairReason::LinkLacking, between("root0", leaf)));
+  }
+  auto fabric = Changed({Undo(plan.steps[0].cables), Undo(plan.steps[1].cables)});
+  const RepairResult result = Result(std::move(fabric), std::move(plan));
+  const auto cures =
+      CuresOf(result.proven.plan.steps, {*result.before.topology, result.before.findings},
+              {*result.proven.after.topology, result.proven.after.findings});
+  const auto linesOf = [&](std::size_t step) {
+    std::vector<std::string> lines;
+    for (const std::size_t place : cures[step]) {
+      const auto* missing = std::get_if<MissingLink>(&result.before.findings[place]);
+      if (missing != nullptr) lines.push_back(missing->line->name);
+    }
+    return lines;
+  };
+  EXPECT_THAT(linesOf(0), ElementsAre("leaf0"));
+  EXPECT_THAT(linesOf(1), ElementsAre("leaf1"));
+}
+
 }  // namespace
 }  // namespace fabscope

@@ -99,11 +99,6 @@ TEST_F(LinkErrorsTest, AMissingLinkIsAnErrorWhateverItsRanks) {
   EXPECT_EQ(FTMissingLinkError(1, issue, true).GetLevel(), 3);
 }
 
-TEST_F(LinkErrorsTest, RecordsKnowTheNameOfTheirEvent) {
-  EXPECT_STREQ(GetEventName(FTMissingLinkError(1, issue, true)), "MISSING_LINK");
-  EXPECT_STREQ(GetEventName(FTInvalidLinkError(1, 2, issue, true)), "INVALID_LINK");
-}
-
 TEST_F(LinkErrorsTest, CsvLineOfAMissingLink) {
   EXPECT_EQ(FTMissingLinkError(3, issue, true).GetCSVErrorLine(),
             "CLUSTER,0x0,0x0,0x0,MISSING_LINK,"

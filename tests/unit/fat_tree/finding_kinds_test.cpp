@@ -1,8 +1,8 @@
-#include "reports/finding_kinds.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <string>
+
+#include "fat_tree/findings.h"
 
 namespace fabscope {
 namespace {
