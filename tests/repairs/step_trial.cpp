@@ -9,6 +9,11 @@
 #include "repairs/plain_steps.h"
 
 namespace fabscope {
+namespace {
+
+constexpr std::size_t mostSteps = 4;
+
+}  // namespace
 
 std::string StepsScore::Text() const {
   std::ostringstream text;
@@ -24,6 +29,10 @@ std::string TryFewerSteps(const RepairCase& what, StepsScore& score) {
   if (plan.status != RepairStatus::Repairs || plan.lowerBound != plan.steps.size()) return {};
   ++score.plans;
   if (plan.steps.size() > 1) ++score.ofSeveralSteps;
+  if (plan.steps.size() > mostSteps) {
+    ++score.tooLong;
+    return {};
+  }
   const plain::Fabric fabric = ReadFabric(*what.fabric, plan.ranks);
   plain::Cabling after(fabric);
   for (const plain::Step& step : ReadPlan(*what.fabric, plan).steps) {
