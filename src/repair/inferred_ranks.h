@@ -12,9 +12,9 @@ namespace fabscope {
 TreeRanks InferRanks(const IBFabric& fabric);
 
 // How far the fabric is from a proper fat tree of these ranks: cables between switches that must
-// go, plus cables that lack, with the groups that are found. A cable that should be elsewhere counts
-// twice. 0 exactly for a proper tree, and never too few; where much is wrong, other groups may need
-// fewer.
+// go, plus cables that lack, with the groups that are found. A cable that should be elsewhere
+// counts twice. 0 exactly for a proper tree, and never too few; where much is wrong, other groups
+// may need fewer.
 std::uint64_t CountMisfits(const IBFabric& fabric, const TreeRanks& ranks);
 
 }  // namespace fabscope
