@@ -28,6 +28,15 @@ std::size_t BoundOf(const Changes& changes) {
   return std::max<std::size_t>(1, (std::max(extras, lacks) + 1) / 2);
 }
 
+// Of a swap the cable of the earlier switch comes first, for those who read it.
+void PutInOrder(CableChanges& changes) {
+  if (changes.size() != 2 || !changes[0].before || !changes[1].before) return;
+  const auto place = [](const CableChange& change) {
+    return std::pair(change.before->upper.node, change.before->upper.port);
+  };
+  if (place(changes[1]) < place(changes[0])) std::swap(changes[0], changes[1]);
+}
+
 }  // namespace
 
 RepairPlan FindRepairs(const IBFabric& fabric) { return FindRepairs(fabric, InferRanks(fabric)); }
@@ -58,7 +67,11 @@ RepairPlan FindRepairs(const IBFabric& fabric, TreeRanks ranks) {
   constexpr const char* noPort = "links are missing, but no port is free for them";
   if (steps.empty()) return abstain(noPort);
   JudgeSteps(fabric, groups, changes, steps);
-  for (PlannedStep& step : steps) plan.steps.push_back(std::move(step.step));
+  for (PlannedStep& step : steps) {
+    PutInOrder(step.step.cables);
+    for (CableChanges& alternative : step.step.alternatives) PutInOrder(alternative);
+    plan.steps.push_back(std::move(step.step));
+  }
   plan.lowerBound = BoundOf(changes);
   if (!changes.uncertain.empty()) return abstain(noPort);
   plan.status = RepairStatus::Repairs;

@@ -11,8 +11,10 @@ namespace fabscope {
 // the fabric has no tree at all (no switch, or none that leads to a host or to another switch).
 TreeRanks InferRanks(const IBFabric& fabric);
 
-// The edit distance of the fabric to a proper fat tree of these ranks: cables between switches that
-// must go, plus cables that lack. A cable that should be elsewhere counts twice.
+// How far the fabric is from a proper fat tree of these ranks: cables between switches that must
+// go, plus cables that lack, with the groups that are found. A cable that should be elsewhere
+// counts twice. 0 exactly for a proper tree, and never too few; where much is wrong, other groups
+// may need fewer.
 std::uint64_t CountMisfits(const IBFabric& fabric, const TreeRanks& ranks);
 
 }  // namespace fabscope

@@ -39,6 +39,7 @@ class NoteFinder {
     }
     for (std::size_t rank = 0; rank < groups_.pairs.size(); ++rank) NoteUnusual(rank);
     NoteUncertain();
+    for (RepairNote& note : notes_) std::sort(note.switches.begin(), note.switches.end());
     return std::move(notes_);
   }
 
@@ -193,7 +194,7 @@ void NoteFinder::NoteGroup(RepairNote::Kind kind, int rank, int group) {
   notes_.push_back({kind, rank, members[static_cast<std::size_t>(group)], {}});
 }
 
-// By group of the pair: the switches, in model order.
+// By group of the pair: the switches.
 const std::vector<std::vector<std::uint32_t>>& NoteFinder::MembersOf(int upperRank) {
   std::vector<std::vector<std::uint32_t>>& members = members_[static_cast<std::size_t>(upperRank)];
   if (!members.empty()) return members;

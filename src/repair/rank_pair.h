@@ -8,7 +8,7 @@
 
 namespace fabscope {
 
-// The switches of each rank, in model order.
+// The switches of each rank, as they are numbered.
 struct SwitchesByRank {
   // `ranks` by number in the graph; below 0 for those that have none.
   explicit SwitchesByRank(const std::vector<int>& ranks);
@@ -18,7 +18,7 @@ struct SwitchesByRank {
 };
 
 // The cables between a rank and the next one down. Switches are numbered anew, from 0 on each side:
-// spines above, lines below, both in model order.
+// spines above, lines below, both in the order of the graph.
 class RankPair {
  public:
   struct Link {

@@ -1,5 +1,8 @@
 #include "repair/switch_graph.h"
 
+#include <algorithm>
+#include <utility>
+
 #include "fabric/fabric_walk.h"
 
 namespace fabscope {
@@ -7,9 +10,11 @@ namespace fabscope {
 SwitchGraph::SwitchGraph(const IBFabric& fabric) : numberOf_(fabric.GetNodes().size(), none) {
   nodes_.reserve(fabric.switches.size());
   for (const IBNode* node : fabric.switches) {
-    numberOf_[node->index] = Count();
     nodes_.push_back(node);
   }
+  std::sort(nodes_.begin(), nodes_.end(),
+            [](const IBNode* a, const IBNode* b) { return a->guid < b->guid; });
+  for (std::uint32_t i = 0; i < Count(); ++i) numberOf_[nodes_[i]->index] = i;
   hosts_.resize(Count());
   cables_.reserve(fabric.GetPorts().size() / 2);
   std::vector<std::uint32_t> degree(Count());
@@ -19,7 +24,9 @@ SwitchGraph::SwitchGraph(const IBFabric& fabric) : numberOf_(fabric.GetNodes().s
       const IBNode* remote = GetLinkedNode(port);
       if (remote == nullptr) continue;
       if (remote->nodeType == NodeTypeCA && !remote->isSpecialNode()) ++hosts_[number];
-      if (remote->nodeType != NodeTypeSwitch || !IsFirstEnd(*port)) continue;
+      if (remote->nodeType != NodeTypeSwitch) continue;
+      const std::uint32_t far = NumberOf(remote->index);
+      if (std::pair(number, port->num) > std::pair(far, port->remotePort->num)) continue;
       if (GetLinkedNode(port->remotePort) == nullptr) continue;
       const Cable cable{number, NumberOf(remote->index), port->num, port->remotePort->num};
       if (cable.a == cable.b) {

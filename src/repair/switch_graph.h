@@ -9,7 +9,8 @@
 namespace fabscope {
 
 // The switches of a fabric and the cables between them in compact arrays: ranks and groups are
-// found by going over all cables many times. Switches are numbered from 0 in model order.
+// found by going over all cables many times. Switches are numbered from 0 by their GUIDs, so that
+// the order of nodes decides nothing, not even ties.
 //
 // Only cables that count for the tree are here (see GetLinkedNode); those from a switch to itself
 // stand apart.

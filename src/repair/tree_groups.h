@@ -16,7 +16,7 @@ struct TreeGroups {
 
   const SwitchGraph& graph;
   std::vector<int> ranks;            // by switch
-  std::vector<std::uint32_t> place;  // by switch: among those of its rank, in model order
+  std::vector<std::uint32_t> place;  // by switch: among those of its rank
   std::vector<RankPair> pairs;       // by the rank of the spines
   std::vector<Grouping> groupings;   // likewise
 
