@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <expat.h>
 #include <map>
-#include <simdjson.h>
 #include <sstream>
 
 #include "fabric/guid.h"
@@ -13,6 +12,7 @@
 #include "formats/write_fabric.h"
 #include "fuzz/fabric_parts.h"
 #include "fuzz/loading.h"
+#include "fuzz/plain_text.h"
 #include "fuzz/require.h"
 
 namespace {
@@ -61,14 +61,6 @@ std::string Written(const IBFabric& fabric, FabricFormat format) {
   std::ostringstream stream;
   WriteFabric(fabric, format, stream);
   return stream.str();
-}
-
-bool IsUtf8(const std::string& text) { return simdjson::validate_utf8(text.data(), text.size()); }
-
-bool HasControls(const std::string& text) {
-  return std::any_of(text.begin(), text.end(), [](char c) {
-    return static_cast<unsigned char>(c) < 0x20 || static_cast<unsigned char>(c) == 0x7f;
-  });
 }
 
 // --- What is lost: every attribute of every node and port before and after.
