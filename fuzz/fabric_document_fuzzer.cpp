@@ -41,7 +41,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     RequirePlaceIn(json, loaded.line, loaded.column);
     return 0;
   }
-  RequireSame(LoadDocument(loaded.document), loaded, "a document is read as it was written");
+  // Texts that were too long have been cut, which is all that documents are warned of.
+  Loaded written = loaded;
+  written.warnings.clear();
+  RequireSame(LoadDocument(loaded.document), written, "a document is read as it was written");
   RequireSame(LoadDocument(WithoutBlanks(json)), loaded, "blanks change nothing");
   RequireNothingOfACutOne(json);
   return 0;
