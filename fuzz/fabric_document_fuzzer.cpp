@@ -45,7 +45,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   Loaded written = loaded;
   written.warnings.clear();
   RequireSame(LoadDocument(loaded.document), written, "a document is read as it was written");
-  RequireSame(LoadDocument(WithoutBlanks(json)), loaded, "blanks change nothing");
+  Loaded small = LoadDocument(WithoutBlanks(json));
+  Require(small.warnings.size() == loaded.warnings.size(), "blanks change no warning but its line");
+  small.warnings.clear();
+  RequireSame(small, written, "blanks change nothing");
   RequireNothingOfACutOne(json);
   return 0;
 }
