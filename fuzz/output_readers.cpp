@@ -244,9 +244,13 @@ std::string AsPeopleSee(std::string_view text) {
   std::string shown;
   while (!text.empty()) {
     std::string_view rest = text;
-    TakeCharacter(rest);
-    const std::string_view character = text.substr(0, text.size() - rest.size());
-    shown += HasBidirectionalControls(character) ? "?" : character;
+    const bool isCharacter = TakeCharacter(rest).has_value();
+    const std::string_view taken = text.substr(0, text.size() - rest.size());
+    if (HasBidirectionalControls(taken)) {
+      shown += '?';
+    } else {
+      shown += isCharacter ? taken : "\xef\xbf\xbd";
+    }
     text = rest;
   }
   return shown;

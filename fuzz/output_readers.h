@@ -31,7 +31,8 @@ void RequirePrometheus(std::string_view text);
 // Nothing that a terminal would obey, and no line without its end.
 void RequirePlainText(std::string_view text);
 
-// A text with "?" for what turns the order of characters.
+// A text with "?" for what turns the order of characters, and U+FFFD for each byte outside of
+// UTF-8.
 std::string AsPeopleSee(std::string_view text);
 
 }  // namespace fabscope::fuzz
