@@ -52,18 +52,18 @@ def damage(lines, dice):
             lines[at] = bytes(line)
 
 
-def damaged(fab):
+def damaged(tool):
     """The names of files, of all seeds in all rounds; the files lie in the folder."""
     seeds = sorted(SEEDS.iterdir())
-    for number, (seed, turn) in enumerate(fab.some([(seed, turn) for seed in seeds
-                                                    for turn in range(ROUNDS)])):
+    for number, (seed, turn) in enumerate(tool.some([(seed, turn) for seed in seeds
+                                                     for turn in range(ROUNDS)])):
         dice = random.Random(number)
         files = files_of(seed)
         for _ in range(turn):
             lines = dice.choice([lines for lines in files.values() if len(lines) > 1])
             damage(lines, dice)
         for name, lines in files.items():
-            fab.file(name, b"".join(lines))
+            tool.file(name, b"".join(lines))
         yield files
 
 
