@@ -261,8 +261,10 @@ void RequireLossesTold(const IBFabric& fabric, FabricFormat format) {
 
 // --- Graphs.
 
+// What a graph shows as it is.
 bool IsText(const std::string& name) {
-  return IsUtf8(name) && !HasControls(name) && name.find("\xef\xbf\xbe") == std::string::npos &&
+  return IsUtf8(name) && !HasControls(name) && !HasBidirectionalControls(name) &&
+         name.find("\xef\xbf\xbe") == std::string::npos &&
          name.find("\xef\xbf\xbf") == std::string::npos;
 }
 
@@ -357,9 +359,7 @@ void RequireSoundDot(const IBFabric& fabric) {
     Require(line == "\"];" || line.starts_with("\", shape="), "a label ends where it ends");
     const IBNode& node = fabric.GetNodes().at(nodes++);
     Require(IsUtf8(label) && !HasControls(label), "a label is plain text");
-    if (IsUtf8(node.name) && !HasControls(node.name)) {
-      RequireSame(label, node.name, "a DOT file holds any name");
-    }
+    if (IsText(node.name)) RequireSame(label, node.name, "a DOT file holds any name");
   }
   Require(nodes == fabric.GetNodes().size(), "a DOT file has all nodes");
   Require(edges == CountCables(fabric), "a DOT file has all cables");
