@@ -64,7 +64,7 @@ def table(rows):
     text = line(HEADER) + line(["---"] * 2 + ["--:"] * 4).replace(" ", "")
     for name, of in sums.items():
         text += line([f"`{name}`", FUZZERS[name].does, f"{of['fuzz']:,}", f"{of['fuzz-fast']:,}",
-                      f"{of['seconds'] / 3600:.1f}", str(of["findings"] or "none")])
+                      f"{of['seconds'] / 3600:.2f}", str(of["findings"] or "none")])
     return text
 
 
