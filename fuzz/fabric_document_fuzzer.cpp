@@ -41,8 +41,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     RequirePlaceIn(json, loaded.line, loaded.column);
     return 0;
   }
-  RequireSame(LoadDocument(loaded.document), loaded, "a document is read as it was written");
-  RequireSame(LoadDocument(WithoutBlanks(json)), loaded, "blanks change nothing");
+  // Texts that were too long have been cut, which is all that documents are warned of.
+  Loaded written = loaded;
+  written.warnings.clear();
+  RequireSame(LoadDocument(loaded.document), written, "a document is read as it was written");
+  Loaded small = LoadDocument(WithoutBlanks(json));
+  Require(small.warnings.size() == loaded.warnings.size(), "blanks change no warning but its line");
+  small.warnings.clear();
+  RequireSame(small, written, "blanks change nothing");
   RequireNothingOfACutOne(json);
   return 0;
 }

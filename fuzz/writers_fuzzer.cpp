@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <expat.h>
 #include <map>
-#include <simdjson.h>
 #include <sstream>
 
 #include "fabric/guid.h"
@@ -13,6 +12,7 @@
 #include "formats/write_fabric.h"
 #include "fuzz/fabric_parts.h"
 #include "fuzz/loading.h"
+#include "fuzz/plain_text.h"
 #include "fuzz/require.h"
 
 namespace {
@@ -61,14 +61,6 @@ std::string Written(const IBFabric& fabric, FabricFormat format) {
   std::ostringstream stream;
   WriteFabric(fabric, format, stream);
   return stream.str();
-}
-
-bool IsUtf8(const std::string& text) { return simdjson::validate_utf8(text.data(), text.size()); }
-
-bool HasControls(const std::string& text) {
-  return std::any_of(text.begin(), text.end(), [](char c) {
-    return static_cast<unsigned char>(c) < 0x20 || static_cast<unsigned char>(c) == 0x7f;
-  });
 }
 
 // --- What is lost: every attribute of every node and port before and after.
@@ -269,8 +261,10 @@ void RequireLossesTold(const IBFabric& fabric, FabricFormat format) {
 
 // --- Graphs.
 
+// What a graph shows as it is.
 bool IsText(const std::string& name) {
-  return IsUtf8(name) && !HasControls(name) && name.find("\xef\xbf\xbe") == std::string::npos &&
+  return IsUtf8(name) && !HasControls(name) && !HasBidirectionalControls(name) &&
+         name.find("\xef\xbf\xbe") == std::string::npos &&
          name.find("\xef\xbf\xbf") == std::string::npos;
 }
 
@@ -365,9 +359,7 @@ void RequireSoundDot(const IBFabric& fabric) {
     Require(line == "\"];" || line.starts_with("\", shape="), "a label ends where it ends");
     const IBNode& node = fabric.GetNodes().at(nodes++);
     Require(IsUtf8(label) && !HasControls(label), "a label is plain text");
-    if (IsUtf8(node.name) && !HasControls(node.name)) {
-      RequireSame(label, node.name, "a DOT file holds any name");
-    }
+    if (IsText(node.name)) RequireSame(label, node.name, "a DOT file holds any name");
   }
   Require(nodes == fabric.GetNodes().size(), "a DOT file has all nodes");
   Require(edges == CountCables(fabric), "a DOT file has all cables");

@@ -162,11 +162,14 @@ void Input::MakeRoom() {
     end_ -= begin_;
     begin_ = 0;
   }
-  if (end_ == bytes_.size()) bytes_.resize(std::max(pieceSize, bytes_.size() * 2));
+  if (end_ != bytes_.size()) return;
+  // Of a small file the last read finds its end in one byte more.
+  const std::size_t left = total_ > done_ ? total_ - done_ + 1 : pieceSize;
+  bytes_.resize(std::max(std::min(left, pieceSize), bytes_.size() * 2));
 }
 
 bool Input::Fill() {
-  if (failure_) return false;
+  if (failure_ || fd_ < 0) return false;  // without a file all was there at once
   MakeRoom();
   char* room = bytes_.data() + end_;
   const std::size_t size = bytes_.size() - end_;

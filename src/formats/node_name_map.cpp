@@ -1,6 +1,7 @@
 #include "formats/node_name_map.h"
 
 #include "formats/lines.h"
+#include "formats/read_side_files.h"
 #include "formats/text_fields.h"
 
 namespace fabscope {
@@ -38,13 +39,17 @@ MaybeError ReadLine(const LineReader& lines, const Line& line, NodeNameMap& name
 
 }  // namespace
 
-MaybeError LoadNodeNameMap(const std::string& path, NodeNameMap& names, Warnings& warnings) {
-  Input input;
-  if (MaybeError error = input.Open(path)) return error;
+MaybeError ReadNodeNameMap(Input& input, NodeNameMap& names, Warnings& warnings) {
   LineReader lines(input);
   MaybeError error;
   for (Line line; !error && lines.Next(line);) error = ReadLine(lines, line, names, warnings);
   return lines.Finish(std::move(error));
+}
+
+MaybeError LoadNodeNameMap(const std::string& path, NodeNameMap& names, Warnings& warnings) {
+  Input input;
+  if (MaybeError error = input.Open(path)) return error;
+  return ReadNodeNameMap(input, names, warnings);
 }
 
 }  // namespace fabscope

@@ -6,6 +6,7 @@
 
 #include "fabric/guid.h"
 #include "formats/lines.h"
+#include "formats/read_side_files.h"
 #include "formats/text_fields.h"
 
 namespace fabscope {
@@ -37,10 +38,8 @@ class SwitchNumbers {
 
   SwitchNumbers(std::string_view column, std::uint64_t limit) : column_(column), limit_(limit) {}
 
-  MaybeError Load(const std::string& path, const FabricBuilder& builder, Warnings& warnings,
+  MaybeError Read(Input& input, const FabricBuilder& builder, Warnings& warnings,
                   const Apply& apply) {
-    Input input;
-    if (MaybeError error = input.Open(path)) return error;
     LineReader lines(input);
     MaybeError error;
     for (Line line; !error && lines.Next(line);) {
@@ -107,19 +106,31 @@ class SwitchNumbers {
 
 }  // namespace
 
-MaybeError LoadRanks(const std::string& path, FabricBuilder& builder, Warnings& warnings) {
+MaybeError ReadRanks(Input& input, FabricBuilder& builder, Warnings& warnings) {
   builder.ClearRanks();
   return SwitchNumbers("rank", 255)
-      .Load(path, builder, warnings, [&](std::uint64_t guid, std::uint64_t rank) {
+      .Read(input, builder, warnings, [&](std::uint64_t guid, std::uint64_t rank) {
         builder.SetRank(guid, static_cast<std::uint8_t>(rank));
       });
 }
 
-MaybeError LoadFlids(const std::string& path, FabricBuilder& builder, Warnings& warnings) {
+MaybeError LoadRanks(const std::string& path, FabricBuilder& builder, Warnings& warnings) {
+  Input input;
+  if (MaybeError error = input.Open(path)) return error;
+  return ReadRanks(input, builder, warnings);
+}
+
+MaybeError ReadFlids(Input& input, FabricBuilder& builder, Warnings& warnings) {
   return SwitchNumbers("flid", 65535)
-      .Load(path, builder, warnings, [&](std::uint64_t guid, std::uint64_t flid) {
+      .Read(input, builder, warnings, [&](std::uint64_t guid, std::uint64_t flid) {
         builder.AddFlid(guid, static_cast<std::uint16_t>(flid));
       });
+}
+
+MaybeError LoadFlids(const std::string& path, FabricBuilder& builder, Warnings& warnings) {
+  Input input;
+  if (MaybeError error = input.Open(path)) return error;
+  return ReadFlids(input, builder, warnings);
 }
 
 }  // namespace fabscope
