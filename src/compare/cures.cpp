@@ -8,53 +8,62 @@
 namespace fabscope {
 namespace {
 
-// Of switches: IBNode::index.
-using Places = std::set<std::uint32_t>;
+// Steps by what they touch.
+class StepIndex {
+ public:
+  using Steps = std::set<std::size_t>;
 
-// A group that blocks is cured where any of its switches is.
-Places SwitchesOf(const GoneFinding& finding) {
-  Places switches;
-  for (const Fault& fault : finding.faults) {
-    for (const Place& place : fault.places) switches.insert(place.node->index);
-    for (const FTNeighborhood* group : fault.groups) {
-      for (const IBNode* node : group->GetSpines()) switches.insert(node->index);
-      for (const IBNode* node : group->GetLines()) switches.insert(node->index);
-    }
-  }
-  return switches;
-}
-
-// By switch: the steps that touch it.
-using StepsAt = std::map<std::uint32_t, std::vector<std::size_t>>;
-
-StepsAt IndexSteps(std::span<const RepairStep> steps) {
-  StepsAt stepsAt;
-  for (std::size_t i = 0; i < steps.size(); ++i) {
-    for (const CableChange& change : steps[i].cables) {
-      for (const auto* cable : {&change.before, &change.after}) {
-        if (!cable->has_value()) continue;
-        stepsAt[(*cable)->upper.node].push_back(i);
-        stepsAt[(*cable)->lower.node].push_back(i);
+  explicit StepIndex(std::span<const RepairStep> steps) {
+    for (std::size_t i = 0; i < steps.size(); ++i) {
+      for (const CableChange& change : steps[i].cables) {
+        for (const auto* cable : {&change.before, &change.after}) {
+          if (!cable->has_value()) continue;
+          ofSwitch_[(*cable)->upper.node].insert(i);
+          ofSwitch_[(*cable)->lower.node].insert(i);
+        }
       }
     }
   }
-  return stepsAt;
-}
+
+  Steps Curing(const GoneFinding& finding) {
+    Steps steps;
+    for (const Fault& fault : finding.faults) {
+      for (const Place& place : fault.places) AddOf(*place.node, steps);
+      for (const FTNeighborhood* group : fault.groups) {
+        const Steps& curing = CuringGroup(*group);
+        steps.insert(curing.begin(), curing.end());
+      }
+    }
+    return steps;
+  }
+
+ private:
+  void AddOf(const IBNode& node, Steps& steps) const {
+    const auto found = ofSwitch_.find(node.index);
+    if (found != ofSwitch_.end()) steps.insert(found->second.begin(), found->second.end());
+  }
+  // A group that blocks is cured where any of its switches is. Many findings may name one group.
+  const Steps& CuringGroup(const FTNeighborhood& group) {
+    const auto [known, isNew] = ofGroup_.try_emplace(&group);
+    if (!isNew) return known->second;
+    for (const IBNode* node : group.GetSpines()) AddOf(*node, known->second);
+    for (const IBNode* node : group.GetLines()) AddOf(*node, known->second);
+    return known->second;
+  }
+
+  std::map<std::uint32_t, Steps> ofSwitch_;  // by IBNode::index
+  std::map<const FTNeighborhood*, Steps> ofGroup_;
+};
 
 }  // namespace
 
 std::vector<std::vector<std::size_t>> CuresOf(std::span<const RepairStep> steps,
                                               const CheckedFabric& was, const CheckedFabric& is) {
   std::vector<std::vector<std::size_t>> cures(steps.size());
-  const StepsAt stepsAt = IndexSteps(steps);
+  StepIndex index(steps);
   const Counterparts nodes(was.topology.GetFabric(), is.topology.GetFabric());
   for (const GoneFinding& finding : FindGone(was, is, nodes)) {
-    std::set<std::size_t> curing;
-    for (const std::uint32_t node : SwitchesOf(finding)) {
-      const auto found = stepsAt.find(node);
-      if (found != stepsAt.end()) curing.insert(found->second.begin(), found->second.end());
-    }
-    for (const std::size_t i : curing) cures[i].push_back(finding.place);
+    for (const std::size_t i : index.Curing(finding)) cures[i].push_back(finding.place);
   }
   return cures;
 }

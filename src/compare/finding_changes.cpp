@@ -84,12 +84,13 @@ class Side {
     return isNew_ ? nodes_.IdentityOfNew(node) : nodes_.IdentityOfOld(node);
   }
   // By the lines that stayed, if there are any.
-  std::uint64_t IdentityOf(const FTNeighborhood& group) const {
-    std::pair<bool, std::uint64_t> first{true, ~std::uint64_t{0}};
+  std::uint64_t IdentityOf(const FTNeighborhood& group) {
+    const auto [known, isNew] = firstLines_.try_emplace(&group, true, ~std::uint64_t{0});
+    if (!isNew) return known->second.second;
     for (const IBNode* line : group.GetLines()) {
-      first = std::min(first, {!IsInBoth(*line), IdentityOf(*line)});
+      known->second = std::min(known->second, {!IsInBoth(*line), IdentityOf(*line)});
     }
-    return first.second;
+    return known->second.second;
   }
 
  private:
@@ -99,6 +100,8 @@ class Side {
 
   const Counterparts& nodes_;
   bool isNew_;
+  // Of groups that were asked for: whether only one fabric has the line, and the line.
+  std::map<const FTNeighborhood*, std::pair<bool, std::uint64_t>> firstLines_;
 };
 
 constexpr std::uint64_t Number(bool flag) { return flag ? 1 : 0; }
@@ -117,7 +120,7 @@ struct Details {
   Key operator()(const SharedFlid& found) const { return {found.flid}; }
 };
 
-Key KeyOf(const Fault& fault, const Side& side) {
+Key KeyOf(const Fault& fault, Side& side) {
   std::vector<std::pair<std::uint64_t, std::uint64_t>> places;
   for (const FTNeighborhood* group : fault.groups) places.emplace_back(side.IdentityOf(*group), 0);
   for (const Place& place : fault.places) {
@@ -133,7 +136,7 @@ Key KeyOf(const Fault& fault, const Side& side) {
 }
 
 struct KeyedFaults {
-  KeyedFaults(const CheckedFabric& checked, const Side& side)
+  KeyedFaults(const CheckedFabric& checked, Side side)
       : faults(FaultList(checked.topology).Of(checked.findings)) {
     keys.reserve(faults.size());
     for (const Fault& fault : faults) keys.push_back(KeyOf(fault, side));

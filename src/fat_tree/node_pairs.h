@@ -35,8 +35,8 @@ class NodePairs {
   std::size_t rowWords_ = 0;
   std::size_t size_ = 0;
   std::uint32_t columnCount_ = 0;
-  NodeTable<std::uint32_t> columns_{none};  // of first nodes, in the order of their coming
-  NodeTable<std::uint32_t> rows_{none};     // of second nodes, likewise
+  RankTable<std::uint32_t> columns_{none};  // of first nodes, in the order of their coming
+  RankTable<std::uint32_t> rows_{none};     // of second nodes, likewise
   std::vector<Word> words_;                 // row by row
 };
 

@@ -37,7 +37,10 @@ struct Lack {
 class ChangeFinder {
  public:
   explicit ChangeFinder(const TreeGroups& groups)
-      : groups_(groups), seats_(groups), isExtra_(groups.graph.Cables().size()), inUse_(groups.graph.Count()) {}
+      : groups_(groups),
+        seats_(groups),
+        isExtra_(groups.graph.Cables().size()),
+        inUse_(groups.graph.Count()) {}
 
   Changes Find() {
     FindMisplaced();

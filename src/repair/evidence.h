@@ -17,7 +17,7 @@ constexpr int noEvidence = 1;
 
 // So many switches are asked whether another one could change places with them. No group has as
 // many that could, unless somebody means it to.
-constexpr std::size_t mostPartners = 32;
+constexpr std::size_t mostPartners = 16;
 
 // How clearly a switch belongs to its group and to no other.
 struct Margin {
@@ -47,7 +47,7 @@ class Evidence {
  private:
   struct OfSide {
     std::map<std::uint64_t, std::int64_t> siblings;  // members of a group by their pod
-    bool areUnique = false;  // a group usually has one of each pod
+    bool areUnique = false;                          // a group usually has one of each pod
     std::uint32_t usualSize = 0;
   };
 

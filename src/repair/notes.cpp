@@ -20,7 +20,10 @@ using Ports = std::bitset<256>;
 class NoteFinder {
  public:
   NoteFinder(const TreeGroups& groups, const Changes& changes)
-      : groups_(groups), changes_(changes), members_(groups.pairs.size()), planned_(groups.graph.Count()) {
+      : groups_(groups),
+        changes_(changes),
+        members_(groups.pairs.size()),
+        planned_(groups.graph.Count()) {
     for (const CableTarget& target : changes.targets) {
       for (const auto& end : {target.upper, target.lower}) {
         if (end) planned_[end->number].set(end->port);
