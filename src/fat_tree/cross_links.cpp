@@ -79,6 +79,9 @@ void FTUpHopHistogram::CheckRootSwitchConnections(const IBNode& root) {
 }
 
 DownLinks::DownLinks(const TreeLinks& links, const std::list<const IBNode*>& downNodes) {
+  std::size_t count = 0;
+  for (const IBNode* node : downNodes) count += links.Of(*node).size();
+  links_.reserve(count);
   for (const IBNode* node : downNodes) {
     for (const TreeLink& link : links.Of(*node)) links_.push_back({node, link});
   }

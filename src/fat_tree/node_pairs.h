@@ -27,8 +27,9 @@ class NodePairs {
 
   bool Test(const IBNode& first, const IBNode& second) const {
     const std::uint32_t column = columns_.Get(first);
+    if (column == none) return false;
     const std::uint32_t row = rows_.Get(second);
-    if (column == none || row == none) return false;
+    if (row == none) return false;
     return (words_[row * rowWords_ + column / wordBits] >> column % wordBits & 1U) != 0;
   }
 

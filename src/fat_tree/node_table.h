@@ -74,12 +74,13 @@ class RankTable {
 
   // Nodes mostly come in ascending order.
   auto PlaceOf(const IBNode& node) const {
-    if (entries_.empty() || entries_.back().index < node.index) return entries_.end();
+    if (entries_.empty()) return entries_.end();
     // The switches of a rank mostly stand together in the model.
     const std::size_t guess = std::size_t{node.index} - entries_.front().index;
     if (guess < entries_.size() && entries_[guess].index == node.index) {
       return entries_.begin() + static_cast<std::ptrdiff_t>(guess);
     }
+    if (entries_.back().index < node.index) return entries_.end();
     return std::lower_bound(
         entries_.begin(), entries_.end(), node.index,
         [](const Entry& entry, std::uint32_t index) { return entry.index < index; });

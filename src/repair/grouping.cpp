@@ -20,6 +20,7 @@
 #include <algorithm>
 #include <compare>
 #include <cstddef>
+#include <iterator>
 #include <map>
 #include <numeric>
 #include <utility>
@@ -135,21 +136,32 @@ std::vector<Grouper::SameLinks> Grouper::MostFrequentFirst(Side side) const {
     std::uint32_t number;
   };
   std::vector<Entry> entries;
+  entries.reserve(CountOf(side));
   for (std::uint32_t i = 0; i < CountOf(side); ++i) {
     if (const Links links = LinksOf(side, i); !links.empty()) entries.push_back({HashOf(links), i});
   }
+  std::sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) {
+    return a.hash != b.hash ? a.hash < b.hash : a.number < b.number;
+  });
   const auto compare = [&](const Entry& a, const Entry& b) {
-    if (a.hash != b.hash) return a.hash <=> b.hash;
     return CompareFarEnds(LinksOf(side, a.number), LinksOf(side, b.number));
   };
-  std::sort(entries.begin(), entries.end(), [&](const Entry& a, const Entry& b) {
-    const std::strong_ordering order = compare(a, b);
-    return order != 0 ? order < 0 : a.number < b.number;
-  });
   std::vector<SameLinks> sets;
-  for (std::size_t i = 0; i < entries.size(); ++i) {
-    if (i == 0 || compare(entries[i - 1], entries[i]) != 0) sets.emplace_back();
-    sets.back().push_back(entries[i].number);
+  for (auto first = entries.begin(); first != entries.end();) {
+    const auto last = std::find_if(first, entries.end(),
+                                   [&](const Entry& entry) { return entry.hash != first->hash; });
+    const bool areSame =
+        std::all_of(first, last, [&](const Entry& entry) { return compare(*first, entry) == 0; });
+    if (!areSame) {
+      std::stable_sort(first, last,
+                       [&](const Entry& a, const Entry& b) { return compare(a, b) < 0; });
+    }
+    for (auto entry = first; entry != last; ++entry) {
+      const bool isNew = entry == first || (!areSame && compare(*std::prev(entry), *entry) != 0);
+      if (isNew) sets.emplace_back();
+      sets.back().push_back(entry->number);
+    }
+    first = last;
   }
   std::sort(sets.begin(), sets.end(), [](const SameLinks& x, const SameLinks& y) {
     return x.size() != y.size() ? x.size() > y.size() : x.front() < y.front();
