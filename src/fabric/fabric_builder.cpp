@@ -43,8 +43,6 @@ FabricBuilder::Problem FabricBuilder::AddNode(NodeSpec spec) {
     node.planes = std::move(spec.planes);
   }
   node.flids = std::move(spec.flids);
-  std::sort(node.flids.begin(), node.flids.end());
-  node.flids.erase(std::unique(node.flids.begin(), node.flids.end()), node.flids.end());
   node.displayName = spec.displayName ? std::move(*spec.displayName) : spec.name;
   node.name = std::move(spec.name);
   node.asic = std::move(spec.asic);
@@ -142,9 +140,7 @@ void FabricBuilder::SetRank(std::uint64_t guid, std::uint8_t rank) {
 }
 
 void FabricBuilder::AddFlid(std::uint64_t guid, std::uint16_t flid) {
-  std::vector<std::uint16_t>& flids = nodes_[FindNode(guid)].flids;
-  const auto place = std::lower_bound(flids.begin(), flids.end(), flid);
-  if (place == flids.end() || *place != flid) flids.insert(place, flid);
+  nodes_[FindNode(guid)].flids.push_back(flid);
 }
 
 void FabricBuilder::LayOutPorts(IBFabric& fabric) const {
@@ -228,6 +224,8 @@ std::unique_ptr<IBFabric> FabricBuilder::Build() {
   ApplyPortAttributes(*fabric);
   AttachAPorts(*fabric);
   for (IBNode& node : fabric->nodes_) {
+    std::sort(node.flids.begin(), node.flids.end());
+    node.flids.erase(std::unique(node.flids.begin(), node.flids.end()), node.flids.end());
     if (node.nodeType == NodeTypeSwitch) fabric->switches.insert(fabric->switches.end(), &node);
   }
   *this = FabricBuilder();

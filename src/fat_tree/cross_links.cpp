@@ -13,6 +13,8 @@
 // at switch by switch. That takes as long as the rank has cables, however many sets share them.
 
 #include <algorithm>
+#include <iterator>
+#include <optional>
 #include <tuple>
 
 #include "fabric/guid.h"
@@ -76,21 +78,40 @@ void FTUpHopHistogram::CheckRootSwitchConnections(const IBNode& root) {
   }
 }
 
+DownLinks::DownLinks(const TreeLinks& links, const std::list<const IBNode*>& downNodes) {
+  std::size_t count = 0;
+  for (const IBNode* node : downNodes) count += links.Of(*node).size();
+  links_.reserve(count);
+  for (const IBNode* node : downNodes) {
+    for (const TreeLink& link : links.Of(*node)) links_.push_back({node, link});
+  }
+  std::stable_sort(links_.begin(), links_.end(),
+                   [](const Link& a, const Link& b) { return a.link.remote < b.link.remote; });
+}
+
+std::span<const DownLinks::Link> DownLinks::To(const IBNode& upper) const {
+  const auto first = std::partition_point(
+      links_.begin(), links_.end(), [&](const Link& it) { return it.link.remote < upper.index; });
+  const auto last = std::partition_point(
+      first, links_.end(), [&](const Link& it) { return it.link.remote == upper.index; });
+  return {first, last};
+}
+
 int FTUpHopHistogram::AddIllegalLinkIssues(std::uint64_t index,
                                            const std::list<const IBNode*>& downNodes) {
+  return AddIllegalLinkIssues(index, DownLinks(topology.GetTreeLinks(), downNodes));
+}
+
+int FTUpHopHistogram::AddIllegalLinkIssues(std::uint64_t index, const DownLinks& links) {
   const IBNode* upper = IndexToNode(index);
   if (upper == nullptr) return StatusLookupFailed;
 
-  bool found = false;
-  for (const IBNode* node : downNodes) {
-    for (const TreeLink& link : topology.GetTreeLinks().Of(*node)) {
-      if (link.remote != upper->index) continue;
-      // Every cable counts here, so the registry of pairs is left alone.
-      linkIssues.push_back({upper, link.remotePort, rank, node, link.port, rank + 1});
-      found = true;
-    }
+  const std::span<const DownLinks::Link> found = links.To(*upper);
+  for (const auto& [node, link] : found) {
+    // Every cable counts here, so the registry of pairs is left alone.
+    linkIssues.push_back({upper, link.remotePort, rank, node, link.port, rank + 1});
   }
-  if (found) return StatusSuccess;
+  if (!found.empty()) return StatusSuccess;
   errStream << "The switch GUID: " << GuidText(upper->guid)
             << "is not connected to any switch from the down nodes"
             << " provided for Invalid Link Issue";
@@ -98,12 +119,13 @@ int FTUpHopHistogram::AddIllegalLinkIssues(std::uint64_t index,
 }
 
 int FTUpHopHistogram::CheckCrossLinks(FTUpHopSet& set) {
+  const DownLinks links(topology.GetTreeLinks(), set.downNodes);
   for (const auto& [key, other] : upHopSets) {
     if (&other == &set) continue;
     int status = StatusSuccess;
     set.upSet.ForEachCommon(other.upSet, [&, &reaching = other](std::size_t index) {
       if (index >= bitSetSize || status != StatusSuccess) return;
-      status = CheckCrossLink(set, reaching, index);
+      status = CheckCrossLink(set, links, reaching, index);
     });
     if (status != StatusSuccess) return status;
   }
@@ -124,15 +146,20 @@ int FTUpHopHistogram::CheckAllCrossLinks() {
     FindLosses(index, holders[index], losses);
   }
   std::sort(losses.begin(), losses.end());
-  for (const Loss& loss : losses) {
-    const int status = CheckCrossLink(*sets[loss.set], *sets[loss.taker], loss.index);
+  std::optional<DownLinks> links;  // of the set that loses now
+  for (auto loss = losses.begin(); loss != losses.end(); ++loss) {
+    FTUpHopSet& set = *sets[loss->set];
+    if (loss == losses.begin() || std::prev(loss)->set != loss->set) {
+      links.emplace(topology.GetTreeLinks(), set.downNodes);
+    }
+    const int status = CheckCrossLink(set, *links, *sets[loss->taker], loss->index);
     if (status != StatusSuccess) return status;
   }
   return StatusSuccess;
 }
 
-int FTUpHopHistogram::CheckCrossLink(FTUpHopSet& set, const FTUpHopSet& other,
-                                     std::uint64_t index) {
+int FTUpHopHistogram::CheckCrossLink(FTUpHopSet& set, const DownLinks& links,
+                                     const FTUpHopSet& other, std::uint64_t index) {
   const auto countFailed = [&](const void* token) {
     errStream << "Failed to get how many times a node with index: " << index
               << " was encountered. Up-Hop set ptr: " << token;
@@ -154,7 +181,7 @@ int FTUpHopHistogram::CheckCrossLink(FTUpHopSet& set, const FTUpHopSet& other,
               << ". Up-Hop set ptr: " << static_cast<const void*>(&set);
     return status;
   }
-  return AddIllegalLinkIssues(index, set.downNodes);
+  return AddIllegalLinkIssues(index, links);
 }
 
 }  // namespace fabscope

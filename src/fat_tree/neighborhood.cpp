@@ -11,10 +11,10 @@
 #include "fat_tree/neighborhood.h"
 
 #include <functional>
+#include <map>
 
 #include "fabric/guid.h"
 #include "fat_tree/group_label.h"
-#include "fat_tree/node_table.h"
 #include "fat_tree/status.h"
 #include "fat_tree/topology.h"
 #include "fat_tree/up_hop_histogram.h"
@@ -29,12 +29,13 @@ thread_local std::uint64_t groupId = 0;
 std::uint64_t NextId(bool isNeighborhood) { return isNeighborhood ? neighborhoodId++ : groupId++; }
 
 // The first group that holds a node.
-NodeTable<const FTNeighborhood*> GroupsByNode(const std::vector<FTNeighborhood*>& groups) {
-  NodeTable<const FTNeighborhood*> table(nullptr);
+std::map<const IBNode*, const FTNeighborhood*> GroupsByNode(
+    const std::vector<FTNeighborhood*>& groups) {
+  std::map<const IBNode*, const FTNeighborhood*> table;
   for (const FTNeighborhood* group : groups) {
     for (const NodeSet* nodes : {&group->GetSpines(), &group->GetLines()}) {
       for (const IBNode* node : *nodes) {
-        if (node != nullptr && !table.Has(*node)) table.Set(*node, group);
+        if (node != nullptr) table.emplace(node, group);
       }
     }
   }
@@ -97,10 +98,11 @@ int FTUpHopHistogram::InvalidLinksReport(std::vector<FabricErrGeneral*>& errors,
                                          const std::vector<FTNeighborhood*>& neighborhoods) {
   if (linkIssues.empty()) return StatusSuccess;
   const bool isNeighborhood = topology.IsLastRankNeighborhood(rank);
-  const NodeTable<const FTNeighborhood*> groups = GroupsByNode(neighborhoods);
+  const auto groups = GroupsByNode(neighborhoods);
   // A switch of no group is told by the search for it.
   const auto groupOf = [&](const IBNode* node) {
-    return groups.Has(*node) ? groups.Get(*node) : FindNeighborhood(neighborhoods, node);
+    const auto found = groups.find(node);
+    return found != groups.end() ? found->second : FindNeighborhood(neighborhoods, node);
   };
   for (const FTLinkIssue& issue : linkIssues) {
     const FTNeighborhood* group1 = groupOf(issue.node1);

@@ -27,16 +27,17 @@ class NodePairs {
 
   bool Test(const IBNode& first, const IBNode& second) const {
     const std::uint32_t column = columns_.Get(first);
+    if (column == none) return false;
     const std::uint32_t row = rows_.Get(second);
-    if (column == none || row == none) return false;
+    if (row == none) return false;
     return (words_[row * rowWords_ + column / wordBits] >> column % wordBits & 1U) != 0;
   }
 
   std::size_t rowWords_ = 0;
   std::size_t size_ = 0;
   std::uint32_t columnCount_ = 0;
-  NodeTable<std::uint32_t> columns_{none};  // of first nodes, in the order of their coming
-  NodeTable<std::uint32_t> rows_{none};     // of second nodes, likewise
+  RankTable<std::uint32_t> columns_{none};  // of first nodes, in the order of their coming
+  RankTable<std::uint32_t> rows_{none};     // of second nodes, likewise
   std::vector<Word> words_;                 // row by row
 };
 

@@ -146,11 +146,12 @@ void FTUpHopHistogram::InitNodeToIndexConverters(const NodeSet& nodes) {
 }
 
 int FTUpHopHistogram::NodeToIndex(std::uint64_t& index, const IBNode* node) {
-  if (!nodeToIndex.Has(*node)) {
+  const std::uint32_t found = nodeToIndex.Get(*node);
+  if (found == noIndex) {
     errStream << "Failed to find index for the switch ( GUID: " << GuidText(node->guid) << " )";
     return StatusLookupFailed;
   }
-  index = nodeToIndex.Get(*node);
+  index = found;
   return StatusSuccess;
 }
 

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <list>
 #include <map>
+#include <span>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -13,6 +14,7 @@
 #include "fat_tree/node_pairs.h"
 #include "fat_tree/node_set.h"
 #include "fat_tree/node_table.h"
+#include "fat_tree/tree_links.h"
 #include "fat_tree/up_hop_bits.h"
 #include "fat_tree/up_hop_counts.h"
 
@@ -38,6 +40,24 @@ struct FTUpHopSet {
   // Both answer 4 when the index is not counted; taking out clears the bit even then.
   int TakeOutUpNode(std::uint64_t index);
   int GetNodeEncountered(std::uint64_t index, std::int32_t& count) const;
+};
+
+// The cables of some lower switches by the switch at their other end: an upper switch that a set
+// loses is looked up, and a set may lose many.
+class DownLinks {
+ public:
+  struct Link {
+    const IBNode* node = nullptr;  // the lower switch
+    TreeLink link;
+  };
+
+  DownLinks(const TreeLinks& links, const std::list<const IBNode*>& downNodes);
+
+  // In the order of the lower switches, then of their ports.
+  std::span<const Link> To(const IBNode& upper) const;
+
+ private:
+  std::vector<Link> links_;  // by ascending place of the switch at the other end
 };
 
 // Groups the switches of one pair of ranks: `rank` (upper) and rank + 1 (lower). Lives for one call
@@ -70,6 +90,7 @@ class FTUpHopHistogram {
   void AddIllegalLinkIssue(const FTLinkIssue& issue);
   void CheckRootSwitchConnections(const IBNode& root);
   int AddIllegalLinkIssues(std::uint64_t index, const std::list<const IBNode*>& downNodes);
+  int AddIllegalLinkIssues(std::uint64_t index, const DownLinks& links);
   // Of one set; the pass over all sets finds what it loses through an index.
   int CheckCrossLinks(FTUpHopSet& set);
 
@@ -88,8 +109,10 @@ class FTUpHopHistogram {
   friend struct TestPeer;
 
   int AddLowerSwitch(const IBNode& node, std::vector<bool>& checkedRoots);
-  // Takes an upper switch that both sets hold out of `set` where it is the other's.
-  int CheckCrossLink(FTUpHopSet& set, const FTUpHopSet& other, std::uint64_t index);
+  // Takes an upper switch that both sets hold out of `set`, whose links are given, where it is the
+  // other's.
+  int CheckCrossLink(FTUpHopSet& set, const DownLinks& links, const FTUpHopSet& other,
+                     std::uint64_t index);
   // As CheckCrossLinks for each set in key order. Every upper switch of a set is counted.
   int CheckAllCrossLinks();
   int MergeSets();
@@ -99,7 +122,7 @@ class FTUpHopHistogram {
   static constexpr std::uint32_t noIndex = ~std::uint32_t{0};
 
   std::vector<const IBNode*> indexToNode;
-  NodeTable<std::uint32_t> nodeToIndex{noIndex};
+  RankTable<std::uint32_t> nodeToIndex{noIndex};
   NodePairs connectedPairs;  // (upper, lower) with at least one cable
   std::ostringstream errStream;
   std::map<std::string, FTUpHopSet> upHopSets;  // by hash code: numbers the groups

@@ -20,7 +20,6 @@
 #include <map>
 #include <set>
 #include <tuple>
-#include <unordered_map>
 #include <utility>
 
 #include "fabric/fabric_walk.h"
@@ -38,7 +37,10 @@ struct Lack {
 class ChangeFinder {
  public:
   explicit ChangeFinder(const TreeGroups& groups)
-      : groups_(groups), seats_(groups), isExtra_(groups.graph.Cables().size()) {}
+      : groups_(groups),
+        seats_(groups),
+        isExtra_(groups.graph.Cables().size()),
+        inUse_(groups.graph.Count()) {}
 
   Changes Find() {
     FindMisplaced();
@@ -119,8 +121,8 @@ class ChangeFinder {
   std::vector<Lack> lacks_;
   std::vector<std::size_t> lackOfExtra_;
   std::vector<std::size_t> extraOfLack_;
-  // By switch that is touched: ports in use once the extras are gone.
-  std::unordered_map<std::uint32_t, std::bitset<256>> inUse_;
+  // By switch, of those that are touched: ports in use once the extras are gone.
+  std::vector<std::optional<std::bitset<256>>> inUse_;
 };
 
 void ChangeFinder::FindExtrasBetween() {
@@ -245,7 +247,7 @@ int ChangeFinder::Suitability(std::uint32_t cable, const Lack& lack) const {
 void ChangeFinder::Match() {
   lackOfExtra_.assign(extras_.size(), nobody);
   extraOfLack_.assign(lacks_.size(), nobody);
-  std::unordered_map<std::uint32_t, std::vector<std::size_t>> lacksAt;
+  std::vector<std::vector<std::size_t>> lacksAt(groups_.graph.Count());
   for (std::size_t i = 0; i < lacks_.size(); ++i) {
     lacksAt[lacks_[i].spine].push_back(i);
     lacksAt[lacks_[i].line].push_back(i);
@@ -260,9 +262,7 @@ void ChangeFinder::Match() {
   for (std::size_t i = 0; i < extras_.size(); ++i) {
     const SwitchGraph::Cable& cable = Cable(extras_[i].first);
     for (const std::uint32_t end : {cable.a, cable.b}) {
-      const auto found = lacksAt.find(end);
-      if (found == lacksAt.end()) continue;
-      for (const std::size_t lack : found->second) {
+      for (const std::size_t lack : lacksAt[end]) {
         const int score = Suitability(extras_[i].first, lacks_[lack]);
         if (score == 0) continue;
         pairs.push_back({score, i, lack});
@@ -320,18 +320,18 @@ void ChangeFinder::MakeRoom(const std::vector<std::vector<std::size_t>>& lacksOf
 }
 
 void ChangeFinder::LookAtPorts(std::uint32_t number) {
-  const auto [entry, isNew] = inUse_.try_emplace(number);
-  if (!isNew) return;
+  if (inUse_[number]) return;
+  std::bitset<256>& inUse = inUse_[number].emplace();
   for (const IBPort* port : GetTreePorts(groups_.graph.NodeOf(number))) {
     if (port == nullptr) continue;
     // At the last two kinds a cable would not count.
     const bool isSpoiled = port->fnm || port->fnm1 || !port->symmetric;
-    if (port->remotePort != nullptr || isSpoiled) entry->second.set(port->num);
+    if (port->remotePort != nullptr || isSpoiled) inUse.set(port->num);
   }
 }
 
 std::uint8_t ChangeFinder::TakeSeatPort(std::uint32_t number, std::uint32_t far) {
-  std::bitset<256>& inUse = inUse_.at(number);
+  std::bitset<256>& inUse = *inUse_[number];
   for (const std::uint8_t port : seats_.Expected(number, far)) {
     if (port > groups_.graph.NodeOf(number).numPorts || inUse.test(port)) continue;
     inUse.set(port);
@@ -341,7 +341,7 @@ std::uint8_t ChangeFinder::TakeSeatPort(std::uint32_t number, std::uint32_t far)
 }
 
 std::uint8_t ChangeFinder::TakeFreePort(std::uint32_t number) {
-  std::bitset<256>& inUse = inUse_.at(number);
+  std::bitset<256>& inUse = *inUse_[number];
   for (const std::uint32_t i : groups_.graph.CablesOf(number)) {
     const std::uint8_t port = Cable(i).PortAt(number);
     if (!IsExtra(i) || inUse.test(port)) continue;
@@ -360,7 +360,7 @@ void ChangeFinder::PlugIn() {
   for (const auto& [cable, reason] : extras_) {
     for (const std::uint32_t end : {Cable(cable).a, Cable(cable).b}) {
       LookAtPorts(end);
-      inUse_.at(end).reset(Cable(cable).PortAt(end));
+      inUse_[end]->reset(Cable(cable).PortAt(end));
     }
   }
   for (const Lack& lack : lacks_) LookAtPorts(lack.spine), LookAtPorts(lack.line);
@@ -407,7 +407,7 @@ std::vector<ChangeFinder::Plug> ChangeFinder::FindPlugs() {
     const bool staysAtLine = lack.line == cable.a || lack.line == cable.b;
     const std::uint32_t stay = staysAtLine ? lack.line : lack.spine;
     // Ends that stay keep their ports.
-    inUse_.at(stay).set(cable.PortAt(stay));
+    inUse_[stay]->set(cable.PortAt(stay));
     const CableTarget::End end{stay, cable.PortAt(stay)};
     (staysAtLine ? targets.back().lower : targets.back().upper) = end;
     if (reason == RepairReason::TooMany) targets.back().reason = RepairReason::WrongSpine;
@@ -440,39 +440,48 @@ std::vector<std::pair<int, int>> ChangeFinder::GroupsOf(const CableTarget& targe
 // What touches an uncertain group is left out, and makes the other groups that it touches
 // uncertain; so does what needs a port that would have become free by that.
 void ChangeFinder::LeaveOutUncertain() {
-  std::set<std::pair<std::uint32_t, std::uint8_t>> stillUsed;
-  bool isChanged = true;
-  while (isChanged) {
-    isChanged = false;
-    std::vector<CableTarget> kept;
-    for (CableTarget& target : changes_.targets) {
-      const auto groups = GroupsOf(target);
-      const auto isUsed = [&](const std::optional<CableTarget::End>& end) {
-        return end && stillUsed.contains({end->number, end->port});
-      };
-      const bool isOut = isUsed(target.upper) || isUsed(target.lower) ||
-                         std::any_of(groups.begin(), groups.end(), [&](const auto& group) {
-                           return changes_.uncertain.contains(group);
-                         });
-      if (!isOut) {
-        kept.push_back(target);
-        continue;
-      }
-      isChanged = true;
-      changes_.uncertain.insert(groups.begin(), groups.end());
+  std::vector<CableTarget>& targets = changes_.targets;
+  std::map<std::pair<int, int>, std::vector<std::size_t>> ofGroup;
+  std::map<std::pair<std::uint32_t, std::uint8_t>, std::vector<std::size_t>> takers;  // of a port
+  for (std::size_t i = 0; i < targets.size(); ++i) {
+    for (const auto& group : GroupsOf(targets[i])) ofGroup[group].push_back(i);
+    for (const auto& end : {targets[i].upper, targets[i].lower}) {
+      if (end) takers[{end->number, end->port}].push_back(i);
+    }
+  }
+  std::vector<bool> isOut(targets.size());
+  std::vector<std::size_t> open;
+  const auto leaveOut = [&](const std::vector<std::size_t>& those) {
+    for (const std::size_t i : those) {
+      if (!isOut[i]) open.push_back(i);
+      isOut[i] = true;
+    }
+  };
+  for (const auto& group : changes_.uncertain) leaveOut(ofGroup[group]);
+  while (!open.empty()) {
+    const CableTarget& target = targets[open.back()];
+    open.pop_back();
+    for (const auto& group : GroupsOf(target)) {
+      if (changes_.uncertain.insert(group).second) leaveOut(ofGroup[group]);
+    }
+    if (target.cable == SwitchGraph::none) continue;
+    const SwitchGraph::Cable& cable = Cable(target.cable);
+    if (!groups_.JoinsNeighbors(cable)) continue;
+    leaveOut(takers[{cable.a, cable.portA}]);
+    leaveOut(takers[{cable.b, cable.portB}]);
+  }
+  std::vector<CableTarget> kept;
+  for (std::size_t i = 0; i < targets.size(); ++i) {
+    CableTarget target = targets[i];
+    if (isOut[i]) {
       if (target.cable == SwitchGraph::none) continue;
-      const SwitchGraph::Cable& cable = Cable(target.cable);
-      if (groups_.JoinsNeighbors(cable)) {
-        stillUsed.insert({cable.a, cable.portA});
-        stillUsed.insert({cable.b, cable.portB});
-        continue;
-      }
+      if (groups_.JoinsNeighbors(Cable(target.cable))) continue;
       // What is wrong in any tree goes all the same.
       target.upper = target.lower = std::nullopt;
-      kept.push_back(target);
     }
-    changes_.targets = std::move(kept);
+    kept.push_back(target);
   }
+  targets = std::move(kept);
 }
 
 }  // namespace

@@ -25,7 +25,11 @@ std::uint64_t PortKeyOf(int group, std::uint8_t port) {
 }  // namespace
 
 Evidence::Evidence(const TreeGroups& groups)
-    : groups_(groups), seats_(groups), sides_(groups.pairs.size()), holders_(groups.pairs.size()) {
+    : groups_(groups),
+      seats_(groups),
+      sides_(groups.pairs.size()),
+      holders_(groups.pairs.size()),
+      members_(groups.pairs.size()) {
   for (std::size_t rank = 0; rank < groups.pairs.size(); ++rank) {
     for (const Side side : {SpineSide, LineSide}) {
       OfSide& facts = sides_[rank][side];
@@ -82,6 +86,10 @@ void Evidence::CountPorts(std::uint32_t number, Side side, int group, int times)
 void Evidence::Move(std::uint32_t number, Side side, int from, int to) {
   CountPorts(number, side, from, -1);
   CountPorts(number, side, to, 1);
+  if (Members& members = members_[UpperRank(number, side)][side]; !members.empty()) {
+    members[static_cast<std::size_t>(from)].erase(number);
+    members[static_cast<std::size_t>(to)].insert(number);
+  }
   const int siblings = SiblingsOf(number, side);
   if (siblings == Grouping::none) return;
   auto& counts = sides_[UpperRank(number, side)][side].siblings;
@@ -192,17 +200,29 @@ Margin Evidence::MarginOf(std::uint32_t number, Side side) const {
   return margin;
 }
 
-std::size_t Evidence::NameLikeness(std::uint32_t number, Side side, int group) const {
-  constexpr std::size_t enough = 8;
-  const std::size_t rank = UpperRank(number, side);
-  const RankPair& pair = groups_.pairs[rank];
+Evidence::Members& Evidence::MembersOf(std::size_t upperRank, Side side) {
+  Members& members = members_[upperRank][side];
+  if (!members.empty()) return members;
+  const RankPair& pair = groups_.pairs[upperRank];
+  const Grouping& grouping = groups_.groupings[upperRank];
   const auto& switches = side == SpineSide ? pair.Spines() : pair.Lines();
-  const std::vector<int>& groupOf = groups_.groupings[rank].groupOf[side];
+  members.resize(grouping.Count());
+  for (std::size_t i = 0; i < switches.size(); ++i) {
+    const int group = grouping.groupOf[side][i];
+    if (group != Grouping::none) members[static_cast<std::size_t>(group)].insert(switches[i]);
+  }
+  return members;
+}
+
+std::size_t Evidence::NameLikeness(std::uint32_t number, Side side, int group) {
+  constexpr std::size_t enough = 8;
   const std::string& name = groups_.graph.NodeOf(number).name;
   std::vector<std::size_t> shared;
-  for (std::size_t i = 0; i < switches.size() && shared.size() < enough; ++i) {
-    if (groupOf[i] != group || switches[i] == number) continue;
-    const std::string& other = groups_.graph.NodeOf(switches[i]).name;
+  for (const std::uint32_t member :
+       MembersOf(UpperRank(number, side), side)[static_cast<std::size_t>(group)]) {
+    if (shared.size() == enough) break;
+    if (member == number) continue;
+    const std::string& other = groups_.graph.NodeOf(member).name;
     const auto [end, otherEnd] =
         std::mismatch(name.begin(), name.end(), other.begin(), other.end());
     shared.push_back(static_cast<std::size_t>(end - name.begin()));
@@ -238,17 +258,24 @@ class TieBreaker {
   }
   // Answers whether it was done: it makes nothing dearer.
   bool Move(Side side, const std::vector<std::pair<std::uint32_t, int>>& moves) {
-    Grouping trial = groups_.groupings[rank_];
-    for (const auto& [i, group] : moves) trial.groupOf[side][i] = group;
-    Recount(groups_.pairs[rank_], trial);
-    if (trial.cost > groups_.groupings[rank_].cost) return false;
-    const std::vector<int> before = std::move(groups_.groupings[rank_].groupOf[side]);
-    groups_.groupings[rank_] = std::move(trial);
+    Grouping& grouping = groups_.groupings[rank_];
+    const std::uint64_t cost = grouping.cost;
+    std::vector<int> before;
     for (const auto& [i, group] : moves) {
-      evidence_.Move(Switches(side)[i], side, before[i], group);
+      before.push_back(grouping.groupOf[side][i]);
+      Regroup(groups_.pairs[rank_], grouping, side, i, group);
     }
-    isMoved_ = true;
-    return true;
+    const bool isDearer = grouping.cost > cost;
+    for (std::size_t move = 0; move < moves.size(); ++move) {
+      const auto& [i, group] = moves[move];
+      if (isDearer) {
+        Regroup(groups_.pairs[rank_], grouping, side, i, before[move]);
+      } else {
+        evidence_.Move(Switches(side)[i], side, before[move], group);
+      }
+    }
+    isMoved_ = isMoved_ || !isDearer;
+    return !isDearer;
   }
   void MoveSingle(Side side) {
     const std::vector<std::uint32_t>& switches = Switches(side);
@@ -262,11 +289,11 @@ class TieBreaker {
   void Exchange(Side side) {
     const std::vector<std::uint32_t>& switches = Switches(side);
     const std::vector<int>& groupOf = groups_.groupings[rank_].groupOf[side];
-    std::map<std::pair<int, int>, std::vector<std::uint32_t>> tied;  // from, to
+    std::map<std::pair<int, int>, std::set<std::uint32_t>> tied;  // from, to
     for (std::uint32_t i = 0; i < switches.size(); ++i) {
       const Margin margin = evidence_.MarginOf(switches[i], side);
       if (margin.cost <= 0) {
-        tied[{groupOf[i], margin.group}].push_back(i);
+        tied[{groupOf[i], margin.group}].insert(i);
       }
     }
     const auto wins = [&](std::uint32_t i, int from, int to) {
@@ -279,8 +306,9 @@ class TieBreaker {
       for (const std::uint32_t one : members) {
         std::optional<std::uint32_t> best;
         std::pair<int, std::ptrdiff_t> least{0, 0};
+        std::size_t asked = 0;
         for (const std::uint32_t other : back->second) {
-          if (groupOf[one] != way.first || groupOf[other] != way.second) continue;
+          if (asked++ == mostPartners) break;
           const int staying = evidence_.ForStaying(switches[one], switches[other], side);
           if (staying > noEvidence) continue;
           const std::pair<int, std::ptrdiff_t> now{
@@ -288,7 +316,7 @@ class TieBreaker {
               -wins(one, way.first, way.second) - wins(other, way.second, way.first)};
           if (now < least) least = now, best = other;
         }
-        if (best) Move(side, {{one, way.second}, {*best, way.first}});
+        if (best && Move(side, {{one, way.second}, {*best, way.first}})) back->second.erase(*best);
       }
     }
   }

@@ -1,9 +1,10 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <map>
-#include <unordered_map>
+#include <set>
 #include <vector>
 
 #include "repair/seats.h"
@@ -13,6 +14,10 @@ namespace fabscope {
 
 // So much evidence is as good as none: sizes of groups say it.
 constexpr int noEvidence = 1;
+
+// So many switches are asked whether another one could change places with them. No group has as
+// many that could, unless somebody means it to.
+constexpr std::size_t mostPartners = 16;
 
 // How clearly a switch belongs to its group and to no other.
 struct Margin {
@@ -37,12 +42,12 @@ class Evidence {
   // A switch has gone from one group to another.
   void Move(std::uint32_t number, Side side, int from, int to);
   // How much the name of a switch is like those of a group: for ties that nothing else decides.
-  std::size_t NameLikeness(std::uint32_t number, Side side, int group) const;
+  std::size_t NameLikeness(std::uint32_t number, Side side, int group);
 
  private:
   struct OfSide {
-    std::unordered_map<std::uint64_t, std::int64_t> siblings;  // members of a group by their pod
-    bool areUnique = false;  // a group usually has one of each pod
+    std::map<std::uint64_t, std::int64_t> siblings;  // members of a group by their pod
+    bool areUnique = false;                          // a group usually has one of each pod
     std::uint32_t usualSize = 0;
   };
 
@@ -63,12 +68,15 @@ class Evidence {
   int ScoreOf(std::uint32_t number, Side side, int group, std::uint32_t leaver) const;
   int SizeScoreOf(std::uint32_t number, Side side, int group) const;
 
+  using Members = std::vector<std::set<std::uint32_t>>;  // by group, in model order
+  Members& MembersOf(std::size_t upperRank, Side side);
+
   const TreeGroups& groups_;
   Seats seats_;
   std::vector<std::array<OfSide, 2>> sides_;  // by upper rank
   // By upper rank and end: by group and port, the switches at the other end and their cables.
-  std::vector<std::array<std::unordered_map<std::uint64_t, std::map<std::uint32_t, int>>, 2>>
-      holders_;
+  std::vector<std::array<std::map<std::uint64_t, std::map<std::uint32_t, int>>, 2>> holders_;
+  std::vector<std::array<Members, 2>> members_;  // by upper rank, once they were asked for
 };
 
 // Moves switches whose groups cost the same to the group for which more speaks; where nothing does,

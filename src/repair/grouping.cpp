@@ -18,10 +18,11 @@
 #include "repair/grouping.h"
 
 #include <algorithm>
+#include <compare>
 #include <cstddef>
+#include <iterator>
 #include <map>
 #include <numeric>
-#include <unordered_map>
 #include <utility>
 
 namespace fabscope {
@@ -38,10 +39,10 @@ std::uint64_t HashOf(Links links) {
   return hash;
 }
 
-bool HaveSameFarEnds(Links a, Links b) {
-  return std::equal(
+std::strong_ordering CompareFarEnds(Links a, Links b) {
+  return std::lexicographical_compare_three_way(
       a.begin(), a.end(), b.begin(), b.end(),
-      [](const RankPair::Link& x, const RankPair::Link& y) { return x.far == y.far; });
+      [](const RankPair::Link& x, const RankPair::Link& y) { return x.far <=> y.far; });
 }
 
 class Grouper {
@@ -129,25 +130,42 @@ class Grouper {
 };
 
 std::vector<Grouper::SameLinks> Grouper::MostFrequentFirst(Side side) const {
-  // Sets of one hash are compared.
-  std::unordered_multimap<std::uint64_t, std::size_t> byHash;
-  std::vector<SameLinks> sets;
+  // Sorted by a hash, which is quick; whoever makes sets of one hash has them compared.
+  struct Entry {
+    std::uint64_t hash;
+    std::uint32_t number;
+  };
+  std::vector<Entry> entries;
+  entries.reserve(CountOf(side));
   for (std::uint32_t i = 0; i < CountOf(side); ++i) {
-    const Links links = LinksOf(side, i);
-    if (links.empty()) continue;
-    const std::uint64_t hash = HashOf(links);
-    auto [known, end] = byHash.equal_range(hash);
-    while (known != end && !HaveSameFarEnds(LinksOf(side, sets[known->second].front()), links)) {
-      ++known;
-    }
-    if (known == end) {
-      known = byHash.emplace(hash, sets.size());
-      sets.emplace_back();
-    }
-    sets[known->second].push_back(i);
+    if (const Links links = LinksOf(side, i); !links.empty()) entries.push_back({HashOf(links), i});
   }
-  std::stable_sort(sets.begin(), sets.end(),
-                   [](const SameLinks& x, const SameLinks& y) { return x.size() > y.size(); });
+  std::sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) {
+    return a.hash != b.hash ? a.hash < b.hash : a.number < b.number;
+  });
+  const auto compare = [&](const Entry& a, const Entry& b) {
+    return CompareFarEnds(LinksOf(side, a.number), LinksOf(side, b.number));
+  };
+  std::vector<SameLinks> sets;
+  for (auto first = entries.begin(); first != entries.end();) {
+    const auto last = std::find_if(first, entries.end(),
+                                   [&](const Entry& entry) { return entry.hash != first->hash; });
+    const bool areSame =
+        std::all_of(first, last, [&](const Entry& entry) { return compare(*first, entry) == 0; });
+    if (!areSame) {
+      std::stable_sort(first, last,
+                       [&](const Entry& a, const Entry& b) { return compare(a, b) < 0; });
+    }
+    for (auto entry = first; entry != last; ++entry) {
+      const bool isNew = entry == first || (!areSame && compare(*std::prev(entry), *entry) != 0);
+      if (isNew) sets.emplace_back();
+      sets.back().push_back(entry->number);
+    }
+    first = last;
+  }
+  std::sort(sets.begin(), sets.end(), [](const SameLinks& x, const SameLinks& y) {
+    return x.size() != y.size() ? x.size() > y.size() : x.front() < y.front();
+  });
   return sets;
 }
 
@@ -384,6 +402,29 @@ void Recount(const RankPair& pair, Grouping& grouping) {
     }
   }
   for (const std::uint64_t lack : lacking) grouping.cost += lack;
+}
+
+void Regroup(const RankPair& pair, Grouping& grouping, Side side, std::uint32_t i, int group) {
+  const Side far = OtherSide(side);
+  const auto kept = [&](int of) {
+    std::uint64_t cables = 0;
+    for (const RankPair::Link& link : side == SpineSide ? pair.OfSpine(i) : pair.OfLine(i)) {
+      if (grouping.groupOf[far][link.far] != of) continue;
+      cables += std::min(link.count, grouping.multiplicity[static_cast<std::size_t>(of)]);
+    }
+    return cables;
+  };
+  const auto wanted = [&](int of) {
+    const auto place = static_cast<std::size_t>(of);
+    return std::uint64_t{grouping.multiplicity[place]} * grouping.size[far][place];
+  };
+  // What is kept neither goes nor lacks any more.
+  int& own = grouping.groupOf[side][i];
+  grouping.cost += 2 * kept(own) + wanted(group);
+  grouping.cost -= 2 * kept(group) + wanted(own);
+  --grouping.size[side][static_cast<std::size_t>(own)];
+  ++grouping.size[side][static_cast<std::size_t>(group)];
+  own = group;
 }
 
 Grouping FindGroups(const RankPair& pair) {

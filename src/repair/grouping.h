@@ -31,4 +31,7 @@ Grouping FindGroups(const RankPair& pair);
 // Sets size and cost by groupOf and multiplicity.
 void Recount(const RankPair& pair, Grouping& grouping);
 
+// Moves a switch, by its place in the pair, from its group to another; size and cost follow.
+void Regroup(const RankPair& pair, Grouping& grouping, Side side, std::uint32_t i, int group);
+
 }  // namespace fabscope

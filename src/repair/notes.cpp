@@ -9,7 +9,6 @@
 #include <bitset>
 #include <cstddef>
 #include <map>
-#include <unordered_map>
 
 #include "fabric/fabric_walk.h"
 
@@ -21,7 +20,10 @@ using Ports = std::bitset<256>;
 class NoteFinder {
  public:
   NoteFinder(const TreeGroups& groups, const Changes& changes)
-      : groups_(groups), changes_(changes), members_(groups.pairs.size()) {
+      : groups_(groups),
+        changes_(changes),
+        members_(groups.pairs.size()),
+        planned_(groups.graph.Count()) {
     for (const CableTarget& target : changes.targets) {
       for (const auto& end : {target.upper, target.lower}) {
         if (end) planned_[end->number].set(end->port);
@@ -61,7 +63,7 @@ class NoteFinder {
   const Changes& changes_;
   // By upper rank, once they were asked for: by group.
   std::vector<std::vector<std::vector<std::uint32_t>>> members_;
-  std::unordered_map<std::uint32_t, Ports> planned_;  // by switch: those that will be used
+  std::vector<Ports> planned_;  // by switch: those that will be used
   std::vector<RepairNote> notes_;
 };
 
@@ -173,7 +175,7 @@ Ports NoteFinder::EmptyAtAll(const std::vector<std::uint32_t>& switches) const {
     for (std::size_t port = node.numPorts + std::size_t{1}; port < empty.size(); ++port) {
       empty.reset(port);
     }
-    if (const auto found = planned_.find(number); found != planned_.end()) empty &= ~found->second;
+    empty &= ~planned_[number];
   }
   return empty;
 }

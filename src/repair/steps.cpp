@@ -13,7 +13,6 @@
 #include <array>
 #include <map>
 #include <optional>
-#include <unordered_map>
 #include <utility>
 
 #include "repair/safe_order.h"
@@ -77,7 +76,7 @@ class StepMaker {
   // By target: ports that its cable leaves, and those that it takes.
   std::vector<std::vector<End>> leaves_;
   std::vector<std::vector<End>> takes_;
-  std::unordered_map<Position, std::size_t> whoLeaves_;
+  std::map<Position, std::size_t> whoLeaves_;
   std::vector<bool> isDone_;
   std::vector<PlannedStep> steps_;
   std::vector<std::vector<std::size_t>> waitsFor_;  // by step

@@ -225,6 +225,7 @@ void HeightFinder::Peel(bool canWait) {
     below.push_back(i);
   }
   std::vector<std::uint32_t> waiting;
+  std::vector<bool> hasWaited(graph_.Count());
   for (int height = 1; !below.empty() || !waiting.empty(); ++height) {
     std::vector<std::uint32_t> candidates = std::move(waiting);
     waiting.clear();
@@ -251,8 +252,8 @@ void HeightFinder::Peel(bool canWait) {
       }
     }
     for (const std::uint32_t i : fresh) {
-      const bool hasWaited = std::find(candidates.begin(), candidates.end(), i) != candidates.end();
-      if (canWait && 2 * common_[i] < median && !hasWaited) {
+      if (canWait && 2 * common_[i] < median && !hasWaited[i]) {
+        hasWaited[i] = true;
         waiting.push_back(i);
       } else {
         heights_[i] = height;

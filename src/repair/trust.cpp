@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <map>
+#include <optional>
 #include <set>
 #include <tuple>
 #include <utility>
@@ -23,6 +24,28 @@
 
 namespace fabscope {
 namespace {
+
+// What its cables are before and after.
+using Ends = std::vector<std::optional<std::pair<std::uint32_t, std::uint8_t>>>;
+
+Ends EndsOf(const RepairStep& step) {
+  Ends ends;
+  for (const CableChange& change : step.cables) {
+    for (const auto& cable : {change.before, change.after}) {
+      for (const auto end : {&RepairCable::upper, &RepairCable::lower}) {
+        ends.emplace_back();
+        if (cable) ends.back().emplace(((*cable).*end).node, ((*cable).*end).port);
+      }
+    }
+  }
+  return ends;
+}
+
+std::set<Ends> EndsOf(const std::vector<PlannedStep>& steps) {
+  std::set<Ends> ends;
+  for (const PlannedStep& planned : steps) ends.insert(EndsOf(planned.step));
+  return ends;
+}
 
 class Judge {
  public:
@@ -65,7 +88,7 @@ class Judge {
   };
 
   void FindMembers();
-  void AddMember(std::uint32_t number, Side side, std::vector<Member>& members) const;
+  void AddMember(std::uint32_t number, Side side, std::vector<Member>& members);
   void FindExchanges();
   void FindDamage();
   // The cheaper the other group is, the more must speak against it.
@@ -103,6 +126,8 @@ class Judge {
   std::vector<std::vector<std::uint64_t>> wrong_;
   std::vector<bool> hasBothHalves_;           // by upper rank
   std::vector<std::vector<Member>> members_;  // by step
+  // Of switches that were asked for.
+  std::map<std::pair<std::uint32_t, Side>, Margin> margins_;
 };
 
 void Judge::FindMembers() {
@@ -124,7 +149,7 @@ void Judge::FindMembers() {
   }
 }
 
-void Judge::AddMember(std::uint32_t number, Side side, std::vector<Member>& members) const {
+void Judge::AddMember(std::uint32_t number, Side side, std::vector<Member>& members) {
   const bool isKnown = std::any_of(members.begin(), members.end(), [&](const Member& member) {
     return member.number == number && member.side == side;
   });
@@ -132,7 +157,9 @@ void Judge::AddMember(std::uint32_t number, Side side, std::vector<Member>& memb
   member.upperRank = static_cast<std::size_t>(groups_.ranks[number] - (side == LineSide ? 1 : 0));
   member.group = side == SpineSide ? groups_.GroupBelow(number) : groups_.GroupAbove(number);
   if (isKnown || member.group == Grouping::none) return;
-  member.margin = evidence_.MarginOf(number, side);
+  const auto [known, isNew] = margins_.try_emplace({number, side});
+  if (isNew) known->second = evidence_.MarginOf(number, side);
+  member.margin = known->second;
   members.push_back(member);
 }
 
@@ -150,7 +177,9 @@ void Judge::FindExchanges() {
       if (it.margin.cost >= dear) continue;
       const auto others = loose.find({it.upperRank, it.side, it.margin.group, it.group});
       if (others == loose.end()) continue;
+      std::size_t asked = 0;
       for (const auto& [other, otherCost] : others->second) {
+        if (asked++ == mostPartners) break;
         const int cost = it.margin.cost + otherCost;
         if (cost >= dear || cost > it.exchange.cost) continue;
         const int evidence = evidence_.ForStaying(it.number, other, it.side);
@@ -316,19 +345,16 @@ void Judge::FindAlternative(std::size_t step) {
   const Changes changes = FindChanges(other);
   if (changes.extras + changes.lacks > changes_.extras + changes_.lacks) return;
   if (!changes.uncertain.empty()) return;
-  const auto isIn = [](const RepairStep& wanted, const std::vector<PlannedStep>& all) {
-    return std::any_of(all.begin(), all.end(), [&](const PlannedStep& planned) {
-      return planned.step.cables == wanted.cables;
-    });
-  };
   const std::vector<PlannedStep> otherSteps = OrderSteps(other, changes);
+  const std::set<Ends> otherEnds = EndsOf(otherSteps);
   for (std::size_t i = 0; i < steps_.size(); ++i) {
-    if (i != step && !isIn(steps_[i].step, otherSteps)) return;
+    if (i != step && !otherEnds.contains(EndsOf(steps_[i].step))) return;
   }
+  const std::set<Ends> ends = EndsOf(steps_);
   CableChanges instead;
   std::vector<RepairStep> trial;
   for (const PlannedStep& planned : otherSteps) {
-    if (isIn(planned.step, steps_)) continue;
+    if (ends.contains(EndsOf(planned.step))) continue;
     instead.insert(instead.end(), planned.step.cables.begin(), planned.step.cables.end());
   }
   if (instead.empty()) return;
