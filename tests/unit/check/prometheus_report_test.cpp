@@ -126,6 +126,8 @@ TEST_F(PrometheusReportTest, TellsHowManyRecordsTheFindingsLack) {
   mostRecords = 1;
   const std::string numbers = Numbers("^root");
   EXPECT_THAT(numbers, HasSubstr("fabscope_error_records{fabric=\"net.topo\"} 2\n"));
+  EXPECT_THAT(numbers, HasSubstr("# HELP fabscope_error_records_not_listed Of them those that the "
+                                 "findings below do not count.\n"));
   EXPECT_THAT(numbers, HasSubstr("fabscope_error_records_not_listed{fabric=\"net.topo\"} 1\n"));
   EXPECT_THAT(numbers,
               HasSubstr("fabscope_findings{fabric=\"net.topo\",kind=\"missing-link\"} 1\n"));
