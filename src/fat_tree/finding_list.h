@@ -3,7 +3,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
-#include <ranges>
 #include <utility>
 
 #include "fat_tree/findings.h"
@@ -38,8 +37,14 @@ class FindingList {
   const Finding& operator[](std::size_t place) const { return findings_[place]; }
 
   // The error records that are kept.
-  auto Records() const {
-    return std::ranges::subrange(begin(), begin() + static_cast<std::ptrdiff_t>(recordsListed_));
+  struct RecordRange {
+    const_iterator first;
+    const_iterator last;
+    const_iterator begin() const { return first; }
+    const_iterator end() const { return last; }
+  };
+  RecordRange Records() const {
+    return {begin(), begin() + static_cast<std::ptrdiff_t>(recordsListed_)};
   }
   // All error records, kept or not.
   std::uint64_t RecordsCount() const { return recordsCount_; }
