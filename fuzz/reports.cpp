@@ -51,16 +51,18 @@ struct Label {
   bool isNeighborhood;
 };
 
-constexpr std::array<Label, 10> labels{{{"Neighborhood ", true},
+constexpr std::array<Label, 12> labels{{{"Neighborhood ", true},
                                         {"neighborhood ", true},
                                         {"neighborhood: ", true},
                                         {"following neighborhoods: ", true},
                                         {R"("neighborhood","id":)", true},
+                                        {R"("neighborhood","groups":[)", true},
                                         {"Connectivity group ", false},
                                         {"connectivity group ", false},
                                         {"connectivity group: ", false},
                                         {"and group ", false},
-                                        {R"("connectivity group","id":)", false}}};
+                                        {R"("connectivity group","id":)", false},
+                                        {R"("connectivity group","groups":[)", false}}};
 
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
@@ -88,9 +90,10 @@ std::string WithIdsReplaced(std::string_view text, Replace replace) {
     if (label == labels.end()) continue;
     while (const auto number = TakeNumber(text)) {
       replaced += std::to_string(replace(*number, label->isNeighborhood));
-      if (!text.starts_with(", ")) break;
-      replaced += ", ";
-      text.remove_prefix(2);
+      const std::string_view separator = text.starts_with(", ") ? ", " : ",";
+      if (!text.starts_with(separator)) break;
+      replaced += separator;
+      text.remove_prefix(separator.size());
     }
   }
   return replaced;

@@ -9,6 +9,7 @@
 #include <array>
 #include <map>
 #include <numeric>
+#include <tuple>
 #include <type_traits>
 #include <utility>
 #include <variant>
@@ -30,7 +31,11 @@ struct FaultKey {
   std::array<KeyPlace, 2> places{};
   std::vector<std::uint64_t> groups;  // ascending
 
-  friend auto operator<=>(const FaultKey&, const FaultKey&) = default;
+  friend bool operator==(const FaultKey&, const FaultKey&) = default;
+  friend bool operator<(const FaultKey& a, const FaultKey& b) {
+    return std::tie(a.kind, a.links, a.details, a.places, a.groups) <
+           std::tie(b.kind, b.links, b.details, b.places, b.groups);
+  }
 };
 
 constexpr std::uint64_t Number(bool flag) { return flag ? 1 : 0; }
@@ -62,8 +67,9 @@ class Side {
     sorted_.resize(faults.size());
     std::iota(sorted_.begin(), sorted_.end(), 0U);
     std::sort(sorted_.begin(), sorted_.end(), [this](std::uint32_t a, std::uint32_t b) {
-      const auto order = KeyOf(a) <=> KeyOf(b);
-      return order == 0 ? a < b : order < 0;
+      const FaultKey keyA = KeyOf(a);
+      const FaultKey keyB = KeyOf(b);
+      return keyA < keyB || (keyA == keyB && a < b);
     });
   }
 
