@@ -80,9 +80,9 @@ bool AreProperGroups(const UpLinks& upLinks) {
     const int count = up.begin()->second;
     const auto isEven = [&](const auto& link) { return link.second == count; };
     if (!std::all_of(up.begin(), up.end(), isEven)) return false;
-    for (const auto& [other, otherUp] : upLinks) {
-      const auto isShared = [&](const auto& link) { return otherUp.contains(link.first); };
-      if (up != otherUp && std::any_of(up.begin(), up.end(), isShared)) return false;
+    for (const auto& other : upLinks) {
+      const auto isShared = [&](const auto& link) { return other.second.contains(link.first); };
+      if (up != other.second && std::any_of(up.begin(), up.end(), isShared)) return false;
     }
   }
   return true;

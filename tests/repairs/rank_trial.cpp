@@ -121,7 +121,7 @@ std::string TryAllSmallFabrics(int switches, RanksScore& score) {
       for (int a = 0; a < switches; ++a) {
         hosts.push_back(static_cast<int>(withHosts >> static_cast<unsigned>(a) & 1U));
       }
-      const std::string wrong = TryInferredRanks(cables, hosts, trees, score.fabrics, score);
+      std::string wrong = TryInferredRanks(cables, hosts, trees, score.fabrics, score);
       if (!wrong.empty()) return wrong;
     }
   }

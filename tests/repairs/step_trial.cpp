@@ -36,7 +36,7 @@ std::string TryFewerSteps(const RepairCase& what, StepsScore& score) {
   const plain::Fabric fabric = ReadFabric(*what.fabric, plan.ranks);
   plain::Cabling after(fabric);
   for (const plain::Step& step : ReadPlan(*what.fabric, plan).steps) {
-    if (const std::string problem = after.Do(step.changes); !problem.empty()) return problem;
+    if (std::string problem = after.Do(step.changes); !problem.empty()) return problem;
   }
   plain::Fabric repaired = fabric;
   repaired.cables = after.Cables();

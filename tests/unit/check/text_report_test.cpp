@@ -125,7 +125,7 @@ TEST(TextReportTest, TellsHowManyRecordsAreNotListedAlsoWhenQuiet) {
   CheckResult result = FinishedCheck();
   Switches switches;
   result.findings = FindingList(1);
-  for (const std::uint64_t group : {3, 4, 5}) result.findings.Add(switches.Missing(group));
+  for (const std::uint64_t group : {3U, 4U, 5U}) result.findings.Add(switches.Missing(group));
   result.findings.Add(SharedFlid{7, {1, 2}});
   result.issuesCount = 1;
   EXPECT_EQ(result.findings.size(), 2U) << "what issues count is always kept";
