@@ -30,6 +30,8 @@ class FirstGreater {
     }
   }
 
+  std::int64_t Greatest() const { return greatest_[1]; }
+
   // None where no value exceeds the limit, which is not negative.
   std::size_t Find(std::int64_t limit) const {
     if (greatest_[1] <= limit) return None;

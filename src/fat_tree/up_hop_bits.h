@@ -12,8 +12,8 @@ namespace fabscope {
 inline constexpr std::size_t MaxUpperSwitches = 2048;
 
 // A set of upper switches: a fixed bit set that knows its count. A std::bitset would do, but the
-// merge rule compares every set with every other, and nearly all of these comparisons can end after
-// a few words (HasMoreOutside).
+// merge rule compares many sets, and nearly all of these comparisons can end after a few words
+// (HasMoreOutside).
 class UpHopBits {
  public:
   static constexpr std::size_t size() { return MaxUpperSwitches; }

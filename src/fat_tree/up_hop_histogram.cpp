@@ -231,11 +231,11 @@ int FTUpHopHistogram::MergeSets() {
     if (found != MergeIndex::None) {
       FTUpHopSet& target = *sets[found];
       const UpHopBits added = target.Delta(set, bitSetSize);
+      index.Remove(number);
       if (const int status = TryMergeTwoSets(set, target, merged); status != StatusSuccess) {
         return status;
       }
-      index.Remove(number, set.upSet);
-      index.Add(found, added, MostOutside(target));
+      index.Grow(found, added, MostOutside(target));
     }
     visited = merged ? upHopSets.erase(visited) : std::next(visited);
   }
