@@ -369,7 +369,8 @@ void RequireSoundDot(const IBFabric& fabric) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   FuzzedDataProvider bytes(data, size);
-  const auto format = static_cast<FabricFormat>(bytes.ConsumeIntegralInRange(0, 4));
+  const auto format = static_cast<FabricFormat>(
+      bytes.ConsumeIntegralInRange(0, static_cast<int>(FabricFormat::Count_) - 1));
   const auto fabric = BuildFabric(MakeTree(bytes, Name));
   switch (format) {
     case FabricFormat::Dot:

@@ -160,12 +160,7 @@ bool DocumentLoader::ReadNode(Value value) {
   };
   if (!ReadObject(value, "a node", nodeKeys, 4, readMember)) return false;
 
-  if (names_ != nullptr) {
-    if (const auto named = names_->find(node.guid); named != names_->end()) {
-      node.name = named->second;
-      node.displayName.reset();
-    }
-  }
+  if (TakeMappedName(names_, node.guid, node.name)) node.displayName.reset();
   const std::uint64_t guid = node.guid;
   if (!Apply(guidOffset, builder_.AddNode(std::move(node)))) return false;
   return std::all_of(ports.begin(), ports.end(), [&](const PlacedPort& port) {
@@ -250,6 +245,19 @@ MaybeError DocumentLoader::Load() {
 }
 
 }  // namespace
+
+bool IsFabricDocument(Input& input) {
+  for (;;) {
+    std::string_view text = input.Unread();
+    if (text.starts_with(ByteOrderMark)) text.remove_prefix(ByteOrderMark.size());
+    const std::size_t first = text.find_first_not_of(" \t\r\n");
+    // A pipe may have given only a part of the mark yet.
+    const bool isKnown = first != std::string_view::npos && !ByteOrderMark.starts_with(text);
+    if (isKnown) return text[first] == '{';
+    if (text.size() > Input::MostOfALine) return false;
+    if (!input.Fill()) return false;
+  }
+}
 
 MaybeError LoadFabricDocument(const InputText& input, const NodeNameMap* names,
                               FabricBuilder& builder, Warnings& warnings) {

@@ -11,6 +11,9 @@ namespace fabscope {
 
 // The fabric document: all of the model as JSON. The order of its nodes is the model's order.
 
+// Whether an input begins as a document does, with "{". Consumes nothing.
+bool IsFabricDocument(Input& input);
+
 // Reads a document into an empty builder. `names` (may be null) replace name and display name of
 // the nodes that they know. Unknown and repeated keys, values of the wrong kind or out of range,
 // and whatever FabricBuilder refuses are errors; texts that are cut are warnings.

@@ -1,8 +1,8 @@
 // What a fabric loses when it is written in a format.
 //
-// The tables below say it attribute by attribute: which formats cannot hold it, and of which nodes
-// or ports it is worth a word, because reading the file again would give them another value. So a
-// fabric for which no line is said comes back as it was, and one line is never about nothing.
+// The tables below say it attribute by attribute: which limit of a format loses it, and of which
+// nodes or ports it is worth a word, because reading the file again would give them another value.
+// So a fabric for which no line is said comes back as it was, and one line is never about nothing.
 
 #include <algorithm>
 #include <array>
@@ -12,6 +12,7 @@
 #include <utility>
 #include <vector>
 
+#include "formats/fabric_formats.h"
 #include "formats/net_file_writer.h"
 #include "formats/node_order.h"
 #include "formats/topology_dump_writer.h"
@@ -22,21 +23,9 @@
 namespace fabscope {
 namespace {
 
-using Formats = unsigned;  // a bit for each
-
-constexpr Formats Only(FabricFormat format) { return 1U << static_cast<unsigned>(format); }
-
-constexpr Formats document = Only(FabricFormat::Document);
-constexpr Formats dump = Only(FabricFormat::TopologyDump);
-constexpr Formats netFile = Only(FabricFormat::NetFile);
-constexpr Formats dot = Only(FabricFormat::Dot);
-constexpr Formats graph = dot | Only(FabricFormat::GraphMl);
-constexpr Formats discovered = dump | netFile;  // formats of what a discovery sees
-constexpr Formats others = discovered | graph;  // than the document
-
 template <typename Owner>
 struct Attribute {
-  Formats lostBy;
+  FormatLimit limit;  // of the formats that lose it
   const char* name;
   bool (*isLost)(const Owner& owner);
 };
@@ -53,58 +42,62 @@ bool IsSpecialByName(const IBNode& node, const std::string& name) {
 constexpr const char* specialMark = "special mark or lack of one, which goes by the name there";
 
 constexpr std::array<Attribute<IBNode>, 17> nodeAttributes{{
-    {document, "bytes outside of UTF-8",
+    {TextsAreJson, "bytes outside of UTF-8",
      [](const IBNode& node) {
        return !IsUtf8(node.name) || !IsUtf8(node.displayName) || !IsUtf8(node.asic);
      }},
-    {graph, "bytes outside of UTF-8", [](const IBNode& node) { return !IsUtf8(node.name); }},
-    {document, "control characters",
+    {NamesAreUtf8, "bytes outside of UTF-8", [](const IBNode& node) { return !IsUtf8(node.name); }},
+    {TextsAreJson, "control characters",
      [](const IBNode& node) {
        return HasControls(node.name) || HasControls(node.displayName) || HasControls(node.asic);
      }},
-    {dump | graph, "control characters", [](const IBNode& node) { return HasControls(node.name); }},
-    {netFile, "full name", [](const IBNode& node) { return node.name != NetFileName(node.name); }},
-    {graph, "system GUID", [](const IBNode& node) { return node.systemGuid != node.guid; }},
-    {dot, "number of ports", [](const IBNode& node) { return node.numPorts != 0; }},
-    {others, "display name", [](const IBNode& node) { return node.displayName != node.name; }},
-    {others, "rank", [](const IBNode& node) { return node.smdbRank != 255; }},
-    {dump, specialMark,
+    {NamesAreOneLine, "control characters",
+     [](const IBNode& node) { return HasControls(node.name); }},
+    {NamesAreNetFiles, "full name",
+     [](const IBNode& node) { return node.name != NetFileName(node.name); }},
+    {OnlyGraph, "system GUID", [](const IBNode& node) { return node.systemGuid != node.guid; }},
+    {NoPortCounts, "number of ports", [](const IBNode& node) { return node.numPorts != 0; }},
+    {OnlyDiscovered, "display name",
+     [](const IBNode& node) { return node.displayName != node.name; }},
+    {OnlyDiscovered, "rank", [](const IBNode& node) { return node.smdbRank != 255; }},
+    {SpecialByName, specialMark,
      [](const IBNode& node) { return node.special != IsSpecialByName(node, node.name); }},
-    {netFile, specialMark,
+    {NamesAreNetFiles, specialMark,
      [](const IBNode& node) {
        return node.special != IsSpecialByName(node, NetFileName(node.name));
      }},
-    {graph, "special mark", [](const IBNode& node) { return node.special; }},
-    {others, "multi-ASIC mark", [](const IBNode& node) { return node.multiAsic; }},
-    {others, "ASIC", [](const IBNode& node) { return !node.asic.empty(); }},
-    {others, "number of planes", [](const IBNode& node) { return node.planesNumber != 1; }},
-    {others, "planes",
+    {OnlyGraph, "special mark", [](const IBNode& node) { return node.special; }},
+    {OnlyDiscovered, "multi-ASIC mark", [](const IBNode& node) { return node.multiAsic; }},
+    {OnlyDiscovered, "ASIC", [](const IBNode& node) { return !node.asic.empty(); }},
+    {OnlyDiscovered, "number of planes", [](const IBNode& node) { return node.planesNumber != 1; }},
+    {OnlyDiscovered, "planes",
      [](const IBNode& node) { return node.suitablePlane != 1 || node.planes.has_value(); }},
-    {others, "FLIDs", [](const IBNode& node) { return !node.flids.empty(); }},
+    {OnlyDiscovered, "FLIDs", [](const IBNode& node) { return !node.flids.empty(); }},
 }};
 
 constexpr std::array<Attribute<IBPort>, 9> portAttributes{{
-    {others, "state",
+    {OnlyDiscovered, "state",
      [](const IBPort& port) { return port.state != (port.remotePort != nullptr ? 4U : 1U); }},
-    {discovered, "speed", [](const IBPort& port) { return port.speed != DumpedSpeed(port); }},
-    {graph, "speed",
+    {ReadLikeDump, "speed", [](const IBPort& port) { return port.speed != DumpedSpeed(port); }},
+    {OnlyGraph, "speed",
      [](const IBPort& port) { return port.remotePort == nullptr && port.speed != 0; }},
-    {others, "mark as not symmetric", [](const IBPort& port) { return !port.symmetric; }},
-    {others, "FNM mark", [](const IBPort& port) { return port.fnm; }},
-    {others, "FNM1 mark", [](const IBPort& port) { return port.fnm1; }},
-    {others, "place outside of the sub-fabric",
+    {OnlyDiscovered, "mark as not symmetric", [](const IBPort& port) { return !port.symmetric; }},
+    {OnlyDiscovered, "FNM mark", [](const IBPort& port) { return port.fnm; }},
+    {OnlyDiscovered, "FNM1 mark", [](const IBPort& port) { return port.fnm1; }},
+    {OnlyDiscovered, "place outside of the sub-fabric",
      [](const IBPort& port) { return !port.inSubFabric; }},
-    {others, "plane multiplicity", [](const IBPort& port) { return port.planeMultiplicity != 1; }},
-    {others, "group", [](const IBPort& port) { return port.group.has_value(); }},
+    {OnlyDiscovered, "plane multiplicity",
+     [](const IBPort& port) { return port.planeMultiplicity != 1; }},
+    {OnlyDiscovered, "group", [](const IBPort& port) { return port.group.has_value(); }},
 }};
 
 // The simulator takes no node without ports, and it and its place are lost for one reason.
-bool IsLeftOut(const IBNode& node, FabricFormat format) {
-  return format == FabricFormat::NetFile && node.numPorts == 0;
+bool IsLeftOut(const IBNode& node, unsigned limits) {
+  return (limits & NodesHavePorts) != 0 && node.numPorts == 0;
 }
 
 // Nodes that stand elsewhere once they are in the order that a dump's loader gives them.
-std::size_t CountOutOfOrder(const IBFabric& fabric, FabricFormat format) {
+std::size_t CountOutOfOrder(const IBFabric& fabric, unsigned limits) {
   struct Place {
     std::string name;
     std::uint64_t guid;
@@ -112,8 +105,8 @@ std::size_t CountOutOfOrder(const IBFabric& fabric, FabricFormat format) {
   std::vector<Place> places;
   places.reserve(fabric.GetNodes().size());
   for (const IBNode& node : fabric.GetNodes()) {
-    if (IsLeftOut(node, format)) continue;
-    const bool isNetFile = format == FabricFormat::NetFile;
+    if (IsLeftOut(node, limits)) continue;
+    const bool isNetFile = (limits & NamesAreNetFiles) != 0;
     places.push_back({isNetFile ? NetFileName(node.name) : CleanText(node.name), node.guid});
   }
   std::sort(places.begin(), places.end(), [](const Place& a, const Place& b) {
@@ -122,16 +115,16 @@ std::size_t CountOutOfOrder(const IBFabric& fabric, FabricFormat format) {
   std::size_t count = 0;
   auto place = places.begin();
   for (const IBNode& node : fabric.GetNodes()) {
-    if (!IsLeftOut(node, format) && (place++)->guid != node.guid) ++count;
+    if (!IsLeftOut(node, limits) && (place++)->guid != node.guid) ++count;
   }
   return count;
 }
 
 class LossLines {
  public:
-  explicit LossLines(FabricFormat format) : format_(Only(format)) {}
+  explicit LossLines(unsigned limits) : limits_(limits) {}
 
-  bool IsLostBy(Formats formats) const { return (formats & format_) != 0; }
+  bool Has(FormatLimit limit) const { return (limits_ & limit) != 0; }
 
   // "2 nodes lose their FLIDs"
   void Add(std::size_t count, const std::string& owner, const std::string& name) {
@@ -145,7 +138,7 @@ class LossLines {
   template <typename Owners, typename Attributes>
   void AddAll(const Owners& owners, const std::string& owner, const Attributes& attributes) {
     for (const auto& attribute : attributes) {
-      if (!IsLostBy(attribute.lostBy)) continue;
+      if (!Has(attribute.limit)) continue;
       const auto count = std::count_if(owners.begin(), owners.end(), attribute.isLost);
       Add(static_cast<std::size_t>(count), owner, attribute.name);
     }
@@ -154,18 +147,18 @@ class LossLines {
   std::vector<std::string> Take() { return std::move(lines_); }
 
  private:
-  Formats format_;
+  unsigned limits_;
   std::vector<std::string> lines_;
 };
 
 // What is told of nodes only by the records that stand in the file, and by their order.
-void AddLossesOfRecords(const IBFabric& fabric, FabricFormat format, LossLines& lines) {
+void AddLossesOfRecords(const IBFabric& fabric, unsigned limits, LossLines& lines) {
   const std::vector<IBNode>& nodes = fabric.GetNodes();
   const auto leftOut = static_cast<std::size_t>(
       std::count_if(nodes.begin(), nodes.end(),
-                    [format](const IBNode& node) { return IsLeftOut(node, format); }));
+                    [limits](const IBNode& node) { return IsLeftOut(node, limits); }));
   lines.Add(leftOut, "node", "record for want of ports");
-  lines.Add(CountOutOfOrder(fabric, format), "node",
+  lines.Add(CountOutOfOrder(fabric, limits), "node",
             "place in the model, which goes by names and GUIDs there");
   if (leftOut == nodes.size()) lines.Say("a file without a node cannot be read again");
 }
@@ -173,13 +166,14 @@ void AddLossesOfRecords(const IBFabric& fabric, FabricFormat format, LossLines& 
 }  // namespace
 
 std::vector<std::string> LossesOf(const IBFabric& fabric, FabricFormat format) {
-  LossLines lines(format);
+  const unsigned limits = EntryOf(format).limits;
+  LossLines lines(limits);
   lines.AddAll(fabric.GetNodes(), "node", nodeAttributes);
   lines.AddAll(fabric.GetPorts(), "port", portAttributes);
-  if (lines.IsLostBy(others)) {
+  if (lines.Has(OnlyDiscovered)) {
     lines.Add(fabric.GetAPorts().size(), "aggregated port", "ports and asymmetry mark");
   }
-  if (lines.IsLostBy(discovered)) AddLossesOfRecords(fabric, format, lines);
+  if (lines.Has(ReadLikeDump)) AddLossesOfRecords(fabric, limits, lines);
   return lines.Take();
 }
 

@@ -1,23 +1,25 @@
 #include "formats/load_fabric.h"
 
-#include "formats/fabric_document.h"
+#include <algorithm>
+
+#include "formats/fabric_formats.h"
 #include "formats/input.h"
-#include "formats/topology_dump.h"
 
 namespace fabscope {
 namespace {
 
-bool IsDocument(Input& input) {
-  for (;;) {
-    std::string_view text = input.Unread();
-    if (text.starts_with(ByteOrderMark)) text.remove_prefix(ByteOrderMark.size());
-    const std::size_t first = text.find_first_not_of(" \t\r\n");
-    // A pipe may have given only a part of the mark yet.
-    const bool isKnown = first != std::string_view::npos && !ByteOrderMark.starts_with(text);
-    if (isKnown) return text[first] == '{';
-    if (text.size() > Input::MostOfALine) return false;
-    if (!input.Fill()) return false;
-  }
+// The one that claims the input; where none does, the one that takes the rest.
+const FormatEntry& FormatOf(Input& input) {
+  const std::span<const FormatEntry> formats = AllFormats();
+  const auto claims = [&input](const FormatEntry& entry) {
+    return entry.detect != nullptr && entry.detect(input);
+  };
+  const auto takesRest = [](const FormatEntry& entry) {
+    return entry.read != nullptr && entry.detect == nullptr;
+  };
+  const auto claimant = std::find_if(formats.begin(), formats.end(), claims);
+  if (claimant != formats.end()) return *claimant;
+  return *std::find_if(formats.begin(), formats.end(), takesRest);
 }
 
 }  // namespace
@@ -26,10 +28,7 @@ MaybeError LoadFabric(const std::string& path, const NodeNameMap* names, const r
                       FabricBuilder& builder, Warnings& warnings) {
   Input input;
   if (MaybeError error = input.Open(path)) return error;
-  if (!IsDocument(input)) return LoadTopologyDump(input, names, specialNodes, builder, warnings);
-  InputText text;
-  if (MaybeError error = ReadAll(input, text)) return error;
-  return LoadFabricDocument(text, names, builder, warnings);
+  return FormatOf(input).read(input, names, specialNodes, builder, warnings);
 }
 
 }  // namespace fabscope

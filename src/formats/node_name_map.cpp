@@ -52,4 +52,12 @@ MaybeError LoadNodeNameMap(const std::string& path, NodeNameMap& names, Warnings
   return ReadNodeNameMap(input, names, warnings);
 }
 
+bool TakeMappedName(const NodeNameMap* names, std::uint64_t guid, std::string& name) {
+  if (names == nullptr) return false;
+  const auto named = names->find(guid);
+  if (named == names->end()) return false;
+  name = named->second;
+  return true;
+}
+
 }  // namespace fabscope

@@ -16,4 +16,7 @@ using NodeNameMap = std::map<std::uint64_t, std::string>;
 // that no fabric has are welcome: a map usually serves a whole site.
 MaybeError LoadNodeNameMap(const std::string& path, NodeNameMap& names, Warnings& warnings);
 
+// Replaces the name of a node where a map (may be null) has one for it; false where it has none.
+bool TakeMappedName(const NodeNameMap* names, std::uint64_t guid, std::string& name);
+
 }  // namespace fabscope

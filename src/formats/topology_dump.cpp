@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "fabric/guid.h"
+#include "formats/foreign_files.h"
 #include "formats/lines.h"
 #include "formats/link_speeds.h"
 #include "formats/node_order.h"
@@ -63,47 +64,6 @@ struct CableEnd {
   std::uint32_t Speed() const { return speedBit == NoSpeed ? 0 : std::uint32_t{1} << speedBit; }
 };
 
-// What else a file without any node may be. The commonest wrong files are other lists that the same
-// tools print.
-class OtherFile {
- public:
-  void Look(std::string_view line) {
-    isEmpty_ = isEmpty_ && line.find_first_not_of(" \t\r") == std::string_view::npos;
-    isBinary_ = isBinary_ || line.find('\0') != std::string_view::npos;
-    isPortList_ = isPortList_ || IsListedPort(line);
-    isLinkList_ = isLinkList_ || (line.find("==(") != std::string_view::npos &&
-                                  line.find(")==>") != std::string_view::npos);
-  }
-
-  std::string Tell() const {
-    if (isEmpty_) return "the file is empty";
-    if (isBinary_) {
-      return "the file is binary, expected a fabric document (JSON) or a topology dump";
-    }
-    if (isPortList_) {
-      return "this is the port list of `ibnetdiscover -p`, which does not tell the size of a "
-             "switch; give the output of `ibnetdiscover` without options";
-    }
-    if (isLinkList_) {
-      return "this is the output of `iblinkinfo`; give the output of `ibnetdiscover` without "
-             "options";
-    }
-    return "no node found, expected a fabric document (JSON) or a topology dump as "
-           "`ibnetdiscover` prints it";
-  }
-
- private:
-  static bool IsListedPort(std::string_view line) {
-    return (line.starts_with("CA ") || line.starts_with("SW ") || line.starts_with("RT ")) &&
-           line.find(" 0x") != std::string_view::npos;
-  }
-
-  bool isEmpty_ = true;
-  bool isBinary_ = false;
-  bool isPortList_ = false;
-  bool isLinkList_ = false;
-};
-
 class DumpLoader {
  public:
   DumpLoader(Input& input, const NodeNameMap* names, const regExp* specialNodes,
@@ -116,7 +76,7 @@ class DumpLoader {
 
   MaybeError Load() {
     if (MaybeError error = ReadLines()) return error;
-    if (nodes_.empty()) return lines_.ErrorAt(1, 0, otherFile_.Tell());
+    if (nodes_.empty()) return lines_.ErrorAt(1, 0, foreignFile_.Tell());
     if (MaybeError error = AddNodes()) return error;
     return AddLinks();
   }
@@ -155,7 +115,7 @@ class DumpLoader {
   FabricBuilder& builder_;
   Warnings& warnings_;
 
-  OtherFile otherFile_;
+  ForeignFile foreignFile_;  // that it may be, as long as there is no node
   Record record_ = Record::None;
   std::optional<std::uint64_t> systemGuid_;  // of the record that has begun
   std::bitset<256> portsSeen_;               // of the current node
@@ -183,7 +143,7 @@ MaybeError DumpLoader::ReadLines() {
 }
 
 MaybeError DumpLoader::ReadLine(const Line& line) {
-  if (nodes_.empty()) otherFile_.Look(line.text);
+  if (nodes_.empty()) foreignFile_.Look(line.text);
   if (!line.hasEnd && IsCutLine(line.text)) {
     return lines_.ErrorAtEnd("the file ends in the middle of a line");
   }
@@ -234,11 +194,7 @@ MaybeError DumpLoader::ReadNode(const Line& line) {
     Warn(WarningKind::LongText, line.number,
          [] { return "name longer than 256 bytes, cut there"; });
   }
-  if (names_ != nullptr) {
-    if (const auto named = names_->find(node.guid); named != names_->end()) {
-      node.name = named->second;
-    }
-  }
+  TakeMappedName(names_, node.guid, node.name);
   record_ = Record::Node;
   portsSeen_.reset();
   return std::nullopt;

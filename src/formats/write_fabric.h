@@ -17,6 +17,7 @@ enum class FabricFormat {
   NetFile,       // what the fabric simulator ibsim reads
   Dot,           // Graphviz
   GraphMl,       // GraphML, for graph libraries and editors
+  Count_,
 };
 
 // The format of a name that a user gives: document, ibnetdiscover, ibsim, dot, graphml.
