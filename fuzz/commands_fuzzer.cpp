@@ -18,6 +18,7 @@
 #include <unistd.h>
 #include <vector>
 
+#include "cli/check_options.h"
 #include "cli/command_line.h"
 #include "cli/exit_status.h"
 #include "compare/plan_progress.h"
@@ -178,8 +179,9 @@ class Commands {
 
 void Commands::Check() {
   Words words = Common("check");
-  for (const char* output : {"dump", "csv", "json", "html", "svg", "prometheus", "log"}) {
-    words.insert(words.end(), {std::string("--") + output, PathOf(std::string("a.") + output)});
+  for (const Output<CheckRun>& output : CheckOutputs()) {
+    const std::string option = output.text.name;
+    words.insert(words.end(), {option, PathOf("a." + option.substr(2))});
   }
   if (Has(FileBundle::flids)) words.insert(words.end(), {"--flids", PathOf("flids")});
   if (IsQuiet()) words.emplace_back("--quiet");

@@ -1,17 +1,21 @@
 #include "cli/check_options.h"
 
 #include <array>
+#include <utility>
 
-#include "cli/named_files.h"
+#include "reports/csv_report.h"
+#include "reports/html_report.h"
+#include "reports/json_report.h"
+#include "reports/prometheus_report.h"
+#include "reports/svg_report.h"
+#include "text/text_fields.h"
 
 namespace fabscope {
 namespace {
 
 using Problem = OptionProblem;
 
-constexpr const char* ofOutputs = "Also write (- for standard output)";
-
-constexpr std::array<CommandOption<CheckArguments>, 12> table{{
+constexpr std::array<CommandOption<CheckArguments>, 2> groupTable{{
     {showGuidText,
      [](CheckArguments& arguments, const std::string& value) {
        return TakeShowGuid(arguments.options.showGuid, value);
@@ -21,42 +25,9 @@ constexpr std::array<CommandOption<CheckArguments>, 12> table{{
      [](CheckArguments& arguments, const std::string& value) {
        return TakePath(arguments.options.flids, value);
      }},
-    {{"--dump", "FILE", ofOutputs, "ranks and groups with their switches",
-      "With - it follows the report."},
-     [](CheckArguments& arguments, const std::string& value) {
-       return TakePath(arguments.dumpFile, value);
-     }},
-    {{"--csv", "FILE", ofOutputs, "the error records as CSV",
-      "With - it takes the place of the report."},
-     [](CheckArguments& arguments, const std::string& value) {
-       return TakePath(arguments.csvFile, value);
-     }},
-    {{"--json", "FILE", ofOutputs, "the whole result as JSON",
-      "With - it takes the place of the report. Of several fabrics a line each."},
-     [](CheckArguments& arguments, const std::string& value) {
-       return TakePath(arguments.jsonFile, value);
-     }},
-    {{"--html", "FILE", ofOutputs, "a page to look at, to mail or to attach",
-      "It loads nothing and needs no network. With - it takes the place of the report."},
-     [](CheckArguments& arguments, const std::string& value) {
-       return TakePath(arguments.htmlFile, value);
-     }},
-    {{"--svg", "FILE", ofOutputs, "a picture of the tree, for documents",
-      "Of more than 256 switches groups are folded. With - it takes the place of the report."},
-     [](CheckArguments& arguments, const std::string& value) {
-       return TakePath(arguments.svgFile, value);
-     }},
-    {{"--prometheus", "FILE", ofOutputs, "numbers for the node exporter of Prometheus",
-      "For its textfile collector: give FILE the ending .prom in the collector's folder. It is "
-      "written when the check was finished, so an old time in it tells that checks fail. With - it "
-      "takes the place of the report."},
-     [](CheckArguments& arguments, const std::string& value) {
-       return TakePath(arguments.prometheusFile, value);
-     }},
-    {{"--log", "FILE", ofOutputs, "all messages of standard error", ""},
-     [](CheckArguments& arguments, const std::string& value) {
-       return TakePath(arguments.logFile, value);
-     }},
+}};
+
+constexpr std::array<CommandOption<CheckArguments>, 3> reportTable{{
     {maxRecordsText,
      [](CheckArguments& arguments, const std::string& value) {
        return TakeMaxRecords(arguments.options.mostRecords, value);
@@ -70,44 +41,99 @@ constexpr std::array<CommandOption<CheckArguments>, 12> table{{
                    const std::string& value) { return TakeColor(arguments.color, value); }},
 }};
 
+CheckTime TimeOf(const CheckRun& run) {
+  const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - run.start;
+  const auto now = std::chrono::system_clock::now().time_since_epoch();
+  return {taken.count(), std::chrono::duration_cast<std::chrono::seconds>(now).count()};
+}
+
+void AskForCures(CheckOptions& options) {
+  options.wantRepairs = true;
+  options.wantMisfits = true;
+}
+
+constexpr std::array<Output<CheckRun>, 7> outputTable{{
+    {.text = {"--dump", "FILE", alsoWritten, "ranks and groups with their switches",
+              "With - it follows the report."},
+     .due = Due::Done,
+     .dash = Dash::IsInReport,
+     .write = [](const CheckRun& run,
+                 std::ostream& stream) { WriteForPeople(run.result.dump, stream); },
+     .ask = [](CheckOptions& options) { options.wantDump = true; }},
+    {.text = {"--csv", "FILE", alsoWritten, "the error records as CSV",
+              "With - it takes the place of the report."},
+     .due = Due::Built,
+     .dash = Dash::ReplacesReport,
+     .write = [](const CheckRun& run,
+                 std::ostream& stream) { WriteCsvReport(run.result, stream); }},
+    {.text = {"--json", "FILE", alsoWritten, "the whole result as JSON",
+              "With - it takes the place of the report. Of several fabrics a line each."},
+     .due = Due::Read,
+     .dash = Dash::ReplacesReport,
+     .write = [](const CheckRun& run,
+                 std::ostream& stream) { WriteJsonReport(run.result, run.style, stream); },
+     .ask = AskForCures,
+     .ofSeveral = true},
+    {.text = {"--html", "FILE", alsoWritten, "a page to look at, to mail or to attach",
+              "It loads nothing and needs no network. With - it takes the place of the report."},
+     .due = Due::Read,
+     .dash = Dash::ReplacesReport,
+     .write = [](const CheckRun& run,
+                 std::ostream& stream) { WriteHtmlReport(run.result, stream); },
+     .ask = AskForCures},
+    {.text = {"--svg", "FILE", alsoWritten, "a picture of the tree, for documents",
+              "Of more than 256 switches groups are folded. With - it takes the place of the "
+              "report."},
+     .due = Due::Built,
+     .dash = Dash::ReplacesReport,
+     .write = [](const CheckRun& run,
+                 std::ostream& stream) { WriteSvgReport(run.result, stream); }},
+    {.text = {"--prometheus", "FILE", alsoWritten, "numbers for the node exporter of Prometheus",
+              "For its textfile collector: give FILE the ending .prom in the collector's folder. "
+              "It is written when the check was finished, so an old time in it tells that checks "
+              "fail. With - it takes the place of the report."},
+     .due = Due::Done,
+     .dash = Dash::ReplacesReport,
+     .write = [](const CheckRun& run,
+                 std::ostream& stream) { WritePrometheusReport(run.result, TimeOf(run), stream); },
+     .ask = [](CheckOptions& options) { options.wantMisfits = true; }},
+    {.text = {"--log", "FILE", alsoWritten, "all messages of standard error", ""},
+     .due = Due::AtEnd,
+     .dash = Dash::IsBehind,
+     .write = [](const CheckRun& run, std::ostream& stream) { stream << run.messages.GetLog(); },
+     .ofSeveral = true},
+}};
+
 Problem SettleFiles(const CheckArguments& arguments) {
   const CheckOptions& options = arguments.options;
   std::vector<const std::string*> inputs;
   for (const std::string& fabric : arguments.operands) inputs.push_back(&fabric);
   inputs.insert(inputs.end(), {&options.ranks, &options.flids, &options.nodeNameMap});
-  const std::array<NamedOutput, 7> outputs{{{"--dump ", arguments.dumpFile},
-                                            {"--csv ", arguments.csvFile},
-                                            {"--json ", arguments.jsonFile},
-                                            {"--html ", arguments.htmlFile},
-                                            {"--svg ", arguments.svgFile},
-                                            {"--prometheus ", arguments.prometheusFile},
-                                            {"--log ", arguments.logFile}}};
-  return ProblemOfFiles(inputs, outputs);
+  return ProblemOfFiles(inputs, NamedOutputs(CheckOutputs(), arguments.outputs));
 }
 
-// These files tell of one fabric.
 Problem SettleSeveral(const CheckArguments& arguments) {
   if (arguments.operands.size() < 2) return std::nullopt;
-  const std::array<NamedOutput, 5> ofOne{{{"--dump ", arguments.dumpFile},
-                                          {"--csv ", arguments.csvFile},
-                                          {"--html ", arguments.htmlFile},
-                                          {"--svg ", arguments.svgFile},
-                                          {"--prometheus ", arguments.prometheusFile}}};
-  for (const NamedOutput& output : ofOne) {
-    if (output.file.empty()) continue;
-    return output.option + output.file + " takes one FABRIC: of several there is --json";
+  for (const Output<CheckRun>& output : CheckOutputs()) {
+    const NamedOutput named{output.text.name, arguments.outputs.Of(output.text.name)};
+    if (output.ofSeveral || named.file.empty()) continue;
+    return Named(named) + " takes one FABRIC: of several there is --json";
   }
   const CheckOptions& options = arguments.options;
-  const std::array<NamedInput, 3> shared{{{"--ranks ", options.ranks},
-                                          {"--flids ", options.flids},
-                                          {"--node-name-map ", options.nodeNameMap}}};
+  const std::array<NamedInput, 3> shared{{{"--ranks", options.ranks},
+                                          {"--flids", options.flids},
+                                          {"--node-name-map", options.nodeNameMap}}};
   return ProblemOfSharedInputs(shared);
 }
 
 }  // namespace
 
+Outputs<CheckRun> CheckOutputs() { return outputTable; }
+
 std::vector<BoundOption> BindOptions(CheckArguments& arguments) {
-  return Bind(table, arguments, BindTreeOptions(arguments));
+  std::vector<BoundOption> options = Bind(groupTable, arguments, BindTreeOptions(arguments));
+  BindOutputs(CheckOutputs(), arguments.outputs, options);
+  return Bind(reportTable, arguments, std::move(options));
 }
 
 const CommandText checkText{
@@ -142,11 +168,7 @@ std::optional<std::string> SettleArguments(CheckArguments& arguments) {
   if (!arguments.operands.empty()) arguments.options.fabric = arguments.operands.front();
   if (Problem problem = SettleSeveral(arguments)) return problem;
   if (Problem problem = SettleFiles(arguments)) return problem;
-  CheckOptions& options = arguments.options;
-  options.wantDump = !arguments.dumpFile.empty();
-  options.wantRepairs = !arguments.jsonFile.empty() || !arguments.htmlFile.empty();
-  options.wantMisfits = !arguments.jsonFile.empty() || !arguments.htmlFile.empty() ||
-                        !arguments.prometheusFile.empty();
+  AskForOutputs(CheckOutputs(), arguments.outputs, arguments.options);
   return std::nullopt;
 }
 

@@ -116,7 +116,8 @@ class SeveralChecks {
   }
 
   int Run() {
-    const bool isJsonShown = arguments_.jsonFile == standardStream;
+    const std::string& jsonFile = arguments_.outputs.Of("--json");
+    const bool isJsonShown = jsonFile == standardStream;
     std::optional<std::string> problem;
     const auto toScreen = [&](std::ostream* json) {
       problem = WriteStandardOutput([&](std::ostream& stream) {
@@ -127,11 +128,11 @@ class SeveralChecks {
         }
       });
     };
-    if (arguments_.jsonFile.empty() || isJsonShown) {
+    if (jsonFile.empty() || isJsonShown) {
       toScreen(nullptr);
     } else {
       bool isShown = false;
-      const auto failure = WriteFile(arguments_.jsonFile, [&](std::ostream& stream) {
+      const auto failure = WriteFile(jsonFile, [&](std::ostream& stream) {
         toScreen(&stream);
         isShown = true;
       });

@@ -1,16 +1,12 @@
 #include "cli/convert_command.h"
 
 #include <string>
-#include <vector>
 
 #include "check/check.h"
 #include "check/load_input.h"
 #include "cli/exit_status.h"
-#include "cli/messages.h"
-#include "formats/write_fabric.h"
-#include "os/output_file.h"
+#include "cli/outputs.h"
 #include "os/progress_line.h"
-#include "os/standard_streams.h"
 #include "os/terminal.h"
 #include "reports/slurm_topology.h"
 
@@ -21,16 +17,15 @@ class ConvertCommand {
  public:
   explicit ConvertCommand(const ConvertArguments& arguments) : arguments_(arguments) {}
 
-  int Run() { return arguments_.isSlurm ? WriteTree() : WriteAll(); }
+  int Run() { return arguments_.format->IsMadeOfTree() ? WriteTree() : WriteAll(); }
 
  private:
   // The fabric with all that the format can hold.
   int WriteAll();
-  // The tree that a check finds in it.
+  // The tree that a check finds in it; Slurm's is the only format of one.
   int WriteTree();
 
-  bool Write(const WriteTo& write);
-  void TellLosses(const std::vector<std::string>& losses);
+  bool Write(const WriteTo& write) { return WriteOrTell(arguments_.output, write, messages_); }
 
   const ConvertArguments& arguments_;
   const CheckOptions& options_ = arguments_.options;
@@ -47,10 +42,11 @@ int ConvertCommand::WriteAll() {
     return ExitFailed;
   }
   for (const std::string& warning : input.warnings) messages_.Tell(warning);
+  const FabricFormat format = *arguments_.format->format;
   const bool isWritten =
-      Write([&](std::ostream& stream) { WriteFabric(*input.fabric, *arguments_.format, stream); });
+      Write([&](std::ostream& stream) { WriteFabric(*input.fabric, format, stream); });
   if (!isWritten) return ExitFailed;
-  TellLosses(LossesOf(*input.fabric, *arguments_.format));
+  TellLosses(arguments_.output, LossesOf(*input.fabric, format), messages_);
   return ExitClean;
 }
 
@@ -76,21 +72,9 @@ int ConvertCommand::WriteTree() {
   const bool isWritten = hasHosts && Write([&](std::ostream& stream) {
                            WriteSlurmTopology(result, topology, stream);
                          });
-  if (isWritten || !hasHosts) TellLosses(topology.losses);
+  if (isWritten || !hasHosts) TellLosses(arguments_.output, topology.losses, messages_);
   if (!hasHosts) messages_.Tell("no host of the fabric has a place in its tree");
   return isWritten ? ExitClean : ExitFailed;
-}
-
-bool ConvertCommand::Write(const WriteTo& write) {
-  const auto problem = WriteOutput(arguments_.output, write);
-  if (problem) messages_.Tell(*problem);
-  return !problem;
-}
-
-void ConvertCommand::TellLosses(const std::vector<std::string>& losses) {
-  const bool isStandard = arguments_.output == standardStream;
-  const std::string start = (isStandard ? "<stdout>" : arguments_.output) + ": warning: ";
-  for (const std::string& loss : losses) messages_.Tell(start + loss);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "cli/format_texts.h"
 #include "cli/named_files.h"
 
 namespace fabscope {
@@ -11,27 +12,33 @@ using Problem = OptionProblem;
 
 constexpr const char* ofOutputs = "What is written";
 constexpr const char* ofInputs = "How the fabric is read";
-constexpr const char* ofTree = "How the tree is found (slurm)";
 
-constexpr const char* slurmName = "slurm";
-constexpr const char* slurmEnding = ".conf";
+const char* OfTree() {
+  static const std::string heading = "How the tree is found (" + NamesInWords(TreeFormats()) + ")";
+  return heading.c_str();
+}
 
-constexpr std::array<CommandOption<ConvertArguments>, 2> table{{
-    {{"-o,--output", "FILE", ofOutputs, "the file to write (- for standard output)", "Required."},
-     [](ConvertArguments& arguments, const std::string& value) {
-       return TakePath(arguments.output, value);
-     }},
-    {{"--format", "document|ibnetdiscover|ibsim|dot|graphml|slurm", ofOutputs,
-      "what to write (default: by the ending of FILE)",
-      "Fabric document, topology dump, net file of the simulator ibsim, Graphviz, GraphML or the "
-      "topology.conf of Slurm. The endings are .json, .topo, .net, .dot or .gv, .graphml, .conf."},
-     [](ConvertArguments& arguments, const std::string& value) -> Problem {
-       arguments.format = FabricFormatOfName(value);
-       arguments.isSlurm = value == slurmName;
-       if (arguments.format || arguments.isSlurm) return std::nullopt;
-       return "expected document, ibnetdiscover, ibsim, dot, graphml or slurm";
-     }},
-}};
+std::vector<BoundOption> BindOutput(ConvertArguments& arguments) {
+  static const std::string choices = ChoiceOfNames(WrittenFormats());
+  static const std::string more = TitlesInWords(WrittenFormats()) + ". The endings are " +
+                                  EndingsByFormat(WrittenFormats()) + ".";
+  const auto takeFile = [&arguments](const std::string& value) {
+    return TakePath(arguments.output, value);
+  };
+  const auto takeFormat = [&arguments](const std::string& value) -> Problem {
+    arguments.format = FormatOfName(WrittenFormats(), value);
+    if (arguments.format != nullptr) return std::nullopt;
+    return "expected " + NamesInWords(WrittenFormats());
+  };
+  return {
+      {{"-o,--output", "FILE", ofOutputs, "the file to write (- for standard output)", "Required."},
+       takeFile,
+       false},
+      {{"--format", choices.c_str(), ofOutputs, "what to write (default: by the ending of FILE)",
+        more.c_str()},
+       takeFormat,
+       false}};
+}
 
 // What only the search for a tree looks at is told apart from what every format takes.
 void AddTreeOptions(ConvertArguments& arguments, std::vector<BoundOption>& options) {
@@ -43,7 +50,7 @@ void AddTreeOptions(ConvertArguments& arguments, std::vector<BoundOption>& optio
       options.push_back(option);
       continue;
     }
-    option.text.group = ofTree;
+    option.text.group = OfTree();
     option.take = [take = option.take, name, &arguments](const std::string& value) {
       arguments.treeOption = name;
       return take(value);
@@ -55,23 +62,23 @@ void AddTreeOptions(ConvertArguments& arguments, std::vector<BoundOption>& optio
 
 Problem SettleFormat(ConvertArguments& arguments) {
   if (arguments.output.empty()) return "--output FILE is required";
-  if (!arguments.format && !arguments.isSlurm) {
-    arguments.format = FabricFormatOfFile(arguments.output);
-    arguments.isSlurm = arguments.output.ends_with(slurmEnding);
+  if (arguments.format == nullptr) {
+    arguments.format = FormatOfFile(WrittenFormats(), arguments.output);
   }
-  if (!arguments.format && !arguments.isSlurm) {
+  if (arguments.format == nullptr) {
     return "--output " + arguments.output +
-           " does not tell the format by its ending: give --format document, ibnetdiscover, "
-           "ibsim, dot, graphml or slurm";
+           " does not tell the format by its ending: give --format " +
+           NamesInWords(WrittenFormats());
   }
-  if (arguments.isSlurm || arguments.treeOption.empty()) return std::nullopt;
-  return arguments.treeOption + " is for --format slurm only: no other looks for a tree";
+  if (arguments.format->IsMadeOfTree() || arguments.treeOption.empty()) return std::nullopt;
+  return arguments.treeOption + " is for --format " + NamesInWords(TreeFormats()) +
+         " only: no other looks for a tree";
 }
 
 }  // namespace
 
 std::vector<BoundOption> BindOptions(ConvertArguments& arguments) {
-  std::vector<BoundOption> options = Bind(table, arguments);
+  std::vector<BoundOption> options = BindOutput(arguments);
   AddTreeOptions(arguments, options);
   return options;
 }
@@ -102,7 +109,7 @@ std::optional<std::string> SettleArguments(ConvertArguments& arguments) {
   if (!arguments.operands.empty()) options.fabric = arguments.operands.front();
   const std::array<const std::string*, 3> inputs{&options.fabric, &options.nodeNameMap,
                                                  &options.ranks};
-  const std::array<NamedOutput, 1> outputs{{{"--output ", arguments.output}}};
+  const std::array<NamedOutput, 1> outputs{{{"--output", arguments.output}}};
   return ProblemOfFiles(inputs, outputs);
 }
 

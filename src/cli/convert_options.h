@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "cli/tree_options.h"
-#include "formats/write_fabric.h"
+#include "formats/fabric_formats.h"
 
 namespace fabscope {
 
@@ -14,8 +14,7 @@ namespace fabscope {
 struct ConvertArguments : TreeArguments {
   std::vector<std::string> operands;  // the FABRIC
   std::string output;
-  std::optional<FabricFormat> format;  // of the output
-  bool isSlurm = false;    // the output is for Slurm, in none of the formats of a fabric
+  const FormatEntry* format = nullptr;  // of the output
   std::string treeOption;  // the last one given that only a search for the tree looks at, or none
 };
 

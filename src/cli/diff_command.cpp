@@ -6,13 +6,9 @@
 
 #include "cli/exit_status.h"
 #include "cli/load_plan.h"
-#include "cli/messages.h"
-#include "compare/difference.h"
 #include "fat_tree/topology.h"
 #include "os/ordered_work.h"
-#include "os/output_file.h"
 #include "os/progress_line.h"
-#include "os/standard_streams.h"
 #include "platform/progress.h"
 #include "reports/difference_report.h"
 
@@ -148,23 +144,18 @@ void DiffCommand::TellDoubts() {
 }
 
 bool DiffCommand::Write(const Difference& difference) {
-  const auto writeJson = [&](std::ostream& stream) { WriteDifferenceJson(difference, stream); };
   bool isWritten = true;
-  const auto tell = [&](const std::optional<std::string>& problem) {
-    if (problem) messages_.Tell(*problem);
-    isWritten = isWritten && !problem;
-  };
-  if (arguments_.jsonFile == standardStream) {
-    tell(WriteStandardOutput(writeJson));
-    return isWritten;
+  if (!IsReportReplaced(DiffOutputs(), arguments_.outputs)) {
+    TextStyle style;
+    style.quiet = arguments_.quiet;
+    style.color = WantsColor(arguments_.color);
+    const auto write = [&](std::ostream& stream) {
+      WriteDifferenceReport(difference, style, stream);
+    };
+    isWritten = WriteOrTell(standardStream, write, messages_);
   }
-  TextStyle style;
-  style.quiet = arguments_.quiet;
-  style.color = WantsColor(arguments_.color);
-  tell(WriteStandardOutput(
-      [&](std::ostream& stream) { WriteDifferenceReport(difference, style, stream); }));
-  if (!arguments_.jsonFile.empty()) tell(WriteFile(arguments_.jsonFile, writeJson));
-  return isWritten;
+  const auto isDue = [](const Output<Difference>&) { return true; };
+  return WriteOutputs(DiffOutputs(), arguments_.outputs, difference, messages_, isDue) && isWritten;
 }
 
 }  // namespace

@@ -1,18 +1,22 @@
 #include "cli/diff_options.h"
 
 #include <array>
+#include <utility>
 
-#include "cli/named_files.h"
+#include "reports/difference_report.h"
 
 namespace fabscope {
 namespace {
 
-constexpr std::array<CommandOption<DiffArguments>, 5> table{{
-    {{"--json", "FILE", ofReport, "also write it as JSON (- for standard output)",
-      "With - it takes the place of the report."},
-     [](DiffArguments& arguments, const std::string& value) {
-       return TakePath(arguments.jsonFile, value);
-     }},
+constexpr std::array<Output<Difference>, 1> outputTable{{
+    {.text = {"--json", "FILE", ofReport, "also write it as JSON (- for standard output)",
+              "With - it takes the place of the report."},
+     .due = Due::Read,
+     .dash = Dash::ReplacesReport,
+     .write = WriteDifferenceJson},
+}};
+
+constexpr std::array<CommandOption<DiffArguments>, 4> table{{
     {{"--plan", "FILE", ofReport, "also tell which steps of the plan of repairs are done in NEW",
       "FILE is what fabscope repair --json has written. It is refused when fewer than half of the "
       "switches that it names are in NEW."},
@@ -34,8 +38,12 @@ constexpr std::array<CommandOption<DiffArguments>, 5> table{{
 
 }  // namespace
 
+Outputs<Difference> DiffOutputs() { return outputTable; }
+
 std::vector<BoundOption> BindOptions(DiffArguments& arguments) {
-  return Bind(table, arguments, BindTreeOptions(arguments));
+  std::vector<BoundOption> options = BindTreeOptions(arguments);
+  BindOutputs(DiffOutputs(), arguments.outputs, options);
+  return Bind(table, arguments, std::move(options));
 }
 
 const CommandText diffText{
@@ -68,11 +76,9 @@ std::optional<std::string> SettleArguments(DiffArguments& arguments) {
   inputs.insert(inputs.end(),
                 {&arguments.options.ranks, &arguments.options.nodeNameMap, &arguments.planFile});
   const std::array<NamedInput, 2> shared{
-      {{"--ranks ", arguments.options.ranks}, {"--node-name-map ", arguments.options.nodeNameMap}}};
+      {{"--ranks", arguments.options.ranks}, {"--node-name-map", arguments.options.nodeNameMap}}};
   if (OptionProblem problem = ProblemOfSharedInputs(shared)) return problem;
-  const std::array<NamedOutput, 1> outputs{{{"--json ", arguments.jsonFile}}};
-  if (OptionProblem problem = ProblemOfFiles(inputs, outputs)) return problem;
-  return std::nullopt;
+  return ProblemOfFiles(inputs, NamedOutputs(DiffOutputs(), arguments.outputs));
 }
 
 }  // namespace fabscope

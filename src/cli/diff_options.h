@@ -4,20 +4,23 @@
 #include <string>
 #include <vector>
 
+#include "cli/outputs.h"
 #include "cli/tree_options.h"
+#include "compare/difference.h"
 #include "os/terminal.h"
 
 namespace fabscope {
 
-// `fabscope diff` as the command line gives it. Files: empty when not asked for, "-" for standard
-// output.
+// `fabscope diff` as the command line gives it.
 struct DiffArguments : TreeArguments {
   std::vector<std::string> operands;  // OLD and NEW
-  std::string jsonFile;
-  std::string planFile;
+  OutputFiles outputs;
+  std::string planFile;  // empty when not asked for
   bool quiet = false;
   ColorWhen color = ColorWhen::Auto;
 };
+
+Outputs<Difference> DiffOutputs();
 
 std::vector<BoundOption> BindOptions(DiffArguments& arguments);
 extern const CommandText diffText;

@@ -3,8 +3,7 @@
 #include <memory>
 
 #include "cli/exit_status.h"
-#include "cli/messages.h"
-#include "os/output_file.h"
+#include "cli/outputs.h"
 #include "synthetic/fabric_plan.h"
 #include "synthetic/random.h"
 #include "synthetic/truth.h"
@@ -31,13 +30,6 @@ class GenerateCommand {
   std::optional<std::string> MakeFaults();
   bool WriteTruth();
   bool WriteTheFabric();
-
-  // Whether the output arrived; says so if it did not.
-  bool Write(const std::string& file, const WriteTo& writeTo) {
-    const auto problem = WriteOutput(file, writeTo);
-    if (problem) messages_.Tell(*problem);
-    return !problem;
-  }
 
   const GenerateArguments& arguments_;
   FabricPlan plan_;
@@ -72,8 +64,10 @@ std::optional<std::string> GenerateCommand::MakeFaults() {
 
 bool GenerateCommand::WriteTruth() {
   if (arguments_.truthFile.empty()) return true;
-  return Write(arguments_.truthFile,
-               [&](std::ostream& stream) { stream << TruthText(plan_, arguments_.seed, faults_); });
+  const auto write = [&](std::ostream& stream) {
+    stream << TruthText(plan_, arguments_.seed, faults_);
+  };
+  return WriteOrTell(arguments_.truthFile, write, messages_);
 }
 
 bool GenerateCommand::WriteTheFabric() {
@@ -81,8 +75,8 @@ bool GenerateCommand::WriteTheFabric() {
   plan_.Fill(builder);
   const std::unique_ptr<IBFabric> fabric = builder.Build();
   for (const std::string& loss : LossesOf(*fabric, arguments_.format)) messages_.Tell(loss);
-  return Write(arguments_.outputFile,
-               [&](std::ostream& stream) { WriteFabric(*fabric, arguments_.format, stream); });
+  const auto write = [&](std::ostream& stream) { WriteFabric(*fabric, arguments_.format, stream); };
+  return WriteOrTell(arguments_.outputFile, write, messages_);
 }
 
 }  // namespace

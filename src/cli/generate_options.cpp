@@ -4,6 +4,7 @@
 #include <charconv>
 #include <utility>
 
+#include "cli/format_texts.h"
 #include "cli/named_files.h"
 #include "formats/link_speeds.h"
 
@@ -48,7 +49,7 @@ Problem TakeFault(std::vector<FaultRequest>& faults, const std::string& value) {
   return std::nullopt;
 }
 
-constexpr std::array<CommandOption<GenerateArguments>, 14> table{{
+constexpr std::array<CommandOption<GenerateArguments>, 13> table{{
     {{"--xgft", "\"h; m1,...; w1,...\"", ofTree, "an extended generalised fat tree",
       "h levels of switches, m children of each switch and w parents of each node by level, from "
       "the leaves up."},
@@ -120,17 +121,24 @@ constexpr std::array<CommandOption<GenerateArguments>, 14> table{{
      [](GenerateArguments& arguments, const std::string& value) {
        return TakePath(arguments.outputFile, value);
      }},
-    {{"--format", "document|ibnetdiscover|ibsim|dot|graphml", ofOutputs,
-      "what to write (default: by the ending of FILE)",
-      "The default goes by the ending of FILE: .json, .topo, .net, .dot or .gv, .graphml; "
-      "otherwise a fabric document."},
-     [](GenerateArguments& arguments, const std::string& value) -> Problem {
-       const auto format = FabricFormatOfName(value);
-       if (!format) return "expected document, ibnetdiscover, ibsim, dot or graphml";
-       arguments.givenFormat = format;
-       return std::nullopt;
-     }},
 }};
+
+BoundOption BindFormat(GenerateArguments& arguments) {
+  static const std::string choices = ChoiceOfNames(FabricFormats());
+  static const std::string more =
+      "The default goes by the ending of FILE: " + EndingsByFormat(FabricFormats()) +
+      "; otherwise a fabric document.";
+  const auto take = [&arguments](const std::string& value) -> Problem {
+    const auto format = FabricFormatOfName(value);
+    if (!format) return "expected " + NamesInWords(FabricFormats());
+    arguments.givenFormat = format;
+    return std::nullopt;
+  };
+  return {{"--format", choices.c_str(), ofOutputs, "what to write (default: by the ending of FILE)",
+           more.c_str()},
+          take,
+          false};
+}
 
 Problem SettleRadixTree(GenerateArguments& arguments) {
   const auto levels = static_cast<unsigned>(arguments.levels);
@@ -184,7 +192,9 @@ Problem SettleFaults(const GenerateArguments& arguments) {
 }  // namespace
 
 std::vector<BoundOption> BindOptions(GenerateArguments& arguments) {
-  return Bind(table, arguments);
+  std::vector<BoundOption> options = Bind(table, arguments);
+  options.push_back(BindFormat(arguments));
+  return options;
 }
 
 const CommandText generateText{
@@ -209,7 +219,7 @@ std::optional<std::string> SettleArguments(GenerateArguments& arguments) {
   if (Problem problem = SettleTree(arguments)) return problem;
   if (Problem problem = SettleFaults(arguments)) return problem;
   const std::array<NamedOutput, 2> outputs{
-      {{"--output ", arguments.outputFile}, {"--truth ", arguments.truthFile}}};
+      {{"--output", arguments.outputFile}, {"--truth", arguments.truthFile}}};
   if (Problem problem = ProblemOfFiles({}, outputs)) return problem;
   const auto byEnding = FabricFormatOfFile(arguments.outputFile);
   arguments.format = arguments.givenFormat.value_or(byEnding.value_or(FabricFormat::Document));

@@ -28,6 +28,10 @@ bool IsSameFile(const std::string& a, const std::string& b) {
 
 }  // namespace
 
+std::string Named(const NamedOutput& output) {
+  return std::string(output.option) + " " + output.file;
+}
+
 std::optional<std::string> ProblemOfFiles(std::span<const std::string* const> inputs,
                                           std::span<const NamedOutput> outputs) {
   const auto isStandardInput = [](const std::string* path) { return *path == "-"; };
@@ -39,12 +43,12 @@ std::optional<std::string> ProblemOfFiles(std::span<const std::string* const> in
     for (std::size_t j = 0; j < i; ++j) {
       const NamedOutput& other = outputs[j];
       if (!IsSameFile(other.file, output.file)) continue;
-      return other.option + other.file + " and " + output.option + output.file +
+      return Named(other) + " and " + Named(output) +
              " contradict each other: each needs a file of its own";
     }
     for (const std::string* input : inputs) {
       if (output.file == "-" || !IsSameFile(output.file, *input)) continue;
-      return output.option + output.file + " would overwrite the input " + *input;
+      return Named(output) + " would overwrite the input " + *input;
     }
   }
   return std::nullopt;
@@ -58,8 +62,7 @@ std::optional<std::string> ProblemOfSharedInputs(std::span<const NamedInput> inp
     const bool isOnce =
         input.file == "-" || (exists(status) && !is_regular_file(status) && !is_directory(status));
     if (isOnce) {
-      return input.option + input.file +
-             " can be read only once, and there are several fabrics: give a file";
+      return Named(input) + " can be read only once, and there are several fabrics: give a file";
     }
   }
   return std::nullopt;

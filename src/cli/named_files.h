@@ -6,7 +6,7 @@
 
 namespace fabscope {
 
-// A file that the command line names for output, with what named it ("--csv "). Empty: none was
+// A file that the command line names for output, with the option that named it. Empty: none was
 // named; "-": standard output.
 struct NamedOutput {
   const char* option;
@@ -15,6 +15,9 @@ struct NamedOutput {
 
 // The same of a file to read.
 using NamedInput = NamedOutput;
+
+// "--csv FILE".
+std::string Named(const NamedOutput& output);
 
 // What forbids these inputs and outputs together: standard input read twice, an input overwritten,
 // two outputs of one name, however it is spelled. Devices may be named twice. Empty inputs were not

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "cli/exit_status.h"
+#include "cli/format_texts.h"
 #include "cli/help_text.h"
 #include "os/output_file.h"
 #include "platform/version.h"
@@ -145,11 +146,10 @@ std::optional<int> Parse(CLI::App& app, const CommandText& command,
 
 // "check, generate or convert".
 std::string NamesOf(const std::vector<const CommandText*>& commands) {
-  std::string names = commands.front()->name;
-  for (std::size_t i = 1; i < commands.size(); ++i) {
-    names += std::string(i + 1 < commands.size() ? ", " : " or ") + commands[i]->name;
-  }
-  return names;
+  std::vector<std::string> names;
+  names.reserve(commands.size());
+  for (const CommandText* command : commands) names.emplace_back(command->name);
+  return InWords(names);
 }
 
 }  // namespace

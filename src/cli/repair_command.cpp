@@ -2,15 +2,10 @@
 
 #include <algorithm>
 
-#include "check/advice.h"
-#include "check/repair_run.h"
 #include "cli/exit_status.h"
 #include "cli/load_plan.h"
-#include "cli/messages.h"
 #include "compare/plan_progress.h"
-#include "os/output_file.h"
 #include "os/progress_line.h"
-#include "os/standard_streams.h"
 #include "os/terminal.h"
 #include "reports/repair_report.h"
 
@@ -41,16 +36,12 @@ class RepairCommand {
   }
   int Report();
   int Verify();
-  bool WriteAfter();
   void TellFailure();
 
-  bool Write(const std::string& file, const WriteTo& write) {
-    const auto problem = WriteOutput(file, write);
-    if (problem) messages_.Tell(*problem);
-    return !problem;
-  }
-  bool IsReportReplaced() const {
-    return arguments_.csvFile == standardStream || arguments_.jsonFile == standardStream;
+  bool Write(Due due) {
+    return WriteOutputs(RepairOutputs(), arguments_.outputs, {result_, arguments_.afterFormat},
+                        messages_,
+                        [due](const Output<RepairRun>& output) { return output.due == due; });
   }
 
   const RepairArguments& arguments_;
@@ -65,41 +56,21 @@ void RepairCommand::TellFailure() {
 }
 
 int RepairCommand::Report() {
-  bool isWritten = true;
-  if (!arguments_.jsonFile.empty()) {
-    isWritten &= Write(arguments_.jsonFile,
-                       [this](std::ostream& stream) { WriteRepairJson(result_, stream); });
-  }
+  bool isWritten = Write(Due::Read);
   if (!result_.IsDone()) {
     TellFailure();
     return ExitFailed;
   }
-  if (!IsReportReplaced()) {
-    isWritten &=
-        Write(standardStream, [this](std::ostream& stream) { WriteRepairReport(result_, stream); });
+  if (!IsReportReplaced(RepairOutputs(), arguments_.outputs)) {
+    const auto write = [this](std::ostream& stream) { WriteRepairReport(result_, stream); };
+    isWritten &= WriteOrTell(standardStream, write, messages_);
   }
-  if (!arguments_.csvFile.empty()) {
-    isWritten &= Write(arguments_.csvFile,
-                       [this](std::ostream& stream) { WriteRepairCsv(result_, stream); });
-  }
-  if (!arguments_.afterFile.empty()) isWritten &= WriteAfter();
+  isWritten &= Write(Due::Done);
   if (!result_.doubt.empty()) messages_.Tell(result_.doubt);
   if (!isWritten) return ExitFailed;
   const RepairPlan& plan = result_.proven.plan;
   const bool isClean = plan.status != RepairStatus::Abstained && plan.steps.empty();
   return isClean ? ExitClean : ExitFindings;
-}
-
-bool RepairCommand::WriteAfter() {
-  const IBFabric& fabric = result_.Repaired();
-  const bool isWritten = Write(arguments_.afterFile, [&](std::ostream& stream) {
-    WriteFabric(fabric, *arguments_.afterFormat, stream);
-  });
-  if (!isWritten) return false;
-  for (const std::string& loss : LossesOf(fabric, *arguments_.afterFormat)) {
-    messages_.Tell(arguments_.afterFile + ": warning: " + loss);
-  }
-  return true;
 }
 
 int RepairCommand::Verify() {
@@ -110,9 +81,10 @@ int RepairCommand::Verify() {
   }
   const std::vector<StepProgress> steps = FollowPlan(plan_, *result_.fabric);
   const auto others = StepsNotIn(plan_, result_.proven.plan.steps, *result_.fabric);
-  const bool isWritten = Write(standardStream, [&](std::ostream& stream) {
+  const auto write = [&](std::ostream& stream) {
     WriteProgressReport(steps, result_, others, stream);
-  });
+  };
+  const bool isWritten = WriteOrTell(standardStream, write, messages_);
   if (!result_.doubt.empty()) messages_.Tell(result_.doubt);
   if (!result_.IsDone()) TellFailure();
   if (!isWritten || !result_.IsDone()) return ExitFailed;

@@ -1,15 +1,16 @@
 #include "cli/repair_options.h"
 
 #include <array>
+#include <utility>
 
-#include "cli/named_files.h"
+#include "cli/format_texts.h"
+#include "reports/repair_report.h"
 
 namespace fabscope {
 namespace {
 
 using Problem = OptionProblem;
 
-constexpr const char* ofOutputs = "Also write (- for standard output)";
 constexpr const char* ofPlan = "A plan of another day";
 
 constexpr OptionText rootsText{
@@ -19,26 +20,14 @@ constexpr OptionText rootsText{
     "the ranks of --ranks, or else those of a fabric document; regex takes the switches that "
     "--root-regex names. The default is inferred."};
 
-constexpr std::array<CommandOption<RepairArguments>, 5> table{{
+constexpr std::array<CommandOption<RepairArguments>, 1> groupTable{{
     {showGuidText,
      [](RepairArguments& arguments, const std::string& value) {
        return TakeShowGuid(arguments.options.showGuid, value);
      }},
-    {{"--csv", "FILE", ofOutputs, "a row for each end of a cable that changes, as CSV",
-      "Alternatives are not in it. With - it takes the place of the report."},
-     [](RepairArguments& arguments, const std::string& value) {
-       return TakePath(arguments.csvFile, value);
-     }},
-    {{"--json", "FILE", ofOutputs, "the plan as JSON",
-      "--verify reads it again. With - it takes the place of the report."},
-     [](RepairArguments& arguments, const std::string& value) {
-       return TakePath(arguments.jsonFile, value);
-     }},
-    {{"--after", "FILE", ofOutputs, "the fabric as it will be (format: by the ending of FILE)",
-      "The endings are those of fabscope convert: .json, .topo, .net, .dot or .gv, .graphml."},
-     [](RepairArguments& arguments, const std::string& value) {
-       return TakePath(arguments.afterFile, value);
-     }},
+}};
+
+constexpr std::array<CommandOption<RepairArguments>, 1> planTable{{
     {{"--verify", "FILE", ofPlan, "tell which steps of the plan are done in FABRIC",
       "FILE is what --json has written. A line for each step, then the repairs that FABRIC needs "
       "and the plan does not have. A plan is refused when fewer than half of the switches that it "
@@ -47,6 +36,38 @@ constexpr std::array<CommandOption<RepairArguments>, 5> table{{
        return TakePath(arguments.planFile, value);
      }},
 }};
+
+using OutputTable = std::array<Output<RepairRun>, 3>;
+
+const OutputTable& GetOutputTable() {
+  static const std::string moreOfAfter =
+      "The endings are those of fabscope convert: " + EndingsByFormat(FabricFormats()) + ".";
+  static const OutputTable table{{
+      {.text = {"--csv", "FILE", alsoWritten, "a row for each end of a cable that changes, as CSV",
+                "Alternatives are not in it. With - it takes the place of the report."},
+       .due = Due::Done,
+       .dash = Dash::ReplacesReport,
+       .write = [](const RepairRun& run,
+                   std::ostream& stream) { WriteRepairCsv(run.result, stream); }},
+      {.text = {"--json", "FILE", alsoWritten, "the plan as JSON",
+                "--verify reads it again. With - it takes the place of the report."},
+       .due = Due::Read,
+       .dash = Dash::ReplacesReport,
+       .write = [](const RepairRun& run,
+                   std::ostream& stream) { WriteRepairJson(run.result, stream); }},
+      {.text = {"--after", "FILE", alsoWritten,
+                "the fabric as it will be (format: by the ending of FILE)", moreOfAfter.c_str()},
+       .due = Due::Done,
+       .dash = Dash::IsBehind,
+       .write =
+           [](const RepairRun& run, std::ostream& stream) {
+             WriteFabric(run.result.Repaired(), *run.afterFormat, stream);
+           },
+       .losses =
+           [](const RepairRun& run) { return LossesOf(run.result.Repaired(), *run.afterFormat); }},
+  }};
+  return table;
+}
 
 Problem TakeRoots(RepairArguments& arguments, const std::string& value) {
   if (value != "inferred" && value != "smdb" && value != "regex") {
@@ -75,24 +96,20 @@ std::vector<BoundOption> BindRootsAndGroups(RepairArguments& arguments) {
 }
 
 Problem SettleFormat(RepairArguments& arguments) {
-  if (arguments.afterFile.empty()) return std::nullopt;
-  arguments.afterFormat = FabricFormatOfFile(arguments.afterFile);
+  const std::string& file = arguments.outputs.Of("--after");
+  if (file.empty()) return std::nullopt;
+  arguments.afterFormat = FabricFormatOfFile(file);
   if (arguments.afterFormat) return std::nullopt;
-  return "--after " + arguments.afterFile +
-         " does not tell the format by its ending: expected .json, .topo, .net, .dot, .gv or "
-         ".graphml";
+  return "--after " + file + " does not tell the format by its ending: expected " +
+         EndingsInWords(FabricFormats());
 }
 
 Problem SettleFiles(const RepairArguments& arguments) {
   const CheckOptions& options = arguments.options;
-  const std::array<NamedOutput, 3> outputs{{{"--csv ", arguments.csvFile},
-                                            {"--json ", arguments.jsonFile},
-                                            {"--after ", arguments.afterFile}}};
-  for (const NamedOutput& output : outputs) {
-    if (arguments.planFile.empty() || output.file.empty()) continue;
-    return output.option + output.file +
-           " and --verify contradict each other: nothing is written "
-           "where a plan is verified";
+  const std::vector<NamedOutput> outputs = NamedOutputs(RepairOutputs(), arguments.outputs);
+  if (!arguments.planFile.empty() && !outputs.empty()) {
+    return Named(outputs.front()) +
+           " and --verify contradict each other: nothing is written where a plan is verified";
   }
   const std::array<const std::string*, 4> inputs{&options.fabric, &options.ranks,
                                                  &options.nodeNameMap, &arguments.planFile};
@@ -101,8 +118,12 @@ Problem SettleFiles(const RepairArguments& arguments) {
 
 }  // namespace
 
+Outputs<RepairRun> RepairOutputs() { return GetOutputTable(); }
+
 std::vector<BoundOption> BindOptions(RepairArguments& arguments) {
-  return Bind(table, arguments, BindRootsAndGroups(arguments));
+  std::vector<BoundOption> options = Bind(groupTable, arguments, BindRootsAndGroups(arguments));
+  BindOutputs(RepairOutputs(), arguments.outputs, options);
+  return Bind(planTable, arguments, std::move(options));
 }
 
 const CommandText repairText{

@@ -4,21 +4,29 @@
 #include <string>
 #include <vector>
 
+#include "check/repair_run.h"
+#include "cli/outputs.h"
 #include "cli/tree_options.h"
 #include "formats/write_fabric.h"
 
 namespace fabscope {
 
-// `fabscope repair` as the command line gives it. Files: empty when not asked for, "-" for standard
-// input and output.
+// `fabscope repair` as the command line gives it.
 struct RepairArguments : TreeArguments {
   std::vector<std::string> operands;  // the FABRIC
-  std::string jsonFile;
-  std::string csvFile;
-  std::string afterFile;
-  std::optional<FabricFormat> afterFormat;  // set when there is a file
-  std::string planFile;                     // the plan to verify
+  OutputFiles outputs;
+  std::optional<FabricFormat> afterFormat;  // of --after; set when it is given
+  std::string planFile;                     // the plan to verify; empty when not asked for
 };
+
+// A run of it, as its outputs tell of it.
+struct RepairRun {
+  const RepairResult& result;
+  std::optional<FabricFormat> afterFormat;
+};
+
+// In the order in which a help lists them.
+Outputs<RepairRun> RepairOutputs();
 
 std::vector<BoundOption> BindOptions(RepairArguments& arguments);
 extern const CommandText repairText;

@@ -1,7 +1,10 @@
 #include "cli/check_options.h"
 
+#include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <iterator>
+#include <sstream>
 
 namespace fabscope {
 namespace {
@@ -18,6 +21,11 @@ class CheckOptionsTest : public ::testing::Test {
     return "no such option";
   }
   std::optional<std::string> Settle() { return SettleArguments(arguments); }
+  static std::vector<std::string> OutputNames() {
+    std::vector<std::string> names;
+    for (const Output<CheckRun>& output : CheckOutputs()) names.emplace_back(output.text.name);
+    return names;
+  }
 
   CheckArguments arguments;
 };
@@ -232,7 +240,7 @@ TEST_F(CheckOptionsTest, ColorNamesItsThreeWays) {
 }
 
 TEST_F(CheckOptionsTest, EveryOutputNeedsAFileOfItsOwn) {
-  const std::vector<std::string> outputs{"--dump", "--csv", "--json", "--log"};
+  const std::vector<std::string> outputs = OutputNames();
   for (std::size_t second = 1; second < outputs.size(); ++second) {
     for (std::size_t first = 0; first < second; ++first) {
       arguments = {};
@@ -245,12 +253,12 @@ TEST_F(CheckOptionsTest, EveryOutputNeedsAFileOfItsOwn) {
 }
 
 TEST_F(CheckOptionsTest, NoOutputMayOverwriteAnInput) {
-  for (const char* output : {"--dump", "--csv", "--json", "--log"}) {
+  for (const std::string& output : OutputNames()) {
     for (const char* input : {"--ranks", "--flids", "--node-name-map"}) {
       arguments = {};
       EXPECT_EQ(Take(input, "in"), std::nullopt);
       EXPECT_EQ(Take(output, "./in"), std::nullopt);
-      EXPECT_EQ(Settle(), std::string(output) + " ./in would overwrite the input in");
+      EXPECT_EQ(Settle(), output + " ./in would overwrite the input in");
     }
   }
 }
@@ -336,24 +344,40 @@ TEST_F(CheckOptionsTest, DumpFileAsksForTheDump) {
   EXPECT_TRUE(arguments.options.wantDump);
 }
 
-TEST_F(CheckOptionsTest, JsonAsksForTheFindings) {
-  EXPECT_EQ(Take("--json", "-"), std::nullopt);
-  ASSERT_EQ(Settle(), std::nullopt);
+TEST_F(CheckOptionsTest, RepairsAreLookedForForOutputsThatTellThem) {
+  for (const std::string& output : OutputNames()) {
+    arguments = {};
+    EXPECT_EQ(Take(output, "file"), std::nullopt);
+    ASSERT_EQ(Settle(), std::nullopt);
+    EXPECT_EQ(arguments.options.wantRepairs, output == "--json" || output == "--html") << output;
+  }
 }
 
-TEST_F(CheckOptionsTest, PageAsksForTheFindings) {
-  EXPECT_EQ(Take("--html", "page.html"), std::nullopt);
-  ASSERT_EQ(Settle(), std::nullopt);
+// Whatever else a check was asked for.
+TEST_F(CheckOptionsTest, EachOutputIsMadeOfWhatItAsksFor) {
+  for (const Output<CheckRun>& output : CheckOutputs()) {
+    arguments = {};
+    arguments.operands = {FABSCOPE_TEST_DATA "/tree-32h-missing.topo"};
+    EXPECT_EQ(Take(output.text.name, "file"), std::nullopt);
+    ASSERT_EQ(Settle(), std::nullopt);
+    CheckRun run;
+    ::testing::internal::CaptureStderr();
+    run.messages.Tell("a message");
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(), "fabscope: a message\n");
+    run.result = RunCheck(arguments.options);
+    ASSERT_EQ(run.result.status, CheckStatus::Done);
+    std::ostringstream text;
+    output.write(run, text);
+    EXPECT_NE(text.str(), "") << output.text.name;
+  }
 }
 
-TEST_F(CheckOptionsTest, PictureAsksForTheFindings) {
-  EXPECT_EQ(Take("--svg", "tree.svg"), std::nullopt);
-  ASSERT_EQ(Settle(), std::nullopt);
-}
-
-TEST_F(CheckOptionsTest, NumbersAskForTheFindings) {
-  EXPECT_EQ(Take("--prometheus", "fabric.prom"), std::nullopt);
-  ASSERT_EQ(Settle(), std::nullopt);
+TEST_F(CheckOptionsTest, EachOutputIsTold) {
+  std::ifstream file(FABSCOPE_TEST_DATA "/../../docs/outputs.md");
+  const std::string page(std::istreambuf_iterator<char>(file), {});
+  for (const std::string& output : OutputNames()) {
+    EXPECT_THAT(page, ::testing::HasSubstr("| `" + output + " FILE` | ")) << output;
+  }
 }
 
 }  // namespace

@@ -28,7 +28,7 @@ TEST_F(ConvertOptionsTest, EndingOfTheOutputTellsTheFormat) {
   ASSERT_EQ(Take("--output", "out.gv"), std::nullopt);
   ASSERT_EQ(Settle(), std::nullopt);
   EXPECT_EQ(arguments.output, "out.gv");
-  EXPECT_EQ(arguments.format, FabricFormat::Dot);
+  EXPECT_EQ(arguments.format, &EntryOf(FabricFormat::Dot));
   EXPECT_EQ(arguments.options.specialNodes->GetExpression(), "Aggregation Node");
 }
 
@@ -36,7 +36,7 @@ TEST_F(ConvertOptionsTest, FormatThatIsGivenHoldsAgainstTheEnding) {
   ASSERT_EQ(Take("--output", "out.json"), std::nullopt);
   ASSERT_EQ(Take("--format", "ibsim"), std::nullopt);
   ASSERT_EQ(Settle(), std::nullopt);
-  EXPECT_EQ(arguments.format, FabricFormat::NetFile);
+  EXPECT_EQ(arguments.format, &EntryOf(FabricFormat::NetFile));
 }
 
 TEST_F(ConvertOptionsTest, UnknownFormatIsRefusedWithTheNamesOfAll) {
@@ -50,15 +50,14 @@ TEST_F(ConvertOptionsTest, UnknownFormatIsRefusedWithTheNamesOfAll) {
 TEST_F(ConvertOptionsTest, SlurmIsGivenByNameOrByTheEnding) {
   ASSERT_EQ(Take("--output", "topology.conf"), std::nullopt);
   ASSERT_EQ(Settle(), std::nullopt);
-  EXPECT_TRUE(arguments.isSlurm);
+  EXPECT_STREQ(arguments.format->name, "slurm");
   ASSERT_EQ(Take("--format", "dot"), std::nullopt);
   ASSERT_EQ(Settle(), std::nullopt);
-  EXPECT_FALSE(arguments.isSlurm);
+  EXPECT_EQ(arguments.format, &EntryOf(FabricFormat::Dot));
   ASSERT_EQ(Take("--output", "-"), std::nullopt);
   ASSERT_EQ(Take("--format", "slurm"), std::nullopt);
   ASSERT_EQ(Settle(), std::nullopt);
-  EXPECT_TRUE(arguments.isSlurm);
-  EXPECT_EQ(arguments.format, std::nullopt);
+  EXPECT_STREQ(arguments.format->name, "slurm");
 }
 
 TEST_F(ConvertOptionsTest, SearchForTheTreeIsForSlurmOnly) {
@@ -101,7 +100,7 @@ TEST_F(ConvertOptionsTest, OutputIsRequired) {
 
 TEST_F(ConvertOptionsTest, OutputWithoutATellingEndingNeedsAFormat) {
   for (const std::string file : {"-", "out", "out.txt", "out.json.gz"}) {
-    arguments.format.reset();
+    arguments.format = nullptr;
     ASSERT_EQ(Take("--output", file), std::nullopt);
     EXPECT_THAT(Settle(), Optional(Eq("--output " + file +
                                       " does not tell the format by its ending: give --format "
@@ -132,7 +131,7 @@ TEST_F(ConvertOptionsTest, StandardInputAndOutputMayGoTogether) {
   ASSERT_EQ(Take("--output", "-"), std::nullopt);
   ASSERT_EQ(Take("--format", "graphml"), std::nullopt);
   EXPECT_EQ(Settle(), std::nullopt);
-  EXPECT_EQ(arguments.format, FabricFormat::GraphMl);
+  EXPECT_EQ(arguments.format, &EntryOf(FabricFormat::GraphMl));
 }
 
 TEST_F(ConvertOptionsTest, SpecialNodesAreAnExpression) {
