@@ -22,12 +22,6 @@
 namespace fabscope {
 namespace {
 
-// Threads number their groups apart, or checks at the same time would change each other's reports.
-thread_local std::uint64_t neighborhoodId = 0;
-thread_local std::uint64_t groupId = 0;
-
-std::uint64_t NextId(bool isNeighborhood) { return isNeighborhood ? neighborhoodId++ : groupId++; }
-
 // The first group that holds a node.
 std::map<const IBNode*, const FTNeighborhood*> GroupsByNode(
     const std::vector<FTNeighborhood*>& groups) {
@@ -74,7 +68,7 @@ int FTUpHopHistogram::SetsToNeighborhoods(std::vector<FabricErrGeneral*>& errors
     if (const int status = BitSetToNodes(set.upSet, upperNodes); status != StatusSuccess) {
       return status;
     }
-    groups.push_back(new FTNeighborhood(&topology, NextId(isNeighborhood), rank));
+    groups.push_back(new FTNeighborhood(&topology, topology.NextGroupId(isNeighborhood), rank));
     groups.back()->AddNodes(upperNodes, true);
     groups.back()->AddNodes(set.downNodes, false);
   }

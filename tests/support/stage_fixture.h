@@ -14,12 +14,10 @@
 namespace fabscope {
 
 // A fabric to describe, a topology over it, and what comes out of it. `Topology()` builds the
-// fabric on its first call. Show_GUID is 0 again after each test.
+// fabric on its first call.
 class StageTest : public ::testing::Test {
  protected:
-  StageTest() { FTTopology::Show_GUID = 0; }
   ~StageTest() override {
-    FTTopology::Show_GUID = 0;
     for (FabricErrGeneral* error : errors) delete error;
   }
 
