@@ -14,11 +14,11 @@
 #include "formats/lines.h"
 #include "formats/link_speeds.h"
 #include "formats/read_side_files.h"
-#include "formats/text_fields.h"
 #include "formats/topology_dump_lines.h"
-#include "formats/utf8.h"
 #include "fuzz/plain_text.h"
 #include "fuzz/require.h"
+#include "text/text_fields.h"
+#include "text/utf8.h"
 
 namespace {
 

@@ -5,10 +5,10 @@
 #include <cstdint>
 #include <sstream>
 
-#include "formats/utf8.h"
 #include "formats/write_fabric.h"
 #include "fuzz/loading.h"
 #include "fuzz/require.h"
+#include "text/utf8.h"
 
 namespace {
 

@@ -13,8 +13,8 @@
 
 #include "check/checked_tree.h"
 #include "fat_tree/status.h"
-#include "formats/text_fields.h"
 #include "repair/inferred_ranks.h"
+#include "text/text_fields.h"
 
 namespace fabscope {
 namespace {

@@ -6,16 +6,16 @@
 #include "cli/check_several.h"
 #include "cli/exit_status.h"
 #include "cli/messages.h"
-#include "cli/output_file.h"
-#include "cli/progress_line.h"
-#include "cli/standard_streams.h"
-#include "formats/text_fields.h"
+#include "os/output_file.h"
+#include "os/progress_line.h"
+#include "os/standard_streams.h"
 #include "reports/csv_report.h"
 #include "reports/html_report.h"
 #include "reports/json_report.h"
 #include "reports/prometheus_report.h"
 #include "reports/svg_report.h"
 #include "reports/text_report.h"
+#include "text/text_fields.h"
 
 namespace fabscope {
 namespace {

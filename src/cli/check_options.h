@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "cli/terminal.h"
 #include "cli/tree_options.h"
+#include "os/terminal.h"
 
 namespace fabscope {
 

@@ -15,15 +15,15 @@
 #include <vector>
 
 #include "cli/exit_status.h"
-#include "cli/ordered_work.h"
-#include "cli/output_file.h"
-#include "cli/progress_line.h"
-#include "cli/standard_streams.h"
 #include "fat_tree/topology.h"
-#include "formats/text_fields.h"
+#include "os/ordered_work.h"
+#include "os/output_file.h"
+#include "os/progress_line.h"
+#include "os/standard_streams.h"
 #include "platform/progress.h"
 #include "reports/json_report.h"
 #include "reports/text_report.h"
+#include "text/text_fields.h"
 
 namespace fabscope {
 namespace {

@@ -7,11 +7,11 @@
 #include "check/load_input.h"
 #include "cli/exit_status.h"
 #include "cli/messages.h"
-#include "cli/output_file.h"
-#include "cli/progress_line.h"
-#include "cli/standard_streams.h"
-#include "cli/terminal.h"
 #include "formats/write_fabric.h"
+#include "os/output_file.h"
+#include "os/progress_line.h"
+#include "os/standard_streams.h"
+#include "os/terminal.h"
 #include "reports/slurm_topology.h"
 
 namespace fabscope {

@@ -4,7 +4,7 @@
 
 #include "cli/exit_status.h"
 #include "cli/messages.h"
-#include "cli/output_file.h"
+#include "os/output_file.h"
 #include "synthetic/fabric_plan.h"
 #include "synthetic/random.h"
 #include "synthetic/truth.h"

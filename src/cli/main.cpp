@@ -3,7 +3,7 @@
 #include <malloc.h>
 
 #include "cli/command_line.h"
-#include "cli/standard_streams.h"
+#include "os/standard_streams.h"
 
 int main(int argc, char** argv) {
   // Memory that one step has given back is for the next: it costs more to get it from the system

@@ -2,8 +2,8 @@
 
 #include <iostream>
 
-#include "formats/text_fields.h"
 #include "platform/logging.h"
+#include "text/text_fields.h"
 
 namespace fabscope {
 

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "cli/command_text.h"
-#include "cli/terminal.h"
+#include "os/terminal.h"
 #include "platform/reg_exp.h"
 
 namespace fabscope {

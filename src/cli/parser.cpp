@@ -7,9 +7,9 @@
 
 #include "cli/exit_status.h"
 #include "cli/help_text.h"
-#include "cli/output_file.h"
-#include "formats/text_fields.h"
+#include "os/output_file.h"
 #include "platform/version.h"
+#include "text/text_fields.h"
 
 namespace fabscope {
 namespace {

@@ -7,11 +7,11 @@
 #include "cli/exit_status.h"
 #include "cli/load_plan.h"
 #include "cli/messages.h"
-#include "cli/output_file.h"
-#include "cli/progress_line.h"
-#include "cli/standard_streams.h"
-#include "cli/terminal.h"
 #include "compare/plan_progress.h"
+#include "os/output_file.h"
+#include "os/progress_line.h"
+#include "os/standard_streams.h"
+#include "os/terminal.h"
 #include "reports/repair_report.h"
 
 namespace fabscope {

@@ -8,8 +8,8 @@
 #include <tuple>
 #include <vector>
 
-#include "fat_tree/node_set.h"
-#include "fat_tree/node_table.h"
+#include "fat_tree/containers/node_set.h"
+#include "fat_tree/containers/node_table.h"
 
 namespace fabscope {
 
@@ -68,7 +68,7 @@ class FTClassification {
   const IBNode* GetLeafToClassify(const std::vector<FTClassification*>& all,
                                   const std::list<const IBNode*>& candidates);
 
-  // Turning distances into ranks (rank_assignment.cpp). All answer 0.
+  // Turning distances into ranks (classification_ranks.cpp). All answer 0.
   int SetNodesRanks();
   int Set2L_FTRanks();
   int Set3L_FTRanks();

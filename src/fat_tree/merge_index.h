@@ -5,8 +5,8 @@
 #include <span>
 #include <vector>
 
-#include "fat_tree/first_greater.h"
-#include "fat_tree/up_hop_bits.h"
+#include "fat_tree/containers/first_greater.h"
+#include "fat_tree/containers/up_hop_bits.h"
 
 namespace fabscope {
 

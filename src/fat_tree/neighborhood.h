@@ -11,9 +11,9 @@
 
 #include "fabric/fabric_err_general.h"
 #include "fabric/ib_port.h"
+#include "fat_tree/containers/node_pairs.h"
+#include "fat_tree/containers/node_set.h"
 #include "fat_tree/findings.h"
-#include "fat_tree/node_pairs.h"
-#include "fat_tree/node_set.h"
 
 namespace fabscope {
 
@@ -42,7 +42,7 @@ class FTNeighborhood {
   int MissingLinksReport(std::vector<FabricErrGeneral*>& errors,
                          const NodePairs& connectedPairs) const;
 
-  // Link counts (link_checks.cpp). Nothing is appended to `errors`: these findings are text.
+  // Link counts (neighborhood_links.cpp). Nothing is appended to `errors`: these findings are text.
   int CheckUpDownLinks(std::vector<FabricErrGeneral*>& errors, std::ostream& stream);
   // Also sums up the totals below; twice when run twice.
   int CheckBlockingConfiguration(std::vector<FabricErrGeneral*>& errors, std::ostream& stream);
@@ -58,15 +58,15 @@ class FTNeighborhood {
   // Leaves with different numbers of hosts are normal enough to be a warning only.
   bool IsWarning(std::uint64_t nodesRank, bool isUp) const;
 
-  // Aggregated ports (aport_checks.cpp).
+  // Aggregated ports (neighborhood_aports.cpp).
   int CheckAsymmetricAPorts(std::ostream& stream);
   int CheckInternalAPorts(std::ostream& stream);
   int CheckExternalAPorts(std::ostream& stream);
 
-  // Adds the FLIDs of the lines (flid_check.cpp).
+  // Adds the FLIDs of the lines (topology_flids.cpp).
   int CollectFLIDs(FLIDMap& flids);
 
-  // The group with its switches (dump.cpp).
+  // The group with its switches (topology_listing.cpp).
   int DumpToStream(std::ostream& stream) const;
   int DumpNodesToStream(std::ostream& stream, const NodeSet& nodes, const std::string& name) const;
 

@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <vector>
 
-#include "fat_tree/node_set.h"
-#include "fat_tree/node_table.h"
+#include "fat_tree/containers/node_set.h"
+#include "fat_tree/containers/node_table.h"
 
 namespace fabscope {
 

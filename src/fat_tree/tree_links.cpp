@@ -1,7 +1,7 @@
 #include "fat_tree/tree_links.h"
 
 #include "fabric/fabric_walk.h"
-#include "fat_tree/node_set.h"
+#include "fat_tree/containers/node_set.h"
 
 namespace fabscope {
 namespace {

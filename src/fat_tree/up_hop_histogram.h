@@ -10,13 +10,13 @@
 #include <vector>
 
 #include "fabric/fabric_err_general.h"
+#include "fat_tree/containers/node_pairs.h"
+#include "fat_tree/containers/node_set.h"
+#include "fat_tree/containers/node_table.h"
+#include "fat_tree/containers/up_hop_bits.h"
+#include "fat_tree/containers/up_hop_counts.h"
 #include "fat_tree/link_errors.h"
-#include "fat_tree/node_pairs.h"
-#include "fat_tree/node_set.h"
-#include "fat_tree/node_table.h"
 #include "fat_tree/tree_links.h"
-#include "fat_tree/up_hop_bits.h"
-#include "fat_tree/up_hop_counts.h"
 
 namespace fabscope {
 
@@ -86,7 +86,7 @@ class FTUpHopHistogram {
   // Into the first set that takes it; the pass over all sets finds that one through an index.
   int TryMergeSet_2(FTUpHopSet& set, bool& merged);
 
-  // Faulty links (cross_links.cpp).
+  // Faulty links (up_hop_histogram_cross_links.cpp).
   void AddIllegalLinkIssue(const FTLinkIssue& issue);
   void CheckRootSwitchConnections(const IBNode& root);
   int AddIllegalLinkIssues(std::uint64_t index, const std::list<const IBNode*>& downNodes);

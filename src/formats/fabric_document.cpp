@@ -12,7 +12,7 @@
 
 #include "formats/json_reader.h"
 #include "formats/link_speeds.h"
-#include "formats/text_fields.h"
+#include "text/text_fields.h"
 
 namespace fabscope {
 namespace {

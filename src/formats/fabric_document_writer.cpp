@@ -6,8 +6,8 @@
 #include "fabric/fabric_walk.h"
 #include "fabric/guid.h"
 #include "formats/fabric_document.h"
-#include "formats/json_members.h"
 #include "formats/link_speeds.h"
+#include "text/json_members.h"
 
 namespace fabscope {
 namespace {

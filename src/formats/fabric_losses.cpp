@@ -14,10 +14,10 @@
 
 #include "formats/net_file_writer.h"
 #include "formats/node_order.h"
-#include "formats/text_fields.h"
 #include "formats/topology_dump_writer.h"
-#include "formats/utf8.h"
 #include "formats/write_fabric.h"
+#include "text/text_fields.h"
+#include "text/utf8.h"
 
 namespace fabscope {
 namespace {

@@ -8,8 +8,8 @@
 
 #include "fabric/fabric_walk.h"
 #include "fabric/guid.h"
-#include "formats/escaped_text.h"
 #include "formats/link_speeds.h"
+#include "text/escaped_text.h"
 
 namespace fabscope {
 namespace {

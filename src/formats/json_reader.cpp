@@ -2,9 +2,9 @@
 
 #include <new>
 
-#include "formats/json_text.h"
-#include "formats/text_fields.h"
-#include "formats/utf8.h"
+#include "text/json_text.h"
+#include "text/text_fields.h"
+#include "text/utf8.h"
 
 namespace fabscope {
 namespace {

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "formats/link_speeds.h"
-#include "formats/text_fields.h"
+#include "text/text_fields.h"
 
 namespace fabscope {
 namespace {

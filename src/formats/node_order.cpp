@@ -14,7 +14,7 @@
 #include <cstring>
 #include <string_view>
 
-#include "formats/text_fields.h"
+#include "text/text_fields.h"
 
 namespace fabscope {
 namespace {

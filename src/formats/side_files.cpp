@@ -7,7 +7,7 @@
 #include "fabric/guid.h"
 #include "formats/lines.h"
 #include "formats/read_side_files.h"
-#include "formats/text_fields.h"
+#include "text/text_fields.h"
 
 namespace fabscope {
 namespace {

@@ -19,9 +19,9 @@
 #include "formats/lines.h"
 #include "formats/link_speeds.h"
 #include "formats/node_order.h"
-#include "formats/text_fields.h"
 #include "formats/topology_dump_lines.h"
 #include "platform/progress.h"
+#include "text/text_fields.h"
 
 namespace fabscope {
 namespace {

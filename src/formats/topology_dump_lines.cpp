@@ -12,7 +12,7 @@
 
 #include "fabric/ib_node.h"
 #include "formats/link_speeds.h"
-#include "formats/text_fields.h"
+#include "text/text_fields.h"
 
 namespace fabscope {
 namespace {

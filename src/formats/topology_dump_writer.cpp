@@ -12,7 +12,7 @@
 
 #include "fabric/fabric_walk.h"
 #include "formats/link_speeds.h"
-#include "formats/text_fields.h"
+#include "text/text_fields.h"
 
 namespace fabscope {
 namespace {

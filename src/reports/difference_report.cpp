@@ -5,10 +5,10 @@
 
 #include "fabric/guid.h"
 #include "formats/link_speeds.h"
-#include "formats/text_fields.h"
 #include "reports/fault_text.h"
 #include "reports/node_types.h"
 #include "reports/repair_report.h"
+#include "text/text_fields.h"
 
 namespace fabscope {
 namespace {

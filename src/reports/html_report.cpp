@@ -15,9 +15,9 @@
 #include <vector>
 
 #include "fat_tree/node_record.h"
-#include "formats/json_members.h"
 #include "reports/json_report.h"
 #include "reports/tree_cables.h"
+#include "text/json_members.h"
 
 namespace fabscope {
 

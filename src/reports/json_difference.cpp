@@ -1,13 +1,13 @@
 #include <string>
 #include <variant>
 
-#include "formats/json_members.h"
 #include "formats/link_speeds.h"
 #include "platform/version.h"
 #include "reports/difference_report.h"
 #include "reports/fault_text.h"
 #include "reports/node_types.h"
 #include "reports/repair_report.h"
+#include "text/json_members.h"
 
 namespace fabscope {
 namespace {

@@ -1,7 +1,7 @@
 #include "reports/json_findings.h"
 
 #include "fat_tree/group_label.h"
-#include "formats/json_members.h"
+#include "text/json_members.h"
 
 namespace fabscope {
 namespace {

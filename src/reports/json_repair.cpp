@@ -3,9 +3,9 @@
 #include "compare/cures.h"
 #include "compare/fabric_hash.h"
 #include "compare/repair_document.h"
-#include "formats/json_members.h"
 #include "platform/version.h"
 #include "reports/repair_report.h"
+#include "text/json_members.h"
 
 namespace fabscope {
 namespace {

@@ -4,10 +4,10 @@
 
 #include "fat_tree/group_label.h"
 #include "fat_tree/neighborhood.h"
-#include "formats/json_members.h"
 #include "platform/version.h"
 #include "reports/json_findings.h"
 #include "reports/repair_report.h"
+#include "text/json_members.h"
 
 namespace fabscope {
 namespace {

@@ -9,8 +9,8 @@
 #include <tuple>
 
 #include "fat_tree/group_label.h"
-#include "formats/escaped_text.h"
 #include "platform/version.h"
+#include "text/escaped_text.h"
 
 namespace fabscope {
 namespace {

@@ -5,8 +5,8 @@
 #include "compare/repair_document.h"
 #include "fabric/fabric_walk.h"
 #include "fabric/guid.h"
-#include "formats/text_fields.h"
 #include "platform/csv_desc.h"
+#include "text/text_fields.h"
 
 namespace fabscope {
 namespace {

@@ -17,7 +17,7 @@
 
 #include "fabric/fabric_walk.h"
 #include "fabric/guid.h"
-#include "formats/text_fields.h"
+#include "text/text_fields.h"
 
 namespace fabscope {
 namespace {

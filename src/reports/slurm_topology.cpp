@@ -22,12 +22,12 @@
 #include <set>
 #include <utility>
 
+#include "fat_tree/containers/node_table.h"
 #include "fat_tree/neighborhood.h"
-#include "fat_tree/node_table.h"
-#include "formats/text_fields.h"
 #include "platform/version.h"
 #include "reports/slurm_hosts.h"
 #include "reports/slurm_names.h"
+#include "text/text_fields.h"
 
 namespace fabscope {
 namespace {

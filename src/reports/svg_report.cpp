@@ -16,9 +16,9 @@
 
 #include "fat_tree/group_label.h"
 #include "fat_tree/node_record.h"
-#include "formats/escaped_text.h"
 #include "reports/tree_cables.h"
 #include "reports/tree_layout.h"
+#include "text/escaped_text.h"
 
 namespace fabscope {
 namespace {

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-#include "formats/text_fields.h"
+#include "text/text_fields.h"
 
 namespace fabscope {
 namespace {

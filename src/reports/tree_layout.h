@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "fat_tree/containers/node_table.h"
 #include "fat_tree/neighborhood.h"
-#include "fat_tree/node_table.h"
 #include "fat_tree/topology.h"
 
 namespace fabscope {

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <vector>
 
-#include "formats/json_members.h"
 #include "formats/link_speeds.h"
+#include "text/json_members.h"
 
 namespace fabscope {
 namespace {

@@ -1,4 +1,4 @@
-#include "fat_tree/first_greater.h"
+#include "fat_tree/containers/first_greater.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>

@@ -2,7 +2,7 @@
 
 #include <memory>
 
-#include "fat_tree/pairs_container.h"
+#include "fat_tree/containers/pairs_container.h"
 #include "support/stage_fixture.h"
 
 namespace fabscope {

@@ -2,9 +2,9 @@
 #include <string>
 #include <vector>
 
+#include "fat_tree/containers/pairs_container.h"
 #include "fat_tree/link_errors.h"
 #include "fat_tree/neighborhood.h"
-#include "fat_tree/pairs_container.h"
 #include "support/neighborhood_fixture.h"
 
 namespace fabscope {

@@ -1,4 +1,4 @@
-#include "fat_tree/node_pairs.h"
+#include "fat_tree/containers/node_pairs.h"
 
 #include <gtest/gtest.h>
 #include <vector>

@@ -1,4 +1,4 @@
-#include "fat_tree/node_set.h"
+#include "fat_tree/containers/node_set.h"
 
 #include <gtest/gtest.h>
 #include <utility>

@@ -1,4 +1,4 @@
-#include "fat_tree/up_hop_bits.h"
+#include "fat_tree/containers/up_hop_bits.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "fat_tree/up_hop_counts.h"
+#include "fat_tree/containers/up_hop_counts.h"
 
 #include <algorithm>
 #include <gmock/gmock.h>

@@ -12,8 +12,8 @@
 #include <vector>
 
 #include "formats/load_fabric.h"
-#include "formats/text_fields.h"
 #include "support/test_fabric.h"
+#include "text/text_fields.h"
 
 namespace fabscope {
 namespace {

@@ -1,4 +1,4 @@
-#include "cli/terminal.h"
+#include "os/terminal.h"
 
 #include <array>
 #include <cstdlib>

@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "fabric/guid.h"
-#include "formats/json_text.h"
+#include "text/json_text.h"
 
 namespace fabscope {
 

@@ -18,7 +18,7 @@
 #include <tuple>
 
 #include "fabric/guid.h"
-#include "fat_tree/first_greater.h"
+#include "fat_tree/containers/first_greater.h"
 #include "fat_tree/status.h"
 #include "fat_tree/topology.h"
 #include "fat_tree/up_hop_histogram.h"

@@ -1,9 +1,9 @@
-#include "formats/text_fields.h"
+#include "text/text_fields.h"
 
 #include <algorithm>
 #include <sstream>
 
-#include "formats/utf8.h"
+#include "text/utf8.h"
 
 namespace fabscope {
 namespace {

@@ -1,4 +1,4 @@
-#include "cli/output_file.h"
+#include "os/output_file.h"
 
 #include <array>
 #include <cerrno>
@@ -9,8 +9,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "cli/standard_streams.h"
-#include "cli/temporary_file.h"
+#include "os/standard_streams.h"
+#include "os/temporary_file.h"
 
 namespace fabscope {
 namespace {

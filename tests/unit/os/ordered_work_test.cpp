@@ -1,4 +1,4 @@
-#include "cli/ordered_work.h"
+#include "os/ordered_work.h"
 
 #include <array>
 #include <atomic>

@@ -1,4 +1,4 @@
-#include "cli/temporary_file.h"
+#include "os/temporary_file.h"
 
 #include <algorithm>
 #include <array>

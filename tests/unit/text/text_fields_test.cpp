@@ -1,12 +1,10 @@
-#include "formats/text_fields.h"
+#include "text/text_fields.h"
 
 #include <cstdint>
 #include <gtest/gtest.h>
 #include <limits>
 #include <optional>
 #include <string>
-
-#include "formats/link_speeds.h"
 
 namespace fabscope {
 namespace {
@@ -163,18 +161,6 @@ TEST(TextFieldsTest, ANulByteIsACharacterLikeOthers) {
   EXPECT_FALSE(cursor.AtEnd());
   EXPECT_TRUE(cursor.Take('\0'));
   EXPECT_EQ(cursor.Rest(), "a");
-}
-
-TEST(TextFieldsTest, SpeedsAreKnownByNameAndByCode) {
-  EXPECT_EQ(SpeedCode("FDR"), 0x100U);
-  EXPECT_EQ(SpeedCode("FDR10"), 0x10000U);
-  EXPECT_EQ(SpeedCode("FDR1"), std::nullopt);
-  EXPECT_EQ(SpeedCode("hdr"), std::nullopt);
-  EXPECT_EQ(SpeedCode(""), std::nullopt);
-  EXPECT_EQ(SpeedName(0x100), "FDR");
-  EXPECT_EQ(SpeedName(0x1000000), "XDR");
-  EXPECT_EQ(SpeedName(0), "");
-  EXPECT_EQ(SpeedName(0x3), "");
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-#include "formats/utf8.h"
+#include "text/utf8.h"
 
 namespace fabscope {
 namespace {

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "fat_tree/node_table.h"
+#include "fat_tree/containers/node_table.h"
 
 namespace fabscope {
 

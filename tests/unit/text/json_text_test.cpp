@@ -1,10 +1,10 @@
-#include "formats/json_text.h"
+#include "text/json_text.h"
 
 #include <gtest/gtest.h>
 #include <string>
 
-#include "formats/json_members.h"
-#include "formats/utf8.h"
+#include "text/json_members.h"
+#include "text/utf8.h"
 
 namespace fabscope {
 namespace {

@@ -1,4 +1,4 @@
-#include "cli/standard_streams.h"
+#include "os/standard_streams.h"
 
 #include <array>
 #include <fcntl.h>

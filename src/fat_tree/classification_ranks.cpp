@@ -11,7 +11,7 @@
 // rank-2 switches of other pods of the same upper group: a root's links all go to rank 1.
 //
 // A cable in a wrong place puts some switches at wrong distances; one classification is therefore
-// never trusted by itself (automatic_roots.cpp).
+// never trusted by itself (topology_roots.cpp).
 
 #include <algorithm>
 #include <utility>

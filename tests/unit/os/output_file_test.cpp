@@ -1,4 +1,4 @@
-#include "cli/output_file.h"
+#include "os/output_file.h"
 
 #include <algorithm>
 #include <array>

@@ -1,11 +1,11 @@
-#include "formats/escaped_text.h"
+#include "text/escaped_text.h"
 
 #include <array>
 #include <tuple>
 #include <utility>
 
-#include "formats/text_fields.h"
-#include "formats/utf8.h"
+#include "text/text_fields.h"
+#include "text/utf8.h"
 
 namespace fabscope {
 namespace {

@@ -34,27 +34,30 @@ if(FABSCOPE_FUZZ)
   target_compile_options(fabscope_flags INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
-# fabscope_room(NAME SOURCES ... LINKS ... [HEADERS ...]): one library target for the folder src/NAME,
-# with the alias fabscope::NAME. LINKS are the rooms and libraries that it may include, and no others.
-# A room with HEADERS is part of the library that others may use: these are installed, and need no
+# fabscope_module(NAME SOURCES ... LINKS ... [HEADERS ...]): one library target for the folder src/NAME,
+# with the alias fabscope::NAME. LINKS are the modules and libraries that it may include, and no others.
+# A module with HEADERS is part of the library that others may use: these are installed, and need no
 # header that is not.
-function(fabscope_room name)
-  cmake_parse_arguments(ROOM "" "" "SOURCES;LINKS;PRIVATE_LINKS;HEADERS" ${ARGN})
-  add_library(fabscope_${name} STATIC ${ROOM_SOURCES})
+function(fabscope_module name)
+  cmake_parse_arguments(MODULE "" "" "SOURCES;LINKS;PRIVATE_LINKS;HEADERS" ${ARGN})
+  add_library(fabscope_${name} STATIC ${MODULE_SOURCES})
   add_library(fabscope::${name} ALIAS fabscope_${name})
   target_include_directories(fabscope_${name} PUBLIC
     $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/src>
     $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/fabscope>)
   target_link_libraries(fabscope_${name}
-    PUBLIC ${ROOM_LINKS}
-    PRIVATE $<BUILD_INTERFACE:fabscope_flags> ${ROOM_PRIVATE_LINKS})
-  if(ROOM_HEADERS)
+    PUBLIC ${MODULE_LINKS}
+    PRIVATE $<BUILD_INTERFACE:fabscope_flags> ${MODULE_PRIVATE_LINKS})
+  if(MODULE_HEADERS)
     target_compile_features(fabscope_${name} PUBLIC cxx_std_20)
     set_target_properties(fabscope_${name} PROPERTIES EXPORT_NAME ${name})
     install(TARGETS fabscope_${name} EXPORT fabscope_library COMPONENT library)
-    install(FILES ${ROOM_HEADERS} COMPONENT library
-      DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/fabscope/${name})
-    list(TRANSFORM ROOM_HEADERS PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
-    set_property(GLOBAL APPEND PROPERTY FABSCOPE_PUBLIC_HEADERS ${ROOM_HEADERS})
+    foreach(header IN LISTS MODULE_HEADERS)
+      cmake_path(GET header PARENT_PATH folder)
+      install(FILES ${header} COMPONENT library
+        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/fabscope/${name}/${folder})
+    endforeach()
+    list(TRANSFORM MODULE_HEADERS PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
+    set_property(GLOBAL APPEND PROPERTY FABSCOPE_PUBLIC_HEADERS ${MODULE_HEADERS})
   endif()
 endfunction()

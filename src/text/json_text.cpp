@@ -1,10 +1,10 @@
-#include "formats/json_text.h"
+#include "text/json_text.h"
 
 #include <algorithm>
 #include <fmt/format.h>
 #include <iterator>
 
-#include "formats/utf8.h"
+#include "text/utf8.h"
 
 namespace fabscope {
 namespace {

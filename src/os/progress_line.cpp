@@ -1,4 +1,4 @@
-#include "cli/progress_line.h"
+#include "os/progress_line.h"
 
 #include <iostream>
 

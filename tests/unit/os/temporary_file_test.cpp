@@ -1,4 +1,4 @@
-#include "cli/temporary_file.h"
+#include "os/temporary_file.h"
 
 #include <csignal>
 #include <cstring>
@@ -14,7 +14,7 @@
 #include <unistd.h>
 #include <vector>
 
-#include "cli/output_file.h"
+#include "os/output_file.h"
 #include "support/folder_test.h"
 
 namespace fabscope {
