@@ -9,9 +9,9 @@ namespace {
 
 using Problem = OptionProblem;
 
-constexpr const char* ofOutputs = "What is written";
-constexpr const char* ofInputs = "How the fabric is read";
-constexpr const char* ofTree = "How the tree is found (slurm)";
+constexpr const char* ofOutputs = "Output";
+constexpr const char* ofInputs = "Input";
+constexpr const char* ofTree = "Finding the tree (slurm only)";
 
 constexpr const char* slurmName = "slurm";
 constexpr const char* slurmEnding = ".conf";
@@ -22,9 +22,9 @@ constexpr std::array<CommandOption<ConvertArguments>, 2> table{{
        return TakePath(arguments.output, value);
      }},
     {{"--format", "document|ibnetdiscover|ibsim|dot|graphml|slurm", ofOutputs,
-      "what to write (default: by the ending of FILE)",
-      "Fabric document, topology dump, net file of the simulator ibsim, Graphviz, GraphML or the "
-      "topology.conf of Slurm. The endings are .json, .topo, .net, .dot or .gv, .graphml, .conf."},
+      "format (default: by the ending of FILE)",
+      "Fabric document, topology dump, net file of the simulator ibsim, Graphviz, GraphML or "
+      "Slurm's topology.conf. The endings are .json, .topo, .net, .dot or .gv, .graphml, .conf."},
      [](ConvertArguments& arguments, const std::string& value) -> Problem {
        arguments.format = FabricFormatOfName(value);
        arguments.isSlurm = value == slurmName;
@@ -78,21 +78,22 @@ std::vector<BoundOption> BindOptions(ConvertArguments& arguments) {
 
 const CommandText convertText{
     .name = "convert",
-    .summary = "Reads a fabric of any format and writes it in another.",
+    .summary = "Converts a fabric to another format.",
     .operands = {{"FABRIC", fabricHelp}},
     .options = TextsOf<ConvertArguments>,
     .examples = {{"fabscope convert fabric.topo -o fabric.json",
-                  "A fabric document of a topology dump."},
+                  "Turns a topology dump into a fabric document."},
                  {"fabscope convert fabric.topo -o - --format dot | dot -Tsvg > fabric.svg",
-                  "A picture by Graphviz."},
+                  "Draws a picture with Graphviz."},
                  {"fabscope convert fabric.topo -o topology.conf",
-                  "The tree, for Slurm to place jobs by."}},
-    .statuses = {{0, "all was written"}, {2, "the work could not be done"}},
+                  "Writes the tree for Slurm, which places jobs by it."}},
+    .statuses = {{0, "everything written"}, {2, "error"}},
     .description =
-        {"What the other format cannot hold is told on standard error, with how often "
-         "it occurs.",
-         "For Slurm the tree is looked for as by check: leaves with their hosts, groups, "
-         "and one root become its topology.conf. Without a tree nothing is written."},
+        {"If the other format cannot hold something, a message on standard error says what, and "
+         "how often.",
+         "For Slurm, fabscope finds the tree as check does. Leaves with their hosts, groups and "
+         "one "
+         "root become topology.conf. Without a tree nothing is written."},
 };
 
 std::optional<std::string> SettleArguments(ConvertArguments& arguments) {

@@ -50,7 +50,7 @@ bool IsSpecialByName(const IBNode& node, const std::string& name) {
   return node.nodeType == NodeTypeCA && name.find("Aggregation Node") != std::string::npos;
 }
 
-constexpr const char* specialMark = "special mark or lack of one, which goes by the name there";
+constexpr const char* specialMark = "special flag (not stored; re-derived from the name)";
 
 constexpr std::array<Attribute<IBNode>, 17> nodeAttributes{{
     {document, "bytes outside of UTF-8",
@@ -74,8 +74,8 @@ constexpr std::array<Attribute<IBNode>, 17> nodeAttributes{{
      [](const IBNode& node) {
        return node.special != IsSpecialByName(node, NetFileName(node.name));
      }},
-    {graph, "special mark", [](const IBNode& node) { return node.special; }},
-    {others, "multi-ASIC mark", [](const IBNode& node) { return node.multiAsic; }},
+    {graph, "special flag", [](const IBNode& node) { return node.special; }},
+    {others, "multi-ASIC flag", [](const IBNode& node) { return node.multiAsic; }},
     {others, "ASIC", [](const IBNode& node) { return !node.asic.empty(); }},
     {others, "number of planes", [](const IBNode& node) { return node.planesNumber != 1; }},
     {others, "planes",
@@ -89,9 +89,9 @@ constexpr std::array<Attribute<IBPort>, 9> portAttributes{{
     {discovered, "speed", [](const IBPort& port) { return port.speed != DumpedSpeed(port); }},
     {graph, "speed",
      [](const IBPort& port) { return port.remotePort == nullptr && port.speed != 0; }},
-    {others, "mark as not symmetric", [](const IBPort& port) { return !port.symmetric; }},
-    {others, "FNM mark", [](const IBPort& port) { return port.fnm; }},
-    {others, "FNM1 mark", [](const IBPort& port) { return port.fnm1; }},
+    {others, "not-symmetric flag", [](const IBPort& port) { return !port.symmetric; }},
+    {others, "FNM flag", [](const IBPort& port) { return port.fnm; }},
+    {others, "FNM1 flag", [](const IBPort& port) { return port.fnm1; }},
     {others, "place outside of the sub-fabric",
      [](const IBPort& port) { return !port.inSubFabric; }},
     {others, "plane multiplicity", [](const IBPort& port) { return port.planeMultiplicity != 1; }},
@@ -164,9 +164,9 @@ void AddLossesOfRecords(const IBFabric& fabric, FabricFormat format, LossLines& 
   const auto leftOut = static_cast<std::size_t>(
       std::count_if(nodes.begin(), nodes.end(),
                     [format](const IBNode& node) { return IsLeftOut(node, format); }));
-  lines.Add(leftOut, "node", "record for want of ports");
+  lines.Add(leftOut, "node", "record (no ports)");
   lines.Add(CountOutOfOrder(fabric, format), "node",
-            "place in the model, which goes by names and GUIDs there");
+            "place in the order of nodes (re-derived from names and GUIDs)");
   if (leftOut == nodes.size()) lines.Say("a file without a node cannot be read again");
 }
 
