@@ -24,6 +24,7 @@ class StageTest : public ::testing::Test {
   FTTopology& Topology() {
     if (!topology_) {
       topology_ = std::make_unique<FTTopology>(&fabric.Build(), &out, mergePercent);
+      topology_->Show_GUID = showGuid;
     }
     return *topology_;
   }
@@ -55,6 +56,7 @@ class StageTest : public ::testing::Test {
 
   TestFabric fabric;
   int mergePercent = 70;
+  int showGuid = 0;
   std::ostringstream out;
   std::vector<FabricErrGeneral*> errors;
   std::string message;

@@ -52,8 +52,8 @@ class RunCheckTest : public FolderTest {
   static std::vector<std::string> RecordsOf(const CheckResult& result) {
     std::vector<std::string> records;
     for (const Finding& record : result.findings.Records()) {
-      const std::string text = DescriptionOf(record, 0);
-      records.push_back(text.substr(text.find(':') + 2));  // group numbers go on
+      const std::string text = DescriptionOf(record, result.showGuid);
+      records.push_back(text.substr(text.find(':') + 2));  // behind the group
     }
     return records;
   }
