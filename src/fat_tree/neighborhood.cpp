@@ -5,8 +5,8 @@
 // group too, without spines. An upper switch that no set holds is in no group, and a faulty link
 // that names such a switch cannot be told: the rank then fails.
 //
-// Neighborhoods and connectivity groups are numbered apart, each through all ranks of a tree, so that
-// a number names one group in everything that is told of the tree.
+// Neighborhoods and connectivity groups are numbered apart, each through all ranks of a tree, so
+// that a number names one group in everything that is told of the tree.
 
 #include "fat_tree/neighborhood.h"
 
