@@ -48,6 +48,7 @@ Difference Compare(const Checked& was, const Checked& is) {
   const Counterparts nodes(*was.fabric, *is.fabric);
   Difference difference{"was",
                         "is",
+                        0,
                         *was.fabric,
                         *is.fabric,
                         CompareFabrics(*was.fabric, *is.fabric, nodes),

@@ -31,12 +31,12 @@ FUZZERS = {fuzzer.name: fuzzer for fuzzer in [
     Fuzzer("input", "one text from memory, files and pipes, packed or not",
            seeds=("tests/data/lines",)),
     Fuzzer("stage", "random fabrics of any cabling through the stage"),
-    Fuzzer("check", "damaged trees through whole checks, told in different forms with the same "
+    Fuzzer("check", "damaged trees through whole checks, in different forms that must give the same "
            "reports"),
-    Fuzzer("repair", "repairs of damaged trees, judged by code of their own"),
+    Fuzzer("repair", "repairs of damaged trees, judged by independent code"),
     Fuzzer("commands", "damaged files of all kinds through check, repair and diff with every "
-           "output, each read by a reader of its own", options=("-max_len=16384",)),
-    Fuzzer("difference", "what is different between two fabrics, its reports against each other"),
+           "output, each read back by independent code", options=("-max_len=16384",)),
+    Fuzzer("difference", "differences between two fabrics, their reports compared with each other"),
     Fuzzer("writers", "random fabrics written in every format and read back"),
 ]}
 

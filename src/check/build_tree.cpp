@@ -94,6 +94,7 @@ BuiltTree TreeBuilder::BuildFrom(RootsFrom method) {
   BuiltTree tree;
   tree.roots.method = method;
   tree.topology = std::make_unique<FTTopology>(&fabric_, &stream_, options_.mergePercent);
+  tree.topology->Show_GUID = options_.showGuid;
   tree.isBuilt = BuildFrom(method, *tree.topology, tree.message) == StatusSuccess;
   tree.output = stream_.str();
   stream_.str({});

@@ -22,6 +22,7 @@ class CheckRun {
  public:
   explicit CheckRun(const CheckOptions& options) : options_(options) {
     result_.input = options.fabric;
+    result_.showGuid = options.showGuid;
     result_.findings = FindingList(options.mostRecords);
     if (options.roots != RootsFrom::Auto) result_.roots.method = options.roots;
     result_.stream = std::make_unique<std::ostringstream>();
@@ -60,8 +61,6 @@ bool CheckRun::Load() {
 }
 
 bool CheckRun::Build() {
-  // Checks that other threads do meanwhile read it; all want the same.
-  if (FTTopology::Show_GUID != options_.showGuid) FTTopology::Show_GUID = options_.showGuid;
   BuiltTree tree = BuildTree(*result_.fabric, options_, *result_.stream);
   result_.topology = std::move(tree.topology);
   result_.buildOutput = std::move(tree.output);

@@ -66,6 +66,7 @@ enum class CheckStatus {
 struct CheckResult {
   CheckStatus status = CheckStatus::BadInput;
   std::string input;  // the fabric as the user named it
+  int showGuid = 0;   // as the user asked: how texts name switches
   MaybeError inputError;
   std::vector<std::string> warnings;  // oddities of the input files, a line each
   // How many switches a name alone does not tell from another switch.
@@ -94,7 +95,7 @@ struct CheckResult {
 };
 
 // Loads a fabric, builds its tree, validates it and collects what was found. Threads may run checks
-// at the same time once FTTopology::Show_GUID is what all their options say.
+// at the same time.
 CheckResult RunCheck(const CheckOptions& options);
 
 }  // namespace fabscope

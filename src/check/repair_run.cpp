@@ -15,7 +15,7 @@ class RepairRun {
  public:
   explicit RepairRun(const CheckOptions& options) : options_(options) {
     result_.input = options.fabric;
-    FTTopology::Show_GUID = options.showGuid;
+    result_.showGuid = options.showGuid;
   }
 
   RepairResult Run() {

@@ -16,6 +16,7 @@ namespace fabscope {
 // Everything a report may tell of one search for repairs.
 struct RepairResult {
   std::string input;  // the fabric as the user named it
+  int showGuid = 0;   // as the user asked: how texts name switches
   MaybeError inputError;
   std::vector<std::string> warnings;  // oddities of the input files, a line each
   std::size_t switchesOfSharedName = 0;

@@ -21,7 +21,7 @@ constexpr std::array<CommandOption<CheckArguments>, 2> groupTable{{
        return TakeShowGuid(arguments.options.showGuid, value);
      }},
     {{"--flids", "FILE", ofGroups, "FLIDs of switches (CSV: guid,flid)",
-      "A line for each FLID. They add to those of a fabric document."},
+      "One line per FLID. They add to those of a fabric document."},
      [](CheckArguments& arguments, const std::string& value) {
        return TakePath(arguments.options.flids, value);
      }},
@@ -61,37 +61,36 @@ constexpr std::array<Output<CheckRun>, 7> outputTable{{
                  std::ostream& stream) { WriteForPeople(run.result.dump, stream); },
      .ask = [](CheckOptions& options) { options.wantDump = true; }},
     {.text = {"--csv", "FILE", alsoWritten, "the error records as CSV",
-              "With - it takes the place of the report."},
+              "With - it replaces the report."},
      .due = Due::Built,
      .dash = Dash::ReplacesReport,
      .write = [](const CheckRun& run,
                  std::ostream& stream) { WriteCsvReport(run.result, stream); }},
     {.text = {"--json", "FILE", alsoWritten, "the whole result as JSON",
-              "With - it takes the place of the report. Of several fabrics a line each."},
+              "With - it replaces the report. With several fabrics, one line each."},
      .due = Due::Read,
      .dash = Dash::ReplacesReport,
      .write = [](const CheckRun& run,
                  std::ostream& stream) { WriteJsonReport(run.result, run.style, stream); },
      .ask = AskForCures,
      .ofSeveral = true},
-    {.text = {"--html", "FILE", alsoWritten, "a page to look at, to mail or to attach",
-              "It loads nothing and needs no network. With - it takes the place of the report."},
+    {.text = {"--html", "FILE", alsoWritten, "a page to open, mail or attach",
+              "It loads nothing and needs no network. With - it replaces the report."},
      .due = Due::Read,
      .dash = Dash::ReplacesReport,
      .write = [](const CheckRun& run,
                  std::ostream& stream) { WriteHtmlReport(run.result, stream); },
      .ask = AskForCures},
     {.text = {"--svg", "FILE", alsoWritten, "a picture of the tree, for documents",
-              "Of more than 256 switches groups are folded. With - it takes the place of the "
-              "report."},
+              "With more than 256 switches, groups are folded. With - it replaces the report."},
      .due = Due::Built,
      .dash = Dash::ReplacesReport,
      .write = [](const CheckRun& run,
                  std::ostream& stream) { WriteSvgReport(run.result, stream); }},
-    {.text = {"--prometheus", "FILE", alsoWritten, "numbers for the node exporter of Prometheus",
-              "For its textfile collector: give FILE the ending .prom in the collector's folder. "
-              "It is written when the check was finished, so an old time in it tells that checks "
-              "fail. With - it takes the place of the report."},
+    {.text = {"--prometheus", "FILE", alsoWritten, "metrics for the Prometheus node exporter",
+              "For its textfile collector: put FILE into the collector's folder, with the ending "
+              ".prom. It is written only when a check finishes, so an old time in it means that "
+              "checks fail. With - it replaces the report."},
      .due = Due::Done,
      .dash = Dash::ReplacesReport,
      .write = [](const CheckRun& run,
@@ -142,25 +141,24 @@ const CommandText checkText{
     .operands = {{"FABRIC...", fabricHelp}},
     .options = TextsOf<CheckArguments>,
     .examples = {{"ibnetdiscover | fabscope check - --html page.html",
-                  "Checks the fabric that this host is part of, and writes a page to look at."},
-                 {"fabscope check --quiet fabric.topo", "Reports nothing but what was found."},
+                  "Checks the fabric of this host and writes a page (ibnetdiscover needs root)."},
+                 {"fabscope check --quiet fabric.topo", "Reports only the findings."},
                  {"fabscope check --root-regex '^spine' fabric.topo",
-                  "Names the roots, where they cannot be found by themselves."},
-                 {"fabscope check --json - fabric.topo.gz", "The result for a program."},
+                  "Names the roots, if fabscope finds the wrong ones."},
+                 {"fabscope check --json - fabric.topo.gz", "Writes the result for a program."},
                  {"fabscope check --quiet --json results.jsonl archive/*.topo",
-                  "Checks many fabrics at once, and names those with findings."}},
-    .statuses = {{0, "nothing found"}, {1, "something found"}, {2, "the work could not be done"}},
+                  "Checks many fabrics at once and lists those with findings."}},
+    .statuses = {{0, "nothing found"}, {1, "something found"}, {2, "error"}},
     .description =
         {"Finds the fat tree that the switches of a fabric form, groups them into neighborhoods "
          "and connectivity groups, and reports which switches and ports are at fault: missing "
-         "links, links that do not belong there, uneven link counts, suspected blocking, "
-         "asymmetric aggregated ports, and FLIDs of several neighborhoods.",
-         "The report is on standard output, messages are on standard error. Files are written "
-         "whole or not at all, and nothing is written when the fabric cannot be read.",
-         "Several fabrics are checked at the same time, on all cores. The report is then a line "
-         "for "
-         "each, and the exit status the highest of theirs; one that cannot be read does not keep "
-         "the others from being checked."},
+         "links, invalid links, uneven link counts, suspected blocking, "
+         "asymmetric aggregated ports, and FLIDs in several neighborhoods.",
+         "The report goes to standard output, messages go to standard error. Files are written "
+         "whole or not at all. If the fabric cannot be read, nothing is written.",
+         "Several fabrics are checked at the same time, on all cores. The report then has one line "
+         "for each, and the exit status is the highest of all. If one cannot be read, the others "
+         "are still checked."},
 };
 
 std::optional<std::string> SettleArguments(CheckArguments& arguments) {

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <future>
 #include <iterator>
 #include <mutex>
 #include <new>
@@ -10,7 +9,6 @@
 #include <shared_mutex>
 #include <string>
 #include <string_view>
-#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -95,10 +93,8 @@ class SharedMemory {
     }
     try {
       const std::unique_lock alone(isUsed_);
-      // On a thread of its own, which numbers groups from 0.
-      return std::async(std::launch::async, check).get();
+      return check();
     } catch (const std::bad_alloc&) {
-    } catch (const std::system_error&) {  // no thread without memory
     }
     return WithoutMemory(options.fabric, jsonStyle);
   }
@@ -161,7 +157,6 @@ class SeveralChecks {
 
 void SeveralChecks::CheckAll(std::ostream* lines, std::ostream* json) {
   const std::vector<std::string>& fabrics = arguments_.operands;
-  FTTopology::Show_GUID = arguments_.options.showGuid;
   ProgressLine progress(IsWatched() && !arguments_.quiet);
   SharedMemory memory;
   const auto check = [&](std::size_t index) {
@@ -175,7 +170,6 @@ void SeveralChecks::CheckAll(std::ostream* lines, std::ostream* json) {
     TakeOver(outcome, lines, json);
     ReportProgress("checking fabrics", ++done, fabrics.size());
   };
-  // A thread for each numbers its groups from 0, as if it were checked alone.
   const std::size_t cores = std::max(std::thread::hardware_concurrency(), 1U);
   DoInOrder<Outcome>(fabrics.size(), cores, check, take);
   if (lines == nullptr) return;

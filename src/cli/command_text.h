@@ -78,14 +78,15 @@ std::vector<std::string> ChoicesOf(const OptionText& option);
 std::vector<OptionText> CommonOptions();
 
 // Of options that several commands have.
-inline constexpr const char* specialNodesHelp = "channel adapters that are no hosts, by name";
+inline constexpr const char* specialNodesHelp = "adapters not counted as hosts (regex)";
 inline constexpr const char* specialNodesMore =
-    "A POSIX extended regular expression over the names in a dump; fabric documents tell it "
-    "themselves. The default is \"Aggregation Node\".";
+    "A POSIX extended regular expression for names in a dump; fabric documents have a flag for "
+    "it. The default is \"Aggregation Node\".";
 inline constexpr const char* nodeNameMapHelp = "names of nodes (lines: 0xGUID \"name\")";
 inline constexpr const char* nodeNameMapMore =
-    "The form that the standard InfiniBand diagnostics read. These names replace those of the "
-    "fabric before anything else looks at them.";
+    "The format of the standard InfiniBand diagnostics. The names replace those of the fabric "
+    "before "
+    "anything else looks at them.";
 
 // What FABRIC means, as a help tells it.
 inline constexpr const char* fabricHelp =

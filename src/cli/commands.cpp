@@ -46,13 +46,15 @@ constexpr std::array<Command, 5> commands{{
 
 const CommandText toolText{
     .name = "",
-    .summary = "Finds the wrong cables of an InfiniBand fat tree.",
+    .summary = "Finds wrong cables in InfiniBand fat trees.",
     .operands = {},
     .options = [] { return std::vector<OptionText>(); },
-    .examples = {{"ibnetdiscover | fabscope check -", "Checks the fabric of this host."}},
-    .statuses = {{0, "nothing found"}, {1, "something found"}, {2, "the work could not be done"}},
-    .description = {"Tells the people who run InfiniBand fabrics where the cabling of their fat "
-                    "tree is wrong: the exact switches and ports, from a dump of the fabric."},
+    .examples = {{"ibnetdiscover | fabscope check -",
+                  "Checks the fabric of this host (ibnetdiscover needs root)."}},
+    .statuses = {{0, "nothing found"}, {1, "something found"}, {2, "error"}},
+    .description =
+        {"Finds wrong cables in the fat tree of an InfiniBand fabric, from a dump of the "
+         "fabric: names the switches and ports at fault, and says which cables to move."},
 };
 
 std::vector<const CommandText*> CommandTexts() {

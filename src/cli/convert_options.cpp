@@ -10,11 +10,11 @@ namespace {
 
 using Problem = OptionProblem;
 
-constexpr const char* ofOutputs = "What is written";
-constexpr const char* ofInputs = "How the fabric is read";
+constexpr const char* ofOutputs = "Output";
+constexpr const char* ofInputs = "Input";
 
 const char* OfTree() {
-  static const std::string heading = "How the tree is found (" + NamesInWords(TreeFormats()) + ")";
+  static const std::string heading = "Finding the tree (" + NamesInWords(TreeFormats()) + " only)";
   return heading.c_str();
 }
 
@@ -34,7 +34,7 @@ std::vector<BoundOption> BindOutput(ConvertArguments& arguments) {
       {{"-o,--output", "FILE", ofOutputs, "the file to write (- for standard output)", "Required."},
        takeFile,
        false},
-      {{"--format", choices.c_str(), ofOutputs, "what to write (default: by the ending of FILE)",
+      {{"--format", choices.c_str(), ofOutputs, "format (default: by the ending of FILE)",
         more.c_str()},
        takeFormat,
        false}};
@@ -85,21 +85,22 @@ std::vector<BoundOption> BindOptions(ConvertArguments& arguments) {
 
 const CommandText convertText{
     .name = "convert",
-    .summary = "Reads a fabric of any format and writes it in another.",
+    .summary = "Converts a fabric to another format.",
     .operands = {{"FABRIC", fabricHelp}},
     .options = TextsOf<ConvertArguments>,
     .examples = {{"fabscope convert fabric.topo -o fabric.json",
-                  "A fabric document of a topology dump."},
+                  "Turns a topology dump into a fabric document."},
                  {"fabscope convert fabric.topo -o - --format dot | dot -Tsvg > fabric.svg",
-                  "A picture by Graphviz."},
+                  "Draws a picture with Graphviz."},
                  {"fabscope convert fabric.topo -o topology.conf",
-                  "The tree, for Slurm to place jobs by."}},
-    .statuses = {{0, "all was written"}, {2, "the work could not be done"}},
+                  "Writes the tree for Slurm, which places jobs by it."}},
+    .statuses = {{0, "everything written"}, {2, "error"}},
     .description =
-        {"What the other format cannot hold is told on standard error, with how often "
-         "it occurs.",
-         "For Slurm the tree is looked for as by check: leaves with their hosts, groups, "
-         "and one root become its topology.conf. Without a tree nothing is written."},
+        {"If the other format cannot hold something, a message on standard error says what, and "
+         "how often.",
+         "For Slurm, fabscope finds the tree as check does. Leaves with their hosts, groups and "
+         "one "
+         "root become topology.conf. Without a tree nothing is written."},
 };
 
 std::optional<std::string> SettleArguments(ConvertArguments& arguments) {

@@ -40,13 +40,10 @@ class DiffCommand {
     const CheckResult& is = results_[1];
     if (IsPlanForeign()) return ExitFailed;
     const Counterparts nodes(*was.fabric, *is.fabric);
-    Difference difference{was.input,
-                          is.input,
-                          *was.fabric,
-                          *is.fabric,
-                          CompareFabrics(*was.fabric, *is.fabric, nodes),
-                          std::nullopt,
-                          WhyNoFindings()};
+    Difference difference{
+        was.input,    is.input,       arguments_.options.showGuid,
+        *was.fabric,  *is.fabric,     CompareFabrics(*was.fabric, *is.fabric, nodes),
+        std::nullopt, WhyNoFindings()};
     if (difference.message.empty()) {
       difference.findings =
           CompareFindings({*was.topology, was.findings}, {*is.topology, is.findings}, nodes);
@@ -76,10 +73,9 @@ class DiffCommand {
   std::array<CheckResult, 2> results_;  // of OLD and NEW
 };
 
-// At the same time, each numbering its groups from 0.
+// At the same time.
 void DiffCommand::CheckBoth() {
   const ProgressLine line(IsWatched());
-  FTTopology::Show_GUID = arguments_.options.showGuid;
   const auto check = [this](std::size_t index) {
     CheckOptions options = arguments_.options;
     options.fabric = arguments_.operands[index];

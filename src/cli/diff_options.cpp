@@ -10,16 +10,16 @@ namespace {
 
 constexpr std::array<Output<Difference>, 1> outputTable{{
     {.text = {"--json", "FILE", ofReport, "also write it as JSON (- for standard output)",
-              "With - it takes the place of the report."},
+              "With - it replaces the report."},
      .due = Due::Read,
      .dash = Dash::ReplacesReport,
      .write = WriteDifferenceJson},
 }};
 
 constexpr std::array<CommandOption<DiffArguments>, 4> table{{
-    {{"--plan", "FILE", ofReport, "also tell which steps of the plan of repairs are done in NEW",
-      "FILE is what fabscope repair --json has written. It is refused when fewer than half of the "
-      "switches that it names are in NEW."},
+    {{"--plan", "FILE", ofReport, "also say which steps of the repair plan are done",
+      "FILE comes from fabscope repair --json. It is refused if fewer than half of the switches "
+      "that it names are in NEW."},
      [](DiffArguments& arguments, const std::string& value) {
        return TakePath(arguments.planFile, value);
      }},
@@ -48,24 +48,27 @@ std::vector<BoundOption> BindOptions(DiffArguments& arguments) {
 
 const CommandText diffText{
     .name = "diff",
-    .summary = "Tells what has changed between two dumps of a fabric.",
-    .operands = {{"OLD", "the fabric as it was; dump or document as for check"},
+    .summary = "Shows what changed between two dumps of a fabric.",
+    .operands = {{"OLD", "the fabric as it was: a dump or document, as for check"},
                  {"NEW", "the fabric as it is; - for standard input"}},
     .options = TextsOf<DiffArguments>,
     .examples = {{"ibnetdiscover | fabscope diff yesterday.topo -",
-                  "What has happened since yesterday."},
-                 {"fabscope diff --json - monday.topo tuesday.topo", "The same for a program."},
+                  "Shows what changed since yesterday."},
+                 {"fabscope diff --json - monday.topo tuesday.topo",
+                  "Writes the changes for a program."},
                  {"fabscope diff --plan plan.json monday.topo tuesday.topo",
-                  "What has changed, and what is done of Monday's repairs."}},
-    .statuses = {{0, "no difference"}, {1, "something differs"}, {2, "the work could not be done"}},
+                  "Also shows which of Monday's repairs are done."}},
+    .statuses = {{0, "no difference"}, {1, "something differs"}, {2, "error"}},
     .description =
-        {"Tells which switches, hosts and cables came, went or moved, which links have another "
-         "speed, and which findings of fabscope check are cured or have appeared: a line each, and "
-         "nothing when nothing differs.",
-         "Nodes are the same when their GUID is. A node that went and one that came under the same "
-         "name are hardware that was replaced. A cable of which one end stayed in its port has "
-         "moved. Numbers of groups do not matter.",
-         "When one of the two trees cannot be built or validated, or has more error records than "
+        {"Lists which switches, hosts and cables came, went or moved, which links changed speed, "
+         "and "
+         "which findings of fabscope check are cured or new: one line each, and nothing if nothing "
+         "differs.",
+         "Nodes with the same GUID are the same. If a node went and another came with its name, "
+         "the "
+         "hardware was replaced. If one end of a cable stayed in its port, the cable has moved. "
+         "Group numbers do not matter.",
+         "If one of the trees cannot be built or validated, or has more error records than "
          "--max-records, findings are not compared, and the exit status is 2."},
 };
 

@@ -15,9 +15,9 @@ using Problem = OptionProblem;
 
 constexpr int maxFaults = 1'000'000;
 
-constexpr const char* ofTree = "The tree";
-constexpr const char* ofFaults = "Its faults";
-constexpr const char* ofOutputs = "Where it is written";
+constexpr const char* ofTree = "Tree";
+constexpr const char* ofFaults = "Faults";
+constexpr const char* ofOutputs = "Output";
 
 Problem TakeSeed(std::uint64_t& target, const std::string& value) {
   std::uint64_t number = 0;
@@ -51,8 +51,8 @@ Problem TakeFault(std::vector<FaultRequest>& faults, const std::string& value) {
 
 constexpr std::array<CommandOption<GenerateArguments>, 13> table{{
     {{"--xgft", "\"h; m1,...; w1,...\"", ofTree, "an extended generalised fat tree",
-      "h levels of switches, m children of each switch and w parents of each node by level, from "
-      "the leaves up."},
+      "h levels of switches; m children of each switch and w parents of each node, level by level "
+      "from the leaves up."},
      [](GenerateArguments& arguments, const std::string& value) -> Problem {
        TreeShape shape;
        if (Problem problem = ParseXgft(value, shape)) return problem;
@@ -64,34 +64,34 @@ constexpr std::array<CommandOption<GenerateArguments>, 13> table{{
        return TakeNumber(arguments.levels, value, 1, 8);
      }},
     {{"--radix", "K", ofTree, "with --levels: switches of K ports",
-      "Half of the ports lead up; those of the roots all lead down. 2 to 254."},
+      "Half of the ports lead up; all ports of a root lead down. An even number from 2 to 254."},
      [](GenerateArguments& arguments, const std::string& value) {
        return TakeNumber(arguments.radix, value, 2, 254);
      }},
     {{"--pods", "N", ofTree, "with --levels: N subtrees below the roots",
-      "The default is all that the roots have ports for."},
+      "The default is as many as the roots have ports for."},
      [](GenerateArguments& arguments, const std::string& value) {
        return TakeNumber(arguments.pods, value, 1, 254);
      }},
-    {{"--hosts-per-leaf", "H", ofTree, "with --levels: hosts (default K/2)", "1 to 254."},
+    {{"--hosts-per-leaf", "H", ofTree, "with --levels: hosts per leaf (default K/2)", "1 to 254."},
      [](GenerateArguments& arguments, const std::string& value) {
        return TakeNumber(arguments.hostsPerLeaf, value, 1, 254);
      }},
-    {{"--parallel", "N", ofTree, "cables to each parent (default 1)", "1 to 255."},
+    {{"--parallel", "N", ofTree, "cables to each parent, a trunk (default 1)", "1 to 255."},
      [](GenerateArguments& arguments, const std::string& value) {
        return TakeNumber(arguments.parallel, value, 1, 255);
      }},
     {{"--planes", "N", ofTree, "N planes (default 1)",
-      "Switches of N chips, with aggregated ports. 1 to 16."},
+      "Each switch has N chips, and ports are aggregated. 1 to 16."},
      [](GenerateArguments& arguments, const std::string& value) {
        return TakeNumber(arguments.planes, value, 1, 16);
      }},
-    {{"--flids", "", ofTree, "leaves have FLIDs, each neighborhood its own", ""},
+    {{"--flids", "", ofTree, "give each neighborhood FLIDs of its own", ""},
      [](GenerateArguments& arguments, const std::string&) -> Problem {
        arguments.flids = true;
        return std::nullopt;
      }},
-    {{"--speed", "NAME", ofTree, "SDR to XDR (default HDR)",
+    {{"--speed", "NAME", ofTree, "speed of all links (default HDR)",
       "SDR, DDR, QDR, FDR10, FDR, EDR20, EDR, HDR, NDR or XDR."},
      [](GenerateArguments& arguments, const std::string& value) -> Problem {
        const auto speed = SpeedCode(value);
@@ -99,7 +99,7 @@ constexpr std::array<CommandOption<GenerateArguments>, 13> table{{
        arguments.speed = *speed;
        return std::nullopt;
      }},
-    {{"--fault", "KIND=COUNT", ofFaults, "also COUNT faults of a kind; may be repeated",
+    {{"--fault", "KIND=COUNT", ofFaults, "add COUNT faults of a kind; may be repeated",
       "The kinds are missing-link, swapped-cables, moved-cable, same-rank-link, root-link, "
       "missing-host, slow-link, dead-switch, stray-host, asymmetric-aport and shared-flid. COUNT "
       "is 1 to 1000000."},
@@ -107,12 +107,12 @@ constexpr std::array<CommandOption<GenerateArguments>, 13> table{{
        return TakeFault(arguments.faults, value);
      },
      true},
-    {{"--seed", "S", ofFaults, "the same seed, the same fabric (default 1)",
-      "And the same faults."},
+    {{"--seed", "S", ofFaults, "decides where faults are (default 1)",
+      "The same options and seed give the same fabric."},
      [](GenerateArguments& arguments, const std::string& value) {
        return TakeSeed(arguments.seed, value);
      }},
-    {{"--truth", "FILE", ofFaults, "what the faults have changed, as JSON",
+    {{"--truth", "FILE", ofFaults, "also write what the faults changed, as JSON",
       "- is standard output."},
      [](GenerateArguments& arguments, const std::string& value) {
        return TakePath(arguments.truthFile, value);
@@ -125,16 +125,15 @@ constexpr std::array<CommandOption<GenerateArguments>, 13> table{{
 
 BoundOption BindFormat(GenerateArguments& arguments) {
   static const std::string choices = ChoiceOfNames(FabricFormats());
-  static const std::string more =
-      "The default goes by the ending of FILE: " + EndingsByFormat(FabricFormats()) +
-      "; otherwise a fabric document.";
+  static const std::string more = "The endings are " + EndingsByFormat(FabricFormats()) +
+                                  "; any other means a fabric document.";
   const auto take = [&arguments](const std::string& value) -> Problem {
     const auto format = FabricFormatOfName(value);
     if (!format) return "expected " + NamesInWords(FabricFormats());
     arguments.givenFormat = format;
     return std::nullopt;
   };
-  return {{"--format", choices.c_str(), ofOutputs, "what to write (default: by the ending of FILE)",
+  return {{"--format", choices.c_str(), ofOutputs, "format (default: by the ending of FILE)",
            more.c_str()},
           take,
           false};
@@ -199,20 +198,19 @@ std::vector<BoundOption> BindOptions(GenerateArguments& arguments) {
 
 const CommandText generateText{
     .name = "generate",
-    .summary = "Writes a fat tree made to order, with faults if asked for.",
+    .summary = "Writes a fat tree of any size, with faults on request.",
     .operands = {},
     .options = TextsOf<GenerateArguments>,
     .examples =
         {{"fabscope generate --levels 3 --radix 8 --fault missing-link=2 -o a.json",
-          "A tree of 80 switches without two of its cables."},
+          "Writes a tree of 80 switches with two cables missing."},
          {"fabscope generate --xgft '2; 4,8; 1,4' --truth truth.json --fault swapped-cables=1 -o "
           "fabric.topo",
-          "A topology dump, and what is wrong in it."}},
-    .statuses = {{0, "all was written"}, {2, "the work could not be done"}},
-    .description =
-        {"Makes fabrics to try things on. Either --xgft or both --levels and --radix say what "
-         "the tree is. Faults are put into it one after the other, at places that --seed "
-         "chooses."},
+          "Writes a topology dump, and what is wrong in it."}},
+    .statuses = {{0, "everything written"}, {2, "error"}},
+    .description = {"Makes fabrics for tests. Give either --xgft, or both --levels and --radix. "
+                    "Faults are added "
+                    "one after another, at places that --seed decides."},
 };
 
 std::optional<std::string> SettleArguments(GenerateArguments& arguments) {

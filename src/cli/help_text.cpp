@@ -94,7 +94,7 @@ std::string HelpText(const CommandText& command) {
 std::string HelpText(const CommandText& tool, std::span<const CommandText* const> commands) {
   std::string text;
   AppendHead(text, tool, " COMMAND [OPTIONS] [FABRIC...]");
-  text += "\nCommands (fabscope COMMAND --help tells more):\n";
+  text += "\nCommands (for help: fabscope COMMAND --help):\n";
   for (const CommandText* command : commands) {
     AppendEntry(text, command->name, command->summary, 14);
   }

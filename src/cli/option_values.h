@@ -62,11 +62,11 @@ OptionProblem TakePath(std::string& target, const std::string& value);
 OptionProblem TakeColor(ColorWhen& target, const std::string& value);
 
 // Of every command that has a report.
-inline constexpr const char* ofReport = "The report";
+inline constexpr const char* ofReport = "Report";
 inline constexpr OptionText quietText{"-q,--quiet", "", ofReport,
-                                      "without the lines that begin with -I-", ""};
+                                      "leave out the lines that start with -I-", ""};
 inline constexpr OptionText colorText{
-    "--color", "auto|always|never", ofReport, "coloured tags (auto: on a terminal)",
-    "auto looks at the environment, too: no colours when NO_COLOR is set or TERM is dumb."};
+    "--color", "auto|always|never", ofReport, "colour the tags (auto: on a terminal)",
+    "With auto there are no colours if NO_COLOR is set or TERM is dumb."};
 
 }  // namespace fabscope

@@ -11,14 +11,13 @@ namespace {
 
 using Problem = OptionProblem;
 
-constexpr const char* ofPlan = "A plan of another day";
+constexpr const char* ofPlan = "Earlier plan";
 
 constexpr OptionText rootsText{
-    "--roots", "inferred|smdb|regex", ofRoots,
-    "from the whole fabric (inferred), or as the next two say",
-    "inferred looks at all cables at once, so that a few wrong ones do not mislead it; smdb takes "
-    "the ranks of --ranks, or else those of a fabric document; regex takes the switches that "
-    "--root-regex names. The default is inferred."};
+    "--roots", "inferred|smdb|regex", ofRoots, "how to find the roots (default inferred)",
+    "inferred finds the roots from all cables at once, so a few wrong cables do not mislead it. "
+    "smdb uses the ranks of --ranks, otherwise those of the fabric document. regex uses the "
+    "switches that --root-regex names."};
 
 constexpr std::array<CommandOption<RepairArguments>, 1> groupTable{{
     {showGuidText,
@@ -28,10 +27,10 @@ constexpr std::array<CommandOption<RepairArguments>, 1> groupTable{{
 }};
 
 constexpr std::array<CommandOption<RepairArguments>, 1> planTable{{
-    {{"--verify", "FILE", ofPlan, "tell which steps of the plan are done in FABRIC",
-      "FILE is what --json has written. A line for each step, then the repairs that FABRIC needs "
-      "and the plan does not have. A plan is refused when fewer than half of the switches that it "
-      "names are in FABRIC."},
+    {{"--verify", "FILE", ofPlan, "say which steps of the plan are done in FABRIC",
+      "FILE comes from --json. Prints one line per step, then the repairs that FABRIC needs and "
+      "the plan does not have. A plan is refused if fewer than half of the switches that it names "
+      "are in FABRIC."},
      [](RepairArguments& arguments, const std::string& value) {
        return TakePath(arguments.planFile, value);
      }},
@@ -43,20 +42,20 @@ const OutputTable& GetOutputTable() {
   static const std::string moreOfAfter =
       "The endings are those of fabscope convert: " + EndingsByFormat(FabricFormats()) + ".";
   static const OutputTable table{{
-      {.text = {"--csv", "FILE", alsoWritten, "a row for each end of a cable that changes, as CSV",
-                "Alternatives are not in it. With - it takes the place of the report."},
+      {.text = {"--csv", "FILE", alsoWritten, "one row per cable end that changes, as CSV",
+                "Alternatives are not included. With - it replaces the report."},
        .due = Due::Done,
        .dash = Dash::ReplacesReport,
        .write = [](const RepairRun& run,
                    std::ostream& stream) { WriteRepairCsv(run.result, stream); }},
       {.text = {"--json", "FILE", alsoWritten, "the plan as JSON",
-                "--verify reads it again. With - it takes the place of the report."},
+                "For --verify. With - it replaces the report."},
        .due = Due::Read,
        .dash = Dash::ReplacesReport,
        .write = [](const RepairRun& run,
                    std::ostream& stream) { WriteRepairJson(run.result, stream); }},
-      {.text = {"--after", "FILE", alsoWritten,
-                "the fabric as it will be (format: by the ending of FILE)", moreOfAfter.c_str()},
+      {.text = {"--after", "FILE", alsoWritten, "the repaired fabric (format: ending of FILE)",
+                moreOfAfter.c_str()},
        .due = Due::Done,
        .dash = Dash::IsBehind,
        .write =
@@ -128,28 +127,28 @@ std::vector<BoundOption> BindOptions(RepairArguments& arguments) {
 
 const CommandText repairText{
     .name = "repair",
-    .summary = "Tells which cables to move so that a fabric is a proper fat tree.",
+    .summary = "Says which cables to move for a proper fat tree.",
     .operands = {{"FABRIC", fabricHelp}},
     .options = TextsOf<RepairArguments>,
     .examples = {{"fabscope repair fabric.topo --json plan.json",
-                  "The cables to move, and the same as a plan to come back to."},
+                  "Shows the cables to move, and saves them as a plan."},
                  {"ibnetdiscover | fabscope repair --verify plan.json -",
-                  "What of that plan is done by now."},
+                  "Shows which steps of that plan are done by now."},
                  {"fabscope repair fabric.topo --after repaired.json",
-                  "Also the fabric as it will be."}},
-    .statuses = {{0, "nothing to do"}, {1, "something to do"}, {2, "the work could not be done"}},
+                  "Also writes the repaired fabric."}},
+    .statuses = {{0, "nothing to do"}, {1, "something to do"}, {2, "error"}},
     .description =
-        {"Finds the few cables that are in a wrong place, and tells for each what to unplug and "
-         "where it goes. No plan of the cabling is needed: what most cables agree on is the "
-         "tree.",
-         "Every repair is proven: the fabric as it will be is checked as by fabscope check, and "
-         "the last line tells what is left.",
-         "[sure] may be done as it stands: every other explanation of the cabling needs at least "
-         "two changes more. [likely] is worth a look first: the group is unusual, or few cables "
-         "speak for it. [ask] has alternatives that do as well; names, places or an older dump "
-         "decide.",
-         "Where too much is wrong to tell what belongs where, it says so and proposes nothing for "
-         "that part."},
+        {"Finds the few cables in the wrong place, and says for each what to unplug and where it "
+         "goes. No cabling plan is needed: the tree is what most cables agree on.",
+         "Every repair is proven: the repaired fabric is checked as by fabscope check, and the "
+         "last "
+         "line says what is left.",
+         "[sure]: do it as written. Any other explanation takes at least two more changes, or the "
+         "ports clearly speak against it. [likely]: look first. Few cables support the step, or "
+         "much around it is wrong. [ask]: choose. The alternatives need no more changes; names, "
+         "racks or an older dump decide.",
+         "Where too much is wrong to tell what belongs where, fabscope says so and proposes "
+         "nothing for that part."},
 };
 
 std::optional<std::string> SettleArguments(RepairArguments& arguments) {

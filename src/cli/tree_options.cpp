@@ -21,45 +21,44 @@ std::optional<RootsFrom> MethodOf(std::string_view name) {
 }
 
 constexpr std::array<CommandOption<TreeArguments>, 8> table{{
-    {{"--roots", "auto|search|inferred|smdb|regex", ofRoots,
-      "by themselves, or as one of the next two says",
-      "search finds the roots by the distances between the leaves; inferred tells them from all "
-      "cables at once, which a few wrong ones cannot mislead. auto takes those of search, unless "
-      "it finds none or the inferred ones leave fewer misfits: cables to remove plus cables "
-      "lacking until the tree is proper. smdb takes the ranks of --ranks, or else those of a "
-      "fabric document; regex takes the switches that --root-regex names. The default is auto."},
+    {{"--roots", "auto|search|inferred|smdb|regex", ofRoots, "how to find the roots (default auto)",
+      "search finds the roots by the distances of switches from leaves. inferred finds them from "
+      "all cables at once, so a few wrong cables do not mislead it. auto uses search, unless it "
+      "finds no roots or the inferred roots leave fewer misfits: cables to remove plus cables "
+      "missing until the tree is proper. smdb uses the ranks of --ranks, otherwise those of the "
+      "fabric document. regex uses the switches that --root-regex names."},
      [](TreeArguments& arguments, const std::string& value) -> Problem {
        if (!MethodOf(value)) return "expected auto, search, inferred, smdb or regex";
        arguments.roots = value;
        return std::nullopt;
      }},
     {{"--root-regex", "ERE", ofRoots, "roots are the switches whose name matches",
-      "A POSIX extended regular expression, looked for anywhere in the name, byte by byte. Implies "
+      "A POSIX extended regular expression, matched anywhere in the name, byte by byte. Implies "
       "--roots regex."},
      [](TreeArguments& arguments, const std::string& value) {
        return TakeRegex(arguments.options.rootRegex, value);
      }},
     {{"--ranks", "FILE", ofRoots, "the subnet manager's ranks (CSV: guid,rank)",
-      "Rank 0 is a root; switches that are not named have no rank. Implies --roots smdb."},
+      "Rank 0 is a root; switches not in FILE have no rank. Implies --roots smdb."},
      [](TreeArguments& arguments, const std::string& value) {
        return TakePath(arguments.options.ranks, value);
      }},
     {{"--retries", "N", ofRoots, "search: further leaves to try (default 10)",
-      "Leaves are tried until enough of them give the same roots. 0 or more."},
+      "Leaves are tried until --equal of them give the same roots. 0 or more."},
      [](TreeArguments& arguments, const std::string& value) {
        arguments.searchOption = "--retries " + value;
        return TakeNumber(arguments.options.retries, value, 0, anyCount);
      }},
     {{"--equal", "N", ofRoots, "search: leaves that must agree (default 2)",
-      "1 or more. A higher number is safer, and fails more often."},
+      "1 or more. A higher number is safer but fails more often."},
      [](TreeArguments& arguments, const std::string& value) {
        arguments.searchOption = "--equal " + value;
        return TakeNumber(arguments.options.equalClassifications, value, 1, anyCount);
      }},
-    {{"--merge-percent", "P", ofGroups, "up-links that a group shares (default 70)",
-      "Two sets of up-links that are alike to this many percent belong to one group. 0 to 100. A "
-      "lower number merges strangers when several leaves are damaged, a higher one splits off "
-      "leaves of small groups."},
+    {{"--merge-percent", "P", ofGroups, "how alike up-links in a group are (default 70)",
+      "Two sets of up-links that are more than this percentage alike form one group. 0 to 100. A "
+      "lower number merges different groups when several leaves are damaged; a higher one splits "
+      "off leaves of small groups."},
      [](TreeArguments& arguments, const std::string& value) {
        return TakeNumber(arguments.options.mergePercent, value, 0, 100);
      }},

@@ -19,22 +19,22 @@ struct TreeArguments {
   std::string searchOption;
 };
 
-inline constexpr const char* ofRoots = "How the roots are found";
+inline constexpr const char* ofRoots = "Roots";
 // The heading of what names nodes and puts them into groups.
-inline constexpr const char* ofGroups = "How switches are grouped and named";
+inline constexpr const char* ofGroups = "Groups and names";
 
 // Of every command that names switches as the check does.
 inline constexpr OptionText showGuidText{
     "--show-guid", "none|system|node", ofGroups, "GUID in front of switch names (default none)",
-    "node tells switches of one name apart; system is the GUID that the chips of one system "
+    "node tells switches of the same name apart; system is the GUID that all chips of a system "
     "share."};
 OptionProblem TakeShowGuid(int& target, const std::string& value);
 
 // Of every command that lists error records.
 inline constexpr OptionText maxRecordsText{
-    "--max-records", "N", ofReport, "error records to list at most (default 1000000)",
+    "--max-records", "N", ofReport, "list at most N error records (default 1000000)",
     "A badly damaged fabric can lack as many cables as it has spines times lines. All are counted, "
-    "and every output tells how many more there are than are listed."};
+    "and every output says how many are not listed."};
 OptionProblem TakeMaxRecords(std::uint64_t& target, const std::string& value);
 
 std::vector<BoundOption> BindTreeOptions(TreeArguments& arguments);

@@ -15,6 +15,7 @@ namespace fabscope {
 struct Difference {
   std::string oldName;  // as the user named them
   std::string newName;
+  int showGuid = 0;  // how texts name switches
   const IBFabric& was;
   const IBFabric& is;
   FabricChanges fabric;

@@ -11,15 +11,15 @@ namespace {
 // A listing breaks its line after this many further switches.
 constexpr unsigned listedPerLine = 7;
 
-std::string EndText(const IBNode* node, std::uint8_t port) {
-  return GetNodeRecord(node) + " port: " + std::to_string(port);
+std::string EndText(const IBNode* node, std::uint8_t port, int showGuid) {
+  return GetNodeRecord(node, showGuid) + " port: " + std::to_string(port);
 }
 
 }  // namespace
 
-std::string MissingLink::Description() const {
+std::string MissingLink::Description(int showGuid) const {
   return GroupTitle(isNeighborhood) + std::to_string(group) + ": missing link between switches (" +
-         GetNodeRecord(spine) + ") and (" + GetNodeRecord(line) + ")";
+         GetNodeRecord(spine, showGuid) + ") and (" + GetNodeRecord(line, showGuid) + ")";
 }
 
 std::vector<std::uint64_t> InvalidLink::Groups() const {
@@ -27,9 +27,9 @@ std::vector<std::uint64_t> InvalidLink::Groups() const {
   return {group1, group2};
 }
 
-std::string InvalidLink::Description() const {
-  const std::string end1 = EndText(link.node1, link.port1);
-  const std::string end2 = EndText(link.node2, link.port2);
+std::string InvalidLink::Description(int showGuid) const {
+  const std::string end1 = EndText(link.node1, link.port1, showGuid);
+  const std::string end2 = EndText(link.node2, link.port2, showGuid);
   if (group1 == group2) {
     return GroupTitle(isNeighborhood) + std::to_string(group1) +
            " : invalid link between switches (" + end1 + ") and (" + end2 + ")";
@@ -40,23 +40,23 @@ std::string InvalidLink::Description() const {
          (isNeighborhood ? "neighborhood " : "group ") + std::to_string(group2) + " (" + end2 + ")";
 }
 
-void UnevenLinks::WriteLines(std::ostream& stream) const {
+void UnevenLinks::WriteLines(std::ostream& stream, int showGuid) const {
   const char* setName = ofSpines ? "spines" : "lines";
   const char* linkName = isUp ? "uplinks" : "downlinks";
   stream << TagOf(level) << GroupTitle(isNeighborhood) << group << ": " << setName
          << " with different number of " << linkName << " (expected  " << expected << ' '
          << linkName << ')';
-  ListSwitches(others, listedPerLine, linkName, stream);
+  ListSwitches(others, listedPerLine, linkName, showGuid, stream);
   stream << std::endl;
 }
 
 void ListSwitches(const std::vector<UnevenLinks::Count>& counts, unsigned perLine,
-                  const std::string& linkName, std::ostream& stream) {
+                  const std::string& linkName, int showGuid, std::ostream& stream) {
   for (const UnevenLinks::Count& count : counts) {
     stream << std::endl << "\t " << count.links << ' ' << linkName << ": ";
     unsigned onLine = 0;
     for (const IBNode* node : count.nodes) {
-      stream << GetNodeRecord(node) << ' ';
+      stream << GetNodeRecord(node, showGuid) << ' ';
       // The break comes behind a full line even when nothing follows it.
       if (onLine >= perLine) {
         stream << std::endl << "\t\t";
@@ -68,20 +68,20 @@ void ListSwitches(const std::vector<UnevenLinks::Count>& counts, unsigned perLin
   }
 }
 
-void SuspectedBlocking::WriteLines(std::ostream& stream) const {
+void SuspectedBlocking::WriteLines(std::ostream& stream, int /*showGuid*/) const {
   stream << TagOf(Level()) << GroupTitle(isNeighborhood) << group
          << ": suspected blocking configuration  --  total number of spine's uplinks "
          << spineUplinks << " is less then total number of internal links " << internalLinks
          << std::endl;
 }
 
-void AsymmetricAPorts::WriteLines(std::ostream& stream) const {
+void AsymmetricAPorts::WriteLines(std::ostream& stream, int /*showGuid*/) const {
   stream << TagOf(Level()) << GroupTitle(isNeighborhood) << group << ": found " << ports.size()
          << " asymmetric APort" << (ports.size() == 1 ? "" : "s")
          << (toHosts ? " connected to CAs" : "") << std::endl;
 }
 
-void SharedFlid::WriteLines(std::ostream& stream) const {
+void SharedFlid::WriteLines(std::ostream& stream, int /*showGuid*/) const {
   stream << TagOf(Level()) << "FLID=" << flid << " appears in the following neighborhoods: ";
   const char* separator = "";
   for (const std::uint64_t id : groups) {
@@ -91,11 +91,11 @@ void SharedFlid::WriteLines(std::ostream& stream) const {
   stream << std::endl;
 }
 
-std::string DescriptionOf(const Finding& finding) {
+std::string DescriptionOf(const Finding& finding, int showGuid) {
   return std::visit(
-      [](const auto& found) -> std::string {
+      [showGuid](const auto& found) -> std::string {
         if constexpr (RecordKind<std::decay_t<decltype(found)>>) {
-          return found.Description();
+          return found.Description(showGuid);
         } else {
           return {};
         }

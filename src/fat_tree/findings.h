@@ -23,8 +23,8 @@ namespace fabscope {
 // A kind of finding has a name that programs know it by (`kind`), a level, and the numbers of the
 // groups that it is about, each once; `isNeighborhood` says which of the two kinds of groups they
 // number. It is either an error record, which has the name of its event and a description of one
-// line, or it raises the count of issues and writes its own lines to the report. Nodes and ports
-// belong to the fabric.
+// line, or it raises the count of issues and writes its own lines to the report. Its words name
+// switches as GetNodeRecord does with `showGuid`. Nodes and ports belong to the fabric.
 
 // A spine and a line of one group without a cable between them.
 struct MissingLink {
@@ -38,7 +38,7 @@ struct MissingLink {
 
   EnFabricErrLevel_t Level() const { return EN_FABRIC_ERR_ERROR; }
   std::vector<std::uint64_t> Groups() const { return {group}; }
-  std::string Description() const;
+  std::string Description(int showGuid) const;
 };
 
 // A cable inside a rank or between groups: of its first end's group and of its second end's.
@@ -57,7 +57,7 @@ struct InvalidLink {
   }
   // In the order of its ends.
   std::vector<std::uint64_t> Groups() const;
-  std::string Description() const;
+  std::string Description(int showGuid) const;
 };
 
 // Spines or lines of a group that differ in their number of links up or down.
@@ -81,13 +81,13 @@ struct UnevenLinks {
   std::vector<std::uint64_t> Groups() const { return {group}; }
   // One for each number that occurs.
   std::uint64_t Issues() const { return others.size() + 1; }
-  void WriteLines(std::ostream& stream) const;
+  void WriteLines(std::ostream& stream, int showGuid) const;
 };
 
 // A line for each of the numbers, without an end behind the last; it breaks after one switch more
 // than `perLine`.
 void ListSwitches(const std::vector<UnevenLinks::Count>& counts, unsigned perLine,
-                  const std::string& linkName, std::ostream& stream);
+                  const std::string& linkName, int showGuid, std::ostream& stream);
 
 // A group that more links enter from below than leave upwards.
 struct SuspectedBlocking {
@@ -101,7 +101,7 @@ struct SuspectedBlocking {
   EnFabricErrLevel_t Level() const { return EN_FABRIC_ERR_WARNING; }
   std::vector<std::uint64_t> Groups() const { return {group}; }
   std::uint64_t Issues() const { return 1; }
-  void WriteLines(std::ostream& stream) const;
+  void WriteLines(std::ostream& stream, int showGuid) const;
 };
 
 // Plane ports of a group's switches whose aggregated port is asymmetric.
@@ -117,7 +117,7 @@ struct AsymmetricAPorts {
   EnFabricErrLevel_t Level() const { return EN_FABRIC_ERR_WARNING; }
   std::vector<std::uint64_t> Groups() const { return {group}; }
   std::uint64_t Issues() const { return ports.size(); }
-  void WriteLines(std::ostream& stream) const;
+  void WriteLines(std::ostream& stream, int showGuid) const;
 };
 
 // A FLID that occurs in more than one neighborhood.
@@ -131,21 +131,21 @@ struct SharedFlid {
   EnFabricErrLevel_t Level() const { return EN_FABRIC_ERR_WARNING; }
   std::vector<std::uint64_t> Groups() const { return groups; }
   std::uint64_t Issues() const { return 1; }
-  void WriteLines(std::ostream& stream) const;
+  void WriteLines(std::ostream& stream, int showGuid) const;
 };
 
 // An error record.
 template <typename Kind>
 concept RecordKind = requires(const Kind& found) {
   { Kind::event } -> std::convertible_to<const char*>;
-  { found.Description() } -> std::same_as<std::string>;
+  { found.Description(0) } -> std::same_as<std::string>;
 };
 
 // What raises the count of issues.
 template <typename Kind>
 concept IssueKind = requires(const Kind& found, std::ostream& stream) {
   { found.Issues() } -> std::same_as<std::uint64_t>;
-  found.WriteLines(stream);
+  found.WriteLines(stream, 0);
 };
 
 // One of the two, and never both.
@@ -204,7 +204,7 @@ inline const char* EventOf(const Finding& finding) {
 inline bool IsRecord(const Finding& finding) { return EventOf(finding) != nullptr; }
 
 // What an error record says, in one line without a tag; empty for what is none.
-std::string DescriptionOf(const Finding& finding);
+std::string DescriptionOf(const Finding& finding, int showGuid);
 
 // By how much a finding raises the count of issues: 0 for an error record.
 std::uint64_t IssuesOf(const Finding& finding);

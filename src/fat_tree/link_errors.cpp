@@ -4,28 +4,28 @@
 
 namespace fabscope {
 
-FTMissingLinkError::FTMissingLinkError(const MissingLink& found) {
-  description = found.Description();
+FTMissingLinkError::FTMissingLinkError(const MissingLink& found, int showGuid) {
+  description = found.Description(showGuid);
   level = found.Level();
 }
 
 FTMissingLinkError::FTMissingLinkError(std::uint64_t id, const FTLinkIssue& issue,
-                                       bool isNeighborhood)
-    : FTMissingLinkError(MissingLink{id, issue.node1, issue.node2, isNeighborhood}) {}
+                                       bool isNeighborhood, int showGuid)
+    : FTMissingLinkError(MissingLink{id, issue.node1, issue.node2, isNeighborhood}, showGuid) {}
 
 std::string FTMissingLinkError::GetCSVErrorLine() {
   return EventCsvLine(MissingLink::event, description);
 }
 std::string FTMissingLinkError::GetErrorLine() { return description; }
 
-FTInvalidLinkError::FTInvalidLinkError(const InvalidLink& found) {
-  description = found.Description();
+FTInvalidLinkError::FTInvalidLinkError(const InvalidLink& found, int showGuid) {
+  description = found.Description(showGuid);
   level = found.Level();
 }
 
 FTInvalidLinkError::FTInvalidLinkError(std::uint64_t id1, std::uint64_t id2,
-                                       const FTLinkIssue& issue, bool isNeighborhood)
-    : FTInvalidLinkError(InvalidLink{id1, id2, issue, isNeighborhood}) {}
+                                       const FTLinkIssue& issue, bool isNeighborhood, int showGuid)
+    : FTInvalidLinkError(InvalidLink{id1, id2, issue, isNeighborhood}, showGuid) {}
 
 std::string FTInvalidLinkError::GetCSVErrorLine() {
   return EventCsvLine(InvalidLink::event, description);

@@ -13,8 +13,9 @@ namespace fabscope {
 // group is called.
 class FTMissingLinkError final : public FabricErrGeneral {
  public:
-  explicit FTMissingLinkError(const MissingLink& found);
-  FTMissingLinkError(std::uint64_t id, const FTLinkIssue& issue, bool isNeighborhood);
+  explicit FTMissingLinkError(const MissingLink& found, int showGuid = 0);
+  FTMissingLinkError(std::uint64_t id, const FTLinkIssue& issue, bool isNeighborhood,
+                     int showGuid = 0);
   ~FTMissingLinkError() override = default;
   std::string GetCSVErrorLine() override;
   std::string GetErrorLine() override;
@@ -24,19 +25,19 @@ class FTMissingLinkError final : public FabricErrGeneral {
 // its two ends. Its level is 3, but 2 for a cable between two roots.
 class FTInvalidLinkError final : public FabricErrGeneral {
  public:
-  explicit FTInvalidLinkError(const InvalidLink& found);
+  explicit FTInvalidLinkError(const InvalidLink& found, int showGuid = 0);
   FTInvalidLinkError(std::uint64_t id1, std::uint64_t id2, const FTLinkIssue& issue,
-                     bool isNeighborhood);
+                     bool isNeighborhood, int showGuid = 0);
   ~FTInvalidLinkError() override = default;
   std::string GetCSVErrorLine() override;
   std::string GetErrorLine() override;
 };
 
-inline std::unique_ptr<FabricErrGeneral> MakeRecord(const MissingLink& found) {
-  return std::make_unique<FTMissingLinkError>(found);
+inline std::unique_ptr<FabricErrGeneral> MakeRecord(const MissingLink& found, int showGuid) {
+  return std::make_unique<FTMissingLinkError>(found, showGuid);
 }
-inline std::unique_ptr<FabricErrGeneral> MakeRecord(const InvalidLink& found) {
-  return std::make_unique<FTInvalidLinkError>(found);
+inline std::unique_ptr<FabricErrGeneral> MakeRecord(const InvalidLink& found, int showGuid) {
+  return std::make_unique<FTInvalidLinkError>(found, showGuid);
 }
 
 // The line of the CSV report for an event of the cluster as a whole, without a line end. The

@@ -5,8 +5,8 @@
 // group too, without spines. An upper switch that no set holds is in no group, and a faulty link
 // that names such a switch cannot be told: the rank then fails.
 //
-// Groups are numbered for the whole process, neighborhoods and connectivity groups apart, so that a
-// number names one group in everything that one run prints.
+// Neighborhoods and connectivity groups are numbered apart, each through all ranks of a tree, so
+// that a number names one group in everything that is told of the tree.
 
 #include "fat_tree/neighborhood.h"
 
@@ -21,12 +21,6 @@
 
 namespace fabscope {
 namespace {
-
-// Threads number their groups apart, or checks at the same time would change each other's reports.
-thread_local std::uint64_t neighborhoodId = 0;
-thread_local std::uint64_t groupId = 0;
-
-std::uint64_t NextId(bool isNeighborhood) { return isNeighborhood ? neighborhoodId++ : groupId++; }
 
 // The first group that holds a node.
 std::map<const IBNode*, const FTNeighborhood*> GroupsByNode(
@@ -74,7 +68,7 @@ int FTUpHopHistogram::SetsToNeighborhoods(std::vector<FabricErrGeneral*>& errors
     if (const int status = BitSetToNodes(set.upSet, upperNodes); status != StatusSuccess) {
       return status;
     }
-    groups.push_back(new FTNeighborhood(&topology, NextId(isNeighborhood), rank));
+    groups.push_back(new FTNeighborhood(&topology, topology.NextGroupId(isNeighborhood), rank));
     groups.back()->AddNodes(upperNodes, true);
     groups.back()->AddNodes(set.downNodes, false);
   }

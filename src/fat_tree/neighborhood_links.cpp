@@ -94,7 +94,7 @@ void FTNeighborhood::SetLinksReport(std::ostream& stream, const CountMap& counts
 
 void FTNeighborhood::ReportToStream(std::ostream& stream, const CountMap& counts, unsigned perLine,
                                     const std::string& linkName) const {
-  ListSwitches(OthersOf(counts), perLine, linkName, stream);
+  ListSwitches(OthersOf(counts), perLine, linkName, topology->Show_GUID, stream);
 }
 
 std::vector<UnevenLinks::Count> FTNeighborhood::OthersOf(const CountMap& counts) const {

@@ -2,7 +2,6 @@
 
 #include "fabric/fabric_walk.h"
 #include "fabric/guid.h"
-#include "fat_tree/topology.h"
 
 namespace fabscope {
 namespace {
@@ -16,14 +15,14 @@ std::string_view WithoutChipPart(std::string_view name) {
 
 }  // namespace
 
-std::string GetNodeRecord(const IBNode* node) {
+std::string GetNodeRecord(const IBNode* node, int showGuid) {
   const std::string asic = GetSwitchASIC(node);
   std::string record;
-  if (FTTopology::Show_GUID == 1) {
+  if (showGuid == 1) {
     // The ASIC stands here and after the name: the GUID of a system with its ASIC is a key of its
     // own in other reports.
     record = GuidText(node->systemGuid) + asic + " -- ";
-  } else if (FTTopology::Show_GUID == 2) {
+  } else if (showGuid == 2) {
     record = GuidText(node->guid) + " -- ";
   }
   record += WithoutChipPart(node->getAlternativeName());

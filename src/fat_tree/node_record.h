@@ -7,8 +7,8 @@
 namespace fabscope {
 
 // The text that names a switch in every report line and record: the display name, cut before its
-// "/A" or "/U" part, and the ASIC; with FTTopology::Show_GUID 1 the system GUID and the ASIC, with
-// 2 the node GUID, stand in front of it.
-std::string GetNodeRecord(const IBNode* node);
+// "/A" or "/U" part, and the ASIC; with `showGuid` 1 the system GUID and the ASIC stand in front of
+// it, with 2 the node GUID, with any other number nothing.
+std::string GetNodeRecord(const IBNode* node, int showGuid);
 
 }  // namespace fabscope

@@ -26,8 +26,6 @@ constexpr const char* cannotBuild = "Cannot build Fat-Tree topology. ";
 
 }  // namespace
 
-int FTTopology::Show_GUID = 0;
-
 FTTopology::FTTopology(const IBFabric* builtFabric, std::ostream* reportStream, int mergePercent)
     : fabric(builtFabric), outStream(reportStream), upHopMergePercent(mergePercent) {}
 

@@ -37,9 +37,8 @@ class FTNeighborhood;
 // lines on the output stream.
 class FTTopology {
  public:
-  // What GetNodeRecord puts in front of a switch's name: 0 nothing, 1 system GUID and ASIC, 2 node
-  // GUID. Set before a topology is built.
-  static int Show_GUID;
+  // How all texts of this tree name switches: see GetNodeRecord. Set before it is built.
+  int Show_GUID = 0;
 
   // Fabric and stream must outlive the topology. `mergePercent` (0 to 100) is how alike
   // two sets of up-links must be to count as one group: see FTUpHopHistogram.
@@ -59,7 +58,7 @@ class FTTopology {
     if (findingSink) {
       findingSink(finding);
     } else {
-      std::unique_ptr<FabricErrGeneral> record = MakeRecord(finding);
+      std::unique_ptr<FabricErrGeneral> record = MakeRecord(finding, Show_GUID);
       errors.push_back(record.get());
       static_cast<void>(record.release());
     }
@@ -67,7 +66,7 @@ class FTTopology {
   // Writes the finding's lines and counts its issues.
   template <IssueKind Kind>
   void Report(Kind finding, std::ostream& stream) {
-    finding.WriteLines(stream);
+    finding.WriteLines(stream, Show_GUID);
     issuesCount += finding.Issues();
     if (findingSink) findingSink(std::move(finding));
   }
@@ -106,6 +105,10 @@ class FTTopology {
   int CreateNeighborhoods(std::vector<FabricErrGeneral*>& errors);
   // A part of that: the groups of a rank and the next one down.
   int CreateNeighborhoodsOnRank(std::vector<FabricErrGeneral*>& errors, std::uint64_t rank);
+  // The number of a new group: neighborhoods and connectivity groups each count from 0.
+  std::uint64_t NextGroupId(bool isNeighborhood) {
+    return isNeighborhood ? neighborhoodId++ : groupId++;
+  }
   // Takes over the groups of a rank; the caller is handed those it had before.
   int SetNeighborhoodsOnRank(std::vector<FTNeighborhood*>& groups, std::size_t rank);
   // The second step: the least ratio of links, then the checks of each group. Appends no records.
@@ -180,6 +183,8 @@ class FTTopology {
   NodeTable<UpDownLinks> switchUpDownLinks{{-1, -1}};  // a memo, never cleared
   RankedSwitches ranks;                                // a switch has at most one
   PairsContainer<const IBNode*> linkIssues;
+  std::uint64_t neighborhoodId = 0;                                  // of the next group
+  std::uint64_t groupId = 0;                                         // likewise
   double minUpDownRatio = 0.0;                                       // 0.0: not set yet
   std::ostream* outStream;                                           // not owned
   NodeTable<FTClassification::NodeData> classificationNodeData{{}};  // of switches with hosts

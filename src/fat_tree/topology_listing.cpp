@@ -40,7 +40,7 @@ int FTTopology::DumpNodesToStream() {
         ReportFatal("-E- One of IBNodes is NULL. Cannot dump it\n");
         return StatusLookupFailed;
       }
-      *outStream << '\t' << GetNodeRecord(node) << std::endl;
+      *outStream << '\t' << GetNodeRecord(node, Show_GUID) << std::endl;
     }
   }
   return StatusSuccess;
@@ -83,7 +83,7 @@ int FTNeighborhood::DumpNodesToStream(std::ostream& stream, const NodeSet& nodes
   stream << "\t\t" << name << ": " << nodes.size() << " switches" << std::endl;
   for (const IBNode* node : nodes) {
     if (node == nullptr) return StatusLookupFailed;
-    stream << "\t\t\t" << GetNodeRecord(node) << std::endl;
+    stream << "\t\t\t" << GetNodeRecord(node, topology->Show_GUID) << std::endl;
   }
   return StatusSuccess;
 }

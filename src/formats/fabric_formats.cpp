@@ -61,7 +61,7 @@ constexpr std::array<FormatEntry, 6> table{{
      .write = WriteGraphMl},
     {.format = std::nullopt,
      .name = "slurm",
-     .title = "the topology.conf of Slurm",
+     .title = "Slurm's topology.conf",
      .endings = {".conf"},
      .limits = NoLimit},
 }};

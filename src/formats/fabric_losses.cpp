@@ -39,7 +39,7 @@ bool IsSpecialByName(const IBNode& node, const std::string& name) {
   return node.nodeType == NodeTypeCA && name.find("Aggregation Node") != std::string::npos;
 }
 
-constexpr const char* specialMark = "special mark or lack of one, which goes by the name there";
+constexpr const char* specialMark = "special flag (not stored; re-derived from the name)";
 
 constexpr std::array<Attribute<IBNode>, 17> nodeAttributes{{
     {TextsAreJson, "bytes outside of UTF-8",
@@ -66,8 +66,8 @@ constexpr std::array<Attribute<IBNode>, 17> nodeAttributes{{
      [](const IBNode& node) {
        return node.special != IsSpecialByName(node, NetFileName(node.name));
      }},
-    {OnlyGraph, "special mark", [](const IBNode& node) { return node.special; }},
-    {OnlyDiscovered, "multi-ASIC mark", [](const IBNode& node) { return node.multiAsic; }},
+    {OnlyGraph, "special flag", [](const IBNode& node) { return node.special; }},
+    {OnlyDiscovered, "multi-ASIC flag", [](const IBNode& node) { return node.multiAsic; }},
     {OnlyDiscovered, "ASIC", [](const IBNode& node) { return !node.asic.empty(); }},
     {OnlyDiscovered, "number of planes", [](const IBNode& node) { return node.planesNumber != 1; }},
     {OnlyDiscovered, "planes",
@@ -81,9 +81,9 @@ constexpr std::array<Attribute<IBPort>, 9> portAttributes{{
     {ReadLikeDump, "speed", [](const IBPort& port) { return port.speed != DumpedSpeed(port); }},
     {OnlyGraph, "speed",
      [](const IBPort& port) { return port.remotePort == nullptr && port.speed != 0; }},
-    {OnlyDiscovered, "mark as not symmetric", [](const IBPort& port) { return !port.symmetric; }},
-    {OnlyDiscovered, "FNM mark", [](const IBPort& port) { return port.fnm; }},
-    {OnlyDiscovered, "FNM1 mark", [](const IBPort& port) { return port.fnm1; }},
+    {OnlyDiscovered, "not-symmetric flag", [](const IBPort& port) { return !port.symmetric; }},
+    {OnlyDiscovered, "FNM flag", [](const IBPort& port) { return port.fnm; }},
+    {OnlyDiscovered, "FNM1 flag", [](const IBPort& port) { return port.fnm1; }},
     {OnlyDiscovered, "place outside of the sub-fabric",
      [](const IBPort& port) { return !port.inSubFabric; }},
     {OnlyDiscovered, "plane multiplicity",
@@ -157,9 +157,9 @@ void AddLossesOfRecords(const IBFabric& fabric, unsigned limits, LossLines& line
   const auto leftOut = static_cast<std::size_t>(
       std::count_if(nodes.begin(), nodes.end(),
                     [limits](const IBNode& node) { return IsLeftOut(node, limits); }));
-  lines.Add(leftOut, "node", "record for want of ports");
+  lines.Add(leftOut, "node", "record (no ports)");
   lines.Add(CountOutOfOrder(fabric, limits), "node",
-            "place in the model, which goes by names and GUIDs there");
+            "place in the order of nodes (re-derived from names and GUIDs)");
   if (leftOut == nodes.size()) lines.Say("a file without a node cannot be read again");
 }
 

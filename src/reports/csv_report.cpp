@@ -10,7 +10,7 @@ namespace fabscope {
 void WriteCsvReport(const CheckResult& result, std::ostream& stream) {
   stream << "Scope,NodeId,PortId,PortNumber,Event,Description\n";
   for (const Finding& record : result.findings.Records()) {
-    stream << EventCsvLine(EventOf(record), DescriptionOf(record)) << '\n';
+    stream << EventCsvLine(EventOf(record), DescriptionOf(record, result.showGuid)) << '\n';
   }
   const std::string rest = RecordsNotListedText(result);
   if (!rest.empty()) stream << EventCsvLine("NOT_LISTED", rest) << '\n';

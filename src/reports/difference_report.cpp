@@ -133,7 +133,7 @@ void Report::WriteSum() {
 }
 
 void Report::WritePlan() {
-  const SwitchNames names(difference_.is);
+  const SwitchNames names(difference_.is, difference_.showGuid);
   for (const StepProgress& step : *difference_.plan) Line("plan", ProgressText(step, names));
 }
 

@@ -100,7 +100,7 @@ class PageData {
     const UpDownLinks links = LinksOf(topology_, node, rank);
     JsonMembers members(json, '[', ']');
     members.Guid(node.guid);
-    AppendJsonString(members.Next(), GetNodeRecord(&node));
+    AppendJsonString(members.Next(), GetNodeRecord(&node, topology_.Show_GUID));
     members.Next() += std::to_string(rank);
     members.Next() += std::to_string(topology_.GetTreeLinks().Hosts(node));
     members.Next() += std::to_string(links.up);

@@ -146,7 +146,7 @@ void JsonDifference::WriteFaults(JsonMembers& owner, const char* key, const Faul
 }
 
 void JsonDifference::WritePlan(JsonMembers& owner) {
-  const SwitchNames names(difference_.is);
+  const SwitchNames names(difference_.is, difference_.showGuid);
   List(owner, "plan", *difference_.plan, [&](JsonMembers& object, const StepProgress& step) {
     object.Number("id", step.step->id);
     object.Text("state", NameOf(step.state));

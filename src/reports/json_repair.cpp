@@ -13,8 +13,8 @@ namespace {
 // The steps of a plan, with the findings that each of them cures.
 class JsonSteps {
  public:
-  JsonSteps(const IBFabric& fabric, std::string& json)
-      : names_(fabric), nodes_(fabric.GetNodes()), json_(json) {}
+  JsonSteps(const IBFabric& fabric, int showGuid, std::string& json)
+      : names_(fabric, showGuid), nodes_(fabric.GetNodes()), json_(json) {}
 
   void Write(const std::vector<RepairStep>& steps,
              const std::vector<std::vector<std::size_t>>& cures) {
@@ -113,7 +113,8 @@ class JsonPlan {
       json += "[]";
       return;
     }
-    AppendRepairSteps(json, result_.proven, {*result_.before.topology, result_.before.findings});
+    AppendRepairSteps(json, result_.proven, {*result_.before.topology, result_.before.findings},
+                      result_.showGuid);
   }
   void WriteAfter(std::string& json) {
     if (!result_.IsDone() || !result_.After().problem.empty()) {
@@ -126,7 +127,7 @@ class JsonPlan {
   }
   void WriteNotes(std::string& json) {
     JsonMembers list(json, '[', ']');
-    const SwitchNames names(*result_.fabric);
+    const SwitchNames names(*result_.fabric, result_.showGuid);
     for (const RepairNote& note : plan_.notes) {
       JsonMembers members(list.Next() += '\n', '{', '}');
       members.Text("kind", KindOf(note));
@@ -147,14 +148,15 @@ class JsonPlan {
 
 }  // namespace
 
-void AppendRepairSteps(std::string& json, const ProvenPlan& proven, const CheckedFabric& was) {
+void AppendRepairSteps(std::string& json, const ProvenPlan& proven, const CheckedFabric& was,
+                       int showGuid) {
   const std::vector<RepairStep>& steps = proven.plan.steps;
   const CheckedTree& after = proven.after;
   if (steps.empty()) {
     json += "[]";
     return;
   }
-  JsonSteps(was.topology.GetFabric(), json)
+  JsonSteps(was.topology.GetFabric(), showGuid, json)
       .Write(steps, CuresOf(steps, was, {*after.topology, after.findings}));
 }
 

@@ -55,11 +55,11 @@ void AppendGroup(std::string& json, const FTNeighborhood& group, bool isNeighbor
   members.Number("totalInternalLinks", group.GetTotalInternalLinks());
 }
 
-void AppendRecord(std::string& json, const Finding& record) {
+void AppendRecord(std::string& json, const Finding& record, int showGuid) {
   JsonMembers members(json, '{', '}');
   members.Text("event", EventOf(record));
   members.Number("level", static_cast<int>(LevelOf(record)));
-  members.Text("description", DescriptionOf(record));
+  members.Text("description", DescriptionOf(record, showGuid));
 }
 
 class JsonReport {
@@ -115,7 +115,8 @@ class JsonReport {
   }
   void WriteRecords(std::string& json) {
     JsonMembers list(json, '[', ']');
-    for (const Finding& record : result_.findings.Records()) AppendRecord(NextLine(list), record);
+    for (const Finding& record : result_.findings.Records())
+      AppendRecord(NextLine(list), record, result_.showGuid);
   }
   void WriteFindings(std::string& json) {
     JsonMembers list(json, '[', ']');
@@ -126,7 +127,8 @@ class JsonReport {
       json += "[]";
       return;
     }
-    AppendRepairSteps(json, *result_.repairs, {*result_.topology, result_.findings});
+    AppendRepairSteps(json, *result_.repairs, {*result_.topology, result_.findings},
+                      result_.showGuid);
   }
   void WriteLines(std::string& json, const TextStyle& style) {
     JsonMembers list(json, '[', ']');

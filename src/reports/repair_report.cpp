@@ -34,7 +34,10 @@ std::string FindingsText(const CheckedTree& tree) {
 class Report {
  public:
   Report(const RepairResult& result, std::ostream& stream)
-      : result_(result), plan_(result.proven.plan), names_(*result.fabric), stream_(stream) {}
+      : result_(result),
+        plan_(result.proven.plan),
+        names_(*result.fabric, result.showGuid),
+        stream_(stream) {}
 
   void Write() {
     WriteHead();
@@ -112,7 +115,7 @@ std::string EndText(const EndNow& now, const SwitchNames& names) {
 
 void WriteProgress(const std::vector<StepProgress>& steps, const RepairResult& now,
                    const std::vector<const RepairStep*>& others, std::ostream& text) {
-  const SwitchNames names(*now.fabric);
+  const SwitchNames names(*now.fabric, now.showGuid);
   for (const StepProgress& step : steps) text << ProgressText(step, names) << '\n';
   for (const RepairStep* step : others) {
     text << "new: [" << NameOf(step->trust) << "] "
@@ -138,7 +141,7 @@ void WriteRepairReport(const RepairResult& result, std::ostream& stream) {
 void WriteRepairCsv(const RepairResult& result, std::ostream& stream) {
   stream << "Step,Class,Action,Switch,Guid,Port,FromSwitch,FromGuid,FromPort,ToSwitch,ToGuid,"
             "ToPort,Reason\n";
-  const SwitchNames names(*result.fabric);
+  const SwitchNames names(*result.fabric, result.showGuid);
   std::size_t number = 0;
   for (const RepairStep& step : result.proven.plan.steps) {
     ++number;

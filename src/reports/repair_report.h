@@ -23,7 +23,8 @@ void WriteRepairCsv(const RepairResult& result, std::ostream& stream);
 void WriteRepairJson(const RepairResult& result, std::ostream& stream);
 
 // The steps as a JSON array, as the plan and the result of a check have them.
-void AppendRepairSteps(std::string& json, const ProvenPlan& proven, const CheckedFabric& was);
+void AppendRepairSteps(std::string& json, const ProvenPlan& proven, const CheckedFabric& was,
+                       int showGuid);
 
 // "1. done" and so on: what has become of a step.
 std::string ProgressText(const StepProgress& progress, const SwitchNames& names);

@@ -144,12 +144,13 @@ std::string WrongGroupText(const RepairStep& step) {
 
 }  // namespace
 
-SwitchNames::SwitchNames(const IBFabric& fabric) : fabric_(fabric) {
-  for (const IBNode* node : fabric.switches) ++counts_[GetNodeRecord(node)];
+SwitchNames::SwitchNames(const IBFabric& fabric, int showGuid)
+    : fabric_(fabric), showGuid_(showGuid) {
+  for (const IBNode* node : fabric.switches) ++counts_[GetNodeRecord(node, showGuid_)];
 }
 
 std::string SwitchNames::Of(const IBNode& node) const {
-  std::string name = GetNodeRecord(&node);
+  std::string name = GetNodeRecord(&node, showGuid_);
   const auto known = counts_.find(name);
   const bool isShared = known != counts_.end() && known->second > 1;
   return isShared ? name + " (" + GuidText(node.guid) + ")" : name;

@@ -15,7 +15,8 @@ namespace fabscope {
 // tell a switch from another.
 class SwitchNames {
  public:
-  explicit SwitchNames(const IBFabric& fabric);
+  // The fabric must outlive it; see GetNodeRecord for `showGuid`.
+  SwitchNames(const IBFabric& fabric, int showGuid);
 
   const IBNode& NodeOf(std::uint32_t index) const { return fabric_.GetNodes()[index]; }
   std::string Of(const IBNode& node) const;
@@ -25,6 +26,7 @@ class SwitchNames {
 
  private:
   const IBFabric& fabric_;
+  int showGuid_;
   std::map<std::string, std::size_t> counts_;  // of switches, by name
 };
 

@@ -312,7 +312,7 @@ void Picture::DrawMark(const TreeLayout::Mark& mark) {
     return;
   }
   Add(R"(<circle class="switch" cx="{:.1f}" cy="{:.1f}" r="7"><title>{}</title></circle>)", mark.x,
-      mark.y, XmlText(GetNodeRecord(mark.nodes.front())));
+      mark.y, XmlText(GetNodeRecord(mark.nodes.front(), result_.showGuid)));
   DrawName(mark);
 }
 
@@ -322,7 +322,8 @@ void Picture::DrawName(const TreeLayout::Mark& mark) {
   const double x = mark.x + 2;
   const double y = mark.y + (isLeaf ? 17 : -11);
   Add(R"svg(<text class="name" transform="translate({:.1f} {:.1f})rotate({})">{}</text>)svg", x, y,
-      isLeaf ? 50 : -50, XmlText(ShortName(GetNodeRecord(mark.nodes.front()), mostShownOfAName)));
+      isLeaf ? 50 : -50,
+      XmlText(ShortName(GetNodeRecord(mark.nodes.front(), result_.showGuid), mostShownOfAName)));
 }
 
 void Picture::DrawLegend(double y) {

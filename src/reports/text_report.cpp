@@ -39,7 +39,7 @@ void TakeAllLines(const CheckResult& result, bool withDump, const TakeLine& take
   SplitLines(result.validateOutput, take);
   if (result.findings.RecordsCount() != 0) take({});
   for (const Finding& record : result.findings.Records()) {
-    take(TagOf(LevelOf(record)) + DescriptionOf(record));
+    take(TagOf(LevelOf(record)) + DescriptionOf(record, result.showGuid));
   }
   const std::string rest = RecordsNotListedText(result);
   if (!rest.empty()) take("-W- " + rest);

@@ -73,7 +73,8 @@ class Layouter {
   std::size_t LongestName() const {
     std::size_t longest = 0;
     for (const NodeSet& rank : topology_.GetRanks()) {
-      for (const IBNode* node : rank) longest = std::max(longest, GetNodeRecord(node).size());
+      for (const IBNode* node : rank)
+        longest = std::max(longest, GetNodeRecord(node, topology_.Show_GUID).size());
     }
     return std::min(longest, mostShownOfAName);
   }

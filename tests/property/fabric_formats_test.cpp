@@ -263,8 +263,8 @@ const std::map<std::string, int (*)(Lossy)>& LossesByName() {
       {"full name", CutNames},
       {"display name", ShowNames},
       {"rank", [](Lossy lossy) { return ResetNodes(lossy.fabric, &PlainNode::smdbRank, 255); }},
-      {"special mark or lack of one, which goes by the name there", MarkByName},
-      {"multi-ASIC mark",
+      {"special flag (not stored; re-derived from the name)", MarkByName},
+      {"multi-ASIC flag",
        [](Lossy lossy) { return ResetNodes(lossy.fabric, &PlainNode::multiAsic, false); }},
       {"ASIC", [](Lossy lossy) { return ResetNodes(lossy.fabric, &PlainNode::asic, ""); }},
       {"number of planes",
@@ -274,10 +274,10 @@ const std::map<std::string, int (*)(Lossy)>& LossesByName() {
        [](Lossy lossy) { return ResetNodes(lossy.fabric, &PlainNode::flids, std::set<int>()); }},
       {"state", LoseStates},
       {"speed", LoseSpeeds},
-      {"mark as not symmetric",
+      {"not-symmetric flag",
        [](Lossy lossy) { return ResetPorts(lossy.fabric, &PlainPort::symmetric, true); }},
-      {"FNM mark", [](Lossy lossy) { return ResetPorts(lossy.fabric, &PlainPort::fnm, false); }},
-      {"FNM1 mark", [](Lossy lossy) { return ResetPorts(lossy.fabric, &PlainPort::fnm1, false); }},
+      {"FNM flag", [](Lossy lossy) { return ResetPorts(lossy.fabric, &PlainPort::fnm, false); }},
+      {"FNM1 flag", [](Lossy lossy) { return ResetPorts(lossy.fabric, &PlainPort::fnm1, false); }},
       {"place outside of the sub-fabric",
        [](Lossy lossy) { return ResetPorts(lossy.fabric, &PlainPort::inSubFabric, true); }},
       {"plane multiplicity",
@@ -287,8 +287,8 @@ const std::map<std::string, int (*)(Lossy)>& LossesByName() {
          return ResetPorts(lossy.fabric, &PlainPort::group, std::optional<int>());
        }},
       {"ports and asymmetry mark", LoseAPorts},
-      {"record for want of ports", LeaveOutNodesWithoutPorts},
-      {"place in the model, which goes by names and GUIDs there", SortNodes},
+      {"record (no ports)", LeaveOutNodesWithoutPorts},
+      {"place in the order of nodes (re-derived from names and GUIDs)", SortNodes},
   };
   return losses;
 }

@@ -8,12 +8,11 @@ namespace fabscope {
 
 StageRun::StageRun(const reference::PlainCase& what)
     : model(reference::ModelOf(what.fabric)), options_(what.options) {
-  FTTopology::Show_GUID = options_.showGuid;
   topology = std::make_unique<FTTopology>(model.get(), &out_, options_.mergePercent);
+  topology->Show_GUID = options_.showGuid;
 }
 
 StageRun::~StageRun() {
-  FTTopology::Show_GUID = 0;
   for (const FabricErrGeneral* error : errors) delete error;
 }
 

@@ -94,7 +94,7 @@ std::string Comparison::Compare(const PlainCase& what, std::uint64_t number) {
   if (result.status == CheckStatus::BadInput) {
     return start + "the document was refused: " + result.inputError->Text() + "\n";
   }
-  const ReferenceResult expected = ReferenceCheck(what.fabric, what.options, counters_);
+  const ReferenceResult expected = ReferenceCheck(what.fabric, what.options);
   reached_.insert(expected.reached.begin(), expected.reached.end());
   const std::string difference = Difference(AnswerOf(result), expected);
   return difference.empty() ? "" : start + difference;

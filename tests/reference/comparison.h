@@ -11,8 +11,7 @@
 namespace fabscope::reference {
 
 // Takes random fabrics through the command's own road, from the document on disk to the finished
-// reports, and through the reference. Both number groups for the whole process, so there is at most
-// one of these in a process, and nothing else there runs the stage.
+// reports, and through the reference.
 class Comparison {
  public:
   // The first difference in the answers to a case, in words; empty when there is none. The number
@@ -26,7 +25,6 @@ class Comparison {
 
  private:
   MemoryFile document_;
-  Counters counters_;
   std::set<std::string> reached_;
 };
 

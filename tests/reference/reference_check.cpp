@@ -55,9 +55,8 @@ void CheckBuiltTree(Run& run, ReferenceResult& result) {
 
 }  // namespace
 
-ReferenceResult ReferenceCheck(const PlainFabric& fabric, const PlainOptions& options,
-                               Counters& counters) {
-  Run run{fabric, options, counters};
+ReferenceResult ReferenceCheck(const PlainFabric& fabric, const PlainOptions& options) {
+  Run run{fabric, options};
   ReferenceResult result;
   const std::optional<std::string> failure = Build(run);
   if (failure) {

@@ -13,13 +13,6 @@ namespace fabscope::reference {
 // maps and strings, no shortcut and no care for speed. Random fabrics go through both, and every
 // difference is a fault of one of them.
 
-// The two numberings of a process. They go up whenever a group is made, also for groups that a
-// failure then discards, and are never set back.
-struct Counters {
-  std::uint64_t neighborhoods = 0;
-  std::uint64_t groups = 0;
-};
-
 struct ReferenceResult {
   int exitStatus = 0;
   std::string report;              // standard output of `check --dump -`
@@ -30,8 +23,7 @@ struct ReferenceResult {
 };
 
 // The regular expression of the options must be one that compiles.
-ReferenceResult ReferenceCheck(const PlainFabric& fabric, const PlainOptions& options,
-                               Counters& counters);
+ReferenceResult ReferenceCheck(const PlainFabric& fabric, const PlainOptions& options);
 
 // Every rule that some fabric and some options can reach, by a short name.
 const std::set<std::string>& AllRules();

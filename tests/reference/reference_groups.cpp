@@ -251,7 +251,7 @@ std::vector<Group> GroupsOfSets(Run& run, const RankPair& pair) {
   for (const auto& entry : pair.sets) {
     const UpHopSet& set = entry.second;
     Group group;
-    group.id = AreNeighborhoods(run, rank) ? run.counters.neighborhoods++ : run.counters.groups++;
+    group.id = AreNeighborhoods(run, rank) ? run.neighborhoodCount++ : run.groupCount++;
     group.rank = rank;
     group.spines = set.ups;
     group.lines.insert(set.downs.begin(), set.downs.end());

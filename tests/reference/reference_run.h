@@ -36,7 +36,9 @@ struct Group {
 struct Run {
   const PlainFabric& fabric;
   const PlainOptions& options;
-  Counters& counters;
+  // Both go up whenever a group is made, also for groups that a failure then discards.
+  std::uint64_t neighborhoodCount = 0;
+  std::uint64_t groupCount = 0;
   std::vector<std::set<int>> ranks = {};           // 0 the roots, the last one the leaves
   std::vector<std::vector<Group>> groups = {};     // by the rank of the spines
   std::set<std::pair<int, int>> faultyPairs = {};  // (smaller, larger), reported once each

@@ -20,9 +20,6 @@ namespace fabscope {
 // are "leaf0.1:2": a switch and a port.
 class RepairTest : public ::testing::Test {
  protected:
-  RepairTest() { FTTopology::Show_GUID = 0; }
-  ~RepairTest() override { FTTopology::Show_GUID = 0; }
-
   CableEnd End(const std::string& text) {
     const std::size_t colon = text.find(':');
     return {tree[text.substr(0, colon)]->index,

@@ -14,18 +14,17 @@
 namespace fabscope {
 
 // A fabric to describe, a topology over it, and what comes out of it. `Topology()` builds the
-// fabric on its first call. Show_GUID is 0 again after each test.
+// fabric on its first call.
 class StageTest : public ::testing::Test {
  protected:
-  StageTest() { FTTopology::Show_GUID = 0; }
   ~StageTest() override {
-    FTTopology::Show_GUID = 0;
     for (FabricErrGeneral* error : errors) delete error;
   }
 
   FTTopology& Topology() {
     if (!topology_) {
       topology_ = std::make_unique<FTTopology>(&fabric.Build(), &out, mergePercent);
+      topology_->Show_GUID = showGuid;
     }
     return *topology_;
   }
@@ -57,6 +56,7 @@ class StageTest : public ::testing::Test {
 
   TestFabric fabric;
   int mergePercent = 70;
+  int showGuid = 0;
   std::ostringstream out;
   std::vector<FabricErrGeneral*> errors;
   std::string message;

@@ -200,7 +200,9 @@ export class ListView {
     const { model, store } = this.#app
     const chips: HTMLElement[] = []
     const chip = (text: string, off: () => void) =>
-      chips.push(button(`${text} ×`, { class: 'chip', 'aria-label': `Without: ${text}` }, off))
+      chips.push(
+        button(`${text} ×`, { class: 'chip', 'aria-label': `Remove filter: ${text}` }, off),
+      )
     if (state.kind) chip(capital(kindNames[state.kind][1]), () => store.set({ kind: '' }))
     if (state.atSwitch >= 0)
       chip(`At ${nameOf(model.switches[state.atSwitch], 24)}`, () => store.set({ atSwitch: -1 }))

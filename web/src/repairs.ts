@@ -66,7 +66,5 @@ export function showRepairs({ result }: Model): void {
   byId('repairs-title').textContent = counted(steps.length, 'repair')
   byId('repair-list').append(...steps.slice(0, most).map(rowOf))
   if (steps.length > most)
-    byId('repair-list').append(
-      make('li', { class: 'rest' }, 'The rest is told by fabscope repair.'),
-    )
+    byId('repair-list').append(make('li', { class: 'rest' }, 'Run fabscope repair for the rest.'))
 }

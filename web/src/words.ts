@@ -114,9 +114,9 @@ function invalidAdvice(model: Model, raw: InvalidLink): string {
   const [a, b] = raw.ends
   const wrong =
     a.rank === b.rank
-      ? `Both switches are on ${rankName(a.rank, model.levels)}. Cables lead from one rank to the next.`
+      ? `Both switches are on ${rankName(a.rank, model.levels)}. Cables should lead from one rank to the next.`
       : `The cable crosses between ${groupsInWords(raw.groupKind, raw.groups)}.`
-  return `${wrong} Follow this cable and see which end was meant for another switch.`
+  return `${wrong} Follow the cable to see which end belongs in another switch.`
 }
 
 /** Ports up to the highest in use that lead to no switch: where a missing cable may belong. */
@@ -142,7 +142,7 @@ export function adviceOf(model: Model, { raw }: Finding): Part[] {
   switch (raw.kind) {
     case 'missing-link':
       return [
-        'Every spine of a group should have a cable to every line. Look for one that is pulled, broken or in a wrong port.',
+        'Every spine of a group should have a cable to every line. Look for a cable that is pulled, broken or in the wrong port.',
         ...gapHint(model, raw.spine),
         ...gapHint(model, raw.line),
       ]
@@ -151,17 +151,19 @@ export function adviceOf(model: Model, { raw }: Finding): Part[] {
     case 'uneven-links': {
       const far = raw.direction === 'up' ? 'towards the roots' : 'away from the roots'
       return [
-        `Other ${raw.set} of the group have ${counted(raw.expected, 'link')} ${far}. Compare the ports of these with theirs.`,
+        `The other ${raw.set} of the group have ${counted(raw.expected, 'link')} ${far}. Compare the ports.`,
       ]
     }
     case 'suspected-blocking':
       return [
-        'Less leads up than comes from below: traffic that leaves the group may have to wait. Look for missing up-links of the spines.',
+        'Fewer links go up than come from below, so traffic that leaves the group may have to wait. Look for missing up-links of the spines.',
       ]
     case 'asymmetric-aports':
-      return ['The planes of these ports are not cabled alike, or run at different speeds.']
+      return ['The planes of these ports are cabled differently or run at different speeds.']
     case 'shared-flid':
-      return ['A FLID belongs to one neighborhood. Look at the FLIDs that its leaves were given.']
+      return [
+        'A FLID should belong to one neighborhood. Compare the FLIDs of the leaves in these neighborhoods.',
+      ]
   }
 }
 

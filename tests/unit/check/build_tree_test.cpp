@@ -78,7 +78,7 @@ TEST_F(BuildTreeTest, ASearchWhoseTreeFitsEveryCableStandsUnasked) {
 }
 
 TEST_F(BuildTreeTest, InferredRootsThatFitBetterAreUsed) {
-  FTTopology::Show_GUID = 2;
+  options.showGuid = 2;
   inference.roots = {"root0"};
   misfits = {{searched, 8}, {inferred, 7}};
   const BuiltTree tree = Build();

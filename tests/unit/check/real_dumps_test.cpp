@@ -28,7 +28,7 @@ std::string DumpPath(const std::string& name) { return FABSCOPE_TEST_DATA "/" + 
 
 std::vector<std::string> Findings(const CheckResult& result) {
   std::vector<std::string> lines;
-  for (const Finding& record : result.findings.Records()) lines.push_back(DescriptionOf(record));
+  for (const Finding& record : result.findings.Records()) lines.push_back(DescriptionOf(record, 0));
   return lines;
 }
 

@@ -52,8 +52,8 @@ class RunCheckTest : public FolderTest {
   static std::vector<std::string> RecordsOf(const CheckResult& result) {
     std::vector<std::string> records;
     for (const Finding& record : result.findings.Records()) {
-      const std::string text = DescriptionOf(record);
-      records.push_back(text.substr(text.find(':') + 2));  // group numbers go on
+      const std::string text = DescriptionOf(record, result.showGuid);
+      records.push_back(text.substr(text.find(':') + 2));  // behind the group
     }
     return records;
   }
@@ -225,7 +225,7 @@ TEST_F(RunCheckTest, RecordsUntilAFailureAreKept) {
   const auto& groups = result.topology->GetNeighborhoods()[0];
   ASSERT_THAT(groups, SizeIs(roots));
   ASSERT_EQ(result.findings.RecordsCount(), 1U);
-  EXPECT_EQ(DescriptionOf(result.findings[0]),
+  EXPECT_EQ(DescriptionOf(result.findings[0], 0),
             "Invalid link between connectivity group " + std::to_string(groups[0]->GetId()) +
                 " (root1 port: 255) and group " + std::to_string(groups[1]->GetId()) +
                 " (root2 port: 255)");

@@ -107,7 +107,7 @@ TEST(HelpTextTest, TheHelpOfTheToolNamesItsCommands) {
 Usage: fabscope try COMMAND [OPTIONS] [FABRIC...]
 Tries things.
 
-Commands (fabscope COMMAND --help tells more):
+Commands (for help: fabscope COMMAND --help):
   try         Tries things.
 
 Help:

@@ -27,7 +27,6 @@ struct Checked {
   FindingList findings;
 
   void Check() {
-    FTTopology::Show_GUID = 0;
     topology = std::make_unique<FTTopology>(&fabric.Build(), &out, 70);
     topology->SetFindingSink([this](Finding&& finding) { findings.Add(std::move(finding)); });
     std::vector<FabricErrGeneral*> records;

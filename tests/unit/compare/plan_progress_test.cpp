@@ -42,7 +42,7 @@ class PlanProgressTest : public RepairTest {
   }
   static std::vector<std::string> Texts(const RepairDocument& plan, const IBFabric& fabric) {
     std::vector<std::string> texts;
-    const SwitchNames names(fabric);
+    const SwitchNames names(fabric, 0);
     for (const StepProgress& step : FollowPlan(plan, fabric)) {
       texts.push_back(ProgressText(step, names));
     }

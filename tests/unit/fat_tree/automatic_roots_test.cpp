@@ -555,7 +555,7 @@ TEST_F(AutomaticRootsTest, OutputFormatIsNamedWhenGuidsAreShown) {
       {3, ""}};
   AddTwoLevelTree(fabric, 2, 4, 1);
   for (const auto& [form, head] : heads) {
-    FTTopology::Show_GUID = form;
+    Topology().Show_GUID = form;
     EXPECT_EQ(BuildTree(1, 2), StatusSuccess);
     EXPECT_EQ(TakeOutput(), head + "-I- Detecting roots by distance classifications\n") << form;
   }
@@ -563,9 +563,9 @@ TEST_F(AutomaticRootsTest, OutputFormatIsNamedWhenGuidsAreShown) {
 
 TEST_F(AutomaticRootsTest, ItsReportLinesAreFlushed) {
   AddTwoLevelTree(fabric, 2, 4, 1);
-  FTTopology::Show_GUID = 1;
   FlushRecorder stream;
   FTTopology topology(&fabric.Build(), &stream, mergePercent);
+  topology.Show_GUID = 1;
   ASSERT_EQ(topology.Build(errors, message, 1, 2), StatusSuccess);
   EXPECT_EQ(stream.Pieces(),
             (std::vector<std::string>{"#Output format: System GUID(/Switch ASIC) -- Node Name\n",

@@ -161,7 +161,7 @@ TEST_F(DumpTest, SwitchesAreShownByTheirNodeRecord) {
   fabric.Node(root).Switch("leaf").Cable("root", "leaf");
   RankFrom({"root"});
   ASSERT_EQ(Topology().CreateNeighborhoods(errors), 0);
-  FTTopology::Show_GUID = 2;
+  Topology().Show_GUID = 2;
   EXPECT_EQ(Topology().Dump(), 0);
   EXPECT_EQ(TakeOutput(), WithIds("\n\n"
                                   "\nrank: 0 (Roots)size: 1\n"

@@ -275,7 +275,7 @@ TEST_F(LinkChecksTest, SetOnTheRankOfTheSpinesIsCalledSpinesAndAnyOtherLines) {
 }
 
 TEST_F(LinkChecksTest, GuidsAreShownInTheListingWhenAskedFor) {
-  FTTopology::Show_GUID = 2;
+  showGuid = 2;
   EXPECT_EQ(LineUplinksReport({{"a", {3, 0}}, {"b", {40, 0}}, {"c", {3, 0}}}),
             "-E- Neighborhood 3: lines with different number of uplinks (expected  40 uplinks)\n"
             "\t 3 uplinks: 0x0000000000000001 -- a 0x0000000000000003 -- c \n");

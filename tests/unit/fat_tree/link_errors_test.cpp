@@ -63,11 +63,9 @@ TEST_F(LinkErrorsTest, GroupIdsUseAll64Bits) {
             "(low port: 255)");
 }
 
-TEST_F(LinkErrorsTest, SwitchesAreNamedByTheirNodeRecordAsItWasWhenTheRecordWasMade) {
-  FTTopology::Show_GUID = 2;
-  FTMissingLinkError missing(3, issue, true);
-  FTInvalidLinkError invalid(5, 5, issue, true);
-  FTTopology::Show_GUID = 0;
+TEST_F(LinkErrorsTest, SwitchesAreNamedByTheirNodeRecord) {
+  FTMissingLinkError missing(3, issue, true, 2);
+  FTInvalidLinkError invalid(5, 5, issue, true, 2);
   EXPECT_EQ(missing.GetErrorLine(),
             "Neighborhood 3: missing link between switches (0x0000000000000001 -- up) and "
             "(0x0000000000000002 -- low)");

@@ -1,34 +1,25 @@
 #include "fat_tree/node_record.h"
 
-#include "support/stage_fixture.h"
+#include <gtest/gtest.h>
+#include <string>
 
 namespace fabscope {
 namespace {
 
-int settingAtStart = -1;
-
-// Before any test can have changed it.
-class TakeSetting : public ::testing::Environment {
-  void SetUp() override { settingAtStart = FTTopology::Show_GUID; }
-};
-[[maybe_unused]] const auto* const takeSetting =
-    ::testing::AddGlobalTestEnvironment(new TakeSetting);
-
-class NodeRecordTest : public StageTest {
+class NodeRecordTest : public ::testing::Test {
  protected:
   // The record of a switch of the given display name and ASIC.
-  static std::string Record(const std::string& displayName, const std::string& asic = "") {
+  static std::string Record(const std::string& displayName, const std::string& asic = "",
+                            int showGuid = 0) {
     IBNode node;
     node.guid = 0x2c9;
     node.systemGuid = 0xFEDCBA9876543210;
     node.name = "name";
     node.displayName = displayName;
     node.asic = asic;
-    return GetNodeRecord(&node);
+    return GetNodeRecord(&node, showGuid);
   }
 };
-
-TEST_F(NodeRecordTest, ShowsNoGuidUnlessAskedTo) { EXPECT_EQ(settingAtStart, 0); }
 
 TEST_F(NodeRecordTest, IsTheDisplayNameAndNotTheName) { EXPECT_EQ(Record("shown"), "shown"); }
 
@@ -64,20 +55,17 @@ TEST_F(NodeRecordTest, OtherSlashesStay) {
 }
 
 TEST_F(NodeRecordTest, SystemGuidComesWithTheAsicOfItsOwn) {
-  FTTopology::Show_GUID = 1;
-  EXPECT_EQ(Record("sw1/A1", "2"), "0xfedcba9876543210/2 -- sw1/2");
-  EXPECT_EQ(Record("sw1/A1"), "0xfedcba9876543210 -- sw1");
+  EXPECT_EQ(Record("sw1/A1", "2", 1), "0xfedcba9876543210/2 -- sw1/2");
+  EXPECT_EQ(Record("sw1/A1", "", 1), "0xfedcba9876543210 -- sw1");
 }
 
 TEST_F(NodeRecordTest, NodeGuidComesWithoutTheAsic) {
-  FTTopology::Show_GUID = 2;
-  EXPECT_EQ(Record("sw1/A1", "2"), "0x00000000000002c9 -- sw1/2");
+  EXPECT_EQ(Record("sw1/A1", "2", 2), "0x00000000000002c9 -- sw1/2");
 }
 
 TEST_F(NodeRecordTest, AnyOtherSettingShowsTheNameOnly) {
   for (const int setting : {3, -1, 12}) {
-    FTTopology::Show_GUID = setting;
-    EXPECT_EQ(Record("sw1/A1", "2"), "sw1/2") << setting;
+    EXPECT_EQ(Record("sw1/A1", "2", setting), "sw1/2") << setting;
   }
 }
 

@@ -224,7 +224,7 @@ TEST_F(TopologyTest, BuildByExpressionPassesOnThePickersFailure) {
 
 TEST_F(TopologyTest, BuildFromGivenRootsRanksFromThemAndWritesNothing) {
   fabric.Switch("leaf").Switch("b").Switch("a").Cable("b", "leaf").Cable("a", "leaf");
-  FTTopology::Show_GUID = 2;
+  Topology().Show_GUID = 2;
   ASSERT_EQ(Topology().Build(errors, message, Nodes({"a", "b"})), 0);
   EXPECT_EQ(RankNames(), (std::vector<Names>{{"b", "a"}, {"leaf"}}));
   EXPECT_EQ(message, "");

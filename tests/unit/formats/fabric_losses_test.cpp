@@ -113,7 +113,7 @@ TEST(FabricLosses, RanksAreHeldByTheDocument) {
 TEST(FabricLosses, MultiAsicMarksAreHeldByTheDocument) {
   NodeSpec spec = Node("a");
   spec.multiAsic = true;
-  ExpectOnlyDocumentHolds(spec, "1 node loses its multi-ASIC mark");
+  ExpectOnlyDocumentHolds(spec, "1 node loses its multi-ASIC flag");
 }
 
 TEST(FabricLosses, AsicsAreHeldByTheDocument) {
@@ -160,7 +160,7 @@ TEST(FabricLosses, NodesAreCountedAndAttributesToldInAFixedOrder) {
 }
 
 const char* const specialMarkLost =
-    "1 node loses its special mark or lack of one, which goes by the name there";
+    "1 node loses its special flag (not stored; re-derived from the name)";
 
 TEST(FabricLosses, SpecialMarkOfAnAdapterIsKeptWhereItsNameTellsIt) {
   NodeSpec spec = Node("rack1 Aggregation Node");
@@ -169,9 +169,9 @@ TEST(FabricLosses, SpecialMarkOfAnAdapterIsKeptWhereItsNameTellsIt) {
   EXPECT_THAT(LossesOfNode(spec, document), IsEmpty());
   EXPECT_THAT(LossesOfNode(spec, dump), IsEmpty());
   EXPECT_THAT(LossesOfNode(spec, netFile), IsEmpty());
-  EXPECT_THAT(LossesOfNode(spec, graphMl), ElementsAre("1 node loses its special mark"));
+  EXPECT_THAT(LossesOfNode(spec, graphMl), ElementsAre("1 node loses its special flag"));
   EXPECT_THAT(LossesOfNode(spec, dot),
-              ElementsAre(portCountOfOne, "1 node loses its special mark"));
+              ElementsAre(portCountOfOne, "1 node loses its special flag"));
 }
 
 TEST(FabricLosses, SpecialMarkIsLostWhereTheNameDoesNotTellIt) {
@@ -318,21 +318,21 @@ TEST_F(PortLosses, MarksAsNotSymmetricAreHeldByTheDocument) {
   PortSpec port = Port(1);
   port.symmetric = false;
   fabric.Port("b", port);
-  ExpectOnlyDocumentHolds("1 port loses its mark as not symmetric");
+  ExpectOnlyDocumentHolds("1 port loses its not-symmetric flag");
 }
 
 TEST_F(PortLosses, FnmMarksAreHeldByTheDocument) {
   PortSpec port = Port(1);
   port.fnm = true;
   fabric.Port("b", port);
-  ExpectOnlyDocumentHolds("1 port loses its FNM mark");
+  ExpectOnlyDocumentHolds("1 port loses its FNM flag");
 }
 
 TEST_F(PortLosses, Fnm1MarksAreHeldByTheDocument) {
   PortSpec port = Port(1);
   port.fnm1 = true;
   fabric.Port("b", port);
-  ExpectOnlyDocumentHolds("1 port loses its FNM1 mark");
+  ExpectOnlyDocumentHolds("1 port loses its FNM1 flag");
 }
 
 TEST_F(PortLosses, PlacesOutsideOfTheSubFabricAreHeldByTheDocument) {
@@ -366,7 +366,7 @@ TEST(FabricLosses, NodesOutOfTheOrderOfNamesLoseTheirPlaceWhereFilesTellNone) {
   fabric.Switch("leaf2").Switch("leaf10").Switch("spine").Switch("a");
   const IBFabric& model = fabric.Build();
   const std::string line =
-      "4 nodes lose their place in the model, which goes by names and GUIDs there";
+      "4 nodes lose their place in the order of nodes (re-derived from names and GUIDs)";
   EXPECT_THAT(LossesOf(model, document), IsEmpty());
   EXPECT_THAT(LossesOf(model, dump), ElementsAre(line));
   EXPECT_THAT(LossesOf(model, netFile), ElementsAre(line));
@@ -388,7 +388,8 @@ TEST(FabricLosses, NodesOfOneNameAreInTheOrderOfTheirGuids) {
   }
   EXPECT_THAT(
       LossesOf(*builder.Build(), dump),
-      ElementsAre("2 nodes lose their place in the model, which goes by names and GUIDs there"));
+      ElementsAre(
+          "2 nodes lose their place in the order of nodes (re-derived from names and GUIDs)"));
 }
 
 TEST(FabricLosses, OrderGoesByTheNamesThatAreWritten) {
@@ -399,24 +400,26 @@ TEST(FabricLosses, OrderGoesByTheNamesThatAreWritten) {
   EXPECT_THAT(LossesOf(model, netFile), ElementsAre("2 nodes lose their full name"));
   EXPECT_THAT(
       LossesOf(model, dump),
-      ElementsAre("2 nodes lose their place in the model, which goes by names and GUIDs there"));
+      ElementsAre(
+          "2 nodes lose their place in the order of nodes (re-derived from names and GUIDs)"));
 }
 
 TEST(FabricLosses, NetFilesLeaveOutNodesWithoutPorts) {
   TestFabric fabric;
   fabric.Switch("b", 0).Switch("a", 0).Switch("c", 1);
   const IBFabric& model = fabric.Build();
-  EXPECT_THAT(LossesOf(model, netFile), ElementsAre("2 nodes lose their record for want of ports"));
+  EXPECT_THAT(LossesOf(model, netFile), ElementsAre("2 nodes lose their record (no ports)"));
   EXPECT_THAT(
       LossesOf(model, dump),
-      ElementsAre("2 nodes lose their place in the model, which goes by names and GUIDs there"));
+      ElementsAre(
+          "2 nodes lose their place in the order of nodes (re-derived from names and GUIDs)"));
 }
 
 TEST(FabricLosses, NetFileOfNodesWithoutPortsCannotBeRead) {
   TestFabric fabric;
   fabric.Switch("a", 0);
   const IBFabric& model = fabric.Build();
-  EXPECT_THAT(LossesOf(model, netFile), ElementsAre("1 node loses its record for want of ports",
+  EXPECT_THAT(LossesOf(model, netFile), ElementsAre("1 node loses its record (no ports)",
                                                     "a file without a node cannot be read again"));
   EXPECT_THAT(LossesOf(model, dump), IsEmpty());
 }

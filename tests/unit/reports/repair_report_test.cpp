@@ -103,7 +103,7 @@ TEST_F(RepairReportTest, SaysWhenNoFewerWillDo) {
 
 TEST_F(RepairReportTest, TellsEndsBelowAndEndsOfOneRank) {
   const TreeRanks ranks = PodRanks();
-  const SwitchNames names(tree.Build());
+  const SwitchNames names(tree.Build(), 0);
   const auto text = [&](const CableChanges& cables) { return StepText(cables, ranks, names); };
   // The same swap, told by the ends that stay above.
   EXPECT_EQ(text({{Cable("mid1.0:1", "leaf0.0:3"), Cable("mid1.0:1", "leaf1.0:3")},
@@ -120,7 +120,7 @@ TEST_F(RepairReportTest, TellsEndsBelowAndEndsOfOneRank) {
 
 TEST_F(RepairReportTest, TellsWhatIsNoPlainStep) {
   const TreeRanks ranks = PodRanks();
-  const SwitchNames names(tree.Build());
+  const SwitchNames names(tree.Build(), 0);
   EXPECT_EQ(
       StepText({{Cable("mid0.0:5", "leaf1.0:5"), Cable("mid1.0:6", "leaf0.0:6")}}, ranks, names),
       "move   both ends of the cable from leaf1.0 port 5 to mid0.0 port 5: now from leaf0.0 "
@@ -133,7 +133,7 @@ TEST_F(RepairReportTest, TellsWhatIsNoPlainStep) {
 }
 
 TEST_F(RepairReportTest, GivesAReasonForEachKindOfFault) {
-  const SwitchNames names(tree.Build());
+  const SwitchNames names(tree.Build(), 0);
   const auto reason = [&](RepairAction action, RepairReason why, CableChanges cables) {
     return ReasonText(Step(action, why, std::move(cables)), names);
   };
@@ -168,7 +168,7 @@ TEST_F(RepairReportTest, GivesAReasonForEachKindOfFault) {
 }
 
 TEST_F(RepairReportTest, TellsNotesInWords) {
-  const SwitchNames names(tree.Build());
+  const SwitchNames names(tree.Build(), 0);
   const auto index = [this](const char* name) { return tree[name]->index; };
   const std::vector<RepairNote> notes{
       {RepairNote::Kind::DeadSwitch, 1, {index("leaf0.0"), index("leaf0.1")}, {4}},
@@ -384,7 +384,7 @@ TEST_F(SharedNamesTest, AreToldApartByTheGuid) {
   twin.displayName = "leaf";
   twin.numPorts = 4;
   tree.Node(twin);
-  const SwitchNames names(tree.Build());
+  const SwitchNames names(tree.Build(), 0);
   EXPECT_EQ(names.Of(*tree["root"], 3), "root port 3");
   EXPECT_EQ(names.Of(*tree["leaf"], 3), "leaf (0x00000000000000ab) port 3");
   EXPECT_EQ(names.Of(*tree["other"]), "leaf (0x00000000000000cd)");
@@ -392,8 +392,7 @@ TEST_F(SharedNamesTest, AreToldApartByTheGuid) {
 
 TEST_F(SharedNamesTest, NeedNoGuidWhereItIsShown) {
   tree.SwitchOfGuid(0xab, "leaf");
-  FTTopology::Show_GUID = 2;
-  const SwitchNames names(tree.Build());
+  const SwitchNames names(tree.Build(), 2);
   EXPECT_EQ(names.Of(*tree["leaf"], 3), "0x00000000000000ab -- leaf port 3");
 }
 
