@@ -40,7 +40,7 @@ void RequireSameAsDocument(const Loaded& loaded, bool isUtf8) {
 void RequireSameWhenWritten(const Loaded& loaded, bool isUtf8) {
   RequireSameAsDocument(loaded, isUtf8);
   for (const std::string& loss : LossesOf(*loaded.fabric, FabricFormat::TopologyDump)) {
-    Require(loss.ends_with("mark as not symmetric"), "a dump can hold what a dump has told");
+    Require(loss.ends_with("not-symmetric flag"), "a dump can hold what a dump has told");
   }
   std::ostringstream written;
   WriteFabric(*loaded.fabric, FabricFormat::TopologyDump, written);

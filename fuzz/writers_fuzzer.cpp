@@ -154,8 +154,8 @@ std::vector<bool> Difference::LostTexts(const IBNode& node, const IBNode& after)
 void Difference::CompareNodes() {
   Counts counts(
       "node", {"bytes outside of UTF-8", "control characters", "full name", "display name", "rank",
-               "special mark or lack of one, which goes by the name there", "multi-ASIC mark",
-               "ASIC", "number of planes", "planes", "FLIDs"});
+               "special flag (not stored; re-derived from the name)", "multi-ASIC flag", "ASIC",
+               "number of planes", "planes", "FLIDs"});
   for (const IBNode& node : before_.GetNodes()) {
     const IBNode untold = Untold(node);
     const IBNode* found = after_.getNodeByGuid(node.guid);
@@ -177,7 +177,7 @@ void Difference::CompareNodes() {
 }
 
 void Difference::ComparePorts() {
-  Counts counts("port", {"state", "speed", "mark as not symmetric", "FNM mark", "FNM1 mark",
+  Counts counts("port", {"state", "speed", "not-symmetric flag", "FNM flag", "FNM1 flag",
                          "place outside of the sub-fabric", "plane multiplicity", "group"});
   const auto group = [](const IBPort& port) {
     return port.group ? std::optional(port.group->number) : std::nullopt;
@@ -220,8 +220,8 @@ void Difference::CompareAPorts() {
 
 // Which nodes are left, and in what order.
 void Difference::CompareRecords() {
-  Counts counts("node", {"record for want of ports",
-                         "place in the model, which goes by names and GUIDs there"});
+  Counts counts("node", {"record (no ports)",
+                         "place in the order of nodes (re-derived from names and GUIDs)"});
   std::size_t place = 0;
   for (const IBNode& node : before_.GetNodes()) {
     const bool isLeftOut = after_.getNodeByGuid(node.guid) == nullptr;
