@@ -251,10 +251,11 @@ void Verifier::CheckAlternatives(std::size_t index, const Cabling& before) {
 void Verifier::CheckTrust() {
   const std::vector<Group> groups = GroupsOf(fabric_, after_);
   const Pairs strays = StrayPairs(fabric_, after_);
-  std::set<std::uint64_t> uncertain;
+  // Of each group its own: an end in one and an end in another make no cable of either.
+  std::vector<std::set<std::uint64_t>> uncertain;
   for (const Note& note : plan_.notes) {
     if (note.kind != NoteKind::UncertainGroup) continue;
-    uncertain.insert(note.switches.begin(), note.switches.end());
+    uncertain.emplace_back(note.switches.begin(), note.switches.end());
   }
   for (std::size_t i = 0; i < plan_.steps.size(); ++i) {
     if (plan_.steps[i].trust == Trust::Ask) continue;
@@ -270,9 +271,12 @@ void Verifier::CheckTrust() {
                group.lines.contains(change.after->lower.guid);
       });
       Require(isProper, StepText(i) + " does not ask, but its group is not proper afterwards");
-      Require(!uncertain.contains(change.after->upper.guid) ||
-                  !uncertain.contains(change.after->lower.guid),
-              StepText(i) + " does not ask, but changes a group that is uncertain");
+      const bool isUncertain = std::any_of(uncertain.begin(), uncertain.end(),
+                                           [&](const std::set<std::uint64_t>& group) {
+                                             return group.contains(change.after->upper.guid) &&
+                                                    group.contains(change.after->lower.guid);
+                                           });
+      Require(!isUncertain, StepText(i) + " does not ask, but changes a group that is uncertain");
     }
   }
   CheckWholePlan();

@@ -309,6 +309,13 @@ TEST(PlanVerifier, LetsNoCertainStepChangeAnUncertainGroup) {
               ElementsAre("step 1 does not ask, but changes a group that is uncertain"));
 }
 
+TEST(PlanVerifier, LetsACertainStepJoinSwitchesOfTwoUncertainGroups) {
+  Plan plan = GoodPlan();
+  plan.notes.push_back({NoteKind::UncertainGroup, 0, {1, 2}, {}});
+  plan.notes.push_back({NoteKind::UncertainGroup, 1, {0x11, 0x12, 0x13}, {}});
+  EXPECT_THAT(ComplaintsOf(plan), IsEmpty());
+}
+
 TEST(PlanVerifier, LetsAFullSwitchLackACable) {
   Fabric fabric = TwoPods();
   Part({{1, 1}, {0x11, 1}}, fabric);
