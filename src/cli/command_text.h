@@ -85,8 +85,7 @@ inline constexpr const char* specialNodesMore =
 inline constexpr const char* nodeNameMapHelp = "names of nodes (lines: 0xGUID \"name\")";
 inline constexpr const char* nodeNameMapMore =
     "The format of the standard InfiniBand diagnostics. The names replace those of the fabric "
-    "before "
-    "anything else looks at them.";
+    "before anything else looks at them.";
 
 // What FABRIC means, as a help tells it.
 inline constexpr const char* fabricHelp =

@@ -99,8 +99,7 @@ const CommandText convertText{
         {"If the other format cannot hold something, a message on standard error says what, and "
          "how often.",
          "For Slurm, fabscope finds the tree as check does. Leaves with their hosts, groups and "
-         "one "
-         "root become topology.conf. Without a tree nothing is written."},
+         "one root become topology.conf. Without a tree nothing is written."},
 };
 
 std::optional<std::string> SettleArguments(ConvertArguments& arguments) {

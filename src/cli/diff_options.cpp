@@ -61,13 +61,11 @@ const CommandText diffText{
     .statuses = {{0, "no difference"}, {1, "something differs"}, {2, "error"}},
     .description =
         {"Lists which switches, hosts and cables came, went or moved, which links changed speed, "
-         "and "
-         "which findings of fabscope check are cured or new: one line each, and nothing if nothing "
-         "differs.",
+         "and which findings of fabscope check are cured or new: one line each, and nothing if "
+         "nothing differs.",
          "Nodes with the same GUID are the same. If a node went and another came with its name, "
-         "the "
-         "hardware was replaced. If one end of a cable stayed in its port, the cable has moved. "
-         "Group numbers do not matter.",
+         "the hardware was replaced. If one end of a cable stayed in its port, the cable has "
+         "moved. Group numbers do not matter.",
          "If one of the trees cannot be built or validated, or has more error records than "
          "--max-records, findings are not compared, and the exit status is 2."},
 };

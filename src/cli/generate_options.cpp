@@ -209,8 +209,7 @@ const CommandText generateText{
           "Writes a topology dump, and what is wrong in it."}},
     .statuses = {{0, "everything written"}, {2, "error"}},
     .description = {"Makes fabrics for tests. Give either --xgft, or both --levels and --radix. "
-                    "Faults are added "
-                    "one after another, at places that --seed decides."},
+                    "Faults are added one after another, at places that --seed decides."},
 };
 
 std::optional<std::string> SettleArguments(GenerateArguments& arguments) {

@@ -140,9 +140,8 @@ const CommandText repairText{
     .description =
         {"Finds the few cables in the wrong place, and says for each what to unplug and where it "
          "goes. No cabling plan is needed: the tree is what most cables agree on.",
-         "Every repair is proven: the repaired fabric is checked as by fabscope check, and the "
-         "last "
-         "line says what is left.",
+         "Every plan is tried on a copy: the repaired fabric is checked as by fabscope check, and "
+         "the last line says what is left.",
          "[sure]: do it as written. Any other explanation takes at least two more changes, or the "
          "ports clearly speak against it. [likely]: look first. Few cables support the step, or "
          "much around it is wrong. [ask]: choose. The alternatives need no more changes; names, "

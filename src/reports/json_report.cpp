@@ -115,8 +115,9 @@ class JsonReport {
   }
   void WriteRecords(std::string& json) {
     JsonMembers list(json, '[', ']');
-    for (const Finding& record : result_.findings.Records())
+    for (const Finding& record : result_.findings.Records()) {
       AppendRecord(NextLine(list), record, result_.showGuid);
+    }
   }
   void WriteFindings(std::string& json) {
     JsonMembers list(json, '[', ']');
