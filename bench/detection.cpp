@@ -25,7 +25,7 @@
 
 namespace {
 
-using namespace fabscope;
+using namespace fabscope::internal;
 
 constexpr int fabricsPerCell = 200;
 constexpr std::uint64_t seedLimit = 10ULL * fabricsPerCell;  // a cell that needs more has no room

@@ -10,7 +10,7 @@
 #include "synthetic/random.h"
 #include "synthetic/tree_shape.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 constexpr std::uint32_t hdr = 0x400;
@@ -432,4 +432,4 @@ std::optional<LabelledFabric> MakeFabric(const Cell& cell, std::uint64_t seed) {
   return made;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

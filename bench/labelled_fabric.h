@@ -10,7 +10,7 @@
 #include "synthetic/fabric_plan.h"
 #include "synthetic/faults.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // Fabrics that are alike in all but their seed.
 struct Cell {
@@ -49,4 +49,4 @@ std::vector<Cell> AllCells();
 // The fabric of a cell and a seed; nothing where its tree is too small for such faults.
 std::optional<LabelledFabric> MakeFabric(const Cell& cell, std::uint64_t seed);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -9,7 +9,7 @@
 #include "synthetic/random.h"
 #include "synthetic/tree_shape.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // The trees and faults by which the search for roots is judged.
 inline constexpr std::array<int, 3> measuredLevels{2, 3, 4};
@@ -62,4 +62,4 @@ inline TreeShape RandomShape(int levels, Random& random) {
   return shape;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -12,7 +12,7 @@
 #include "repair/find_repairs.h"
 #include "repair/inferred_ranks.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 constexpr int mergePercent = 70;
@@ -207,4 +207,4 @@ std::vector<std::string> FailuresOf(Marks marks, bool ranksOnly) {
   return failures;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

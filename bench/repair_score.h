@@ -10,7 +10,7 @@
 #include "labelled_fabric.h"
 #include "repair/repair_plan.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // What can be said of one fabric after its repairs are held against its faults.
 enum Mark : std::size_t {
@@ -49,4 +49,4 @@ Judged Judge(const LabelledFabric& made, bool ranksOnly);
 // What did not come out right; empty when all did.
 std::vector<std::string> FailuresOf(Marks marks, bool ranksOnly);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

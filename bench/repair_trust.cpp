@@ -30,7 +30,7 @@
 
 namespace {
 
-using namespace fabscope;
+using namespace fabscope::internal;
 
 constexpr std::uint64_t firstSeedOfTables = 1'000'001;
 constexpr std::uint64_t mostSeedsPerFabric = 20;  // a cell that needs more has no room

@@ -21,7 +21,7 @@
 
 namespace {
 
-using namespace fabscope;
+using namespace fabscope::internal;
 
 constexpr int fabricsPerCell = 200;
 constexpr std::uint32_t hdr = 0x400;

@@ -26,7 +26,7 @@
 #include "synthetic/faults.h"
 #include "synthetic/random.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 constexpr std::uint32_t hdr = 0x400;
@@ -304,7 +304,7 @@ BENCHMARK(MakeGroups<1>)->Apply(ForBothFabrics);
 BENCHMARK(PrintJson)->Apply(ForBothFabrics);
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal
 
 // Single runs in random order, so that what else the machine does falls on all stages alike.
 int main(int argc, char** argv) {

@@ -18,8 +18,8 @@
 
 namespace {
 
-using namespace fabscope;
-using namespace fabscope::fuzz;
+using namespace fabscope::internal;
+using namespace fabscope::internal::fuzz;
 
 // Names as switches bear them, some of them more than once.
 std::string Name(FuzzedDataProvider& bytes) {

@@ -32,8 +32,8 @@ extern "C" std::size_t LLVMFuzzerMutate(std::uint8_t* data, std::size_t size, st
 
 namespace {
 
-using namespace fabscope;
-using namespace fabscope::fuzz;
+using namespace fabscope::internal;
+using namespace fabscope::internal::fuzz;
 
 // --- Where commands find and leave their files.
 

@@ -17,8 +17,8 @@
 
 namespace {
 
-using namespace fabscope;
-using namespace fabscope::fuzz;
+using namespace fabscope::internal;
+using namespace fabscope::internal::fuzz;
 
 // Few names, so that some are shared and some are those of other nodes.
 std::string Name(FuzzedDataProvider& bytes) {

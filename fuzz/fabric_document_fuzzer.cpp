@@ -10,7 +10,7 @@
 
 namespace {
 
-using namespace fabscope::fuzz;
+using namespace fabscope::internal::fuzz;
 
 std::string WithoutBlanks(const std::string& json) {
   std::string small(json.size(), '\0');

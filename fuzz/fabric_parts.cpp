@@ -6,7 +6,7 @@
 
 #include "fuzz/require.h"
 
-namespace fabscope::fuzz {
+namespace fabscope::internal::fuzz {
 namespace {
 
 constexpr std::uint64_t firstGuid = 0x100;
@@ -244,4 +244,4 @@ FabricParts MakeTree(FuzzedDataProvider& bytes, const MakeName& makeName) {
   return TreeMaker(bytes, makeName).Make();
 }
 
-}  // namespace fabscope::fuzz
+}  // namespace fabscope::internal::fuzz

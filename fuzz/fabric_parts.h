@@ -9,7 +9,7 @@
 
 #include "fabric/fabric_builder.h"
 
-namespace fabscope::fuzz {
+namespace fabscope::internal::fuzz {
 
 // Of what a fabric is made. All parts go together: a builder takes them in any order that puts the
 // nodes first.
@@ -39,4 +39,4 @@ using MakeName = std::function<std::string(FuzzedDataProvider& bytes)>;
 // take all the bytes.
 FabricParts MakeTree(FuzzedDataProvider& bytes, const MakeName& makeName);
 
-}  // namespace fabscope::fuzz
+}  // namespace fabscope::internal::fuzz

@@ -5,7 +5,7 @@
 #include <optional>
 #include <utility>
 
-namespace fabscope::fuzz {
+namespace fabscope::internal::fuzz {
 namespace {
 
 constexpr char separator = '\x1e';
@@ -363,4 +363,4 @@ FileBundle SplicedBundle(const FileBundle& one, const FileBundle& other, std::mi
   return spliced;
 }
 
-}  // namespace fabscope::fuzz
+}  // namespace fabscope::internal::fuzz

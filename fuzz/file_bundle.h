@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-namespace fabscope::fuzz {
+namespace fabscope::internal::fuzz {
 
 // The files of one command, and a few bytes that choose its options, as one text:
 //
@@ -45,4 +45,4 @@ void MutateBundle(FileBundle& bundle, std::minstd_rand& random, MutateBytes muta
 // Files of one, and parts of those of the other.
 FileBundle SplicedBundle(const FileBundle& one, const FileBundle& other, std::minstd_rand& random);
 
-}  // namespace fabscope::fuzz
+}  // namespace fabscope::internal::fuzz

@@ -7,7 +7,7 @@
 
 #include "fuzz/require.h"
 
-namespace fabscope::fuzz {
+namespace fabscope::internal::fuzz {
 namespace {
 
 // Nobody reads while a pipe is filled, so all pieces must fit into it. Each takes a page.
@@ -61,4 +61,4 @@ StandardInputInPieces::~StandardInputInPieces() {
   close(saved_);
 }
 
-}  // namespace fabscope::fuzz
+}  // namespace fabscope::internal::fuzz

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-namespace fabscope::fuzz {
+namespace fabscope::internal::fuzz {
 
 // A file in memory, for loaders that open what they read.
 class MemoryFile {
@@ -37,4 +37,4 @@ class StandardInputInPieces {
   int saved_;
 };
 
-}  // namespace fabscope::fuzz
+}  // namespace fabscope::internal::fuzz

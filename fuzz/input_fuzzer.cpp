@@ -16,7 +16,7 @@
 
 namespace {
 
-using namespace fabscope::fuzz;
+using namespace fabscope::internal::fuzz;
 
 constexpr std::size_t gzipMarkSize = 2;
 

@@ -22,8 +22,8 @@
 
 namespace {
 
-using namespace fabscope;
-using namespace fabscope::fuzz;
+using namespace fabscope::internal;
+using namespace fabscope::internal::fuzz;
 
 // --- Lines of dumps.
 

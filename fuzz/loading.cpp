@@ -7,7 +7,7 @@
 #include "formats/topology_dump.h"
 #include "fuzz/require.h"
 
-namespace fabscope::fuzz {
+namespace fabscope::internal::fuzz {
 namespace {
 
 const regExp& SpecialNodes() {
@@ -85,4 +85,4 @@ std::string Replaced(std::string text, std::string_view what, std::string_view b
   return text;
 }
 
-}  // namespace fabscope::fuzz
+}  // namespace fabscope::internal::fuzz

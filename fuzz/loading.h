@@ -10,7 +10,7 @@
 #include "fabric/fabric_builder.h"
 #include "formats/diagnostics.h"
 
-namespace fabscope::fuzz {
+namespace fabscope::internal::fuzz {
 
 // All that comes of reading a fabric; the name of the file is left out.
 struct Loaded {
@@ -43,4 +43,4 @@ void RequireSame(const Loaded& one, const Loaded& other, const char* promise);
 // A text in which another stands for all of what there was of one.
 std::string Replaced(std::string text, std::string_view what, std::string_view by);
 
-}  // namespace fabscope::fuzz
+}  // namespace fabscope::internal::fuzz

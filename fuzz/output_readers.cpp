@@ -8,7 +8,7 @@
 #include "fuzz/plain_text.h"
 #include "fuzz/require.h"
 
-namespace fabscope::fuzz {
+namespace fabscope::internal::fuzz {
 namespace {
 
 namespace dom = simdjson::dom;
@@ -256,4 +256,4 @@ std::string AsPeopleSee(std::string_view text) {
   return shown;
 }
 
-}  // namespace fabscope::fuzz
+}  // namespace fabscope::internal::fuzz

@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-namespace fabscope::fuzz {
+namespace fabscope::internal::fuzz {
 
 // Readers of all that the commands write. They share nothing with the writers, and take only what
 // others would take too: what they cannot read is a broken promise.
@@ -35,4 +35,4 @@ void RequirePlainText(std::string_view text);
 // UTF-8.
 std::string AsPeopleSee(std::string_view text);
 
-}  // namespace fabscope::fuzz
+}  // namespace fabscope::internal::fuzz

@@ -3,7 +3,7 @@
 #include <array>
 #include <cstddef>
 
-namespace fabscope::fuzz {
+namespace fabscope::internal::fuzz {
 namespace {
 
 // How characters of so many bytes begin, and the lowest value that needs as many.
@@ -66,4 +66,4 @@ bool HasBidirectionalControls(std::string_view text) {
   return false;
 }
 
-}  // namespace fabscope::fuzz
+}  // namespace fabscope::internal::fuzz

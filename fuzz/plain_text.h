@@ -3,7 +3,7 @@
 #include <optional>
 #include <string_view>
 
-namespace fabscope::fuzz {
+namespace fabscope::internal::fuzz {
 
 // UTF-8 read plainly, by the values of its characters; it shares nothing with src/formats.
 
@@ -19,4 +19,4 @@ bool HasControls(std::string_view text);
 // Whether a character is in it that turns the order of those around it.
 bool HasBidirectionalControls(std::string_view text);
 
-}  // namespace fabscope::fuzz
+}  // namespace fabscope::internal::fuzz

@@ -14,8 +14,8 @@
 
 namespace {
 
-using namespace fabscope;
-using namespace fabscope::fuzz;
+using namespace fabscope::internal;
+using namespace fabscope::internal::fuzz;
 
 std::string Name(FuzzedDataProvider& bytes) {
   return "n" + std::to_string(bytes.ConsumeIntegralInRange(0, 60));

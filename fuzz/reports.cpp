@@ -15,7 +15,7 @@
 #include "reports/json_report.h"
 #include "reports/text_report.h"
 
-namespace fabscope::fuzz {
+namespace fabscope::internal::fuzz {
 namespace {
 
 namespace dom = simdjson::dom;
@@ -262,4 +262,4 @@ void RequireSoundReports(const CheckResult& result) {
   RequireSameCounts(result, json);
 }
 
-}  // namespace fabscope::fuzz
+}  // namespace fabscope::internal::fuzz

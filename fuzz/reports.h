@@ -4,7 +4,7 @@
 
 #include "check/check.h"
 
-namespace fabscope::fuzz {
+namespace fabscope::internal::fuzz {
 
 // All reports and messages of a check in one text, for comparison with another run: groups, which
 // are numbered for the whole process, count from 0.
@@ -14,4 +14,4 @@ std::string ReportsOf(const CheckResult& result);
 // text, counts are the same wherever they are told, style changes nothing but style.
 void RequireSoundReports(const CheckResult& result);
 
-}  // namespace fabscope::fuzz
+}  // namespace fabscope::internal::fuzz

@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <string_view>
 
-namespace fabscope::fuzz {
+namespace fabscope::internal::fuzz {
 
 // What always holds. If it does not, says so and ends as libFuzzer expects it of a finding.
 inline void Require(bool holds, const char* promise) {
@@ -20,4 +20,4 @@ inline void RequireSame(std::string_view left, std::string_view right, const cha
   Require(false, promise);
 }
 
-}  // namespace fabscope::fuzz
+}  // namespace fabscope::internal::fuzz

@@ -19,8 +19,8 @@
 
 namespace {
 
-using namespace fabscope;
-using namespace fabscope::fuzz;
+using namespace fabscope::internal;
+using namespace fabscope::internal::fuzz;
 
 // A fabric of four switches and a channel adapter.
 constexpr std::array<std::uint64_t, 4> switchGuids{1, 2, 0x2c903, ~std::uint64_t{0}};

@@ -9,7 +9,7 @@
 
 namespace {
 
-using namespace fabscope;
+using namespace fabscope::internal;
 
 std::unique_ptr<IBFabric> MakeFabric(FuzzedDataProvider& bytes) {
   constexpr std::uint8_t portCount = 12;

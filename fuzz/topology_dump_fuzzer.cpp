@@ -12,8 +12,8 @@
 
 namespace {
 
-using namespace fabscope;
-using namespace fabscope::fuzz;
+using namespace fabscope::internal;
+using namespace fabscope::internal::fuzz;
 
 // Port lines are read in one go where they are plain, which with a blank in front they are not.
 void RequireOneReadingOfPorts(const std::string& text, const Loaded& expected) {

@@ -17,8 +17,8 @@
 
 namespace {
 
-using namespace fabscope;
-using namespace fabscope::fuzz;
+using namespace fabscope::internal;
+using namespace fabscope::internal::fuzz;
 
 std::string Name(FuzzedDataProvider& bytes) {
   static const std::vector<std::string> pieces{"spine",

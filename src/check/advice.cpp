@@ -20,7 +20,7 @@
 #include "check/root_names.h"
 #include "fabric/guid.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // What one leaf saw that no tree looks like, in words; empty when the leaves merely disagree. The
@@ -156,4 +156,4 @@ std::string AdviceOnNames(const CheckResult& result, const CheckOptions& options
          "--node-name-map FILE gives them names of their own";
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -4,7 +4,7 @@
 
 #include "check/check.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // What the user can do about a tree that could not be built: one line that fits the cause, with
 // examples from this fabric's own names.
@@ -18,4 +18,4 @@ std::string AdviceOnTree(const FTTopology& topology, RootsFrom method);
 // How to tell switches apart that share a name; empty when names or GUIDs do.
 std::string AdviceOnNames(const CheckResult& result, const CheckOptions& options);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -16,7 +16,7 @@
 #include "repair/inferred_ranks.h"
 #include "text/text_fields.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 NodeSet InferRoots(const IBFabric& fabric) {
@@ -124,4 +124,4 @@ BuiltTree BuildTree(const IBFabric& fabric, const CheckOptions& options,
   return TreeBuilder(fabric, options, stream).Build();
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

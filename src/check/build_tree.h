@@ -7,7 +7,7 @@
 
 #include "check/check.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // What building gave. A tree that was not built has a topology, too, for those who look for the
 // cause.
@@ -24,4 +24,4 @@ struct BuiltTree {
 BuiltTree BuildTree(const IBFabric& fabric, const CheckOptions& options,
                     std::ostringstream& stream);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

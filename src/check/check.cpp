@@ -8,7 +8,7 @@
 #include "fat_tree/status.h"
 #include "repair/find_repairs.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // What was written since the last time.
@@ -111,4 +111,4 @@ void CheckRun::LookForRepairs() {
 
 CheckResult RunCheck(const CheckOptions& options) { return CheckRun(options).Run(); }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -14,7 +14,7 @@
 #include "formats/diagnostics.h"
 #include "platform/reg_exp.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // The switches that are taken for the roots.
 enum class RootsFrom {
@@ -98,4 +98,4 @@ struct CheckResult {
 // at the same time.
 CheckResult RunCheck(const CheckOptions& options);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

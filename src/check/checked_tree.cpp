@@ -5,7 +5,7 @@
 
 #include "fat_tree/status.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 int BuildFromRoots(FTTopology& topology, const TreeRanks& ranks, std::string& message) {
@@ -41,4 +41,4 @@ TreeRanks RanksOf(const FTTopology& topology) {
   return ranks;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -11,7 +11,7 @@
 #include "fat_tree/topology.h"
 #include "repair/repair_plan.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // A fabric checked with roots that are known. The topology reads the fabric, which must outlive it.
 struct CheckedTree {
@@ -29,4 +29,4 @@ CheckedTree CheckTree(const IBFabric& fabric, const TreeRanks& ranks, int mergeP
 // The ranks of a tree that was built.
 TreeRanks RanksOf(const FTTopology& topology);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

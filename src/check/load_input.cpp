@@ -8,7 +8,7 @@
 #include "formats/load_fabric.h"
 #include "formats/side_files.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 std::size_t CountSwitchesOfSharedName(const IBFabric& fabric) {
@@ -64,4 +64,4 @@ LoadedInput LoadInput(const CheckOptions& options) {
   return input;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -9,7 +9,7 @@
 #include "fabric/ib_fabric.h"
 #include "formats/diagnostics.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // A fabric and what its side files say of it, as the options name them.
 struct LoadedInput {
@@ -22,4 +22,4 @@ struct LoadedInput {
 
 LoadedInput LoadInput(const CheckOptions& options);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

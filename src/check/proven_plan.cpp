@@ -7,7 +7,7 @@
 
 #include "repair/find_repairs.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // Hosts that lack, and fewer cables up than down, are no matter of cables between switches.
@@ -73,4 +73,4 @@ ProvenPlan ProvePlan(const IBFabric& fabric, RepairPlan plan, int mergePercent) 
   return proven;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

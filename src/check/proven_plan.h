@@ -7,7 +7,7 @@
 #include "fabric/ib_fabric.h"
 #include "repair/repair_plan.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // A plan, and what a check says of the fabric once it is carried out.
 struct ProvenPlan {
@@ -22,4 +22,4 @@ struct ProvenPlan {
 // it is proven no step stays sure.
 ProvenPlan ProvePlan(const IBFabric& fabric, RepairPlan plan, int mergePercent);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -8,7 +8,7 @@
 #include "fat_tree/status.h"
 #include "repair/find_repairs.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 class RepairRun {
@@ -119,4 +119,4 @@ void RepairRun::Prove() {
 
 RepairResult RunRepair(const CheckOptions& options) { return RepairRun(options).Run(); }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

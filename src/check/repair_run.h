@@ -11,7 +11,7 @@
 #include "fabric/ib_fabric.h"
 #include "formats/diagnostics.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // Everything a report may tell of one search for repairs.
 struct RepairResult {
@@ -42,4 +42,4 @@ struct RepairResult {
 // expression or ranks the roots are inferred.
 RepairResult RunRepair(const CheckOptions& options);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -12,7 +12,7 @@
 
 #include "fabric/fabric_walk.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 constexpr std::size_t maxFormsShown = 5;
@@ -149,4 +149,4 @@ std::string NameTheRoots(const IBFabric& fabric) {
          " (switches are named " + shown + ")";
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -5,7 +5,7 @@
 #include "cli/exit_status.h"
 #include "os/progress_line.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 class CheckCommand {
@@ -91,4 +91,4 @@ bool CheckCommand::WriteReports() {
 
 int RunCheckCommand(const CheckArguments& arguments) { return CheckCommand(arguments).Run(); }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

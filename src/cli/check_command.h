@@ -2,9 +2,9 @@
 
 #include "cli/check_options.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // Runs `fabscope check`, writes what was asked for, and answers the exit status.
 int RunCheckCommand(const CheckArguments& arguments);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -10,7 +10,7 @@
 #include "reports/svg_report.h"
 #include "text/text_fields.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using Problem = OptionProblem;
@@ -170,4 +170,4 @@ std::optional<std::string> SettleArguments(CheckArguments& arguments) {
   return std::nullopt;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -11,7 +11,7 @@
 #include "os/terminal.h"
 #include "reports/text_report.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // `fabscope check` as the command line gives it.
 struct CheckArguments : TreeArguments {
@@ -38,4 +38,4 @@ extern const CommandText checkText;
 // Works out what the options mean together; answers what contradicts.
 std::optional<std::string> SettleArguments(CheckArguments& arguments);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -23,7 +23,7 @@
 #include "reports/text_report.h"
 #include "text/text_fields.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // What is left of a check.
@@ -197,4 +197,4 @@ int CheckSeveral(const CheckArguments& arguments, Messages& messages) {
   return SeveralChecks(arguments, messages).Run();
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

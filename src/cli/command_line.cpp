@@ -14,7 +14,7 @@
 #include "cli/commands.h"
 #include "cli/exit_status.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // Must not need any memory itself.
@@ -51,4 +51,4 @@ int RunCommandLine(int argc, const char* const* argv) {
   }
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -2,7 +2,7 @@
 
 #include <sstream>
 
-namespace fabscope {
+namespace fabscope::internal {
 
 std::vector<std::string> ChoicesOf(const OptionText& option) {
   const std::string words = option.metavar;
@@ -19,4 +19,4 @@ std::vector<OptionText> CommonOptions() {
           {"--version", "", group, "the version of fabscope", ""}};
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // How commands and their options are called, and what is told of them. The parser, the help, the
 // manual pages and the completions are all made from these, so they cannot differ.
@@ -91,4 +91,4 @@ inline constexpr const char* nodeNameMapMore =
 inline constexpr const char* fabricHelp =
     "topology dump or fabric document, also gzip; - for standard input";
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

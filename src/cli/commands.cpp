@@ -14,7 +14,7 @@
 #include "cli/repair_command.h"
 #include "cli/repair_options.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using Words = std::vector<std::string>;
@@ -72,4 +72,4 @@ int RunCommand(const Words& words) {
   return ParseWithoutCommand(toolText, CommandTexts(), words);
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

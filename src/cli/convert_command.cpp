@@ -10,7 +10,7 @@
 #include "os/terminal.h"
 #include "reports/slurm_topology.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 class ConvertCommand {
@@ -81,4 +81,4 @@ int ConvertCommand::WriteTree() {
 
 int RunConvertCommand(const ConvertArguments& arguments) { return ConvertCommand(arguments).Run(); }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

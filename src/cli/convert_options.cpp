@@ -5,7 +5,7 @@
 #include "cli/format_texts.h"
 #include "cli/named_files.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using Problem = OptionProblem;
@@ -113,4 +113,4 @@ std::optional<std::string> SettleArguments(ConvertArguments& arguments) {
   return ProblemOfFiles(inputs, outputs);
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -7,7 +7,7 @@
 #include "cli/tree_options.h"
 #include "formats/fabric_formats.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // `fabscope convert` as the command line gives it. Files: empty when not asked for, "-" for
 // standard input and output.
@@ -24,4 +24,4 @@ extern const CommandText convertText;
 // Works out what the options mean together; answers what is missing or contradicts.
 std::optional<std::string> SettleArguments(ConvertArguments& arguments);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

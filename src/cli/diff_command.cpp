@@ -12,7 +12,7 @@
 #include "platform/progress.h"
 #include "reports/difference_report.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 bool IsComparable(const CheckResult& result) {
@@ -158,4 +158,4 @@ bool DiffCommand::Write(const Difference& difference) {
 
 int RunDiffCommand(const DiffArguments& arguments) { return DiffCommand(arguments).Run(); }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

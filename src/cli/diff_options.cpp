@@ -5,7 +5,7 @@
 
 #include "reports/difference_report.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 constexpr std::array<Output<Difference>, 1> outputTable{{
@@ -82,4 +82,4 @@ std::optional<std::string> SettleArguments(DiffArguments& arguments) {
   return ProblemOfFiles(inputs, NamedOutputs(DiffOutputs(), arguments.outputs));
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -9,7 +9,7 @@
 #include "compare/difference.h"
 #include "os/terminal.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // `fabscope diff` as the command line gives it.
 struct DiffArguments : TreeArguments {
@@ -28,4 +28,4 @@ extern const CommandText diffText;
 // Works out what the options mean together; answers what contradicts.
 std::optional<std::string> SettleArguments(DiffArguments& arguments);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -1,6 +1,6 @@
 #include "cli/format_texts.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using Words = std::vector<std::string>;
@@ -62,4 +62,4 @@ std::string EndingsByFormat(std::span<const FormatEntry> formats) {
   return Joined(ofFormats, ", ");
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

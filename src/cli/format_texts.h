@@ -6,7 +6,7 @@
 
 #include "formats/fabric_formats.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // What helps and messages say of formats, in the order of the table.
 
@@ -19,4 +19,4 @@ std::string TitlesInWords(std::span<const FormatEntry> formats);    // "Graphviz
 std::string EndingsInWords(std::span<const FormatEntry> formats);   // ".json, .dot or .gv"
 std::string EndingsByFormat(std::span<const FormatEntry> formats);  // ".dot or .gv, .graphml"
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -8,7 +8,7 @@
 #include "synthetic/random.h"
 #include "synthetic/truth.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 class GenerateCommand {
@@ -85,4 +85,4 @@ int RunGenerateCommand(const GenerateArguments& arguments) {
   return GenerateCommand(arguments).Run();
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

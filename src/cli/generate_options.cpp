@@ -8,7 +8,7 @@
 #include "cli/named_files.h"
 #include "formats/link_speeds.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using Problem = OptionProblem;
@@ -223,4 +223,4 @@ std::optional<std::string> SettleArguments(GenerateArguments& arguments) {
   return std::nullopt;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

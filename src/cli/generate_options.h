@@ -10,7 +10,7 @@
 #include "synthetic/faults.h"
 #include "synthetic/tree_shape.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 struct FaultRequest {
   FaultKind kind{};
@@ -47,4 +47,4 @@ extern const CommandText generateText;
 // Works out what the options mean together; answers what contradicts or cannot be.
 std::optional<std::string> SettleArguments(GenerateArguments& arguments);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

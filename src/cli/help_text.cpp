@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <sstream>
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 constexpr std::size_t width = 80;
@@ -103,4 +103,4 @@ std::string HelpText(const CommandText& tool, std::span<const CommandText* const
   return text;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -1,6 +1,6 @@
 #include "cli/load_plan.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 bool LoadPlan(const std::string& file, RepairDocument& plan, Messages& messages) {
   if (const MaybeError error = LoadRepairDocument(file, plan)) {
@@ -12,4 +12,4 @@ bool LoadPlan(const std::string& file, RepairDocument& plan, Messages& messages)
   return false;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

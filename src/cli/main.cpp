@@ -13,6 +13,6 @@ int main(int argc, char** argv) {
   mallopt(M_TRIM_THRESHOLD, std::numeric_limits<int>::max());
   // A file that may not grow any more is an output that cannot be written, and told as one.
   (void)std::signal(SIGXFSZ, SIG_IGN);
-  fabscope::OccupyClosedStreams();
-  return fabscope::RunCommandLine(argc, argv);
+  fabscope::internal::OccupyClosedStreams();
+  return fabscope::internal::RunCommandLine(argc, argv);
 }

@@ -5,7 +5,7 @@
 #include "platform/logging.h"
 #include "text/text_fields.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 Messages::Messages() {
   SetScreenSink([](std::string_view text) { WriteForPeople(text, std::cerr); });
@@ -24,4 +24,4 @@ void Messages::Tell(std::string_view line) {
   log_ += text;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // What a run tells the person at the screen: lines on standard error, and the same for the log
 // file. While it lives, what the stage sends to screen and log arrives here too.
@@ -23,4 +23,4 @@ class Messages {
   std::string log_;
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

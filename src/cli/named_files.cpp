@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // A path from the root with all links followed; empty when the system cannot tell.
@@ -68,4 +68,4 @@ std::optional<std::string> ProblemOfSharedInputs(std::span<const NamedInput> inp
   return std::nullopt;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -4,7 +4,7 @@
 #include <span>
 #include <string>
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // A file that the command line names for output, with the option that named it. Empty: none was
 // named; "-": standard output.
@@ -29,4 +29,4 @@ std::optional<std::string> ProblemOfFiles(std::span<const std::string* const> in
 // like give what they have once. Empty names were not named.
 std::optional<std::string> ProblemOfSharedInputs(std::span<const NamedInput> inputs);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -3,7 +3,7 @@
 #include <charconv>
 #include <utility>
 
-namespace fabscope {
+namespace fabscope::internal {
 
 OptionProblem TakeNumber(int& target, const std::string& value, int least, int greatest) {
   int number = 0;
@@ -45,4 +45,4 @@ OptionProblem TakeColor(ColorWhen& target, const std::string& value) {
   return std::nullopt;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

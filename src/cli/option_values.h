@@ -12,7 +12,7 @@
 #include "os/terminal.h"
 #include "platform/reg_exp.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // Why an option's value is not allowed, or nothing.
 using OptionProblem = std::optional<std::string>;
@@ -69,4 +69,4 @@ inline constexpr OptionText colorText{
     "--color", "auto|always|never", ofReport, "colour the tags (auto: on a terminal)",
     "With auto there are no colours if NO_COLOR is set or TERM is dumb."};
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -1,6 +1,6 @@
 #include "cli/outputs.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 const std::string& OutputFiles::Of(std::string_view option) const {
   static const std::string none;
@@ -25,4 +25,4 @@ void TellLosses(const std::string& file, const std::vector<std::string>& losses,
   for (const std::string& loss : losses) messages.Tell(start + loss);
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -17,7 +17,7 @@
 #include "os/output_file.h"
 #include "os/standard_streams.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // What commands write besides their report. Each command has one table of it; its options and help,
 // what it asks of the check, what it refuses and what it writes all follow from the entries.
@@ -125,4 +125,4 @@ bool WriteOutputs(Outputs<Run> outputs, const OutputFiles& files,
   return haveArrived;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -12,7 +12,7 @@
 #include "platform/version.h"
 #include "text/text_fields.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 constexpr const char* endOfOptions = "--";
@@ -185,4 +185,4 @@ int ParseWithoutCommand(const CommandText& tool, const std::vector<const Command
   return WrongUsage(tool, "no command given, expected " + expected);
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -7,7 +7,7 @@
 #include "cli/command_text.h"
 #include "cli/option_values.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // A command's words: what it is given besides options goes to `operands`, options are taken.
 // Answers nothing, or prints what was asked for or is wrong and answers the exit status.
@@ -21,4 +21,4 @@ int ParseWithoutCommand(const CommandText& tool, const std::vector<const Command
 // Says what is wrong with the words of a command, and answers the exit status.
 int WrongUsage(const CommandText& command, const std::string& problem);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

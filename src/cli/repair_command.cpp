@@ -9,7 +9,7 @@
 #include "os/terminal.h"
 #include "reports/repair_report.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 class RepairCommand {
@@ -99,4 +99,4 @@ int RepairCommand::Verify() {
 
 int RunRepairCommand(const RepairArguments& arguments) { return RepairCommand(arguments).Run(); }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

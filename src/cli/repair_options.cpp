@@ -6,7 +6,7 @@
 #include "cli/format_texts.h"
 #include "reports/repair_report.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using Problem = OptionProblem;
@@ -157,4 +157,4 @@ std::optional<std::string> SettleArguments(RepairArguments& arguments) {
   return SettleFiles(arguments);
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

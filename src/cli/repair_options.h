@@ -9,7 +9,7 @@
 #include "cli/tree_options.h"
 #include "formats/write_fabric.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // `fabscope repair` as the command line gives it.
 struct RepairArguments : TreeArguments {
@@ -34,4 +34,4 @@ extern const CommandText repairText;
 // Works out what the options mean together; answers what contradicts.
 std::optional<std::string> SettleArguments(RepairArguments& arguments);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

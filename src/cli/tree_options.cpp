@@ -4,7 +4,7 @@
 #include <limits>
 #include <string_view>
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using Problem = OptionProblem;
@@ -132,4 +132,4 @@ std::optional<std::string> SettleTree(TreeArguments& arguments) {
   return std::nullopt;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

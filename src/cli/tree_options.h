@@ -8,7 +8,7 @@
 #include "check/check.h"
 #include "cli/option_values.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // How the tree of a fabric is found, as the command line gives it: for every command that looks for
 // one.
@@ -42,4 +42,4 @@ std::vector<BoundOption> BindTreeOptions(TreeArguments& arguments);
 // Works out what they mean together; answers what contradicts.
 std::optional<std::string> SettleTree(TreeArguments& arguments);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -4,7 +4,7 @@
 #include <string_view>
 #include <utility>
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // The only node of a type and name; null where there are several.
@@ -36,4 +36,4 @@ Counterparts::Counterparts(const IBFabric& was, const IBFabric& is)
   }
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -5,7 +5,7 @@
 
 #include "fabric/ib_fabric.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // Which node of a fabric as it was is which of the fabric as it is. Nodes of one type with one
 // GUID are the same. When hardware is replaced the GUID changes and the place does not: a node that
@@ -38,4 +38,4 @@ class Counterparts {
   std::vector<const IBNode*> then_;
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

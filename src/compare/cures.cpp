@@ -6,7 +6,7 @@
 
 #include "fat_tree/neighborhood.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // IBNode::index of two switches, the lesser first.
@@ -129,4 +129,4 @@ std::vector<std::vector<std::size_t>> CuresOf(std::span<const RepairStep> steps,
   return cures;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -7,7 +7,7 @@
 #include "compare/finding_changes.h"
 #include "repair/repair_plan.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // Which findings each step cures: their places among those of the fabric as it was, ascending. A
 // finding is cured when nothing of it is left once all steps are done. A link belongs to the steps
@@ -17,4 +17,4 @@ namespace fabscope {
 std::vector<std::vector<std::size_t>> CuresOf(std::span<const RepairStep> steps,
                                               const CheckedFabric& was, const CheckedFabric& is);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

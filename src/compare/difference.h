@@ -8,7 +8,7 @@
 #include "compare/finding_changes.h"
 #include "compare/plan_progress.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // All that is different between two dumps of a fabric. It points into the two fabrics and into what
 // was found of them.
@@ -30,4 +30,4 @@ struct Difference {
   }
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

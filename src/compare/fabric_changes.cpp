@@ -14,7 +14,7 @@
 
 #include "fabric/fabric_walk.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 std::vector<Cable> CablesOf(const IBFabric& fabric) {
@@ -179,4 +179,4 @@ FabricChanges CompareFabrics(const IBFabric& was, const IBFabric& is, const Coun
   return Comparison(was, is, nodes).Run();
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -6,7 +6,7 @@
 #include "compare/counterparts.h"
 #include "fabric/ib_fabric.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // What is different between a fabric as it was and as it is. All lists are in model order: of the
 // old fabric where something went or moved, of the new one where something came. Nodes and ports
@@ -60,4 +60,4 @@ struct FabricChanges {
 
 FabricChanges CompareFabrics(const IBFabric& was, const IBFabric& is, const Counterparts& nodes);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

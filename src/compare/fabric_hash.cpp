@@ -11,7 +11,7 @@
 #include "fabric/fabric_walk.h"
 #include "fabric/guid.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 class Sha256 {
@@ -77,4 +77,4 @@ std::string FabricHash(const IBFabric& fabric) {
   return "sha256:" + hash.Take();
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

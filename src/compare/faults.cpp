@@ -5,7 +5,7 @@
 
 #include "fat_tree/neighborhood.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // A group has lines: it is made of the switches that reach its spines.
@@ -86,4 +86,4 @@ FaultList FaultList::Only(const std::vector<bool>& flags) const {
   return some;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

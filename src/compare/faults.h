@@ -10,7 +10,7 @@
 #include "fat_tree/finding_list.h"
 #include "fat_tree/topology.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // A switch, or one of its ports; port 0 stands for the switch.
 struct Place {
@@ -84,4 +84,4 @@ class FaultList {
   std::vector<Entry> entries_;
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

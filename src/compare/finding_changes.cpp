@@ -16,7 +16,7 @@
 
 #include "fat_tree/neighborhood.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using KeyPlace = std::pair<std::uint64_t, std::uint8_t>;
@@ -180,4 +180,4 @@ std::vector<GoneFinding> FindGone(const CheckedFabric& was, const FaultList& fau
   return gone;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -6,7 +6,7 @@
 #include "compare/counterparts.h"
 #include "compare/faults.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 struct FindingChanges {
   FaultList cured;     // as they were, in the order of the old report
@@ -33,4 +33,4 @@ struct GoneFinding {
 std::vector<GoneFinding> FindGone(const CheckedFabric& was, const FaultList& faults,
                                   const CheckedFabric& is, const Counterparts& nodes);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -18,7 +18,7 @@
 
 #include "compare/fabric_hash.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using Cable = std::optional<KeptCable>;
@@ -237,4 +237,4 @@ std::vector<const RepairStep*> StepsNotIn(const RepairDocument& plan,
   return others;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

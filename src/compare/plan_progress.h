@@ -9,7 +9,7 @@
 #include "fabric/ib_fabric.h"
 #include "repair/repair_plan.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // What has become of the steps of a plan, seen in a fabric of a later day.
 enum class StepState {
@@ -50,4 +50,4 @@ std::vector<const RepairStep*> StepsNotIn(const RepairDocument& plan,
                                           const std::vector<RepairStep>& steps,
                                           const IBFabric& fabric);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -9,7 +9,7 @@
 #include "formats/input.h"
 #include "formats/json_reader.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 constexpr std::array<std::string_view, 13> documentKeys{
@@ -217,4 +217,4 @@ MaybeError LoadRepairDocument(const std::string& path, RepairDocument& plan) {
   return RepairDocumentLoader(text, plan).Load();
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -9,7 +9,7 @@
 #include "formats/diagnostics.h"
 #include "repair/repair_plan.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // A plan of repairs as a file keeps it, for a day on which the fabric that it was made of is not at
 // hand: switches are known by their GUID. docs/repair-plan.schema.json describes the file.
@@ -71,4 +71,4 @@ inline const char* NameOf(RepairClass trust) {
 // reasons and notes, it only matters that it is well formed.
 MaybeError LoadRepairDocument(const std::string& path, RepairDocument& plan);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

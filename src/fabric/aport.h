@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // An aggregated port: the ports of several planes that work as one. Its member ports point to it.
 struct APort {
@@ -10,4 +10,4 @@ struct APort {
   std::uint64_t asymmetry = 0;
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

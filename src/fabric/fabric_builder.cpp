@@ -5,7 +5,7 @@
 
 #include "fabric/guid.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 std::string PortText(const PortRef& port) {
@@ -232,4 +232,4 @@ std::unique_ptr<IBFabric> FabricBuilder::Build() {
   return fabric;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -12,7 +12,7 @@
 #include "fabric/guid_index.h"
 #include "fabric/ib_fabric.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // What a node is made from. Absent values follow another: the system GUID the node GUID, the
 // display name the name, the planes the suitable plane.
@@ -154,4 +154,4 @@ class FabricBuilder {
   std::vector<PortSet> inAPort_;
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

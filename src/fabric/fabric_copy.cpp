@@ -5,7 +5,7 @@
 
 #include "fabric/fabric_walk.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 constexpr std::uint32_t stateDown = 1;
@@ -88,4 +88,4 @@ void CopyFabric(const IBFabric& fabric, const std::function<bool(const IBPort&)>
   }
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -4,7 +4,7 @@
 
 #include "fabric/fabric_builder.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // Adds all of a fabric to an empty builder: its nodes in their order, its links, what its ports
 // have of their own, its aggregated ports. Links are left out for which `keeps` answers false; it
@@ -12,4 +12,4 @@ namespace fabscope {
 void CopyFabric(const IBFabric& fabric, const std::function<bool(const IBPort&)>& keeps,
                 FabricBuilder& builder);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -2,7 +2,7 @@
 
 #include <string>
 
-namespace fabscope {
+namespace fabscope::internal {
 
 enum EnFabricErrLevel_t : int {
   EN_FABRIC_ERR_WARNING = 2,
@@ -34,4 +34,4 @@ class FabricErrGeneral {
   bool dumpCsvOnly = false;
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -1,6 +1,6 @@
 #include "fabric/fabric_walk.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 IBNode* GetRemoteSwitch(const IBPort* port) {
   IBNode* remote = GetLinkedNode(port);
@@ -12,4 +12,4 @@ std::string GetSwitchASIC(const IBNode* node) {
   return asic.empty() ? std::string() : "/" + asic;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -8,7 +8,7 @@
 
 #include "fabric/ib_node.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // The ports that can take part in a tree, in order: port 1 to the node's last. Entries may be null.
 // Port 0, a switch's management port, never takes part.
@@ -37,4 +37,4 @@ inline bool IsFirstEnd(const IBPort& port) {
 // "/" and the ASIC designation of a switch of the multi-ASIC family, or nothing.
 std::string GetSwitchASIC(const IBNode* node);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

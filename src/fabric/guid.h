@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // A GUID as every message shows it: "0x" and 16 lower-case hexadecimal digits.
 inline std::string GuidText(std::uint64_t guid) {
@@ -13,4 +13,4 @@ inline std::string GuidText(std::uint64_t guid) {
   return text;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -6,7 +6,7 @@
 #include <map>
 #include <vector>
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // Nodes by GUID: a hash table in one array. Every cable is looked up here, on the largest fabrics
 // some hundred thousand times, which a table of linked entries makes the slowest part of loading.
@@ -89,4 +89,4 @@ class GuidIndex {
   std::size_t count_ = 0;
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

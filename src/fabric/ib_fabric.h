@@ -8,7 +8,7 @@
 #include "fabric/guid_index.h"
 #include "fabric/ib_node.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // A whole fabric. Made by FabricBuilder, which fills every container below once; nothing may be
 // added afterwards, since nodes and ports are known by their addresses.
@@ -40,4 +40,4 @@ class IBFabric {
   GuidIndex indexByGuid_;
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

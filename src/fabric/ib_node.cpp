@@ -2,7 +2,7 @@
 
 #include <cstdlib>
 
-namespace fabscope {
+namespace fabscope::internal {
 
 IBPort* IBNode::getPort(std::uint8_t num) const {
   if (num == 0) {
@@ -14,4 +14,4 @@ IBPort* IBNode::getPort(std::uint8_t num) const {
   return num < ports.size() ? ports[num] : nullptr;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

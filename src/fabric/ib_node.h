@@ -9,7 +9,7 @@
 
 #include "fabric/ib_port.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // NodeInfo NodeType values.
 inline constexpr std::uint32_t NodeTypeCA = 1;
@@ -60,4 +60,4 @@ class IBNode {
   const std::string& getAlternativeName() const { return displayName; }
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -5,7 +5,7 @@
 
 #include "fabric/aport.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 class IBNode;
 
@@ -40,4 +40,4 @@ class IBPort {
   bool getInSubFabric() const { return inSubFabric; }
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

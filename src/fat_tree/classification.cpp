@@ -15,7 +15,7 @@
 #include "fat_tree/status.h"
 #include "fat_tree/topology.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 int FTClassification::Classify(const IBNode& leaf) {
   ClassifyByDistance(leaf);
@@ -108,4 +108,4 @@ std::string FTClassification::ToString() const {
   return text.str();
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -11,7 +11,7 @@
 #include "fat_tree/containers/node_set.h"
 #include "fat_tree/containers/node_table.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 class FTTopology;
 
@@ -114,4 +114,4 @@ class FTClassificationHandler {
   std::vector<FTClassification*> classifications;
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -21,7 +21,7 @@
 #include "fat_tree/status.h"
 #include "fat_tree/topology.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using Nodes = std::vector<const IBNode*>;
@@ -108,4 +108,4 @@ bool FTClassification::HasNeighbourNotAt(const IBNode& node, std::int32_t distan
   });
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

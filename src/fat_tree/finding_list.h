@@ -7,7 +7,7 @@
 
 #include "fat_tree/findings.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // What a check has found, in the order in which it was found: the error records, then what the
 // issues count. A group can lack as many links as it has spines times lines, so only so many
@@ -57,4 +57,4 @@ class FindingList {
   List findings_;
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

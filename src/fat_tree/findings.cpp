@@ -5,7 +5,7 @@
 #include "fat_tree/group_label.h"
 #include "fat_tree/node_record.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // A listing breaks its line after this many further switches.
@@ -115,4 +115,4 @@ std::uint64_t IssuesOf(const Finding& finding) {
       finding);
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -15,7 +15,7 @@
 #include "fabric/ib_node.h"
 #include "fat_tree/link_issue.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // What the checks find. A check makes each finding once, as data (FTTopology::Record and Report);
 // the report, the error records and every other output tell it from that.
@@ -209,4 +209,4 @@ std::string DescriptionOf(const Finding& finding, int showGuid);
 // By how much a finding raises the count of issues: 0 for an error record.
 std::uint64_t IssuesOf(const Finding& finding);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

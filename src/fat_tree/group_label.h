@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // How texts name a group of switches. Groups on the last pair of ranks, where the leaves are, are
 // called neighborhoods; groups above them connectivity groups.
@@ -24,4 +24,4 @@ inline std::string GroupLabel(bool isNeighborhood, std::uint64_t id) {
   return label;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -2,7 +2,7 @@
 
 #include "platform/csv_desc.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 FTMissingLinkError::FTMissingLinkError(const MissingLink& found, int showGuid) {
   description = found.Description(showGuid);
@@ -36,4 +36,4 @@ std::string EventCsvLine(const char* event, const std::string& description) {
   return std::string("CLUSTER,0x0,0x0,0x0,") + event + ",\"" + DescToCsvDesc(description) + '"';
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -7,7 +7,7 @@
 #include "fabric/fabric_err_general.h"
 #include "fat_tree/findings.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // A spine and a line of one group without a cable between them. `isNeighborhood` says what the
 // group is called.
@@ -44,4 +44,4 @@ inline std::unique_ptr<FabricErrGeneral> MakeRecord(const InvalidLink& found, in
 // identifier fields are zero: it belongs to no single node or port.
 std::string EventCsvLine(const char* event, const std::string& description);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

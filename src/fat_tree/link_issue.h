@@ -4,7 +4,7 @@
 
 #include "fabric/ib_node.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // A link at fault between two switches. For a link between an upper and a lower switch node1 is
 // the upper one. A missing link has port 0 and a rank of all ones at both ends: there is no port.
@@ -17,4 +17,4 @@ struct FTLinkIssue {
   std::uint64_t rank2 = 0;
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace fabscope {
+namespace fabscope::internal {
 
 void MergeIndex::Add(std::size_t number, const UpHopBits& upSet, std::size_t most) {
   sets_[number] = &upSet;
@@ -62,4 +62,4 @@ std::size_t MergeIndex::FindTargetOfAny(std::size_t number, std::size_t asked) {
   return first;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -8,7 +8,7 @@
 #include "fat_tree/containers/first_greater.h"
 #include "fat_tree/containers/up_hop_bits.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // Finds, among many sets of upper switches, the first that may take another set in: one that lacks
 // few of its switches. The merge rule asks for that with thousands of sets, and asking one after
@@ -52,4 +52,4 @@ class MergeIndex {
   std::vector<std::span<const std::uint32_t>> asked_;  // likewise: the asked switches' holders
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -19,7 +19,7 @@
 #include "fat_tree/topology.h"
 #include "fat_tree/up_hop_histogram.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // The first group that holds a node.
@@ -121,7 +121,7 @@ FTNeighborhood* FTUpHopHistogram::FindNeighborhood(
 bool FTNeighborhood::IsNeighborhood() const { return topology->IsLastRankNeighborhood(rank); }
 
 void FTNeighborhood::AddNodes(const std::list<const IBNode*>& nodes, bool toSpines) {
-  fabscope::AddNodes({nodes.begin(), nodes.end()}, toSpines ? spines : lines);
+  fabscope::internal::AddNodes({nodes.begin(), nodes.end()}, toSpines ? spines : lines);
 }
 
 int FTNeighborhood::MissingLinksReport(std::vector<FabricErrGeneral*>& errors,
@@ -142,4 +142,4 @@ int FTNeighborhood::MissingLinksReport(std::vector<FabricErrGeneral*>& errors,
   return StatusSuccess;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

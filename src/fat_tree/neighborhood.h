@@ -15,7 +15,7 @@
 #include "fat_tree/containers/node_set.h"
 #include "fat_tree/findings.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 class FTTopology;
 
@@ -107,4 +107,4 @@ void release_container_data(std::vector<std::vector<T*>>& container) {
   container.clear();
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

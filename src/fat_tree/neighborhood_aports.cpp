@@ -10,7 +10,7 @@
 #include "fat_tree/status.h"
 #include "fat_tree/topology.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 bool IsEligible(const IBPort* port) {
@@ -77,4 +77,4 @@ int FTNeighborhood::CheckExternalAPorts(std::ostream& stream) {
   return StatusSuccess;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -9,7 +9,7 @@
 #include "fat_tree/status.h"
 #include "fat_tree/topology.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 std::string NullNodeText(bool isNeighborhood, std::uint64_t id) {
@@ -115,4 +115,4 @@ bool FTNeighborhood::IsWarning(std::uint64_t nodesRank, bool isUp) const {
   return !isUp && IsNeighborhood() && nodesRank == rank + 1;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -3,7 +3,7 @@
 #include "fabric/fabric_walk.h"
 #include "fabric/guid.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // Chips of one chassis carry their place behind "/A" or "/U"; a report names the chassis.
@@ -30,4 +30,4 @@ std::string GetNodeRecord(const IBNode* node, int showGuid) {
   return record;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-namespace fabscope {
+namespace fabscope::internal {
 
 RankedSwitches::RankedSwitches(std::vector<NodeSet> switchesByRank)
     : sets_(std::move(switchesByRank)) {
@@ -19,4 +19,4 @@ RankedSwitches::RankedSwitches(std::vector<NodeSet> switchesByRank)
   }
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -6,7 +6,7 @@
 #include "fat_tree/containers/node_set.h"
 #include "fat_tree/containers/node_table.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // The switches of a tree by rank, and the rank of each switch. Ranks change as a whole only, so the
 // two always agree.
@@ -32,4 +32,4 @@ class RankedSwitches {
   std::int32_t nullRank_ = noRank;  // of a null entry, which no node stands for
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -19,7 +19,7 @@
 #include "fat_tree/neighborhood.h"
 #include "fat_tree/status.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 constexpr const char* cannotBuild = "Cannot build Fat-Tree topology. ";
@@ -183,4 +183,4 @@ std::string FTTopology::LevelsReport() const {
   return report.str();
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -24,7 +24,7 @@
 #include "fat_tree/up_down_links.h"
 #include "platform/reg_exp.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 class FTNeighborhood;
 
@@ -195,4 +195,4 @@ class FTTopology {
   mutable std::optional<TreeLinks> treeLinks;  // see GetTreeLinks
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

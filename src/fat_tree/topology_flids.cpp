@@ -7,7 +7,7 @@
 #include "fat_tree/status.h"
 #include "fat_tree/topology.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 int FTNeighborhood::CollectFLIDs(FLIDMap& flids) {
   for (const IBNode* line : lines) {
@@ -49,4 +49,4 @@ int FTTopology::CheckFLIDs() {
   return StatusSuccess;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -11,7 +11,7 @@
 #include "fat_tree/status.h"
 #include "fat_tree/topology.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // Gb/s of one lane; 0 for a code that is not known.
@@ -96,4 +96,4 @@ int FTTopology::CalculateUpDownLinksMinRatio() {
   return StatusSuccess;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

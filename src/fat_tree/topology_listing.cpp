@@ -8,7 +8,7 @@
 #include "fat_tree/topology.h"
 #include "platform/logging.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 void ReportFatal(const char* message) {
@@ -88,4 +88,4 @@ int FTNeighborhood::DumpNodesToStream(std::ostream& stream, const NodeSet& nodes
   return StatusSuccess;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

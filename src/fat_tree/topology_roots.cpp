@@ -17,7 +17,7 @@
 #include "fat_tree/topology.h"
 #include "platform/progress.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 FTClassificationHandler::~FTClassificationHandler() {
   for (const FTClassification* classification : classifications) delete classification;
@@ -147,4 +147,4 @@ int FTTopology::Build(std::vector<FabricErrGeneral*>& /*errors*/, std::string& m
   return StatusBadData;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

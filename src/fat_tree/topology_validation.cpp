@@ -7,7 +7,7 @@
 #include "fat_tree/topology.h"
 #include "platform/progress.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 int FTTopology::Validate(std::vector<FabricErrGeneral*>& errors, std::string& message) {
   if (const int status = CreateNeighborhoods(errors); status != StatusSuccess) {
@@ -74,4 +74,4 @@ int FTTopology::CheckNeighborhoodsLinksAndAPorts(std::vector<FabricErrGeneral*>&
   return StatusSuccess;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -3,7 +3,7 @@
 #include "fabric/fabric_walk.h"
 #include "fat_tree/containers/node_set.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // Whether a port of a switch that leads to a host reaches one that no port before it has reached.
@@ -43,4 +43,4 @@ TreeLinks::Cables TreeLinks::Read(const IBNode& node) {
   return cables;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

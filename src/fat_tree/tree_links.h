@@ -6,7 +6,7 @@
 
 #include "fabric/ib_fabric.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // A cable between two switches that counts for the tree, as the switch at its near end sees it.
 struct TreeLink {
@@ -52,4 +52,4 @@ class TreeLinks {
   std::vector<Cables> cables_;   // by IBNode::index
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // How many cables a switch has towards the roots and away from them.
 struct UpDownLinks {
@@ -12,4 +12,4 @@ struct UpDownLinks {
   friend bool operator==(const UpDownLinks&, const UpDownLinks&) = default;
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -27,7 +27,7 @@
 #include "fat_tree/topology.h"
 #include "platform/progress.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 void FTUpHopSet::InitEncounteredMap(std::size_t size) {
   encounteredMap.Reserve(upSet.count());
@@ -259,4 +259,4 @@ std::string FTUpHopHistogram::UpHopSetToString(const FTUpHopSet& set) {
   return text.str();
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

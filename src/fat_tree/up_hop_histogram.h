@@ -18,7 +18,7 @@
 #include "fat_tree/link_errors.h"
 #include "fat_tree/tree_links.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 class FTNeighborhood;
 class FTTopology;
@@ -132,4 +132,4 @@ class FTUpHopHistogram {
   std::vector<FTLinkIssue> linkIssues;
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -24,7 +24,7 @@
 #include "fat_tree/up_hop_histogram.h"
 #include "platform/progress.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // Of those that hold one upper switch: a set by its number in key order, and how many of its lower
@@ -184,4 +184,4 @@ int FTUpHopHistogram::CheckCrossLink(FTUpHopSet& set, const DownLinks& links,
   return AddIllegalLinkIssues(index, links);
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 const char* KindText(WarningKind kind) {
@@ -81,4 +81,4 @@ std::vector<std::string> Warnings::Lines(const std::string& file) const {
   return lines;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // Why an input could not be read, and where. Lines and columns (in bytes) count from 1; line 0
 // means the file as a whole.
@@ -69,4 +69,4 @@ class Warnings {
   std::array<std::size_t, static_cast<std::size_t>(WarningKind::Count_)> counts_{};
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -14,7 +14,7 @@
 #include "formats/link_speeds.h"
 #include "text/text_fields.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 constexpr std::array<std::string_view, 5> documentKeys{"format", "version", "nodes", "links",
@@ -264,4 +264,4 @@ MaybeError LoadFabricDocument(const InputText& input, const NodeNameMap* names,
   return DocumentLoader(input, names, builder, warnings).Load();
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

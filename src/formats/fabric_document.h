@@ -7,7 +7,7 @@
 #include "formats/input_text.h"
 #include "formats/node_name_map.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // The fabric document: all of the model as JSON. The order of its nodes is the model's order.
 
@@ -24,4 +24,4 @@ MaybeError LoadFabricDocument(const InputText& input, const NodeNameMap* names,
 // value is left out. Names that are not valid UTF-8 have the bytes at fault replaced by U+FFFD.
 std::string FabricDocumentText(const IBFabric& fabric);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

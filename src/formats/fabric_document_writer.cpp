@@ -9,7 +9,7 @@
 #include "formats/link_speeds.h"
 #include "text/json_members.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 constexpr std::uint32_t stateDown = 1;
@@ -133,4 +133,4 @@ std::string FabricDocumentText(const IBFabric& fabric) {
   return json + "}\n";
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

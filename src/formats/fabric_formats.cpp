@@ -8,7 +8,7 @@
 #include "formats/topology_dump.h"
 #include "formats/topology_dump_writer.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 MaybeError ReadDocument(Input& input, const NodeNameMap* names, const regExp*,
@@ -129,4 +129,4 @@ void WriteFabric(const IBFabric& fabric, FabricFormat format, std::ostream& stre
   EntryOf(format).write(fabric, stream);
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

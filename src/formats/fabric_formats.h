@@ -15,7 +15,7 @@
 #include "formats/write_fabric.h"
 #include "platform/reg_exp.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // All formats, an entry each. What loads, writes and tells losses goes by this table, and so do the
 // options, messages and help of commands.
@@ -68,4 +68,4 @@ const FormatEntry& EntryOf(FabricFormat format);
 const FormatEntry* FormatOfName(std::span<const FormatEntry> formats, std::string_view name);
 const FormatEntry* FormatOfFile(std::span<const FormatEntry> formats, std::string_view path);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -20,7 +20,7 @@
 #include "text/text_fields.h"
 #include "text/utf8.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 template <typename Owner>
@@ -177,4 +177,4 @@ std::vector<std::string> LossesOf(const IBFabric& fabric, FabricFormat format) {
   return lines.Take();
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

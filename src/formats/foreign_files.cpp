@@ -3,7 +3,7 @@
 #include <array>
 #include <cstddef>
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // A line by which a file is known for what it is, and what is said of it then.
@@ -49,4 +49,4 @@ std::string ForeignFile::Tell() const {
          "prints it";
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

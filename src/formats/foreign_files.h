@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // What a text in which no fabric was found may be instead: an empty or binary file, or another list
 // that the tools around a fabric print. A loader shows it line by line and, where it found nothing,
@@ -20,4 +20,4 @@ class ForeignFile {
   std::bitset<8> hasMark_;  // by place in the table of marks
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

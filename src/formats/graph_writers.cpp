@@ -11,7 +11,7 @@
 #include "formats/link_speeds.h"
 #include "text/escaped_text.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // Calls visit(source, target) for the ports of every cable.
@@ -121,4 +121,4 @@ void WriteGraphMl(const IBFabric& fabric, std::ostream& stream) {
   text.WriteTo(stream);
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

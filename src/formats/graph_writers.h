@@ -4,7 +4,7 @@
 
 #include "fabric/ib_fabric.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // A fabric as an undirected graph for other tools: a node for each switch, channel adapter and
 // router, known by its GUID, and an edge for each cable. Between a channel adapter and anything
@@ -19,4 +19,4 @@ void WriteDot(const IBFabric& fabric, std::ostream& stream);
 // "router"), guid and ports (their number); those of edges are sourcePort, targetPort and speed.
 void WriteGraphMl(const IBFabric& fabric, std::ostream& stream);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -11,7 +11,7 @@
 #include <utility>
 #include <zlib.h>
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // Small enough to stay in the processor's cache while it is read line by line.
@@ -197,4 +197,4 @@ std::string Input::TakeRest(std::size_t spare) {
   return std::exchange(bytes_, {});
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

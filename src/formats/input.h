@@ -8,7 +8,7 @@
 
 #include "formats/diagnostics.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // The bytes of a file or of standard input, unpacked if they are gzip, a piece at a time: a dump is
 // often larger than the model that is made of it.
@@ -77,4 +77,4 @@ class Input {
   std::unique_ptr<Unpacker> unpacker_;  // null unless the data are gzip
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

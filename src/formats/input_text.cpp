@@ -1,6 +1,6 @@
 #include "formats/input_text.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // simdjson asks for this many readable bytes behind a document.
@@ -16,4 +16,4 @@ MaybeError ReadAll(Input& input, InputText& text) {
   return text.ErrorAt(text.bytes.size(), failure->message);
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

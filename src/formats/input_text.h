@@ -5,7 +5,7 @@
 #include "formats/diagnostics.h"
 #include "formats/input.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // The whole content of an input, for formats that cannot be read line by line. The bytes are
 // followed by room that the JSON parser may read beyond their end.
@@ -16,11 +16,11 @@ struct InputText {
   // Without a UTF-8 byte order mark.
   std::size_t Start() const { return bytes.starts_with(ByteOrderMark) ? ByteOrderMark.size() : 0; }
   InputError ErrorAt(std::size_t offset, std::string message) const {
-    return fabscope::ErrorAt(file, bytes, offset, std::move(message));
+    return fabscope::internal::ErrorAt(file, bytes, offset, std::move(message));
   }
 };
 
 // Reads all of an input that has not been consumed.
 MaybeError ReadAll(Input& input, InputText& text);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

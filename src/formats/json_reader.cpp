@@ -6,7 +6,7 @@
 #include "text/text_fields.h"
 #include "text/utf8.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 constexpr const char* badEscape = "malformed JSON: bad escape in a string";
@@ -183,4 +183,4 @@ bool JsonReader::ReadVersion(Value value) {
   return true;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -13,7 +13,7 @@
 #include "formats/diagnostics.h"
 #include "formats/input_text.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // What loaders of JSON documents have in common. simdjson's On-Demand parser hands out the values
 // one by one, straight from the text, so that every complaint can name the line and column of the
@@ -169,4 +169,4 @@ bool JsonReader::ReadUnsigned(Value value, T& number, T least) {
   return true;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

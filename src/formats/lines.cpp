@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace fabscope {
+namespace fabscope::internal {
 
 void LineReader::SkipByteOrderMark() {
   isBegun_ = true;
@@ -61,4 +61,4 @@ MaybeError LineReader::Finish(MaybeError error) {
   return ErrorAtEnd(failure->message);
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -8,7 +8,7 @@
 #include "formats/diagnostics.h"
 #include "formats/input.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 struct Line {
   std::string_view text;   // without its end, "\n" or "\r\n"; valid until the next one is read
@@ -51,4 +51,4 @@ class LineReader {
   MaybeError tooLong_;  // reading ended at a line that no memory is for
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

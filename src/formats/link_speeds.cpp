@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 struct Speed {
@@ -55,4 +55,4 @@ std::string SpeedText(const IBPort& source, const IBPort& target) {
   return SpeedText(source.speed) + "/" + SpeedText(target.speed);
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

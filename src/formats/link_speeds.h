@@ -7,7 +7,7 @@
 
 #include "fabric/ib_port.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // The one-bit code of a link speed by its name ("HDR" is 0x400), or nothing.
 std::optional<std::uint32_t> SpeedCode(std::string_view name);
@@ -22,4 +22,4 @@ std::string SpeedText(std::uint32_t code);
 // That of a cable: "HDR", or "HDR/EDR" where its ends differ.
 std::string SpeedText(const IBPort& source, const IBPort& target);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -5,7 +5,7 @@
 #include "formats/fabric_formats.h"
 #include "formats/input.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // The one that claims the input; where none does, the one that takes the rest.
@@ -31,4 +31,4 @@ MaybeError LoadFabric(const std::string& path, const NodeNameMap* names, const r
   return FormatOf(input).read(input, names, specialNodes, builder, warnings);
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -7,7 +7,7 @@
 #include "formats/node_name_map.h"
 #include "platform/reg_exp.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // Reads a fabric of any format into an empty builder; "-" is standard input. The format is found
 // from the content: gzip of any format, a fabric document (first character "{"), otherwise a
@@ -16,4 +16,4 @@ namespace fabscope {
 MaybeError LoadFabric(const std::string& path, const NodeNameMap* names, const regExp* specialNodes,
                       FabricBuilder& builder, Warnings& warnings);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

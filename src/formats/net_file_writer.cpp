@@ -8,7 +8,7 @@
 #include "formats/link_speeds.h"
 #include "text/text_fields.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // A description has 64 bytes, and the simulator ends each with a zero. It also reads lines of 255
@@ -130,4 +130,4 @@ void WriteNetFile(const IBFabric& fabric, std::ostream& stream) {
   stream << file.Text();
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

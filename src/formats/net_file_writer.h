@@ -6,7 +6,7 @@
 
 #include "fabric/ib_fabric.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // Writes a fabric as a net file of the fabric simulator ibsim. Its lines are those of a topology
 // dump, so that it can be read like one; they say no more than the simulator takes from them:
@@ -26,4 +26,4 @@ void WriteNetFile(const IBFabric& fabric, std::ostream& stream);
 // A node's name as a net file can hold it: at most 63 bytes, with single quotes for double ones.
 std::string NetFileName(std::string_view name);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

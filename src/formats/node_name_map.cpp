@@ -4,7 +4,7 @@
 #include "formats/read_side_files.h"
 #include "text/text_fields.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 MaybeError ReadLine(const LineReader& lines, const Line& line, NodeNameMap& names,
@@ -60,4 +60,4 @@ bool TakeMappedName(const NodeNameMap* names, std::uint64_t guid, std::string& n
   return true;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -6,7 +6,7 @@
 
 #include "formats/diagnostics.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // Names that an administrator gave to nodes, by node GUID.
 using NodeNameMap = std::map<std::uint64_t, std::string>;
@@ -19,4 +19,4 @@ MaybeError LoadNodeNameMap(const std::string& path, NodeNameMap& names, Warnings
 // Replaces the name of a node where a map (may be null) has one for it; false where it has none.
 bool TakeMappedName(const NodeNameMap* names, std::uint64_t guid, std::string& name);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

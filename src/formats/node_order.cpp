@@ -16,7 +16,7 @@
 
 #include "text/text_fields.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 constexpr std::size_t keySize = 2 * sizeof(std::uint64_t);
@@ -90,4 +90,4 @@ NodeOrderKey::NodeOrderKey(const std::string& name) {
   second_ = key.Word(1);
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // The model order of nodes that no file puts in order: by name, digits as numbers, then by GUID. So
 // the same fabric gives the same report wherever its discovery started. Answers as strcmp does.
@@ -27,4 +27,4 @@ class NodeOrderKey {
   std::uint64_t second_ = 0;
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

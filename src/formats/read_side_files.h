@@ -5,11 +5,11 @@
 #include "formats/input.h"
 #include "formats/node_name_map.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // What side_files.h and node_name_map.h load by path, of inputs that are open.
 MaybeError ReadRanks(Input& input, FabricBuilder& builder, Warnings& warnings);
 MaybeError ReadFlids(Input& input, FabricBuilder& builder, Warnings& warnings);
 MaybeError ReadNodeNameMap(Input& input, NodeNameMap& names, Warnings& warnings);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -9,7 +9,7 @@
 #include "formats/read_side_files.h"
 #include "text/text_fields.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 struct Field {
@@ -133,4 +133,4 @@ MaybeError LoadFlids(const std::string& path, FabricBuilder& builder, Warnings& 
   return ReadFlids(input, builder, warnings);
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -5,7 +5,7 @@
 #include "fabric/fabric_builder.h"
 #include "formats/diagnostics.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // Side files are CSV: a header line, the columns in any order, "#" comments and blank lines. A GUID
 // that is no switch of the fabric is a warning, a malformed line an error. They are applied to a
@@ -18,4 +18,4 @@ MaybeError LoadRanks(const std::string& path, FabricBuilder& builder, Warnings& 
 // Columns guid and flid (0 to 65535), a line for each FLID. Adds to those the fabric has.
 MaybeError LoadFlids(const std::string& path, FabricBuilder& builder, Warnings& warnings);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -24,7 +24,7 @@
 #include "platform/progress.h"
 #include "text/text_fields.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // Where something stands in the file. A line takes at least a byte, and memory for as many nodes
@@ -381,4 +381,4 @@ MaybeError LoadTopologyDump(Input& input, const NodeNameMap* names, const regExp
   return DumpLoader(input, names, specialNodes, builder, warnings).Load();
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -6,7 +6,7 @@
 #include "formats/node_name_map.h"
 #include "platform/reg_exp.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // Reads a topology dump as `ibnetdiscover` prints it (plain, or grouped by chassis) into an empty
 // builder. `names` (may be null) replace the names in it before anything else looks at them;
@@ -17,4 +17,4 @@ namespace fabscope {
 MaybeError LoadTopologyDump(Input& input, const NodeNameMap* names, const regExp* specialNodes,
                             FabricBuilder& builder, Warnings& warnings);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

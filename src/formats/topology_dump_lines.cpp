@@ -14,7 +14,7 @@
 #include "formats/link_speeds.h"
 #include "text/text_fields.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 struct Keyword {
@@ -344,4 +344,4 @@ bool IsCutLine(std::string_view line) {
   return false;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

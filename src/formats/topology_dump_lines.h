@@ -5,7 +5,7 @@
 #include <optional>
 #include <string_view>
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // What is wrong with a line of a known kind, and at which byte of the text.
 struct LineProblem {
@@ -59,4 +59,4 @@ bool ReadPlainPortLine(std::string_view line, std::size_t offset, DumpPortLine& 
 // and its port lines end in width and speed.
 bool IsCutLine(std::string_view line);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

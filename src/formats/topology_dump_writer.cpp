@@ -14,7 +14,7 @@
 #include "formats/link_speeds.h"
 #include "text/text_fields.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // How the dump speaks of a kind of node.
@@ -171,4 +171,4 @@ void WriteTopologyDump(const IBFabric& fabric, std::ostream& stream) {
   DumpWriter(fabric, stream).Write();
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -5,7 +5,7 @@
 
 #include "fabric/ib_fabric.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // Writes a fabric as `ibnetdiscover` prints it, so that every tool that reads its dumps reads this
 // one too: switches first, then channel adapters, then routers, each in model order.
@@ -23,4 +23,4 @@ std::uint32_t DumpedSpeed(const IBPort& port);
 
 inline constexpr std::uint16_t LastUnicastLid = 0xbfff;
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

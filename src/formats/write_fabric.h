@@ -8,7 +8,7 @@
 
 #include "fabric/ib_fabric.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // What a fabric can be written as. The first two can be read again.
 enum class FabricFormat {
@@ -32,4 +32,4 @@ void WriteFabric(const IBFabric& fabric, FabricFormat format, std::ostream& stre
 // ports or links that lose it ("12 nodes lose their FLIDs"); empty when all of it is kept.
 std::vector<std::string> LossesOf(const IBFabric& fabric, FabricFormat format);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

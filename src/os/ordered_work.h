@@ -9,7 +9,7 @@
 #include <semaphore>
 #include <system_error>
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // Does works 0 to count - 1, `cores` at the same time and each on a thread of its own, and hands
 // their results over in this order on the calling thread. Works begin only a few places ahead of
@@ -48,4 +48,4 @@ void DoInOrder(std::size_t count, std::size_t cores,
   }
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

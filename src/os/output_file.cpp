@@ -12,7 +12,7 @@
 #include "os/standard_streams.h"
 #include "os/temporary_file.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // A stream buffer over a file descriptor that remembers why a write failed.
@@ -133,4 +133,4 @@ std::optional<std::string> WriteOutput(const std::string& name, const WriteTo& w
   return name == standardStream ? WriteStandardOutput(write) : WriteFile(name, write);
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -5,7 +5,7 @@
 #include <ostream>
 #include <string>
 
-namespace fabscope {
+namespace fabscope::internal {
 
 using WriteTo = std::function<void(std::ostream& stream)>;
 
@@ -20,4 +20,4 @@ std::optional<std::string> WriteStandardOutput(const WriteTo& write);
 // Either, as the user has named it: "-" is standard output.
 std::optional<std::string> WriteOutput(const std::string& name, const WriteTo& write);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

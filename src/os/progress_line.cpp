@@ -4,7 +4,7 @@
 
 #include "platform/progress.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // To the start of the line, and clear it.
@@ -40,4 +40,4 @@ void ProgressLine::Show(std::string_view phase, std::size_t done, std::size_t to
   std::cerr << std::flush;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

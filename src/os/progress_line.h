@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // While it lives, shows on standard error how far long work has come ("grouping switches 42 %"), on
 // one line that is gone again at the end. Nothing is shown of work that is done at once.
@@ -31,4 +31,4 @@ class ProgressLine {
   Clock::time_point next_;
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

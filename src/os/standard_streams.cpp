@@ -5,7 +5,7 @@
 #include <unistd.h>
 #include <utility>
 
-namespace fabscope {
+namespace fabscope::internal {
 
 void OccupyClosedStreams() {
   constexpr std::array<std::pair<int, int>, 3> streams{
@@ -16,4 +16,4 @@ void OccupyClosedStreams() {
   }
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -1,6 +1,6 @@
 #pragma once
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // What stands for standard input or output where a file is named.
 inline constexpr const char* standardStream = "-";
@@ -10,4 +10,4 @@ inline constexpr const char* standardStream = "-";
 // were closed, and are in use.
 void OccupyClosedStreams();
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

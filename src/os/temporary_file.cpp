@@ -13,7 +13,7 @@
 #include <unistd.h>
 #include <utility>
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // The signals that end a process and leave it the time to clean up.
@@ -152,4 +152,4 @@ int TemporaryFile::Replace(const std::string& target) {
   return 0;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -3,7 +3,7 @@
 #include <string>
 #include <sys/stat.h>
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // A new file beside a target, which takes the target's name once all is written, and is gone if
 // that never happens: when it is destroyed before, and when a signal ends the process. Nobody else
@@ -38,4 +38,4 @@ class TemporaryFile {
   int error_ = 0;
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

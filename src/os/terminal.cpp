@@ -4,7 +4,7 @@
 #include <string_view>
 #include <unistd.h>
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 std::string_view Environment(const char* name) {
@@ -23,4 +23,4 @@ bool WantsColor(ColorWhen when) {
 
 bool IsWatched() { return isatty(STDERR_FILENO) == 1 && !IsDumb(); }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

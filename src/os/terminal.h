@@ -1,6 +1,6 @@
 #pragma once
 
-namespace fabscope {
+namespace fabscope::internal {
 
 enum class ColorWhen { Auto, Always, Never };
 
@@ -11,4 +11,4 @@ bool WantsColor(ColorWhen when);
 // Whether somebody may be looking at standard error: it is a terminal that can go back in a line.
 bool IsWatched();
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -1,6 +1,6 @@
 #include "platform/csv_desc.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 std::string DescToCsvDesc(const std::string& description) {
   std::string field;
@@ -13,4 +13,4 @@ std::string DescToCsvDesc(const std::string& description) {
   return field;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -7,7 +7,7 @@
 #include <string>
 #include <utility>
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 LogSink& ScreenSink() {
@@ -50,4 +50,4 @@ void dump_to_log_file(const char* format, ...) {
   va_end(arguments);
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -3,7 +3,7 @@
 #include <functional>
 #include <string_view>
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // Where the two channels lead. The libraries never print by themselves: until the command sets a
 // channel, what is sent to it is dropped.
@@ -15,4 +15,4 @@ void SetLogFileSink(LogSink sink);
 [[gnu::format(printf, 1, 2)]] void dump_to_screen(const char* format, ...);
 [[gnu::format(printf, 1, 2)]] void dump_to_log_file(const char* format, ...);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

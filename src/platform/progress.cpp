@@ -2,7 +2,7 @@
 
 #include <utility>
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 ProgressSink& Sink() {
@@ -18,4 +18,4 @@ void ReportProgress(std::string_view phase, std::size_t done, std::size_t total)
   if (Sink()) Sink()(phase, done, total);
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

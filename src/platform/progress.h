@@ -4,7 +4,7 @@
 #include <functional>
 #include <string_view>
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // Where long work of this thread tells how far it has come. The libraries know no clock and no
 // terminal: until the command sets a sink, what is told is dropped.
@@ -16,4 +16,4 @@ void SetProgressSink(ProgressSink sink);
 // more than look at one thing.
 void ReportProgress(std::string_view phase, std::size_t done, std::size_t total);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -8,7 +8,7 @@
 
 #include "platform/reg_exp_size.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // What the C library can take with a stack of 1 MB (see reg_exp_size.h). What people write has less
@@ -61,4 +61,4 @@ bool regExp::Matches(const std::string& text) const {
   return status == 0;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -3,7 +3,7 @@
 #include <regex.h>
 #include <string>
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // A compiled POSIX extended regular expression together with its source text.
 //
@@ -32,4 +32,4 @@ class regExp {
   regex_t compiled_{};
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

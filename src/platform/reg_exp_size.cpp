@@ -9,7 +9,7 @@
 #include <optional>
 #include <vector>
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // Of a piece: the longest rows of parts that take no character.
@@ -217,4 +217,4 @@ class Sizes {
 
 RegExpSize SizeOf(std::string_view expression) { return Sizes(expression).Run(); }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

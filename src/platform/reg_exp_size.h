@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string_view>
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // How much the C library makes of a POSIX extended regular expression. It writes a repetition out,
 // calls itself for every group inside a group, and once for every part that takes no character when
@@ -19,4 +19,4 @@ inline constexpr std::int64_t mostCounted = 1'000'000'000;
 
 RegExpSize SizeOf(std::string_view expression);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

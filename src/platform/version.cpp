@@ -1,7 +1,7 @@
 #include "platform/version.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 const char* GetToolVersion() { return "fabscope " FABSCOPE_VERSION; }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

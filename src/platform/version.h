@@ -1,8 +1,8 @@
 #pragma once
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // "fabscope 1.2.3": how the tool names itself to people and in its results.
 const char* GetToolVersion();
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -13,7 +13,7 @@
 #include "fabric/fabric_walk.h"
 #include "repair/find_repairs.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using Place = std::pair<std::uint32_t, std::uint8_t>;  // IBNode::index, port number
@@ -115,4 +115,4 @@ std::unique_ptr<IBFabric> ApplySteps(const IBFabric& fabric, std::span<const Rep
   return hands.Build();
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

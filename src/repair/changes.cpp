@@ -25,7 +25,7 @@
 #include "fabric/fabric_walk.h"
 #include "repair/seats.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 struct Lack {
@@ -488,4 +488,4 @@ void ChangeFinder::LeaveOutUncertain() {
 
 Changes FindChanges(const TreeGroups& groups) { return ChangeFinder(groups).Find(); }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

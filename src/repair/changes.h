@@ -9,7 +9,7 @@
 #include "repair/repair_plan.h"
 #include "repair/tree_groups.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // A cable of the graph, or none, and where it should be, if anywhere. Ends are switches of the
 // graph.
@@ -44,4 +44,4 @@ struct Changes {
 
 Changes FindChanges(const TreeGroups& groups);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -7,7 +7,7 @@
 #include <string>
 #include <utility>
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 std::uint64_t KeyOf(int group, int siblings) {
@@ -339,4 +339,4 @@ void DecideTies(TreeGroups& groups) {
   }
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -10,7 +10,7 @@
 #include "repair/seats.h"
 #include "repair/tree_groups.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // So much evidence is as good as none: sizes of groups say it.
 constexpr int noEvidence = 1;
@@ -83,4 +83,4 @@ class Evidence {
 // to the one with names like theirs.
 void DecideTies(TreeGroups& groups);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -12,7 +12,7 @@
 #include "repair/tree_groups.h"
 #include "repair/trust.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // A step takes away at most two cables and brings at most two. What is done for seats alone could
@@ -78,4 +78,4 @@ RepairPlan FindRepairs(const IBFabric& fabric, TreeRanks ranks) {
   return plan;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -6,7 +6,7 @@
 #include "fabric/ib_fabric.h"
 #include "repair/repair_plan.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // The repairs of a fabric whose ranks are inferred.
 RepairPlan FindRepairs(const IBFabric& fabric);
@@ -18,4 +18,4 @@ RepairPlan FindRepairs(const IBFabric& fabric, TreeRanks ranks);
 // when a step cannot be done: a cable is not there, or a port is taken.
 std::unique_ptr<IBFabric> ApplySteps(const IBFabric& fabric, std::span<const RepairStep> steps);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -25,7 +25,7 @@
 #include <numeric>
 #include <utility>
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using Links = std::span<const RankPair::Link>;
@@ -434,4 +434,4 @@ Grouping FindGroups(const RankPair& pair) {
   return other.cost < best.cost ? std::move(other) : std::move(best);
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -6,7 +6,7 @@
 
 #include "repair/rank_pair.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // The two sides of a pair of ranks.
 enum Side : std::size_t { SpineSide = 0, LineSide = 1 };
@@ -34,4 +34,4 @@ void Recount(const RankPair& pair, Grouping& grouping);
 // Moves a switch, by its place in the pair, from its group to another; size and cost follow.
 void Regroup(const RankPair& pair, Grouping& grouping, Side side, std::uint32_t i, int group);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -9,7 +9,7 @@
 #include "repair/switch_graph.h"
 #include "repair/switch_heights.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // By switch: the number of the part of the fabric that hangs together.
@@ -72,4 +72,4 @@ TreeRanks InferRanks(const IBFabric& fabric) {
   return ranks;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

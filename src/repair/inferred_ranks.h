@@ -5,7 +5,7 @@
 #include "fabric/ib_fabric.h"
 #include "repair/repair_plan.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // Ranks found from all cables at once, which a few wrong ones cannot mislead. `levels` is 0 when
 // the fabric has no tree at all (no switch, or none that leads to a host or to another switch).
@@ -17,4 +17,4 @@ TreeRanks InferRanks(const IBFabric& fabric);
 // may need fewer.
 std::uint64_t CountMisfits(const IBFabric& fabric, const TreeRanks& ranks);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

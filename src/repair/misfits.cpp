@@ -9,7 +9,7 @@
 #include "repair/inferred_ranks.h"
 #include "repair/tree_groups.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // What must go and what lacks between two ranks, at each of their switches.
@@ -82,4 +82,4 @@ std::uint64_t CountMisfits(const IBFabric& fabric, const TreeRanks& ranks) {
   return misfits;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -5,7 +5,7 @@
 
 #include "repair/switch_graph.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // How far a fabric is from a proper fat tree of given ranks, and at which switches.
 struct Misfits {
@@ -17,4 +17,4 @@ struct Misfits {
 // `ranks` by number in the graph; TreeRanks::none for switches outside the tree.
 Misfits FindMisfits(const SwitchGraph& graph, const std::vector<int>& ranks);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

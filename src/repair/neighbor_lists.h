@@ -7,7 +7,7 @@
 
 #include "repair/switch_graph.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // The switches that each switch of a graph is cabled to, each once and in ascending order.
 class NeighborLists {
@@ -37,4 +37,4 @@ class NeighborLists {
   std::vector<std::uint32_t> count_;  // likewise
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -12,7 +12,7 @@
 
 #include "fabric/fabric_walk.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using Ports = std::bitset<256>;
@@ -221,4 +221,4 @@ std::vector<RepairNote> FindNotes(const TreeGroups& groups, const Changes& chang
   return NoteFinder(groups, changes).Find();
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -4,9 +4,9 @@
 
 #include "repair/changes.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // What a person should know besides the steps.
 std::vector<RepairNote> FindNotes(const TreeGroups& groups, const Changes& changes);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

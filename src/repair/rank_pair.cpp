@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace fabscope {
+namespace fabscope::internal {
 
 SwitchesByRank::SwitchesByRank(const std::vector<int>& ranks) : place(ranks.size()) {
   for (std::uint32_t i = 0; i < ranks.size(); ++i) {
@@ -41,4 +41,4 @@ RankPair::RankPair(const SwitchGraph& graph, const std::vector<int>& ranks,
   fill(lines_, upper);
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

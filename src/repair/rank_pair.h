@@ -6,7 +6,7 @@
 
 #include "repair/switch_graph.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // The switches of each rank, as they are numbered.
 struct SwitchesByRank {
@@ -53,4 +53,4 @@ class RankPair {
   std::uint32_t mostCables_ = 0;
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -8,7 +8,7 @@
 
 #include "fabric/ib_fabric.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // One end of a cable between switches: IBNode::index and port number.
 struct CableEnd {
@@ -110,4 +110,4 @@ struct RepairPlan {
   std::vector<RepairNote> notes;
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -6,7 +6,7 @@
 #include <set>
 #include <utility>
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // The cables as they are after the steps that were done.
@@ -214,4 +214,4 @@ std::vector<std::size_t> FindSafeOrder(const SwitchGraph& graph,
   return Scheduler(graph, steps, waitsFor).Run();
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <numeric>
 
-namespace fabscope {
+namespace fabscope::internal {
 
 Seats::Seats(const TreeGroups& groups) : groups_(groups) {
   const std::size_t pairCount = groups.pairs.size();
@@ -187,4 +187,4 @@ std::vector<std::uint8_t> Seats::Expected(std::uint32_t nearEnd, std::uint32_t f
   return ports;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -8,7 +8,7 @@
 
 #include "repair/tree_groups.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // Which ports cables usually use. Most fabrics are cabled by a scheme: every spine has a line at
 // the same port, and every line has a spine at the same port; higher up all switches of one pod are
@@ -96,4 +96,4 @@ class Seats {
   std::vector<std::array<std::array<double, 2>, 2>> strength_;  // by upper rank, end and table
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

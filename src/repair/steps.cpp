@@ -17,7 +17,7 @@
 
 #include "repair/safe_order.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using End = CableTarget::End;
@@ -260,4 +260,4 @@ std::vector<PlannedStep> OrderSteps(const TreeGroups& groups, const Changes& cha
   return StepMaker(groups, changes).Make();
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

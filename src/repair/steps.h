@@ -6,7 +6,7 @@
 #include "repair/changes.h"
 #include "repair/repair_plan.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // A step and the targets (places in Changes::targets) that it brings about.
 struct PlannedStep {
@@ -17,4 +17,4 @@ struct PlannedStep {
 // The changes as steps that can be done one after another.
 std::vector<PlannedStep> OrderSteps(const TreeGroups& groups, const Changes& changes);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

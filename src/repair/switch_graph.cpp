@@ -5,7 +5,7 @@
 
 #include "fabric/fabric_walk.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 SwitchGraph::SwitchGraph(const IBFabric& fabric) : numberOf_(fabric.GetNodes().size(), none) {
   nodes_.reserve(fabric.switches.size());
@@ -50,4 +50,4 @@ SwitchGraph::SwitchGraph(const IBFabric& fabric) : numberOf_(fabric.GetNodes().s
   for (std::uint32_t i = 0; i < cables_.size(); ++i) add(cables_[i].a, i), add(cables_[i].b, i);
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

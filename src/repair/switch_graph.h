@@ -6,7 +6,7 @@
 
 #include "fabric/ib_fabric.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // The switches of a fabric and the cables between them in compact arrays: ranks and groups are
 // found by going over all cables many times. Switches are numbered from 0 by their GUIDs, so that
@@ -59,4 +59,4 @@ class SwitchGraph {
   std::vector<std::uint32_t> farEnds_;
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -32,7 +32,7 @@
 #include "repair/misfits.h"
 #include "repair/neighbor_lists.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 constexpr int unknown = UnknownHeight;
@@ -580,4 +580,4 @@ Price HeightFinder::MoveSuspects() {
 
 Heights FindHeights(const SwitchGraph& graph) { return HeightFinder(graph).Find(); }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -5,7 +5,7 @@
 #include "repair/repair_plan.h"
 #include "repair/switch_graph.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // By switch of the graph: the number of hops down to the leaves, 0 for a leaf, as a tree has it
 // that a few wrong cables cannot mislead.
@@ -16,4 +16,4 @@ inline constexpr int UnknownHeight = TreeRanks::none;
 
 Heights FindHeights(const SwitchGraph& graph);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-namespace fabscope {
+namespace fabscope::internal {
 
 TreeGroups::TreeGroups(const SwitchGraph& switchGraph, std::vector<int> ranksOfSwitches)
     : graph(switchGraph), ranks(std::move(ranksOfSwitches)) {
@@ -14,4 +14,4 @@ TreeGroups::TreeGroups(const SwitchGraph& switchGraph, std::vector<int> ranksOfS
   place = std::move(byRank.place);
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -8,7 +8,7 @@
 #include "repair/repair_plan.h"
 #include "repair/switch_graph.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // The groups of a whole tree, a grouping for each pair of ranks.
 struct TreeGroups {
@@ -53,4 +53,4 @@ struct TreeGroups {
   }
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -22,7 +22,7 @@
 #include "repair/evidence.h"
 #include "repair/find_repairs.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // What its cables are before and after.
@@ -371,4 +371,4 @@ void JudgeSteps(const IBFabric& fabric, const TreeGroups& groups, const Changes&
   Judge(fabric, groups, changes, steps).Run();
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

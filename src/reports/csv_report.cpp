@@ -5,7 +5,7 @@
 #include "fat_tree/link_errors.h"
 #include "reports/text_report.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 void WriteCsvReport(const CheckResult& result, std::ostream& stream) {
   stream << "Scope,NodeId,PortId,PortNumber,Event,Description\n";
@@ -16,4 +16,4 @@ void WriteCsvReport(const CheckResult& result, std::ostream& stream) {
   if (!rest.empty()) stream << EventCsvLine("NOT_LISTED", rest) << '\n';
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

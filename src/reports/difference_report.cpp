@@ -10,7 +10,7 @@
 #include "reports/repair_report.h"
 #include "text/text_fields.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 std::string SpeedOf(const IBPort& port) {
@@ -144,4 +144,4 @@ void WriteDifferenceReport(const Difference& difference, const TextStyle& style,
   WriteForPeople(stream, [&](std::ostream& text) { Report(difference, style, text).Write(); });
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

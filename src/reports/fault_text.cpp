@@ -8,7 +8,7 @@
 #include "fabric/guid.h"
 #include "fat_tree/group_label.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 namespace {
 
@@ -83,4 +83,4 @@ std::string FaultText(const Fault& fault, const NodeNames& names) {
   return TagOf(LevelOf(*fault.finding)) + std::visit(words, *fault.finding);
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

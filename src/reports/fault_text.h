@@ -7,7 +7,7 @@
 
 #include "compare/finding_changes.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // A node's name, and its GUID where that would not tell it from another node.
 class NodeNames {
@@ -26,4 +26,4 @@ class NodeNames {
 // to run.
 std::string FaultText(const Fault& fault, const NodeNames& names);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

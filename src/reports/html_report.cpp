@@ -19,7 +19,7 @@
 #include "reports/tree_cables.h"
 #include "text/json_members.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 extern const std::string_view pageTemplate;
 
@@ -130,4 +130,4 @@ void WriteHtmlReport(const CheckResult& result, std::ostream& stream) {
   stream << '}' << pageTemplate.substr(at + dataMark.size());
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -4,7 +4,7 @@
 
 #include "check/check.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // The result as one HTML page that needs nothing else: the page that web/ builds, with the JSON
 // result, the switches and their cables in it as data. For any result whose input could be read; it
@@ -14,4 +14,4 @@ namespace fabscope {
 // script but the page's own.
 void WriteHtmlReport(const CheckResult& result, std::ostream& stream);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -9,7 +9,7 @@
 #include "reports/repair_report.h"
 #include "text/json_members.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 class JsonDifference {
@@ -162,4 +162,4 @@ void WriteDifferenceJson(const Difference& difference, std::ostream& stream) {
   stream << json << '\n';
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -3,7 +3,7 @@
 #include "fat_tree/group_label.h"
 #include "text/json_members.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 void AppendSwitches(JsonMembers& members, const std::vector<const IBNode*>& nodes) {
@@ -77,4 +77,4 @@ void AppendFinding(std::string& json, const Finding& finding) {
       finding);
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

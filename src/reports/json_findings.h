@@ -4,10 +4,10 @@
 
 #include "fat_tree/findings.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // Appends a finding as a JSON object: its kind, level, groups and issues, and what its kind tells
 // of switches, ports and counts. docs/check-result.schema.json describes it.
 void AppendFinding(std::string& json, const Finding& finding);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

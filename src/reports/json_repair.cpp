@@ -7,7 +7,7 @@
 #include "reports/repair_report.h"
 #include "text/json_members.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // The steps of a plan, with the findings that each of them cures.
@@ -166,4 +166,4 @@ void WriteRepairJson(const RepairResult& result, std::ostream& stream) {
   stream << json << '\n';
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -9,7 +9,7 @@
 #include "reports/repair_report.h"
 #include "text/json_members.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 const char* MethodName(RootsFrom method) {
@@ -156,4 +156,4 @@ void ForEachPieceOfJson(const CheckResult& result, const TextStyle& style, const
   report.Flush();
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

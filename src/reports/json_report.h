@@ -7,7 +7,7 @@
 #include "check/check.h"
 #include "reports/text_report.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // The whole result as one JSON document, also when the fabric could not be read, or its tree not be
 // built or validated: roots, ranks, groups, records, counts, findings as far as the result holds
@@ -19,4 +19,4 @@ void WriteJsonReport(const CheckResult& result, const TextStyle& style, std::ost
 using TakePiece = std::function<void(std::string_view piece)>;
 void ForEachPieceOfJson(const CheckResult& result, const TextStyle& style, const TakePiece& take);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

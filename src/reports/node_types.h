@@ -4,7 +4,7 @@
 
 #include "fabric/ib_node.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // What people call a node: "switch", "host" or "router".
 inline std::string NodeTypeName(const IBNode& node) {
@@ -12,4 +12,4 @@ inline std::string NodeTypeName(const IBNode& node) {
   return node.nodeType == NodeTypeCA ? "host" : "router";
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

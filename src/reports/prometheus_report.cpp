@@ -12,7 +12,7 @@
 #include "platform/version.h"
 #include "text/escaped_text.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 class Metrics {
@@ -131,4 +131,4 @@ void WritePrometheusReport(const CheckResult& result, const CheckTime& time, std
   stream << Metrics(result).Write(time);
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -5,7 +5,7 @@
 
 #include "check/check.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // When a check was done, which a report cannot know itself.
 struct CheckTime {
@@ -18,4 +18,4 @@ struct CheckTime {
 // files of several fabrics can stand side by side. Needs the result's findings.
 void WritePrometheusReport(const CheckResult& result, const CheckTime& time, std::ostream& stream);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -8,7 +8,7 @@
 #include "platform/csv_desc.h"
 #include "text/text_fields.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 std::size_t CountCables(const IBFabric& fabric) {
@@ -169,4 +169,4 @@ void WriteProgressReport(const std::vector<StepProgress>& steps, const RepairRes
   WriteForPeople(stream, [&](std::ostream& text) { WriteProgress(steps, now, others, text); });
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

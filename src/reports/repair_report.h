@@ -9,7 +9,7 @@
 #include "compare/plan_progress.h"
 #include "reports/repair_text.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // What to do, for the person in the machine room: a line about what was read, the steps with their
 // reasons and alternatives, notes, and a verdict. For results that are done.
@@ -33,4 +33,4 @@ std::string ProgressText(const StepProgress& progress, const SwitchNames& names)
 void WriteProgressReport(const std::vector<StepProgress>& steps, const RepairResult& now,
                          const std::vector<const RepairStep*>& others, std::ostream& stream);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -8,7 +8,7 @@
 #include "fabric/guid.h"
 #include "fat_tree/node_record.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // The words for the action stand in a column.
@@ -244,4 +244,4 @@ std::string CountText(const std::vector<RepairStep>& steps) {
          ")";
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

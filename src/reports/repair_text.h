@@ -9,7 +9,7 @@
 #include "fabric/ib_fabric.h"
 #include "repair/repair_plan.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // Switches as the check's report names them, with the GUID behind the name where that would not
 // tell a switch from another.
@@ -57,4 +57,4 @@ const char* KindOf(const RepairNote& note);
 // "3 repairs (2 sure, 1 likely)".
 std::string CountText(const std::vector<RepairStep>& steps);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -16,7 +16,7 @@
 #include "fabric/fabric_walk.h"
 #include "reports/slurm_names.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // The cables of one host by switch.
@@ -109,4 +109,4 @@ class Placing {
 
 SlurmHosts PlaceSlurmHosts(const FTTopology& topology) { return Placing(topology).Run(); }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

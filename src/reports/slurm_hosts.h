@@ -6,7 +6,7 @@
 
 #include "fat_tree/topology.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // The hosts of a tree, each once, by the switch that it stands under; switches are in model order,
 // the hosts of one in that of their names.
@@ -18,4 +18,4 @@ struct SlurmHosts {
 
 SlurmHosts PlaceSlurmHosts(const FTTopology& topology);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

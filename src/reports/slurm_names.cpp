@@ -19,7 +19,7 @@
 #include "fabric/guid.h"
 #include "text/text_fields.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // Slurm counts in 64 bits; names with longer numbers stand as they are.
@@ -131,4 +131,4 @@ std::vector<const IBNode*> SlurmSwitchNames::GetRenamed() const {
   return renamed;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

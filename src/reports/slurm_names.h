@@ -9,7 +9,7 @@
 
 #include "fabric/ib_node.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // The host that an adapter's description begins with ("node17" of "node17 mlx5_0"); nothing where
 // that word cannot be the name of a host.
@@ -35,4 +35,4 @@ class SlurmSwitchNames {
   std::map<const IBNode*, std::string> names_;
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

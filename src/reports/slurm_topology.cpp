@@ -29,7 +29,7 @@
 #include "reports/slurm_names.h"
 #include "text/text_fields.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 constexpr const char* rootName = "root";
@@ -227,4 +227,4 @@ void WriteSlurmTopology(const CheckResult& result, const SlurmTopology& topology
   }
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -6,7 +6,7 @@
 
 #include "check/check.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // A tree that was validated, as the tree plugin of Slurm takes it: leaves with hosts,
 // above them the groups that the check has found, above all of them one root.
@@ -29,4 +29,4 @@ SlurmTopology MakeSlurmTopology(const FTTopology& tree);
 void WriteSlurmTopology(const CheckResult& result, const SlurmTopology& topology,
                         std::ostream& stream);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

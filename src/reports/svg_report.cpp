@@ -20,7 +20,7 @@
 #include "reports/tree_layout.h"
 #include "text/escaped_text.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 constexpr double margin = 24;
@@ -365,4 +365,4 @@ void WriteSvgReport(const CheckResult& result, std::ostream& stream) {
   stream << Picture(result, layout).Draw();
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -5,7 +5,7 @@
 
 #include "text/text_fields.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 void SplitLines(std::string_view text, const TakeLine& take) {
@@ -84,4 +84,4 @@ void WriteReportLine(std::string_view line, const TextStyle& style, std::ostream
   stream << '\n';
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -7,7 +7,7 @@
 
 #include "check/check.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 struct TextStyle {
   bool withDump = false;  // the dump, if the result holds one, stands before the closing line
@@ -31,4 +31,4 @@ void WriteReportLine(std::string_view line, const TextStyle& style, std::ostream
 using TakeLine = std::function<void(std::string_view line)>;
 void ForEachReportLine(const CheckResult& result, const TextStyle& style, const TakeLine& take);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -5,7 +5,7 @@
 
 #include "fat_tree/topology.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // Whether a cable is to be taken from this of its two ends. Both know of it, but for one that
 // counts at one end only.
@@ -29,4 +29,4 @@ void ForEachTreeCable(const FTTopology& topology, Take take) {
   }
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

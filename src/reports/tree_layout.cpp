@@ -9,7 +9,7 @@
 
 #include "fat_tree/node_record.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // With more switches nobody can tell one from another.
@@ -193,4 +193,4 @@ TreeLayout LayOutTree(const FTTopology& topology, double left, double top) {
   return Layouter(topology, left, top).LayOut();
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -8,7 +8,7 @@
 #include "fat_tree/neighborhood.h"
 #include "fat_tree/topology.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // Where the switches of a tree stand in a still picture: ranks are rows, the roots' on top, and the
 // switches of a group stand side by side. Of a large tree the switches that a group has on a rank
@@ -48,4 +48,4 @@ constexpr std::size_t mostShownOfAName = 24;
 // `left` and `top` is where it begins.
 TreeLayout LayOutTree(const FTTopology& topology, double left, double top);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -7,7 +7,7 @@
 
 #include "formats/node_order.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // Chips of one system have GUIDs that differ in these four bits.
@@ -192,4 +192,4 @@ void FabricPlan::Fill(FabricBuilder& builder) const {
   }
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -9,7 +9,7 @@
 #include "fabric/fabric_builder.h"
 #include "synthetic/tree_shape.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // A node of a plan and its place in the tree that was meant. On a fabric of several planes a switch
 // is a system with a chip for each plane.
@@ -112,4 +112,4 @@ class FabricPlan {
 // A switch's lower ports lead down.
 FabricPlan PlanTree(const TreeShape& shape, std::uint32_t speed);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

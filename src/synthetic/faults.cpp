@@ -4,7 +4,7 @@
 #include <array>
 #include <utility>
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 constexpr std::array<std::pair<FaultKind, std::string_view>, 11> names{{
@@ -307,4 +307,4 @@ FaultInjector::Problem FaultInjector::ShareFlid(InjectedFault& done) {
   return "no FLID is left that a second group of leaves could have too";
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -10,7 +10,7 @@
 #include "synthetic/fabric_plan.h"
 #include "synthetic/random.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // What goes wrong in machine rooms. Where a cable needs a port and the switch has none left, a
 // cable that was there is pulled for it.
@@ -100,4 +100,4 @@ class FaultInjector {
   std::size_t strayHosts_ = 0;
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

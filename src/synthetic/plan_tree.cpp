@@ -14,7 +14,7 @@
 
 #include "synthetic/fabric_plan.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // GUIDs with the local bit set: nobody's hardware has them.
@@ -140,4 +140,4 @@ FabricPlan PlanTree(const TreeShape& shape, std::uint32_t speed) {
   return TreePlanner(shape, speed).Plan();
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

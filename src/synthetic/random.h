@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // Chance that a seed decides: the same numbers on every machine and with every library, which the
 // distributions of the standard library do not promise.
@@ -38,4 +38,4 @@ class Random {
   std::mt19937_64 engine_;
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

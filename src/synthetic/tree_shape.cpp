@@ -4,7 +4,7 @@
 #include <charconv>
 #include <limits>
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 constexpr std::uint64_t maxNodes = std::uint64_t{1} << 20;
@@ -179,4 +179,4 @@ std::optional<std::string> ProblemOfRadixTree(unsigned levels, unsigned radix, u
   return std::nullopt;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // An extended generalised fat tree, XGFT(h; m1,...,mh; w1,...,wh): h levels of switches above the
 // hosts, which are level 0. A switch of level i has m_i children on level i - 1, and every node of
@@ -54,4 +54,4 @@ TreeShape RadixTree(unsigned levels, unsigned radix, unsigned pods, unsigned hos
 std::optional<std::string> ProblemOfRadixTree(unsigned levels, unsigned radix, unsigned pods,
                                               unsigned hostsPerLeaf, unsigned parallel);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -6,7 +6,7 @@
 #include "formats/link_speeds.h"
 #include "text/json_members.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 class TruthWriter {
@@ -173,4 +173,4 @@ std::string TruthText(const FabricPlan& plan, std::uint64_t seed,
   return json + '\n';
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

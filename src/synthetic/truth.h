@@ -7,7 +7,7 @@
 #include "synthetic/fabric_plan.h"
 #include "synthetic/faults.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // What was done to a plan, as JSON: for every fault, in the order in which they were done, all that
 // it has changed, named as the fabric names it (the chips of a system one by one). What a fault has
@@ -15,4 +15,4 @@ namespace fabscope {
 std::string TruthText(const FabricPlan& plan, std::uint64_t seed,
                       std::span<const InjectedFault> faults);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

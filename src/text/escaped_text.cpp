@@ -7,7 +7,7 @@
 #include "text/text_fields.h"
 #include "text/utf8.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // What stands for a byte that is not part of valid UTF-8.
@@ -73,4 +73,4 @@ std::string XmlText(std::string_view text) {
   return Escaped(PlainText(text), escapes);
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // Texts from a fabric for other languages, without their quotes. Control characters become '?', and
 // bytes that are not valid UTF-8 U+FFFD.
@@ -15,4 +15,4 @@ std::string PrometheusLabel(std::string_view text);
 // For XML, as content or in an attribute.
 std::string XmlText(std::string_view text);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

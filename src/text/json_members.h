@@ -8,7 +8,7 @@
 #include "fabric/guid.h"
 #include "text/json_text.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // One JSON object or array while it is written: opens with its making, closes with its end, and
 // puts the commas between its members. Nested ones must end before their owner goes on:
@@ -66,4 +66,4 @@ class JsonMembers {
   bool first_ = true;
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -6,7 +6,7 @@
 
 #include "text/utf8.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // Stands in a JSON string as it is, whatever is next to it.
@@ -49,4 +49,4 @@ void AppendJsonString(std::string& json, std::string_view text) {
   json += '"';
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -5,7 +5,7 @@
 
 #include "text/utf8.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 bool IsC1(char c) {
@@ -82,4 +82,4 @@ std::optional<std::uint64_t> ParseGuid(std::string_view text) {
   return ParseHex(text.substr(2));
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // A text of the fabric with every control character turned into "?": of ASCII, and of C1 (U+0080 to
 // U+009F, or the bare bytes, which some terminals obey as well). Any host may set its own
@@ -118,4 +118,4 @@ class LineCursor {
   std::size_t at_ = 0;
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -1,6 +1,6 @@
 #include "text/utf8.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 bool IsContinuation(std::string_view text, std::size_t at) {
@@ -48,4 +48,4 @@ std::size_t FindBidirectionalControl(std::string_view text, std::size_t from) {
   return std::string_view::npos;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <string_view>
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // The length of the valid UTF-8 sequence at the start of a text that is not empty, or 0. Overlong
 // forms, surrogates and values above U+10FFFF are not valid.
@@ -17,4 +17,4 @@ std::size_t FirstInvalidUtf8(std::string_view text);
 std::size_t FindBidirectionalControl(std::string_view text, std::size_t from = 0);
 inline constexpr std::size_t BidirectionalControlBytes = 3;
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

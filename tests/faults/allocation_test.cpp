@@ -50,7 +50,7 @@ void operator delete[](void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 namespace fs = std::filesystem;
@@ -212,4 +212,4 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& test) { return test.param[1] + std::to_string(test.index); });
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -27,7 +27,7 @@ extern "C" int pthread_create(pthread_t* thread, const pthread_attr_t* attribute
   return create(thread, attributes, start, argument);
 }
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 struct Answer {
@@ -71,4 +71,4 @@ TEST(ThreadsTest, NoneAtAllEndsTheRunWithTheReason) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -669,25 +669,25 @@ class Writer:
             return
         if place.form is True:
             for number, replacement in place.choices:
-                self.put(f"if (fabscope::mutation::OnNow({number})) {{")
+                self.put(f"if (fabscope::internal::mutation::OnNow({number})) {{")
                 self.choice(number, replacement)
                 self.put("} else ")
             self.inner(place)
         elif place.form == "declared":
             [(number, name)] = place.choices
             self.inner(place)
-            self.put(f"; static_cast<bool>({name}) != fabscope::mutation::OnNow({number})")
+            self.put(f"; static_cast<bool>({name}) != fabscope::internal::mutation::OnNow({number})")
         elif place.form == "truth":
             [(number, _)] = place.choices
             self.put("(static_cast<bool>(")
             self.inner(place)
-            self.put(f") != fabscope::mutation::{self.switch(place)}({number}))")
+            self.put(f") != fabscope::internal::mutation::{self.switch(place)}({number}))")
         else:
             is_format = place.form == "format"
             self.put("fmt::runtime(" if is_format else "(")
             switch = "OnNow" if is_format else self.switch(place)
             for number, replacement in place.choices:
-                self.put(f"fabscope::mutation::{switch}({number}) ? ")
+                self.put(f"fabscope::internal::mutation::{switch}({number}) ? ")
                 self.choice(number, f"({replacement})")
                 self.put(" : ")
             self.put("(")

@@ -14,7 +14,7 @@
 #include <type_traits>
 #include <unistd.h>
 
-namespace fabscope::mutation {
+namespace fabscope::internal::mutation {
 
 inline unsigned long MutantOfEnvironment() {
   const char* number = std::getenv("FABSCOPE_MUTANT");
@@ -46,4 +46,4 @@ inline bool OnNow(unsigned long id) {
 // What the compiler works out by itself cannot be switched.
 constexpr bool On(unsigned long id) { return !std::is_constant_evaluated() && OnNow(id); }
 
-}  // namespace fabscope::mutation
+}  // namespace fabscope::internal::mutation

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 constexpr std::uint64_t firstSeed = 80'000;
@@ -22,4 +22,4 @@ TEST(AutomaticRootsPropertyTest, AreThoseOfTheSearchOrInferredOnes) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

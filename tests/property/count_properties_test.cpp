@@ -7,7 +7,7 @@
 #include "property/recount.h"
 #include "property/stage_run.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using reference::PlainCase;
@@ -200,4 +200,4 @@ TEST(CountProperties, IssuesAreTheFindingsOfTheText) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -12,7 +12,7 @@
 #include "synthetic/fabric_plan.h"
 #include "synthetic/faults.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 constexpr std::uint32_t hdr = 0x400;
@@ -187,4 +187,4 @@ TEST(FabricChanges, TheOtherWayRoundAllIsItsMirrorImageWhateverTheCables) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

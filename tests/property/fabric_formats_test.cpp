@@ -25,7 +25,7 @@
 #include "reference/random_fabric.h"
 #include "reference/random_source.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using reference::ModelOf;
@@ -360,4 +360,4 @@ TEST(FabricDocuments, ComeBackAsTheyWereExceptForNamesThatAreNotUtf8) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

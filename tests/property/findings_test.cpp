@@ -12,7 +12,7 @@
 
 #include "property/stage_run.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 std::string WithoutInformation(const std::string& text) {
@@ -90,4 +90,4 @@ TEST(FindingsTest, TellInOrderWhatRecordsAndReportLinesTell) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

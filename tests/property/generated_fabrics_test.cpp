@@ -13,7 +13,7 @@
 #include "synthetic/faults.h"
 #include "synthetic/truth.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 constexpr std::uint32_t hdr = 0x400;
@@ -121,4 +121,4 @@ TEST(GeneratedFabricsTest, AreTheSameBytesForTheSameOrderAndOthersForAnotherSeed
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

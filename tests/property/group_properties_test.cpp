@@ -11,7 +11,7 @@
 #include "property/recount.h"
 #include "property/stage_run.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using reference::PlainCase;
@@ -252,4 +252,4 @@ TEST(GroupProperties, WithoutMergingLinesShareAGroupExactlyWhenTheyReachTheSameS
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

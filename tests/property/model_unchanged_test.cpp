@@ -6,7 +6,7 @@
 #include "property/recount.h"
 #include "property/stage_run.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 constexpr std::uint64_t firstSeed = 30'000;
@@ -63,4 +63,4 @@ TEST(ModelUnchanged, ByBuildingValidatingAndDumping) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

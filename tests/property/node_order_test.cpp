@@ -23,7 +23,7 @@
 #include "property/stage_run.h"
 #include "reference/random_source.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using reference::PlainCase;
@@ -216,4 +216,4 @@ TEST(NodeOrder, DecidesOrderAndNumberingOnly) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

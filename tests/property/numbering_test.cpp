@@ -11,7 +11,7 @@
 
 #include "property/stage_run.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 constexpr std::uint64_t firstSeed = 40'000;
@@ -74,4 +74,4 @@ TEST(Numbering, AndAllTextsAreTheSameOnThreadsThatCheckOneFabricAtTheSameTime) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -4,7 +4,7 @@
 #include <set>
 #include <sstream>
 
-namespace fabscope {
+namespace fabscope::internal {
 
 std::vector<const IBPort*> PortsOf(const IBNode& node) {
   std::vector<const IBPort*> ports;
@@ -78,4 +78,4 @@ std::string NameWithGuid(const IBNode& node) {
   return text.str();
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -8,7 +8,7 @@
 #include "fabric/ib_fabric.h"
 #include "fat_tree/topology.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // Counts taken from the model by plain loops over its fields. Nothing here calls an operation of
 // the stage but the questions for its results.
@@ -45,4 +45,4 @@ class Recount {
 // The text that names a switch in reports, when GUIDs are shown.
 std::string NameWithGuid(const IBNode& node);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

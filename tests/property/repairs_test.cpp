@@ -11,7 +11,7 @@
 #include "repairs/repair_cases.h"
 #include "repairs/verify_repairs.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 constexpr std::uint64_t seeds = 5'000;
@@ -87,4 +87,4 @@ TEST(RepairsOfRandomFabricsTogether, AreOfEveryKind) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

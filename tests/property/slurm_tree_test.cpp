@@ -11,7 +11,7 @@
 #include "property/stage_run.h"
 #include "reports/slurm_topology.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using reference::RandomCase;
@@ -113,4 +113,4 @@ TEST(SlurmTreePropertyTest, HostsOfALeafAreBelowItsNeighborhood) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

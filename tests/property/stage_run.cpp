@@ -4,7 +4,7 @@
 #include "platform/reg_exp.h"
 #include "reference/plain_model.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 StageRun::StageRun(const reference::PlainCase& what)
     : model(reference::ModelOf(what.fabric)), options_(what.options) {
@@ -75,4 +75,4 @@ std::vector<std::string> StageRun::Records(const std::string& event) const {
   return texts;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -9,7 +9,7 @@
 #include "fat_tree/topology.h"
 #include "reference/random_fabric.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // One case taken through the stage, with everything that came out of it.
 class StageRun {
@@ -50,4 +50,4 @@ class StageRun {
   std::ostringstream out_;
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -9,7 +9,7 @@
 #include "reports/json_report.h"
 #include "reports/text_report.h"
 
-namespace fabscope::reference {
+namespace fabscope::internal::reference {
 namespace {
 
 // All that a user gets of a check.
@@ -97,4 +97,4 @@ std::string AutomaticRoots::Compare(const PlainCase& what, std::uint64_t number)
   return difference.empty() ? "" : start + difference + "\n";
 }
 
-}  // namespace fabscope::reference
+}  // namespace fabscope::internal::reference

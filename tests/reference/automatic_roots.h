@@ -6,7 +6,7 @@
 #include "reference/memory_file.h"
 #include "reference/random_fabric.h"
 
-namespace fabscope::reference {
+namespace fabscope::internal::reference {
 
 // What is promised of `--roots auto`: the search's answer to the byte, or one line and the answer
 // with inferred roots; the latter exactly where the search refuses or its tree fits worse.
@@ -30,4 +30,4 @@ class AutomaticRoots {
   std::uint64_t helped_ = 0;
 };
 
-}  // namespace fabscope::reference
+}  // namespace fabscope::internal::reference

@@ -9,7 +9,7 @@
 #include "reports/csv_report.h"
 #include "reports/text_report.h"
 
-namespace fabscope::reference {
+namespace fabscope::internal::reference {
 namespace {
 
 CheckOptions OptionsOf(const PlainOptions& plain, const std::string& document) {
@@ -100,4 +100,4 @@ std::string Comparison::Compare(const PlainCase& what, std::uint64_t number) {
   return difference.empty() ? "" : start + difference;
 }
 
-}  // namespace fabscope::reference
+}  // namespace fabscope::internal::reference

@@ -8,7 +8,7 @@
 #include "reference/random_fabric.h"
 #include "reference/reference_check.h"
 
-namespace fabscope::reference {
+namespace fabscope::internal::reference {
 
 // Takes random fabrics through the command's own road, from the document on disk to the finished
 // reports, and through the reference.
@@ -28,4 +28,4 @@ class Comparison {
   std::set<std::string> reached_;
 };
 
-}  // namespace fabscope::reference
+}  // namespace fabscope::internal::reference

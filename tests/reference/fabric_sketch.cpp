@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <numeric>
 
-namespace fabscope::reference {
+namespace fabscope::internal::reference {
 namespace {
 
 constexpr int mostPorts = 255;
@@ -150,4 +150,4 @@ PlainFabric FabricSketch::Finish(bool shuffled) {
   return finished;
 }
 
-}  // namespace fabscope::reference
+}  // namespace fabscope::internal::reference

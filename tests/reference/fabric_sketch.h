@@ -7,7 +7,7 @@
 #include "reference/plain_fabric.h"
 #include "reference/random_source.h"
 
-namespace fabscope::reference {
+namespace fabscope::internal::reference {
 
 // One end of a cable: index of the node and port number.
 struct CableEnd {
@@ -59,4 +59,4 @@ class FabricSketch {
   PlainFabric fabric_;
 };
 
-}  // namespace fabscope::reference
+}  // namespace fabscope::internal::reference

@@ -17,7 +17,7 @@
 
 namespace {
 
-using namespace fabscope::reference;
+using namespace fabscope::internal::reference;
 
 int Run(std::uint64_t first, std::uint64_t count,
         const std::function<std::string(std::uint64_t)>& compare) {

@@ -5,7 +5,7 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-namespace fabscope::reference {
+namespace fabscope::internal::reference {
 
 // A file to load from that is in memory: on a disk, writing it takes longer than all else.
 class MemoryFile {
@@ -22,4 +22,4 @@ class MemoryFile {
   int file_;
 };
 
-}  // namespace fabscope::reference
+}  // namespace fabscope::internal::reference

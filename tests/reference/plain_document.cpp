@@ -7,7 +7,7 @@
 
 #include "reference/random_source.h"
 
-namespace fabscope::reference {
+namespace fabscope::internal::reference {
 namespace {
 
 constexpr std::array<std::pair<std::uint32_t, const char*>, 10> speedNames{{{0x1, "SDR"},
@@ -253,4 +253,4 @@ std::string DocumentOf(const PlainFabric& fabric, std::uint64_t seed) {
   return DocumentMaker(fabric, seed).Document();
 }
 
-}  // namespace fabscope::reference
+}  // namespace fabscope::internal::reference

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace fabscope::reference {
+namespace fabscope::internal::reference {
 
 // A fabric as plain data: what random fabrics are made as, and all that the reference reads. It
 // shares nothing with the model that the stage reads; both are made from it independently.
@@ -65,4 +65,4 @@ struct PlainOptions {
   int showGuid = 0;  // 0 none, 1 system, 2 node
 };
 
-}  // namespace fabscope::reference
+}  // namespace fabscope::internal::reference

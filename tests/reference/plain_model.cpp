@@ -5,7 +5,7 @@
 
 #include "fabric/fabric_builder.h"
 
-namespace fabscope::reference {
+namespace fabscope::internal::reference {
 namespace {
 
 void Require(const FabricBuilder::Problem& problem) {
@@ -69,4 +69,4 @@ std::unique_ptr<IBFabric> ModelOf(const PlainFabric& fabric) {
   return builder.Build();
 }
 
-}  // namespace fabscope::reference
+}  // namespace fabscope::internal::reference

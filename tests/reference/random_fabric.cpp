@@ -7,7 +7,7 @@
 #include "reference/random_source.h"
 #include "reference/random_trees.h"
 
-namespace fabscope::reference {
+namespace fabscope::internal::reference {
 namespace {
 
 // Fabrics that cost a second rather than a millisecond come once in this many seeds.
@@ -275,4 +275,4 @@ PlainCase RandomTreeCase(std::uint64_t seed, int mostFaults) {
   return FinishCase(sketch, options, "tree", 80);
 }
 
-}  // namespace fabscope::reference
+}  // namespace fabscope::internal::reference

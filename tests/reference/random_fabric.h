@@ -5,7 +5,7 @@
 
 #include "reference/plain_fabric.h"
 
-namespace fabscope::reference {
+namespace fabscope::internal::reference {
 
 // A fabric and what is asked of it.
 struct PlainCase {
@@ -30,4 +30,4 @@ inline constexpr std::uint64_t OverfullRankSeed = 2049;
 // `mostFaults` faults; roots given by rank, on one plane.
 PlainCase RandomTreeCase(std::uint64_t seed, int mostFaults);
 
-}  // namespace fabscope::reference
+}  // namespace fabscope::internal::reference

@@ -2,7 +2,7 @@
 
 #include <array>
 
-namespace fabscope::reference {
+namespace fabscope::internal::reference {
 namespace {
 
 using Fault = void (*)(FabricSketch& sketch, const Tree& tree);
@@ -228,4 +228,4 @@ void AddPortOddities(FabricSketch& sketch) {
   }
 }
 
-}  // namespace fabscope::reference
+}  // namespace fabscope::internal::reference

@@ -3,7 +3,7 @@
 #include "reference/fabric_sketch.h"
 #include "reference/random_trees.h"
 
-namespace fabscope::reference {
+namespace fabscope::internal::reference {
 
 // Something wrong, or merely odd, with the cabling: a cable missing, moved, swapped, doubled,
 // inside a rank, between roots, over two ranks, into another group or back to its own switch; a
@@ -21,4 +21,4 @@ void AddFlids(FabricSketch& sketch, const Tree& tree);
 // Ports with odd attributes that should not matter, or that decide single checks.
 void AddPortOddities(FabricSketch& sketch);
 
-}  // namespace fabscope::reference
+}  // namespace fabscope::internal::reference

@@ -1,6 +1,6 @@
 #include "reference/random_trees.h"
 
-namespace fabscope::reference {
+namespace fabscope::internal::reference {
 namespace {
 
 // The switches of one place on every plane: the chips of one system.
@@ -179,4 +179,4 @@ Tree AddTreeWithHiddenSwitch(FabricSketch& sketch) {
   return tree;
 }
 
-}  // namespace fabscope::reference
+}  // namespace fabscope::internal::reference

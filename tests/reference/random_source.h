@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-namespace fabscope::reference {
+namespace fabscope::internal::reference {
 
 // Random numbers that are the same on every machine: the engine's output is fixed by the language's
 // standard, and so is the reduction below, which the library's distributions are not.
@@ -37,4 +37,4 @@ class RandomSource {
   std::mt19937_64 engine_;
 };
 
-}  // namespace fabscope::reference
+}  // namespace fabscope::internal::reference

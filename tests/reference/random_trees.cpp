@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace fabscope::reference {
+namespace fabscope::internal::reference {
 namespace {
 
 const char* RoleName(std::size_t rank, std::size_t ranks) {
@@ -271,4 +271,4 @@ Tree AddRandomGraph(FabricSketch& sketch) {
   return tree;
 }
 
-}  // namespace fabscope::reference
+}  // namespace fabscope::internal::reference

@@ -5,7 +5,7 @@
 
 #include "reference/fabric_sketch.h"
 
-namespace fabscope::reference {
+namespace fabscope::internal::reference {
 
 // A proper fat tree. Height 1 is a leaf; a block of height h is some blocks of the height below,
 // joined by new switches on top: every top switch of a block gets `up` new switches, and each of
@@ -64,4 +64,4 @@ Tree AddHugeRank(FabricSketch& sketch, int switches, bool withRootsAbove);
 // Switches and hosts cabled at random; all switches are on one "rank".
 Tree AddRandomGraph(FabricSketch& sketch);
 
-}  // namespace fabscope::reference
+}  // namespace fabscope::internal::reference

@@ -7,7 +7,7 @@
 
 #include "reference/reference_run.h"
 
-namespace fabscope::reference {
+namespace fabscope::internal::reference {
 namespace {
 
 using detail::Group;
@@ -73,4 +73,4 @@ ReferenceResult ReferenceCheck(const PlainFabric& fabric, const PlainOptions& op
   return result;
 }
 
-}  // namespace fabscope::reference
+}  // namespace fabscope::internal::reference

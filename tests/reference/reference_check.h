@@ -7,7 +7,7 @@
 
 #include "reference/plain_fabric.h"
 
-namespace fabscope::reference {
+namespace fabscope::internal::reference {
 
 // A second reading of what `check` promises, written as plainly as possible: integer indices, sets,
 // maps and strings, no shortcut and no care for speed. Random fabrics go through both, and every
@@ -28,4 +28,4 @@ ReferenceResult ReferenceCheck(const PlainFabric& fabric, const PlainOptions& op
 // Every rule that some fabric and some options can reach, by a short name.
 const std::set<std::string>& AllRules();
 
-}  // namespace fabscope::reference
+}  // namespace fabscope::internal::reference

@@ -8,7 +8,7 @@
 
 #include "reference/reference_run.h"
 
-namespace fabscope::reference::detail {
+namespace fabscope::internal::reference::detail {
 namespace {
 
 struct UpDown {
@@ -299,4 +299,4 @@ void CheckFlids(Run& run) {
   }
 }
 
-}  // namespace fabscope::reference::detail
+}  // namespace fabscope::internal::reference::detail

@@ -10,7 +10,7 @@
 
 #include "reference/reference_run.h"
 
-namespace fabscope::reference::detail {
+namespace fabscope::internal::reference::detail {
 namespace {
 
 // Of a leaf: cables to hosts, then cables to switches. The greatest pair is the most leaf-like.
@@ -329,4 +329,4 @@ std::optional<std::string> BuildByClassification(Run& run) {
   return run.errors;
 }
 
-}  // namespace fabscope::reference::detail
+}  // namespace fabscope::internal::reference::detail

@@ -4,7 +4,7 @@
 
 #include "reference/reference_run.h"
 
-namespace fabscope::reference::detail {
+namespace fabscope::internal::reference::detail {
 namespace {
 
 std::string DumpRanks(Run& run) {
@@ -101,4 +101,4 @@ std::string Dump(Run& run) {
   return text;
 }
 
-}  // namespace fabscope::reference::detail
+}  // namespace fabscope::internal::reference::detail

@@ -9,7 +9,7 @@
 
 #include "reference/reference_run.h"
 
-namespace fabscope::reference::detail {
+namespace fabscope::internal::reference::detail {
 namespace {
 
 struct LinkIssue {
@@ -294,4 +294,4 @@ bool MakeGroups(Run& run, std::size_t rank) {
   return true;
 }
 
-}  // namespace fabscope::reference::detail
+}  // namespace fabscope::internal::reference::detail

@@ -8,7 +8,7 @@
 
 #include "reference/reference_run.h"
 
-namespace fabscope::reference::detail {
+namespace fabscope::internal::reference::detail {
 namespace {
 
 const std::string kCannotBuild = "Cannot build Fat-Tree topology. ";
@@ -101,4 +101,4 @@ std::optional<std::string> Build(Run& run) {
   return BuildByClassification(run);
 }
 
-}  // namespace fabscope::reference::detail
+}  // namespace fabscope::internal::reference::detail

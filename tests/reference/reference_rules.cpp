@@ -3,7 +3,7 @@
 
 #include "reference/reference_check.h"
 
-namespace fabscope::reference {
+namespace fabscope::internal::reference {
 namespace {
 
 using Rules = std::set<std::string>;
@@ -214,4 +214,4 @@ const std::set<std::string>& AllRules() {
   return all;
 }
 
-}  // namespace fabscope::reference
+}  // namespace fabscope::internal::reference

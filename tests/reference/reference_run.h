@@ -13,7 +13,7 @@
 
 // What the parts of the reference share. Switches are indices into PlainFabric::nodes, so that a
 // std::set of them is walked in the model's order.
-namespace fabscope::reference::detail {
+namespace fabscope::internal::reference::detail {
 
 // A finding that becomes a line of the report and of the CSV file.
 struct Record {
@@ -89,4 +89,4 @@ std::string RecordLines(Run& run);
 std::string CsvFile(Run& run);
 std::string Dump(Run& run);
 
-}  // namespace fabscope::reference::detail
+}  // namespace fabscope::internal::reference::detail

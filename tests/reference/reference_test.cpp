@@ -8,7 +8,7 @@
 #include "reference/comparison.h"
 #include "reference/small_fabrics.h"
 
-namespace fabscope::reference {
+namespace fabscope::internal::reference {
 namespace {
 
 constexpr std::uint64_t seeds = 5'000;
@@ -69,4 +69,4 @@ TEST(RandomFabricRules, AreAllReached) {
 }
 
 }  // namespace
-}  // namespace fabscope::reference
+}  // namespace fabscope::internal::reference

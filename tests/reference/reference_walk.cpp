@@ -7,7 +7,7 @@
 
 #include "reference/reference_run.h"
 
-namespace fabscope::reference::detail {
+namespace fabscope::internal::reference::detail {
 
 std::vector<Cable> CountedCables(Run& run, int node) {
   std::vector<Cable> cables;
@@ -81,4 +81,4 @@ std::string NodeRecord(Run& run, int node) {
   return text + here.displayName + asic;
 }
 
-}  // namespace fabscope::reference::detail
+}  // namespace fabscope::internal::reference::detail

@@ -4,7 +4,7 @@
 
 #include "reference/fabric_sketch.h"
 
-namespace fabscope::reference {
+namespace fabscope::internal::reference {
 namespace {
 
 // Takes the lowest digit of a binary number off.
@@ -56,4 +56,4 @@ PlainCase SmallFabrics::Case(std::uint64_t number) const {
   return what;
 }
 
-}  // namespace fabscope::reference
+}  // namespace fabscope::internal::reference

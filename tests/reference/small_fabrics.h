@@ -4,7 +4,7 @@
 
 #include "reference/random_fabric.h"
 
-namespace fabscope::reference {
+namespace fabscope::internal::reference {
 
 // Every fabric of so many switches that has at most one cable between two of them and a host at any
 // of them, each with automatic roots and with every choice of given roots, also none. The cases are
@@ -23,4 +23,4 @@ class SmallFabrics {
   std::uint64_t choices_;  // sets of switches
 };
 
-}  // namespace fabscope::reference
+}  // namespace fabscope::internal::reference

@@ -19,7 +19,7 @@
 #include "repairs/step_trial.h"
 #include "repairs/unlike_fabrics.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // --- The search of everything.
@@ -220,4 +220,4 @@ TEST(PlansTest, DependOnNoOrderOfNodes) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

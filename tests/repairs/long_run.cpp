@@ -24,7 +24,7 @@
 
 namespace {
 
-using namespace fabscope;
+using namespace fabscope::internal;
 
 int Run(std::uint64_t first, std::uint64_t count,
         const std::function<RepairCase(std::uint64_t)>& make) {

@@ -7,7 +7,7 @@
 #include <map>
 #include <vector>
 
-namespace fabscope::plain {
+namespace fabscope::internal::plain {
 namespace {
 
 constexpr std::size_t mostSwitches = 12;
@@ -128,4 +128,4 @@ bool CanDoInFewer(const Fabric& fabric, const Pairs& target, std::size_t steps) 
   return steps > 2 && isSmall && TwoStepsLead(start, target);
 }
 
-}  // namespace fabscope::plain
+}  // namespace fabscope::internal::plain

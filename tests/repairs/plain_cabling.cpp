@@ -4,7 +4,7 @@
 #include <sstream>
 #include <vector>
 
-namespace fabscope::plain {
+namespace fabscope::internal::plain {
 
 Pair PairOf(const Link& link) { return std::minmax(link.upper.guid, link.lower.guid); }
 
@@ -94,4 +94,4 @@ std::set<std::uint64_t> Cabling::Lonely() const {
   return lonely;
 }
 
-}  // namespace fabscope::plain
+}  // namespace fabscope::internal::plain

@@ -8,7 +8,7 @@
 
 #include "repairs/plain_repair.h"
 
-namespace fabscope::plain {
+namespace fabscope::internal::plain {
 
 // Two switches, the lesser GUID first.
 using Pair = std::pair<std::uint64_t, std::uint64_t>;
@@ -44,4 +44,4 @@ class Cabling {
   std::map<Socket, Socket> cables_;
 };
 
-}  // namespace fabscope::plain
+}  // namespace fabscope::internal::plain

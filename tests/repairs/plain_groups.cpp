@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 
-namespace fabscope::plain {
+namespace fabscope::internal::plain {
 namespace {
 
 // Takes all that is connected with the spine out of the pairs.
@@ -77,4 +77,4 @@ bool IsProperTree(const Fabric& fabric, const Cabling& cabling) {
                      [](const Group& group) { return group.isProper; });
 }
 
-}  // namespace fabscope::plain
+}  // namespace fabscope::internal::plain

@@ -8,7 +8,7 @@
 #include "repairs/plain_cabling.h"
 #include "repairs/plain_repair.h"
 
-namespace fabscope::plain {
+namespace fabscope::internal::plain {
 
 // Switches of two neighboring ranks that cables between these ranks connect.
 struct Group {
@@ -29,4 +29,4 @@ bool IsProperTree(const Fabric& fabric, const Cabling& cabling);
 
 std::map<std::uint64_t, int> RanksOf(const Fabric& fabric);
 
-}  // namespace fabscope::plain
+}  // namespace fabscope::internal::plain

@@ -4,7 +4,7 @@
 #include <bit>
 #include <cstdlib>
 
-namespace fabscope::plain {
+namespace fabscope::internal::plain {
 namespace {
 
 SwitchSet Only(int one) { return SwitchSet{1} << static_cast<unsigned>(one); }
@@ -161,4 +161,4 @@ int AllTrees::LeastMisfits(const Blemishes& known, const std::vector<int>& hosts
   return least;
 }
 
-}  // namespace fabscope::plain
+}  // namespace fabscope::internal::plain

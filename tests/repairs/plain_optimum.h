@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-namespace fabscope::plain {
+namespace fabscope::internal::plain {
 
 // A bit for each switch, by number.
 using SwitchSet = std::uint32_t;
@@ -71,4 +71,4 @@ class AllTrees {
   std::map<Shape, int> leastMisfits_;
 };
 
-}  // namespace fabscope::plain
+}  // namespace fabscope::internal::plain

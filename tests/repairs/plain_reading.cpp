@@ -4,7 +4,7 @@
 
 #include "fabric/fabric_walk.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // --- The fabric as plain data.
@@ -179,4 +179,4 @@ plain::Plan ReadPlan(const IBFabric& fabric, const RepairPlan& plan) {
   return PlanReader(fabric).Read(plan);
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -12,7 +12,7 @@
 
 // A fabric and a plan of repairs as plain data: all that the verifier reads. Nothing of it comes
 // from what finds repairs.
-namespace fabscope::plain {
+namespace fabscope::internal::plain {
 
 struct Socket {
   std::uint64_t guid = 0;
@@ -101,4 +101,4 @@ struct Plan {
   std::vector<Note> notes;
 };
 
-}  // namespace fabscope::plain
+}  // namespace fabscope::internal::plain

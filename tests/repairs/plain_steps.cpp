@@ -5,7 +5,7 @@
 
 #include "repairs/plain_groups.h"
 
-namespace fabscope::plain {
+namespace fabscope::internal::plain {
 namespace {
 
 constexpr std::size_t mostStates = 1'000'000;
@@ -147,4 +147,4 @@ std::optional<bool> HasCureInFewer(const Fabric& fabric, std::size_t steps) {
                       [&](const StepState& state) { return IsProper(state, ranks); });
 }
 
-}  // namespace fabscope::plain
+}  // namespace fabscope::internal::plain

@@ -10,7 +10,7 @@
 #include "repairs/plain_cabling.h"
 #include "repairs/plain_repair.h"
 
-namespace fabscope::plain {
+namespace fabscope::internal::plain {
 
 // The cables between switches of a fabric and the free ports, as steps change them. Which port a
 // cable is plugged into does not matter here.
@@ -31,4 +31,4 @@ std::optional<bool> LeadsInFewer(const Fabric& fabric, std::size_t steps,
 // Whether fewer than `steps` steps make any proper tree of the fabric's ranks.
 std::optional<bool> HasCureInFewer(const Fabric& fabric, std::size_t steps);
 
-}  // namespace fabscope::plain
+}  // namespace fabscope::internal::plain

@@ -24,7 +24,7 @@
 #include "repairs/plain_cabling.h"
 #include "repairs/plain_groups.h"
 
-namespace fabscope::plain {
+namespace fabscope::internal::plain {
 namespace {
 
 // More steps have too many orders to be tried.
@@ -508,4 +508,4 @@ Verdict VerifyPlan(const Fabric& fabric, const Plan& plan, const Fabric* built) 
   return Verifier(fabric, plan, built).Verify();
 }
 
-}  // namespace fabscope::plain
+}  // namespace fabscope::internal::plain

@@ -6,7 +6,7 @@
 
 #include "repairs/plain_repair.h"
 
-namespace fabscope::plain {
+namespace fabscope::internal::plain {
 
 struct Verdict {
   // What the plan promises and does not keep, in words; empty when it keeps all.
@@ -22,4 +22,4 @@ struct Verdict {
 // said not to be doable.
 Verdict VerifyPlan(const Fabric& fabric, const Plan& plan, const Fabric* built);
 
-}  // namespace fabscope::plain
+}  // namespace fabscope::internal::plain

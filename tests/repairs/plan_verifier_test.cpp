@@ -9,7 +9,7 @@
 #include "repairs/plain_bound.h"
 #include "repairs/plain_cabling.h"
 
-namespace fabscope::plain {
+namespace fabscope::internal::plain {
 namespace {
 
 using testing::ElementsAre;
@@ -491,4 +491,4 @@ TEST(PlanVerifier, WantsNotesOfWhatNoStepCures) {
 }
 
 }  // namespace
-}  // namespace fabscope::plain
+}  // namespace fabscope::internal::plain

@@ -12,7 +12,7 @@
 #include "repair/inferred_ranks.h"
 #include "repairs/unlike_fabrics.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using plain::AllTrees;
@@ -151,4 +151,4 @@ std::string TryRandomFabric(std::uint64_t seed, RanksScore& score) {
   return TryInferredRanks(cables, hosts, trees, seed, score);
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -6,7 +6,7 @@
 
 #include "repairs/plain_optimum.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // How inferred ranks compare with all others, over several fabrics.
 struct RanksScore {
@@ -37,4 +37,4 @@ std::string TryAllSmallFabrics(int switches, RanksScore& score);
 // hosts at each.
 std::string TryRandomFabric(std::uint64_t seed, RanksScore& score);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

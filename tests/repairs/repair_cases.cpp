@@ -14,7 +14,7 @@
 #include "synthetic/fabric_plan.h"
 #include "synthetic/faults.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using reference::RandomSource;
@@ -265,4 +265,4 @@ RepairCase MakeRepairCase(std::uint64_t seed) {
   return MakeGraph(random);
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -9,7 +9,7 @@
 #include "fabric/ib_fabric.h"
 #include "repair/repair_plan.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // A fabric whose repairs are looked for.
 struct RepairCase {
@@ -27,4 +27,4 @@ RepairCase MakeRepairCase(std::uint64_t seed);
 // The ranks that distance from some switches gives; these are the roots.
 TreeRanks RanksByDistance(const IBFabric& fabric, const std::vector<std::uint32_t>& roots);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

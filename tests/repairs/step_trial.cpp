@@ -8,7 +8,7 @@
 #include "repairs/plain_reading.h"
 #include "repairs/plain_steps.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 constexpr std::size_t mostSteps = 4;
@@ -51,4 +51,4 @@ std::string TryFewerSteps(const RepairCase& what, StepsScore& score) {
   return {};
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -5,7 +5,7 @@
 
 #include "repairs/repair_cases.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // Plans that say that no fewer steps will do, and what all shorter sequences of steps lead to.
 struct StepsScore {
@@ -21,4 +21,4 @@ struct StepsScore {
 // steps will do: a shorter sequence that joins the same switches as it does.
 std::string TryFewerSteps(const RepairCase& what, StepsScore& score);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

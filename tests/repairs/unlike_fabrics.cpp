@@ -4,7 +4,7 @@
 #include <numeric>
 #include <set>
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using plain::CableCounts;
@@ -99,4 +99,4 @@ std::vector<SwitchSet> UnlikeHosts(const CableCounts& cables) {
   return unlike;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

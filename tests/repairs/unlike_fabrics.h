@@ -4,7 +4,7 @@
 
 #include "repairs/plain_optimum.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // Every way to cable so many switches, at most 8, with at most one cable between two of them, such
 // that all hang together; of those that differ in the numbers of the switches only, one.
@@ -14,4 +14,4 @@ std::vector<plain::CableCounts> UnlikeCablings(int switches);
 // one.
 std::vector<plain::SwitchSet> UnlikeHosts(const plain::CableCounts& cables);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -8,7 +8,7 @@
 #include "repairs/plain_reading.h"
 #include "repairs/plan_verifier.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // What a plan cannot tell of itself.
@@ -86,4 +86,4 @@ RepairsVerdict VerifyRepairs(const IBFabric& fabric, const std::optional<TreeRan
   return Trial(fabric, known).Run();
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

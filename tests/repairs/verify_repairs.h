@@ -7,7 +7,7 @@
 #include "fabric/ib_fabric.h"
 #include "repair/repair_plan.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // What came of the repairs of one fabric.
 struct RepairsVerdict {
@@ -21,4 +21,4 @@ struct RepairsVerdict {
 // these are taken; otherwise they are inferred.
 RepairsVerdict VerifyRepairs(const IBFabric& fabric, const std::optional<TreeRanks>& known);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -6,7 +6,7 @@
 #include "roots/tree_run.h"
 #include "synthetic/tree_shape.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 constexpr std::uint32_t hdr = 0x400;
@@ -95,4 +95,4 @@ TEST(CleanTreesTest, WithTooFewLeavesFarAwayAreRefused) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -10,7 +10,7 @@
 #include "fat_tree/neighborhood.h"
 #include "fat_tree/topology.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // The numbers of groups go up over all topologies of a process, those of neighborhoods and of
@@ -101,4 +101,4 @@ RankNames TrueRanks(const FabricPlan& plan) {
   return ranks;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -6,7 +6,7 @@
 
 #include "synthetic/fabric_plan.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // The names of a tree's switches, by rank. A name stands once for each switch that bears it.
 using RankNames = std::vector<std::multiset<std::string>>;
@@ -28,4 +28,4 @@ TreeRun RunWithTrueRanks(const FabricPlan& plan);
 // The ranks that the plan's switches were meant to have, without those that are gone.
 RankNames TrueRanks(const FabricPlan& plan);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

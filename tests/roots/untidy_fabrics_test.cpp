@@ -6,7 +6,7 @@
 #include "roots/tree_run.h"
 #include "synthetic/tree_shape.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 constexpr std::uint32_t hdr = 0x400;
@@ -217,4 +217,4 @@ TEST(FourLevelFabricsTest, ARootWithACableToItselfIsTakenForRankTwo) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // A test with a folder of its own, which is gone afterwards.
 class FolderTest : public ::testing::Test {
@@ -38,4 +38,4 @@ class FolderTest : public ::testing::Test {
   std::filesystem::path folder;
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

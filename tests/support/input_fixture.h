@@ -12,7 +12,7 @@
 
 #include "formats/input_text.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // Many different lines, which do not pack well.
 inline std::string LongText(int lines) {
@@ -103,4 +103,4 @@ inline constexpr const char* failed = "<stdin>: Resource temporarily unavailable
 inline constexpr const char* damaged =
     "the gzip data is damaged or cut short: this is the last place that could be unpacked";
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -10,7 +10,7 @@
 
 // The illegal links that a histogram has recorded, as texts.
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // "root0 port 1 rank 0 - leaf0 port 2 rank 1"
 inline std::string Text(const FTLinkIssue& issue) {
@@ -30,4 +30,4 @@ inline std::string Numbered(const std::string& name, std::size_t number) {
   return name + std::to_string(number);
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -6,7 +6,7 @@
 #include "fat_tree/neighborhood.h"
 #include "support/up_hop_fixture.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // Trees that are ranked and then grouped.
 class NeighborhoodTest : public UpHopTest {
@@ -26,4 +26,4 @@ class NeighborhoodTest : public UpHopTest {
   }
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

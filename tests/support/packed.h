@@ -4,7 +4,7 @@
 #include <string>
 #include <zlib.h>
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // One gzip member, whose header holds a name of a file if there is one.
 inline std::string Packed(std::string bytes, std::string name = "") {
@@ -30,4 +30,4 @@ inline std::string PackedTo(const std::string& bytes, std::size_t size) {
   return Packed(bytes, std::string(size - least, 'n'));
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -14,7 +14,7 @@
 #include "repair/find_repairs.h"
 #include "support/test_fabric.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // A clean tree whose cables a test has mixed up, and a plan that puts them right. Ends of cables
 // are "leaf0.1:2": a switch and a port.
@@ -124,4 +124,4 @@ class RepairTest : public ::testing::Test {
   TestFabric tree;
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

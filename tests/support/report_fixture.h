@@ -8,7 +8,7 @@
 #include "check/check.h"
 #include "support/stage_fixture.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // Reports of a check from roots that the test names.
 class ReportTest : public StageTest {
@@ -34,4 +34,4 @@ class ReportTest : public StageTest {
   CheckResult result;
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

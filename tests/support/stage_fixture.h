@@ -11,7 +11,7 @@
 #include "support/test_fabric.h"
 #include "support/test_peer.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // A fabric to describe, a topology over it, and what comes out of it. `Topology()` builds the
 // fabric on its first call.
@@ -65,4 +65,4 @@ class StageTest : public ::testing::Test {
   std::unique_ptr<FTTopology> topology_;
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // Acts at each flush, so that a test can interfere while the checks run. What was written is kept.
 class HookedStream : private std::stringbuf, public std::ostream {
@@ -46,4 +46,4 @@ class FlushRecorder : private std::stringbuf, public std::ostream {
   std::vector<std::string> pieces;
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

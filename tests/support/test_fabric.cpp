@@ -3,7 +3,7 @@
 #include <stdexcept>
 #include <utility>
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 void Require(const FabricBuilder::Problem& problem) {
@@ -149,4 +149,4 @@ void AddThreeLevelTree(TestFabric& fabric, int pods, int leavesPerPod, int midsP
   }
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

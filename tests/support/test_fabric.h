@@ -9,7 +9,7 @@
 
 #include "fabric/fabric_builder.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // A tiny fabric written down in a test. Nodes are known by name and stand in the model in the order
 // in which they are added; GUIDs are 1, 2, 3, ... unless a spec gives one. A mistake in the
@@ -58,4 +58,4 @@ void AddTwoLevelTree(TestFabric& fabric, int roots, int leaves, int hostsPerLeaf
 void AddThreeLevelTree(TestFabric& fabric, int pods, int leavesPerPod, int midsPerPod,
                        int rootsPerGroup, int hostsPerLeaf);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -9,7 +9,7 @@
 #include "fat_tree/topology.h"
 #include "fat_tree/up_hop_histogram.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // The inside of the stage's objects, for states that no loaded fabric can bring about (null
 // entries) or that no operation shows.
@@ -48,4 +48,4 @@ struct TestPeer {
   static auto& TotalInternalLinks(FTNeighborhood& n) { return n.totalInternalLinks; }
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

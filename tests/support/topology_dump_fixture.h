@@ -10,7 +10,7 @@
 #include "formats/load_fabric.h"
 #include "formats/topology_dump.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 inline std::string DataPath(const std::string& name) { return FABSCOPE_TEST_DATA "/" + name; }
 
@@ -71,4 +71,4 @@ class TopologyDumpTest : public ::testing::Test {
   }
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

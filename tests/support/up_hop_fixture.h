@@ -10,7 +10,7 @@
 #include "fat_tree/up_hop_histogram.h"
 #include "support/stage_fixture.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 using Indices = std::initializer_list<std::size_t>;
 
@@ -104,4 +104,4 @@ class UpHopTest : public StageTest {
   }
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

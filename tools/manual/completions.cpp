@@ -3,7 +3,7 @@
 #include <string_view>
 #include <vector>
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using Commands = std::span<const CommandText* const>;
@@ -211,4 +211,4 @@ std::string FishCompletion(Commands commands) {
   return text;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -5,7 +5,7 @@
 
 #include "cli/command_text.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // What the shells complete behind "fabscope": its commands, their options, the words that an option
 // takes, and files where a file or the fabric is wanted. Nothing is offered where anything may
@@ -14,4 +14,4 @@ std::string BashCompletion(std::span<const CommandText* const> commands);
 std::string ZshCompletion(std::span<const CommandText* const> commands);
 std::string FishCompletion(std::span<const CommandText* const> commands);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

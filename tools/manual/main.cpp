@@ -20,14 +20,15 @@ bool Write(const std::string& path, const std::string& text) {
 }
 
 bool WriteAll(const std::string& folder) {
-  const auto commands = fabscope::CommandTexts();
-  bool isWritten = Write(folder + "/fabscope.bash", fabscope::BashCompletion(commands)) &&
-                   Write(folder + "/_fabscope", fabscope::ZshCompletion(commands)) &&
-                   Write(folder + "/fabscope.fish", fabscope::FishCompletion(commands)) &&
-                   Write(folder + "/fabscope.1", fabscope::ManPage(fabscope::toolText, commands));
-  for (const fabscope::CommandText* command : commands) {
-    const std::string path = folder + "/" + fabscope::PageName(*command) + ".1";
-    isWritten = isWritten && Write(path, fabscope::ManPage(*command));
+  const auto commands = fabscope::internal::CommandTexts();
+  bool isWritten = Write(folder + "/fabscope.bash", fabscope::internal::BashCompletion(commands)) &&
+                   Write(folder + "/_fabscope", fabscope::internal::ZshCompletion(commands)) &&
+                   Write(folder + "/fabscope.fish", fabscope::internal::FishCompletion(commands)) &&
+                   Write(folder + "/fabscope.1",
+                         fabscope::internal::ManPage(fabscope::internal::toolText, commands));
+  for (const fabscope::internal::CommandText* command : commands) {
+    const std::string path = folder + "/" + fabscope::internal::PageName(*command) + ".1";
+    isWritten = isWritten && Write(path, fabscope::internal::ManPage(*command));
   }
   return isWritten;
 }

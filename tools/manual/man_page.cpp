@@ -7,7 +7,7 @@
 
 #include "platform/version.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // Text that roff prints as it is. A plain "-" would become a typographic hyphen, which nobody can
@@ -168,4 +168,4 @@ std::string ManPage(const CommandText& tool, std::span<const CommandText* const>
   return page.Take();
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

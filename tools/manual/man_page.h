@@ -5,7 +5,7 @@
 
 #include "cli/command_text.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // The manual page of a command for section 1, in the man macros of roff.
 std::string ManPage(const CommandText& command);
@@ -16,4 +16,4 @@ std::string ManPage(const CommandText& tool, std::span<const CommandText* const>
 // "fabscope-check" of check, "fabscope" of fabscope itself: what a page is called.
 std::string PageName(const CommandText& command);
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // A value for each of some places, 0 at first. Finds the first place whose value exceeds a limit in
 // as many steps as the count of places has binary digits: a tree, every node of which knows the
@@ -48,4 +48,4 @@ class FirstGreater {
   std::vector<std::int64_t> greatest_;  // node n has the children 2n and 2n + 1, the root is 1
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

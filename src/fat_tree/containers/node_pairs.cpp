@@ -1,6 +1,6 @@
 #include "fat_tree/containers/node_pairs.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 void NodePairs::Add(const IBNode& first, const IBNode& second) {
   std::uint32_t column = columns_.Get(first);
@@ -17,4 +17,4 @@ void NodePairs::Add(const IBNode& first, const IBNode& second) {
   word |= bit;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

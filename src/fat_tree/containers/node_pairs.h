@@ -6,7 +6,7 @@
 
 #include "fat_tree/containers/node_table.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // A set of unordered pairs of nodes, like PairsContainer, for two kinds of nodes with many pairs
 // between them: a bit for each.
@@ -41,4 +41,4 @@ class NodePairs {
   std::vector<Word> words_;                 // row by row
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

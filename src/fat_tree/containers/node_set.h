@@ -7,7 +7,7 @@
 
 #include "fabric/ib_node.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // Switches ordered by address, which is model order. Every walk of the stage over switches follows
 // it, so it decides the order of all output.
@@ -24,4 +24,4 @@ inline void AddNodes(std::vector<const IBNode*> nodes, NodeSet& set) {
   }
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -7,7 +7,7 @@
 
 #include "fabric/ib_node.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // A value for some nodes of one fabric, found by the node's place in the model. A map would do, but
 // the stage looks a node up for every cable of a fabric, many times over.
@@ -90,4 +90,4 @@ class RankTable {
   std::vector<Entry> entries_;  // by ascending index
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

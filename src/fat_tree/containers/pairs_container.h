@@ -6,7 +6,7 @@
 #include <set>
 #include <utility>
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // A set of unordered pairs: {a, b} and {b, a} are one entry. It exists because a link is met from
 // both of its ends, and must be known again from either.
@@ -23,4 +23,4 @@ class PairsContainer {
   std::set<std::pair<T, T>> pairs_;  // (larger, smaller)
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

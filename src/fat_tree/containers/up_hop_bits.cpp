@@ -1,6 +1,6 @@
 #include "fat_tree/containers/up_hop_bits.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 constexpr std::size_t byteBits = 8;
@@ -32,4 +32,4 @@ std::string UpHopBits::ToText(std::size_t length) const {
   return text.erase(0, text.size() - length);
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <string>
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // Upper switches by their index on the rank.
 inline constexpr std::size_t MaxUpperSwitches = 2048;
@@ -108,4 +108,4 @@ class UpHopBits {
   std::array<Word, wordCount> words_{};
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-namespace fabscope {
+namespace fabscope::internal {
 
 // For some upper switches by index, how many lower switches reach them. A map in one piece: there
 // is one for every set of a histogram, and most are small.
@@ -51,4 +51,4 @@ class UpHopCounts {
   std::vector<Entry> entries_;
 };
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -5,7 +5,7 @@
 #include "support/stage_fixture.h"
 #include "support/test_peer.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // Advice on a fabric that a test describes, whose tree could not be built.
@@ -257,4 +257,4 @@ TEST_F(TreeAdviceTest, ATreeWithoutRanksIsLeftToTheStage) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -11,7 +11,7 @@
 #include "repair/inferred_ranks.h"
 #include "support/stage_fixture.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::ElementsAre;
@@ -208,4 +208,4 @@ std::uint64_t CountMisfits(const IBFabric& fabric, const TreeRanks& ranks) {
   return known == misfits.end() ? 0 : known->second;
 }
 
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -7,7 +7,7 @@
 
 #include "check/check.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 struct Phase {
@@ -45,4 +45,4 @@ TEST(ProgressTest, ReadingIsToldNodeByNode) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

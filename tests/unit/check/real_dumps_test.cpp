@@ -10,7 +10,7 @@
 #include "fabric/fabric_walk.h"
 #include "reports/text_report.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::ElementsAre;
@@ -183,4 +183,4 @@ TEST(RecordOrderTest, DoesNotChangeTheReport) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

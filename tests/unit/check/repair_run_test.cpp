@@ -7,7 +7,7 @@
 #include "support/folder_test.h"
 #include "support/repair_fixture.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 class RepairRunTest : public FolderTest {
@@ -195,4 +195,4 @@ TEST_F(HalfRepairedTest, ASureStepStaysSureWhenTheCheckFindsNothingMore) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

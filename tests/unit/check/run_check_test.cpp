@@ -7,7 +7,7 @@
 #include "fat_tree/neighborhood.h"
 #include "support/folder_test.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::ElementsAre;
@@ -298,4 +298,4 @@ TEST_F(RunCheckTest, AdaptersOfASpecialNameAreSpecialInADump) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -6,7 +6,7 @@
 #include <iterator>
 #include <sstream>
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::Eq;
@@ -381,4 +381,4 @@ TEST_F(CheckOptionsTest, EachOutputIsTold) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

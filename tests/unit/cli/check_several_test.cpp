@@ -6,7 +6,7 @@
 
 #include "platform/progress.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::ElementsAre;
@@ -32,4 +32,4 @@ TEST(CheckSeveralTest, ProgressTellsHowManyFabricsAreDone) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

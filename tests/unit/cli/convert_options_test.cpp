@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::Eq;
@@ -144,4 +144,4 @@ TEST_F(ConvertOptionsTest, SpecialNodesAreAnExpression) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::Eq;
@@ -75,4 +75,4 @@ TEST_F(DiffOptionsTest, ReportIsQuietOrColouredWhenAskedFor) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

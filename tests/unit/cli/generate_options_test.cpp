@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::ElementsAre;
@@ -187,4 +187,4 @@ TEST_F(GenerateOptionsTest, FabricAndTruthNeedAFileEach) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

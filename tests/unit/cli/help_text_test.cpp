@@ -13,7 +13,7 @@
 #include "cli/generate_options.h"
 #include "synthetic/faults.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::Contains;
@@ -159,4 +159,4 @@ TEST(CommandTextTest, AllKindsOfFaultsAreTold) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -4,7 +4,7 @@
 
 #include "platform/logging.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::internal::CaptureStderr;
@@ -44,4 +44,4 @@ TEST(MessagesTest, LeaveNoChannelOpenBehindThem) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::Eq;
@@ -87,4 +87,4 @@ TEST_F(RepairOptionsTest, GuidsAreShownAsInACheck) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -4,7 +4,7 @@
 
 #include "support/test_fabric.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 class CounterpartsTest : public ::testing::Test {
@@ -78,4 +78,4 @@ TEST_F(CounterpartsTest, ANodeThatStayedIsNotReplacedByOneThatTookItsName) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

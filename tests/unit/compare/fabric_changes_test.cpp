@@ -7,7 +7,7 @@
 
 #include "support/test_fabric.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::ElementsAre;
@@ -167,4 +167,4 @@ TEST_F(FabricChangesTest, ANewNameIsAChangeOfItsOwn) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -4,7 +4,7 @@
 
 #include "support/test_fabric.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // The ends and the port of a cable can be given.
@@ -48,4 +48,4 @@ TEST(FabricHashTest, TypesMatter) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

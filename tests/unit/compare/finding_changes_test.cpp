@@ -12,7 +12,7 @@
 #include "platform/reg_exp.h"
 #include "support/test_fabric.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::ElementsAre;
@@ -227,4 +227,4 @@ TEST_F(FindingChangesTest, SharedFlidsAreKnownByTheirGroups) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

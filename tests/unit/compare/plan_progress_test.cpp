@@ -8,7 +8,7 @@
 #include "support/folder_test.h"
 #include "support/repair_fixture.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::ElementsAre;
@@ -251,4 +251,4 @@ TEST_F(LinkCuresTest, ALinkBelongsToTheStepThatPlugsIt) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -4,7 +4,7 @@
 
 #include "support/input_fixture.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::ElementsAre;
@@ -187,4 +187,4 @@ TEST_F(RepairDocumentTest, StepsAreNumberedUpwardsAndNoneTwice) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -8,7 +8,7 @@
 
 #include "fabric/guid.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::ElementsAre;
@@ -448,4 +448,4 @@ TEST_F(FabricBuilderTest, GuidsAreShownInSixteenDigits) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

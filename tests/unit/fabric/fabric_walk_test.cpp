@@ -7,7 +7,7 @@
 
 #include "support/test_fabric.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // Attributes of a port that a test changes one of.
@@ -223,4 +223,4 @@ TEST(GetSwitchASICTest, IsNothingForOtherSwitches) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -4,7 +4,7 @@
 #include "fat_tree/status.h"
 #include "support/stage_fixture.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 class AportChecksTest : public StageTest {
@@ -352,4 +352,4 @@ TEST_F(AportChecksTest, NullLineOfAConnectivityGroupIsNotMet) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -6,7 +6,7 @@
 #include "support/stage_fixture.h"
 #include "support/streams.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using Ranks = std::vector<NodeSet>;
@@ -573,4 +573,4 @@ TEST_F(AutomaticRootsTest, ItsReportLinesAreFlushed) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

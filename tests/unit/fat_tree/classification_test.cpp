@@ -5,7 +5,7 @@
 #include "fat_tree/status.h"
 #include "support/stage_fixture.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using DistanceClasses = std::map<std::int32_t, std::list<const IBNode*>>;
@@ -463,4 +463,4 @@ TEST_F(ClassificationTest, TextListsTheClassesFromTheNearest) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

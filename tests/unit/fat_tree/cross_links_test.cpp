@@ -8,7 +8,7 @@
 #include "support/link_issues.h"
 #include "support/up_hop_fixture.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::ElementsAre;
@@ -383,4 +383,4 @@ TEST_F(CrossLinksTest, SharedSwitchesBeyondTheRankAreNotLookedAt) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

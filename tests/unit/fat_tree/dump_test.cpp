@@ -4,7 +4,7 @@
 #include "support/stage_fixture.h"
 #include "support/streams.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 class DumpTest : public StageTest {
@@ -373,4 +373,4 @@ TEST_F(DumpTest, TheTotalsAreFlushedToo) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

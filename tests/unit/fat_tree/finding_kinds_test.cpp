@@ -4,7 +4,7 @@
 
 #include "fat_tree/findings.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::ElementsAre;
@@ -42,4 +42,4 @@ TEST(FindingKindsTest, AFindingTellsWhatItsGroupsAre) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -7,7 +7,7 @@
 
 #include "support/neighborhood_fixture.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::ElementsAre;
@@ -229,4 +229,4 @@ TEST_F(FindingsTest, SharedFlidNamesItsNeighborhoods) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

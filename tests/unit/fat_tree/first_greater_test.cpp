@@ -5,7 +5,7 @@
 #include <random>
 #include <vector>
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 TEST(FirstGreaterTest, PlacesBeginWithNothing) {
@@ -34,4 +34,4 @@ TEST(FirstGreaterTest, FindsWhatALookAtEachPlaceFinds) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -4,7 +4,7 @@
 #include "fat_tree/status.h"
 #include "support/stage_fixture.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 std::string ClosingLine() {
@@ -180,4 +180,4 @@ TEST_F(FlidCheckTest, NullLineIsAFailureWhoseReasonStaysWithItsGroup) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

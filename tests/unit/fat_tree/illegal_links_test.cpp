@@ -8,7 +8,7 @@
 #include "support/link_issues.h"
 #include "support/up_hop_fixture.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::ElementsAre;
@@ -229,4 +229,4 @@ TEST_F(IllegalLinksTest, PairInTheRegistryIsNotRecordedAgainInAnyHistogram) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

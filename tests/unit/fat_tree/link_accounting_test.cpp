@@ -5,7 +5,7 @@
 #include "fat_tree/status.h"
 #include "support/stage_fixture.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 class LinkAccountingTest : public StageTest {
@@ -463,4 +463,4 @@ TEST_F(LinkAccountingTest, NullSwitchEndsTheSearchForTheLeastRatio) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -5,7 +5,7 @@
 #include "support/stage_fixture.h"
 #include "support/streams.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // Groups are made by hand and the link counts of their switches laid down in the topology's memo,
@@ -478,4 +478,4 @@ TEST_F(LinkChecksTest, NullLineBehindTheUplinksIsTheResultOfTheLastCheck) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

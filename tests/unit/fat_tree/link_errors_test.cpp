@@ -5,7 +5,7 @@
 #include "fat_tree/containers/pairs_container.h"
 #include "support/stage_fixture.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 class LinkErrorsTest : public StageTest {
@@ -196,4 +196,4 @@ TEST_F(PairsContainerTest, HoldsSwitches) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -6,7 +6,7 @@
 
 #include "support/up_hop_fixture.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // An index of sets that it keeps.
@@ -148,4 +148,4 @@ TEST(MergeIndexTest, FindsWhatAskingOneSetAfterAnotherFinds) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

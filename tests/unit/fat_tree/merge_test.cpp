@@ -8,7 +8,7 @@
 #include "fat_tree/up_hop_histogram.h"
 #include "support/up_hop_fixture.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::ElementsAre;
@@ -330,4 +330,4 @@ TEST_F(MergeTest, MergePassCountsSetsThatMergeWithNoOther) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

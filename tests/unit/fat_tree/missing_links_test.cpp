@@ -7,7 +7,7 @@
 #include "fat_tree/neighborhood.h"
 #include "support/neighborhood_fixture.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::ElementsAre;
@@ -177,4 +177,4 @@ TEST_F(MissingLinksTest, NullSpineOrLineEndsTheReportQuietly) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -8,7 +8,7 @@
 #include "fat_tree/up_hop_histogram.h"
 #include "support/neighborhood_fixture.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::ElementsAre;
@@ -400,4 +400,4 @@ TEST_F(NeighborhoodTest, FailedSearchForCrossLinksIsPassedUpBeforeAnyGroupIsMade
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

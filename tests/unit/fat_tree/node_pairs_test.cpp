@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 #include <vector>
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 std::vector<IBNode> NodesOfOneFabric(std::uint32_t count) {
@@ -59,4 +59,4 @@ TEST(NodePairsTest, EachOfManyPairsStandsForItself) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

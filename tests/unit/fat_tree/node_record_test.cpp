@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 #include <string>
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 class NodeRecordTest : public ::testing::Test {
@@ -70,4 +70,4 @@ TEST_F(NodeRecordTest, AnyOtherSettingShowsTheNameOnly) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -4,7 +4,7 @@
 #include <utility>
 #include <vector>
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 TEST(NodeSetTest, NodesAddedInOneGoStandWhereEachByItselfWould) {
@@ -35,4 +35,4 @@ TEST(NodeSetTest, ANodeGivenTwiceIsAddedOnceAndNullIsANodeLikeOthers) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

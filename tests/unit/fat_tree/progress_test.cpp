@@ -6,7 +6,7 @@
 
 #include "support/stage_fixture.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::ElementsAre;
@@ -47,4 +47,4 @@ TEST_F(ProgressTest, ValidationTellsSetsAsTheyAreMergedThenUpperSwitchesAndThenT
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

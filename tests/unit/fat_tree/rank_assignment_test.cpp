@@ -5,7 +5,7 @@
 #include "fat_tree/status.h"
 #include "support/stage_fixture.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 class RankAssignmentTest : public StageTest {
@@ -348,4 +348,4 @@ TEST_F(RankAssignmentTest, SwapExchangesTheRanks) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 #include <vector>
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 class RankedSwitchesTest : public ::testing::Test {
@@ -49,4 +49,4 @@ TEST_F(RankedSwitchesTest, NewRanksLeaveNothingOfTheOld) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -5,7 +5,7 @@
 #include "support/stage_fixture.h"
 #include "support/streams.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using Names = std::vector<std::string>;
@@ -573,4 +573,4 @@ TEST_F(TopologyTest, ReleasingAContainerDeletesEveryEntryAndClearsIt) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

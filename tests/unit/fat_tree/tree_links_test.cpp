@@ -7,7 +7,7 @@
 
 #include "support/test_fabric.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::ElementsAre;
@@ -113,4 +113,4 @@ TEST_F(TreeLinksTest, PlanePortsAreToldOfSwitchesThatHaveAny) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -7,7 +7,7 @@
 
 #include "support/up_hop_fixture.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::ElementsAre;
@@ -85,4 +85,4 @@ TEST(UpHopBitsTest, HasMoreOutsideThanALimitOnlyBelowTheSize) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

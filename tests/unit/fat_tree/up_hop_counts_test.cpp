@@ -5,7 +5,7 @@
 #include <map>
 #include <random>
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::ElementsAre;
@@ -61,4 +61,4 @@ TEST(UpHopCountsTest, BehavesLikeAnOrderedMap) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -9,7 +9,7 @@
 
 #include "support/up_hop_fixture.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::ElementsAre;
@@ -387,4 +387,4 @@ TEST_F(UpHopHistogramTest, SetInWordsWithoutUpperSwitches) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -3,7 +3,7 @@
 #include "support/stage_fixture.h"
 #include "support/streams.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using Lines = std::vector<std::string>;
@@ -480,4 +480,4 @@ TEST_F(InterferenceTest, AFlidCheckThatFailsInsideAGroupGivesNoReason) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

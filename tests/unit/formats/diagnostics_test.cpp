@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 #include <string>
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::ElementsAre;
@@ -84,4 +84,4 @@ TEST(DiagnosticsTest, EveryKindIsCountedForItselfUnderItsName) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -6,7 +6,7 @@
 #include "formats/fabric_document.h"
 #include "formats/load_fabric.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::StartsWith;
@@ -574,4 +574,4 @@ TEST(FabricDocumentErrorsTest, OnlyAnObjectIsADocument) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

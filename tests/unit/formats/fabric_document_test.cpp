@@ -15,7 +15,7 @@
 #include "support/test_fabric.h"
 #include "text/text_fields.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::ElementsAre;
@@ -528,4 +528,4 @@ TEST_F(FabricDocumentTest, ANameThatIsNotUtf8IsWrittenWithReplacementCharacters)
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

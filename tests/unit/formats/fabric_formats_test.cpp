@@ -10,7 +10,7 @@
 #include "support/input_fixture.h"
 #include "support/test_fabric.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 class FabricFormatsTest : public InputTest {};
@@ -75,4 +75,4 @@ TEST_F(FabricFormatsTest, EachIsTold) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -6,7 +6,7 @@
 #include "formats/write_fabric.h"
 #include "support/test_fabric.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::ElementsAre;
@@ -435,4 +435,4 @@ TEST(FabricLosses, FabricWithoutNodesCannotBeReadFromADump) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

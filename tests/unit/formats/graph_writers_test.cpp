@@ -6,7 +6,7 @@
 
 #include "support/test_fabric.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 std::string DotOf(TestFabric& fabric) {
@@ -180,4 +180,4 @@ TEST(GraphMlWriterTest, NamesLoseWhatXmlCannotHold) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

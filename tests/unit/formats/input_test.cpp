@@ -10,7 +10,7 @@
 #include "support/input_fixture.h"
 #include "support/packed.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 TEST_F(InputTest, AFileIsReadAsItIs) {
@@ -319,4 +319,4 @@ TEST_F(InputTest, NobodyKnowsTheSizeOfAPipe) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -8,7 +8,7 @@
 #include "support/input_fixture.h"
 #include "support/packed.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::ElementsAre;
@@ -182,4 +182,4 @@ TEST_F(LinesTest, AWrongLineIsToldWhenTheRestCanBeRead) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

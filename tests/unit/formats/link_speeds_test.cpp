@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 #include <optional>
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 TEST(LinkSpeedsTest, SpeedsAreKnownByNameAndByCode) {
@@ -19,4 +19,4 @@ TEST(LinkSpeedsTest, SpeedsAreKnownByNameAndByCode) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -7,7 +7,7 @@
 #include "support/input_fixture.h"
 #include "support/packed.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 class LoadFabricTest : public InputTest {
@@ -106,4 +106,4 @@ TEST_F(LoadFabricTest, APackedDumpThatWasCutIsNoSmallerFabric) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

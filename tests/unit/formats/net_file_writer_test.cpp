@@ -6,7 +6,7 @@
 
 #include "support/test_fabric.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 std::string NetFileOf(TestFabric& fabric) {
@@ -170,4 +170,4 @@ TEST(NetFileWriterTest, NodesAndTheirPeersAreNamedSo) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

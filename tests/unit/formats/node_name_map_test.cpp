@@ -7,7 +7,7 @@
 #include <string>
 #include <unistd.h>
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::ElementsAre;
@@ -105,4 +105,4 @@ TEST_F(NodeNameMapTest, AMissingFileIsAnError) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 int Compared(const NodeOrderKey& a, const NodeOrderKey& b) {
@@ -88,4 +88,4 @@ TEST(NodeOrderTest, KeysOfNumbersOfHundredsOfDigitsSayNothing) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

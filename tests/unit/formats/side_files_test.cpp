@@ -11,7 +11,7 @@
 
 #include "support/packed.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::ElementsAre;
@@ -215,4 +215,4 @@ TEST_F(SideFilesTest, AFlidsFileHasItsOwnHeader) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

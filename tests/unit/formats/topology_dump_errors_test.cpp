@@ -9,7 +9,7 @@
 #include "formats/load_fabric.h"
 #include "formats/topology_dump.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 constexpr const char* leaf =
@@ -322,4 +322,4 @@ TEST(TopologyDumpErrorsTest, ADumpThatWasCutInsideALineOfARecordIsAnErrorInThatL
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -8,7 +8,7 @@
 
 #include "fabric/ib_node.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 std::string InWords(const DumpPortLine& port) {
@@ -204,4 +204,4 @@ TEST(TopologyDumpLinesTest, ALineOfNoKnownKindIsCutWhereAKnownOneMayGoOn) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

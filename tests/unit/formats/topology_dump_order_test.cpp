@@ -10,7 +10,7 @@
 #include "formats/fabric_document.h"
 #include "support/topology_dump_fixture.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::IsEmpty;
@@ -97,4 +97,4 @@ TEST_F(TopologyDumpOrderTest, TheOrderOfTheRecordsDoesNotMatter) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -7,7 +7,7 @@
 #include "platform/progress.h"
 #include "support/topology_dump_fixture.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::ElementsAre;
@@ -457,4 +457,4 @@ TEST_F(TopologyDumpTest, PackedAndPlainDumpsGiveTheSame) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -10,7 +10,7 @@
 #include "formats/load_fabric.h"
 #include "formats/topology_dump.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::ElementsAre;
@@ -343,4 +343,4 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& tested) { return std::string(tested.param.name); });
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

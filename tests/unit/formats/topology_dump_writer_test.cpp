@@ -10,7 +10,7 @@
 #include "formats/topology_dump.h"
 #include "support/test_fabric.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::ElementsAre;
@@ -306,4 +306,4 @@ TEST(TopologyDumpWriter, NodesBeyondTheLastLidHaveNone) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -10,7 +10,7 @@
 #include "formats/topology_dump_writer.h"
 #include "support/test_fabric.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 TEST(WriteFabric, FormatsGoByTheirNames) {
@@ -61,4 +61,4 @@ TEST(WriteFabric, EachFormatIsWrittenByItsWriter) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

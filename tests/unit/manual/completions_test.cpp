@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::HasSubstr;
@@ -65,4 +65,4 @@ TEST(CompletionsTest, FishTellsWhatItOffers) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -8,7 +8,7 @@
 #include "cli/commands.h"
 #include "platform/version.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::HasSubstr;
@@ -103,4 +103,4 @@ TEST(ManPageTest, EveryOptionHasItsPlace) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

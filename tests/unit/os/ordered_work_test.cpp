@@ -10,7 +10,7 @@
 #include <thread>
 #include <vector>
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::ElementsAre;
@@ -110,4 +110,4 @@ TEST(OrderedWorkTest, NoFurtherWorkBeginsWhenAResultCannotBeTaken) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

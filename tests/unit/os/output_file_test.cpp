@@ -18,7 +18,7 @@
 
 #include "support/folder_test.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 namespace fs = std::filesystem;
@@ -301,4 +301,4 @@ TEST(StandardOutputTest, ThatIsClosedIsAProblem) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

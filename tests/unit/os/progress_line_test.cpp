@@ -5,7 +5,7 @@
 
 #include "platform/progress.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::internal::CaptureStderr;
@@ -57,4 +57,4 @@ TEST(ProgressLineTest, WorkOfUnknownLengthHasNoShare) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -17,7 +17,7 @@
 #include "os/output_file.h"
 #include "support/folder_test.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 namespace fs = std::filesystem;
@@ -189,4 +189,4 @@ INSTANTIATE_TEST_SUITE_P(Signals, EndingSignalTest,
                          });
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

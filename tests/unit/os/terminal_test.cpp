@@ -6,7 +6,7 @@
 #include <pty.h>
 #include <unistd.h>
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // Standard output leads to a terminal, and the environment says nothing about colours.
@@ -71,4 +71,4 @@ TEST(NoTerminalTest, HasColoursOnlyWhenTold) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

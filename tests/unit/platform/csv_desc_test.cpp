@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 TEST(CsvDescTest, LeavesOrdinaryTextAlone) {
@@ -27,4 +27,4 @@ TEST(CsvDescTest, KeepsBytesBeyondAscii) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 class LoggingTest : public ::testing::Test {
@@ -65,4 +65,4 @@ TEST_F(LoggingTest, AChannelWithoutSinkDropsItsTextAndLeavesTheOtherAlone) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

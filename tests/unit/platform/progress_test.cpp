@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 #include <string>
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 TEST(ProgressTest, GoesToTheSinkWhileThereIsOne) {
@@ -20,4 +20,4 @@ TEST(ProgressTest, GoesToTheSinkWhileThereIsOne) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -10,7 +10,7 @@
 
 #include "platform/reg_exp.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 TEST(RegExpSizeTest, CountsCharactersGroupsAndOperators) {
@@ -137,4 +137,4 @@ TEST(RegExpSizeTest, TheLargestThatIsTakenEndsNoProcess) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

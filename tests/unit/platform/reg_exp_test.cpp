@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 TEST(RegExpTest, KeepsItsSourceText) {
@@ -124,4 +124,4 @@ TEST(RegExpTest, AnExpressionMayReferBackToItsGroups) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

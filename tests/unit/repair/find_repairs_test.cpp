@@ -5,7 +5,7 @@
 #include "repair/inferred_ranks.h"
 #include "support/repair_fixture.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::ElementsAre;
@@ -229,4 +229,4 @@ TEST_F(FindRepairsTest, DoesNoStepWhoseCableIsNotThere) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

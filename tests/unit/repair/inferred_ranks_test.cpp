@@ -4,7 +4,7 @@
 
 #include "support/repair_fixture.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using InferredRanksTest = RepairTest;
@@ -82,4 +82,4 @@ TEST_F(InferredRanksTest, AMovedCableIsTwoMisfitsAndAMissingOneIsOne) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -5,7 +5,7 @@
 
 #include "support/repair_fixture.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::Each;
@@ -112,4 +112,4 @@ TEST(StepTrustOfLinks, ANewCableBesideOneThatOnlyOneEndTellsOfIsNotSure) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -5,7 +5,7 @@
 
 #include "support/test_fabric.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 class FaultTextTest : public ::testing::Test {
@@ -64,4 +64,4 @@ TEST_F(FaultTextTest, ASharedNameComesWithTheGuid) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -8,7 +8,7 @@
 #include "reports/json_report.h"
 #include "support/report_fixture.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::HasSubstr;
@@ -100,4 +100,4 @@ TEST_F(HtmlReportTest, NamesCannotEndTheirElement) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

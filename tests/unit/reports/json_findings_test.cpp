@@ -5,7 +5,7 @@
 
 #include "support/test_fabric.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 class JsonFindingsTest : public ::testing::Test {
@@ -81,4 +81,4 @@ TEST_F(JsonFindingsTest, SharedFlid) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -7,7 +7,7 @@
 #include "platform/version.h"
 #include "support/stage_fixture.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // A check of a fabric that the test describes, from roots that it names.
@@ -264,4 +264,4 @@ TEST_F(JsonReportTest, TellsHowManyRecordsAreNotListed) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

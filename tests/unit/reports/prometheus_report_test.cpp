@@ -9,7 +9,7 @@
 #include "platform/version.h"
 #include "support/report_fixture.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::HasSubstr;
@@ -134,4 +134,4 @@ TEST_F(PrometheusReportTest, TellsHowManyRecordsTheFindingsLack) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -5,7 +5,7 @@
 #include "reports/json_report.h"
 #include "support/repair_fixture.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::AllOf;
@@ -397,4 +397,4 @@ TEST_F(SharedNamesTest, NeedNoGuidWhereItIsShown) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -5,7 +5,7 @@
 
 #include "support/test_fabric.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::ElementsAre;
@@ -111,4 +111,4 @@ TEST_F(SlurmSwitchNamesTest, ChipsOfOneSwitchAreToldByTheirChip) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

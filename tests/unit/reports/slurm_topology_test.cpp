@@ -9,7 +9,7 @@
 #include "platform/version.h"
 #include "support/report_fixture.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::ElementsAre;
@@ -297,4 +297,4 @@ TEST_F(SlurmTopologyTest, FileHasALineForEachSwitchAndTellsWhatItWasMadeOf) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -7,7 +7,7 @@
 
 #include "support/report_fixture.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::HasSubstr;
@@ -137,4 +137,4 @@ TEST_F(SvgReportTest, LargeTreeIsFoldedAndKeepsItsFaults) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -7,7 +7,7 @@
 #include "reports/csv_report.h"
 #include "support/test_fabric.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 // Switches that records can name.
@@ -162,4 +162,4 @@ TEST(CsvReportTest, IsAHeaderAndALineForEachRecord) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -7,7 +7,7 @@
 
 #include "support/stage_fixture.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::ElementsAre;
@@ -148,4 +148,4 @@ TEST_F(TreeLayoutTest, FoldedMarksHoldAllSwitchesOfTheirGroup) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 #include <set>
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 constexpr std::uint32_t hdr = 0x400;
@@ -366,4 +366,4 @@ TEST(FaultsTest, OneSeedDoesOneThing) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -9,7 +9,7 @@
 #include "fat_tree/topology.h"
 #include "synthetic/fabric_plan.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::ElementsAre;
@@ -252,4 +252,4 @@ TEST(PlanTreeTest, LeafGroupsAreTheNeighborhoods) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 #include <numeric>
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 TEST(RandomTest, GivesTheSameNumbersForOneSeedOnEveryMachine) {
@@ -42,4 +42,4 @@ TEST(RandomTest, ShufflesEveryItemToEveryPlace) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 using ::testing::ElementsAre;
@@ -126,4 +126,4 @@ TEST(TreeShapeTest, SaysWhatIsWrongWithAShape) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

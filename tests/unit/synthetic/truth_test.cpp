@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 constexpr std::uint32_t hdr = 0x400;
@@ -83,4 +83,4 @@ TEST_F(TruthOfFaultTest, ASharedFlidIsToldWithItsNewLeaf) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 TEST(EscapedTextTest, PrometheusLabelsEscapeQuotesAndBackslashesOnly) {
@@ -40,4 +40,4 @@ TEST(EscapedTextTest, WhatIsNoCharacterOfXmlIsReplaced) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

@@ -6,7 +6,7 @@
 #include "text/json_members.h"
 #include "text/utf8.h"
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 std::string Json(const std::string& text) {
@@ -86,4 +86,4 @@ TEST(JsonTextTest, TheFirstInvalidByteIsBehindAllValidOnes) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal

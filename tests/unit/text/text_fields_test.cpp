@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-namespace fabscope {
+namespace fabscope::internal {
 namespace {
 
 constexpr std::uint64_t all = std::numeric_limits<std::uint64_t>::max();
@@ -164,4 +164,4 @@ TEST(TextFieldsTest, ANulByteIsACharacterLikeOthers) {
 }
 
 }  // namespace
-}  // namespace fabscope
+}  // namespace fabscope::internal
