@@ -1,22 +1,24 @@
-# The Debian packages: `cpack -G DEB` makes fabscope (the command) and libfabscope-dev (the library).
+# The Debian packages: `cpack -G DEB` makes fabscope (the command), the library of programs that are
+# built, and libfabscope-dev for those to be built.
 # Who hands them on to others, puts a name and an address here: example.org belongs to nobody.
 set(FABSCOPE_MAINTAINER "The fabscope developers <fabscope@example.org>" CACHE STRING
   "Who looks after the Debian packages, with an address")
 
+set(debian ${PROJECT_SOURCE_DIR}/packaging/debian)
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_PACKAGE_CONTACT "${FABSCOPE_MAINTAINER}")
 set(CPACK_DEB_COMPONENT_INSTALL ON)
-set(CPACK_COMPONENTS_ALL command library)
-set(debian_packages fabscope libfabscope-dev)
+set(soname_package libfabscope${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
+set(CPACK_COMPONENTS_ALL command runtime library)
+set(debian_packages fabscope ${soname_package} libfabscope-dev)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 # Each package has its own, which the one of the project would stand before.
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")
 
-set(debian ${PROJECT_SOURCE_DIR}/packaging/debian)
 set(CPACK_DEBIAN_COMMAND_PACKAGE_NAME fabscope)
 set(CPACK_DEBIAN_COMMAND_PACKAGE_SECTION net)
 set(CPACK_DEBIAN_COMMAND_PACKAGE_SHLIBDEPS ON)
@@ -26,11 +28,21 @@ set(CPACK_COMPONENT_COMMAND_DESCRIPTION "Finds the wrong cables of an InfiniBand
 From the dump that ibnetdiscover prints it finds the tree, names the
 switches and ports at fault, and says which cables to move.")
 set(CPACK_DEBIAN_COMMAND_PACKAGE_RECOMMENDS infiniband-diags)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME ${soname_package})
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${PROJECT_BINARY_DIR}/debian/shlibs
+  ${debian}/triggers)
+file(WRITE ${PROJECT_BINARY_DIR}/debian/shlibs
+  "libfabscope ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR} ${soname_package}\n")
+set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "Finds the wrong cables of an InfiniBand fat tree: shared library
+What programs need that were built with libfabscope-dev.")
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME libfabscope-dev)
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libdevel)
-set(CPACK_DEBIAN_LIBRARY_PACKAGE_DEPENDS "zlib1g-dev, libsimdjson-dev, libfmt-dev")
-set(CPACK_COMPONENT_LIBRARY_DESCRIPTION "Finds the wrong cables of an InfiniBand fat tree: library
-Loads fabrics, recognises their fat tree and checks its cabling.")
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_DEPENDS
+  "${soname_package} (= ${PROJECT_VERSION}-1), zlib1g-dev, libsimdjson-dev, libfmt-dev, nettle-dev")
+set(CPACK_COMPONENT_LIBRARY_DESCRIPTION "Finds the wrong cables of an InfiniBand fat tree: development files
+Loads fabrics, recognises their fat tree, checks its cabling, finds repairs.")
 
 # What every package has to hold.
 find_program(GZIP gzip REQUIRED)

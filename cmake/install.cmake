@@ -2,8 +2,10 @@
 include(CMakePackageConfigHelpers)
 
 set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/fabscope)
-install(EXPORT fabscope_library NAMESPACE fabscope:: FILE fabscopeTargets.cmake
-  DESTINATION ${package_folder} COMPONENT library)
+foreach(kind IN ITEMS shared static)
+  install(EXPORT fabscope_${kind} NAMESPACE fabscope:: FILE fabscope_${kind}.cmake
+    DESTINATION ${package_folder} COMPONENT library)
+endforeach()
 configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/fabscopeConfig.cmake.in fabscopeConfig.cmake
   INSTALL_DESTINATION ${package_folder})
 write_basic_package_version_file(fabscopeConfigVersion.cmake COMPATIBILITY SameMinorVersion)

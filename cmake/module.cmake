@@ -9,7 +9,7 @@ target_compile_options(fabscope_flags INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-re
 # It runs as root, on texts that any host of the fabric can choose.
 if(FABSCOPE_HARDENING)
   target_compile_options(fabscope_flags INTERFACE
-    -fstack-protector-strong -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2 -D_GLIBCXX_ASSERTIONS -fPIE)
+    -fstack-protector-strong -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2 -D_GLIBCXX_ASSERTIONS)
   check_cxx_compiler_flag(-fstack-clash-protection HAVE_STACK_CLASH_PROTECTION)
   if(HAVE_STACK_CLASH_PROTECTION)
     target_compile_options(fabscope_flags INTERFACE -fstack-clash-protection)
@@ -18,7 +18,8 @@ if(FABSCOPE_HARDENING)
   if(HAVE_CF_PROTECTION)
     target_compile_options(fabscope_flags INTERFACE -fcf-protection)
   endif()
-  target_link_options(fabscope_flags INTERFACE -pie -Wl,-z,relro,-z,now,-z,noexecstack)
+  target_link_options(fabscope_flags INTERFACE
+    $<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:-pie> -Wl,-z,relro,-z,now,-z,noexecstack)
 endif()
 if(FABSCOPE_SANITIZE)
   target_compile_options(fabscope_flags INTERFACE
@@ -34,30 +35,13 @@ if(FABSCOPE_FUZZ)
   target_compile_options(fabscope_flags INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
-# fabscope_module(NAME SOURCES ... LINKS ... [HEADERS ...]): one library target for the folder src/NAME,
-# with the alias fabscope::NAME. LINKS are the modules and libraries that it may include, and no others.
-# A module with HEADERS is part of the library that others may use: these are installed, and need no
-# header that is not.
+# fabscope_module(NAME SOURCES ... LINKS ...): one library target for the folder src/NAME, with the alias
+# fabscope::NAME. LINKS are the modules and libraries that it may include, and no others.
 function(fabscope_module name)
-  cmake_parse_arguments(MODULE "" "" "SOURCES;LINKS;PRIVATE_LINKS;HEADERS" ${ARGN})
+  cmake_parse_arguments(MODULE "" "" "SOURCES;LINKS;PRIVATE_LINKS" ${ARGN})
   add_library(fabscope_${name} STATIC ${MODULE_SOURCES})
   add_library(fabscope::${name} ALIAS fabscope_${name})
-  target_include_directories(fabscope_${name} PUBLIC
-    $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/src>
-    $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/fabscope>)
+  target_include_directories(fabscope_${name} PUBLIC ${PROJECT_SOURCE_DIR}/src)
   target_link_libraries(fabscope_${name}
-    PUBLIC ${MODULE_LINKS}
-    PRIVATE $<BUILD_INTERFACE:fabscope_flags> ${MODULE_PRIVATE_LINKS})
-  if(MODULE_HEADERS)
-    target_compile_features(fabscope_${name} PUBLIC cxx_std_20)
-    set_target_properties(fabscope_${name} PROPERTIES EXPORT_NAME ${name})
-    install(TARGETS fabscope_${name} EXPORT fabscope_library COMPONENT library)
-    foreach(header IN LISTS MODULE_HEADERS)
-      cmake_path(GET header PARENT_PATH folder)
-      install(FILES ${header} COMPONENT library
-        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/fabscope/${name}/${folder})
-    endforeach()
-    list(TRANSFORM MODULE_HEADERS PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
-    set_property(GLOBAL APPEND PROPERTY FABSCOPE_PUBLIC_HEADERS ${MODULE_HEADERS})
-  endif()
+    PUBLIC ${MODULE_LINKS} PRIVATE fabscope_flags ${MODULE_PRIVATE_LINKS})
 endfunction()

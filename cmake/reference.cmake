@@ -1,6 +1,6 @@
 # What Doxygen is told about the library's public headers, those that are installed. It needs not be
 # there to build: `doxygen build/release/Doxyfile` makes build/release/api.
-get_property(public_headers GLOBAL PROPERTY FABSCOPE_PUBLIC_HEADERS)
+file(GLOB public_headers CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/include/fabscope/*.h)
 set(reference_input "\"${PROJECT_SOURCE_DIR}/docs/library.md\"")
 foreach(header IN LISTS public_headers)
   string(APPEND reference_input " \\\n                         \"${header}\"")

@@ -21,7 +21,6 @@ std::string TakeText(std::ostringstream& stream) {
 class CheckRun {
  public:
   explicit CheckRun(const CheckOptions& options) : options_(options) {
-    result_.input = options.fabric;
     result_.showGuid = options.showGuid;
     result_.findings = FindingList(options.mostRecords);
     if (options.roots != RootsFrom::Auto) result_.roots.method = options.roots;
@@ -30,8 +29,9 @@ class CheckRun {
     result_.stream->exceptions(std::ios::badbit);
   }
 
-  CheckResult Run() {
-    if (!Load()) return std::move(result_);
+  CheckResult Run(const LoadedInput& input) {
+    Take(input);
+    if (result_.inputError) return std::move(result_);
     const bool isDone = Build() && Validate();
     if (isDone && options_.wantDump) Dump();
     Collect();
@@ -40,7 +40,7 @@ class CheckRun {
   }
 
  private:
-  bool Load();
+  void Take(const LoadedInput& input);
   bool Build();
   bool Validate();
   void Dump();
@@ -51,13 +51,12 @@ class CheckRun {
   CheckResult result_;
 };
 
-bool CheckRun::Load() {
-  LoadedInput input = LoadInput(options_);
-  result_.inputError = std::move(input.error);
-  result_.warnings = std::move(input.warnings);
+void CheckRun::Take(const LoadedInput& input) {
+  result_.input = input.name;
+  result_.inputError = input.error;
+  result_.warnings = input.warnings;
   result_.switchesOfSharedName = input.switchesOfSharedName;
-  result_.fabric = std::move(input.fabric);
-  return !result_.inputError;
+  result_.fabric = input.fabric;
 }
 
 bool CheckRun::Build() {
@@ -109,6 +108,12 @@ void CheckRun::LookForRepairs() {
 
 }  // namespace
 
-CheckResult RunCheck(const CheckOptions& options) { return CheckRun(options).Run(); }
+CheckResult RunCheck(const CheckOptions& options) {
+  return RunCheck(LoadInput(options), options);
+}
+
+CheckResult RunCheck(const LoadedInput& input, const CheckOptions& options) {
+  return CheckRun(options).Run(input);
+}
 
 }  // namespace fabscope::internal

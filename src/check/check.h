@@ -25,6 +25,8 @@ enum class RootsFrom {
   Regex      // those whose name matches
 };
 
+struct LoadedInput;
+
 // One check as the user asked for it. Paths may be "-" for standard input; an empty path means that
 // the file was not given.
 struct CheckOptions {
@@ -87,7 +89,7 @@ struct CheckResult {
   std::unique_ptr<ProvenPlan> repairs;
 
   // The texts do not need them, the findings do.
-  std::unique_ptr<IBFabric> fabric;
+  std::shared_ptr<const IBFabric> fabric;
   std::unique_ptr<std::ostringstream> stream;  // what `topology` writes to
   std::unique_ptr<FTTopology> topology;
 
@@ -97,5 +99,7 @@ struct CheckResult {
 // Loads a fabric, builds its tree, validates it and collects what was found. Threads may run checks
 // at the same time.
 CheckResult RunCheck(const CheckOptions& options);
+// The same of a fabric that is loaded; the options name no files then.
+CheckResult RunCheck(const LoadedInput& input, const CheckOptions& options);
 
 }  // namespace fabscope::internal

@@ -3,6 +3,7 @@
 #include <iterator>
 #include <map>
 #include <string_view>
+#include <utility>
 
 #include "fabric/fabric_builder.h"
 #include "formats/load_fabric.h"
@@ -31,7 +32,9 @@ bool LoadFile(const std::string& path, LoadedInput& input, Read read) {
 }
 
 // The name map comes first: its names decide the order of a dump's nodes.
-bool LoadFiles(const CheckOptions& options, FabricBuilder& builder, LoadedInput& input) {
+template <typename Load>
+bool LoadFiles(const CheckOptions& options, FabricBuilder& builder, LoadedInput& input,
+               Load load) {
   NodeNameMap names;
   if (!options.nodeNameMap.empty() &&
       !LoadFile(options.nodeNameMap, input, [&](Warnings& warnings) {
@@ -40,7 +43,7 @@ bool LoadFiles(const CheckOptions& options, FabricBuilder& builder, LoadedInput&
     return false;
   }
   const bool loaded = LoadFile(options.fabric, input, [&](Warnings& warnings) {
-    return LoadFabric(options.fabric, &names, options.specialNodes.get(), builder, warnings);
+    return load(names, warnings);
   });
   if (!loaded) return false;
   if (!options.ranks.empty() && !LoadFile(options.ranks, input, [&](Warnings& warnings) {
@@ -53,15 +56,31 @@ bool LoadFiles(const CheckOptions& options, FabricBuilder& builder, LoadedInput&
          });
 }
 
-}  // namespace
-
-LoadedInput LoadInput(const CheckOptions& options) {
+template <typename Load>
+LoadedInput LoadAll(const CheckOptions& options, FabricBuilder& builder, Load load) {
   LoadedInput input;
-  FabricBuilder builder;
-  if (!LoadFiles(options, builder, input)) return input;
+  input.name = options.fabric;
+  if (!LoadFiles(options, builder, input, load)) return input;
   input.fabric = builder.Build();
   input.switchesOfSharedName = CountSwitchesOfSharedName(*input.fabric);
   return input;
+}
+
+}  // namespace
+
+LoadedInput LoadInput(const CheckOptions& options) {
+  FabricBuilder builder;
+  return LoadAll(options, builder, [&](const NodeNameMap& names, Warnings& warnings) {
+    return LoadFabric(options.fabric, &names, options.specialNodes.get(), builder, warnings);
+  });
+}
+
+LoadedInput LoadInput(const CheckOptions& options, std::string text) {
+  FabricBuilder builder;
+  Input open(options.fabric, std::move(text));
+  return LoadAll(options, builder, [&](const NodeNameMap& names, Warnings& warnings) {
+    return LoadFabric(open, &names, options.specialNodes.get(), builder, warnings);
+  });
 }
 
 }  // namespace fabscope::internal

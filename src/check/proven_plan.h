@@ -14,7 +14,7 @@ struct ProvenPlan {
   RepairPlan plan;
   std::string problem;                 // why nothing could be checked; empty if it could
   bool isProven = false;               // no cable between switches is wrong afterwards
-  std::unique_ptr<IBFabric> repaired;  // null when the steps cannot be done
+  std::shared_ptr<const IBFabric> repaired;  // null when the steps cannot be done
   CheckedTree after;                   // of `repaired`
 };
 

@@ -14,17 +14,17 @@ namespace {
 class RepairRun {
  public:
   explicit RepairRun(const CheckOptions& options) : options_(options) {
-    result_.input = options.fabric;
     result_.showGuid = options.showGuid;
   }
 
-  RepairResult Run() {
-    if (Load() && FindPlan() && CheckAsItIs()) Prove();
+  RepairResult Run(const LoadedInput& input) {
+    Take(input);
+    if (!result_.inputError && FindPlan() && CheckAsItIs()) Prove();
     return std::move(result_);
   }
 
  private:
-  bool Load();
+  void Take(const LoadedInput& input);
   bool FindPlan();
   bool FindPlanOfNamedRoots();
   bool CheckAsItIs();
@@ -55,13 +55,12 @@ class RepairRun {
   RepairResult result_;
 };
 
-bool RepairRun::Load() {
-  LoadedInput input = LoadInput(options_);
-  result_.inputError = std::move(input.error);
-  result_.warnings = std::move(input.warnings);
+void RepairRun::Take(const LoadedInput& input) {
+  result_.input = input.name;
+  result_.inputError = input.error;
+  result_.warnings = input.warnings;
   result_.switchesOfSharedName = input.switchesOfSharedName;
-  result_.fabric = std::move(input.fabric);
-  return !result_.inputError;
+  result_.fabric = input.fabric;
 }
 
 bool RepairRun::FindPlan() {
@@ -117,6 +116,12 @@ void RepairRun::Prove() {
 
 }  // namespace
 
-RepairResult RunRepair(const CheckOptions& options) { return RepairRun(options).Run(); }
+RepairResult RunRepair(const CheckOptions& options) {
+  return RunRepair(LoadInput(options), options);
+}
+
+RepairResult RunRepair(const LoadedInput& input, const CheckOptions& options) {
+  return RepairRun(options).Run(input);
+}
 
 }  // namespace fabscope::internal

@@ -26,7 +26,7 @@ struct RepairResult {
   std::string doubt;
   const char* method = "inferred";  // how they were found: "inferred", "smdb" or "regex"
 
-  std::unique_ptr<IBFabric> fabric;
+  std::shared_ptr<const IBFabric> fabric;
   // The fabric as it is, with the roots of the plan. It may have a problem when there are steps.
   CheckedTree before;
   ProvenPlan proven;  // without steps it is the plan alone
@@ -41,5 +41,7 @@ struct RepairResult {
 // Loads a fabric, finds the cables to move, and proves that this helps. Without a regular
 // expression or ranks the roots are inferred.
 RepairResult RunRepair(const CheckOptions& options);
+// The same of a fabric that is loaded; the options name no files then.
+RepairResult RunRepair(const LoadedInput& input, const CheckOptions& options);
 
 }  // namespace fabscope::internal

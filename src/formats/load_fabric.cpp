@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "formats/fabric_formats.h"
-#include "formats/input.h"
 
 namespace fabscope::internal {
 namespace {
@@ -28,6 +27,11 @@ MaybeError LoadFabric(const std::string& path, const NodeNameMap* names, const r
                       FabricBuilder& builder, Warnings& warnings) {
   Input input;
   if (MaybeError error = input.Open(path)) return error;
+  return LoadFabric(input, names, specialNodes, builder, warnings);
+}
+
+MaybeError LoadFabric(Input& input, const NodeNameMap* names, const regExp* specialNodes,
+                      FabricBuilder& builder, Warnings& warnings) {
   return FormatOf(input).read(input, names, specialNodes, builder, warnings);
 }
 
