@@ -108,9 +108,7 @@ void CheckRun::LookForRepairs() {
 
 }  // namespace
 
-CheckResult RunCheck(const CheckOptions& options) {
-  return RunCheck(LoadInput(options), options);
-}
+CheckResult RunCheck(const CheckOptions& options) { return RunCheck(LoadInput(options), options); }
 
 CheckResult RunCheck(const LoadedInput& input, const CheckOptions& options) {
   return CheckRun(options).Run(input);

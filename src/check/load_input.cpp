@@ -33,8 +33,7 @@ bool LoadFile(const std::string& path, LoadedInput& input, Read read) {
 
 // The name map comes first: its names decide the order of a dump's nodes.
 template <typename Load>
-bool LoadFiles(const CheckOptions& options, FabricBuilder& builder, LoadedInput& input,
-               Load load) {
+bool LoadFiles(const CheckOptions& options, FabricBuilder& builder, LoadedInput& input, Load load) {
   NodeNameMap names;
   if (!options.nodeNameMap.empty() &&
       !LoadFile(options.nodeNameMap, input, [&](Warnings& warnings) {
@@ -42,9 +41,8 @@ bool LoadFiles(const CheckOptions& options, FabricBuilder& builder, LoadedInput&
       })) {
     return false;
   }
-  const bool loaded = LoadFile(options.fabric, input, [&](Warnings& warnings) {
-    return load(names, warnings);
-  });
+  const bool loaded =
+      LoadFile(options.fabric, input, [&](Warnings& warnings) { return load(names, warnings); });
   if (!loaded) return false;
   if (!options.ranks.empty() && !LoadFile(options.ranks, input, [&](Warnings& warnings) {
         return LoadRanks(options.ranks, builder, warnings);
