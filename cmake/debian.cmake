@@ -1,5 +1,5 @@
-# The Debian packages: `cpack -G DEB` makes fabscope (the command), the library of programs that are
-# built, and libfabscope-dev for those to be built.
+# The Debian packages: `cpack -G DEB` makes fabscope (the command), the shared library, and libfabscope-dev
+# to build programs with.
 # Who hands them on to others, puts a name and an address here: example.org belongs to nobody.
 set(FABSCOPE_MAINTAINER "The fabscope developers <fabscope@example.org>" CACHE STRING
   "Who looks after the Debian packages, with an address")
@@ -36,7 +36,7 @@ set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${PROJECT_BINARY_DIR}/debian/shli
 file(WRITE ${PROJECT_BINARY_DIR}/debian/shlibs
   "libfabscope ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR} ${soname_package}\n")
 set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "Finds the wrong cables of an InfiniBand fat tree: shared library
-What programs need that were built with libfabscope-dev.")
+Needed to run programs that were built with libfabscope-dev.")
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME libfabscope-dev)
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_DEPENDS

@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace fabscope {
@@ -55,7 +56,7 @@ struct RepairStep {
 /// next to nothing. Any number of threads may use one.
 class FABSCOPE_API RepairPlan {
  public:
-  /// Whether what is wrong, if anything, is known: `Steps` tells it then. Message() says why not.
+  /// Whether the steps are all that there is to do. If not, Message() says why.
   bool IsKnown() const;
   const std::string& Message() const;
   /// In an order in which they can be done one by one.

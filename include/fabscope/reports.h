@@ -10,8 +10,8 @@ namespace fabscope {
 // Each writes what the command writes, byte for byte. A stream that fails has its state set, and
 // throws only if it was told to.
 
-/// The report as text; `quiet` leaves out the lines that start with "-I- ". As far as the check
-/// came: what failed is not part of it.
+/// The report as text; `quiet` leaves out the lines that start with "-I- ". If the check is not
+/// complete, the report ends where the check did; CheckResult::Message has the reason.
 FABSCOPE_API void WriteText(const CheckResult& result, std::ostream& stream, bool quiet = false);
 /// The error records: a header line, then a line each.
 FABSCOPE_API void WriteCsv(const CheckResult& result, std::ostream& stream);

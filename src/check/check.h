@@ -99,7 +99,7 @@ struct CheckResult {
 // Loads a fabric, builds its tree, validates it and collects what was found. Threads may run checks
 // at the same time.
 CheckResult RunCheck(const CheckOptions& options);
-// The same of a fabric that is loaded; the options name no files then.
+// The same of a fabric that is loaded; files that the options name are not looked at.
 CheckResult RunCheck(const LoadedInput& input, const CheckOptions& options);
 
 }  // namespace fabscope::internal

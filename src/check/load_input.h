@@ -23,7 +23,7 @@ struct LoadedInput {
 };
 
 LoadedInput LoadInput(const CheckOptions& options);
-// The same, but the fabric is a text, which may be packed; options.fabric is its name.
+// The same, but the fabric is a text, not packed; options.fabric is its name.
 LoadedInput LoadInput(const CheckOptions& options, std::string text);
 
 }  // namespace fabscope::internal

@@ -41,7 +41,7 @@ struct RepairResult {
 // Loads a fabric, finds the cables to move, and proves that this helps. Without a regular
 // expression or ranks the roots are inferred.
 RepairResult RunRepair(const CheckOptions& options);
-// The same of a fabric that is loaded; the options name no files then.
+// The same of a fabric that is loaded; files that the options name are not looked at.
 RepairResult RunRepair(const LoadedInput& input, const CheckOptions& options);
 
 }  // namespace fabscope::internal

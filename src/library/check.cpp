@@ -1,4 +1,6 @@
 #include <fabscope/check.h>
+#include <stdexcept>
+#include <string>
 #include <utility>
 
 #include "fat_tree/neighborhood.h"

@@ -51,6 +51,10 @@ std::vector<Node> MakeNodes(const LoadedInput& input, bool onlySwitches) {
 
 std::size_t Node::Index() const { return node_->index; }
 
+static_assert(static_cast<std::uint32_t>(NodeType::ChannelAdapter) == internal::NodeTypeCA &&
+              static_cast<std::uint32_t>(NodeType::Switch) == internal::NodeTypeSwitch &&
+              static_cast<std::uint32_t>(NodeType::Router) == internal::NodeTypeRouter);
+
 NodeType Node::Type() const {
   return node_->nodeType <= internal::NodeTypeRouter ? static_cast<NodeType>(node_->nodeType)
                                                      : NodeType::Unknown;

@@ -8,9 +8,9 @@
 
 namespace fabscope::internal {
 
-// An order of steps in which each comes after those that it waits for, and cuts no switch with
-// hosts off from the others while its cables are unplugged, as far as there is such an order and it
-// does not take too long to find.
+// An order of steps in which each comes after those that it waits for. Of those that may come next
+// it takes one that cuts no switch with hosts off while its cables are unplugged. It never goes
+// back on a step: where none is safe, an order that avoids that may still exist.
 // `waitsFor` by step; there are no circles in it.
 std::vector<std::size_t> FindSafeOrder(const SwitchGraph& graph,
                                        const std::vector<const RepairStep*>& steps,

@@ -18,9 +18,9 @@ from pathlib import Path
 SECONDS = 60  # that anything may take
 SKIPPED = 77
 
-# What the daemon says of a first start and of parts that no test needs.
+# What the daemon says of a first start, of parts that no test needs, and of a busy machine.
 USUAL_ERRORS = ("NOTE: Trying backup", "Could not open", "mpi/pmix", "MPI: Cannot create context",
-                "job_container", "cgroup", "high latency")  # the last of a busy machine
+                "job_container", "cgroup", "high latency")
 
 
 def skip_without(*programs):

@@ -116,19 +116,77 @@ TEST_P(LibraryAgreesWithTheCommand, OnReports) {
   EXPECT_EQ(Written(WriteText, result, true), RunCommand("check --quiet " + path_));
   EXPECT_EQ(Written(WriteCsv, result), RunCommand("check --csv - " + path_));
   EXPECT_EQ(Written(WriteSvg, result), RunCommand("check --svg - " + path_));
+  EXPECT_EQ(Written(WriteHtml, Check(LoadFabric(path_), WithRepairs())),
+            RunCommand("check --html - " + path_));
 }
 
 TEST_P(LibraryAgreesWithTheCommand, OnRepairs) {
   const RepairPlan plan = FindRepairs(LoadFabric(path_));
   std::ostringstream text;
+  std::ostringstream csv;
+  std::ostringstream json;
   plan.WriteText(text);
+  plan.WriteCsv(csv);
+  plan.WriteJson(json);
   EXPECT_EQ(text.str(), RunCommand("repair " + path_));
+  EXPECT_EQ(csv.str(), RunCommand("repair --csv - " + path_));
+  EXPECT_EQ(json.str(), RunCommand("repair --json - " + path_));
 }
 
 INSTANTIATE_TEST_SUITE_P(Dumps, LibraryAgreesWithTheCommand,
                          Values("tree-32h.topo", "tree-32h-cross.topo", "tree-32h-intra.topo",
                                 "tree-32h-midmid.topo", "tree-32h-missing.topo", "tree-512h.topo",
-                                "tree-2000h.topo", "tree-11664h.topo.gz", "tangle.json"));
+                                "tree-2000h.topo", "tree-11664h.topo.gz", "tree-27648h.topo.gz",
+                                "tangle.json"));
+
+// Each changes the result, and changes it as the command's option does.
+TEST(Library, OptionsMeanWhatThoseOfTheCommandMean) {
+  const auto expectSame = [](const std::string& file, const std::string& words, auto change) {
+    CheckOptions options = WithRepairs();
+    const Fabric fabric = LoadFabric(PathOf(file));
+    const std::string usual = Written(WriteJson, Check(fabric, options));
+    change(options);
+    const std::string changed = Written(WriteJson, Check(fabric, options));
+    EXPECT_NE(changed, usual) << words;
+    EXPECT_EQ(changed, RunCommand("check --json - " + words + ' ' + PathOf(file) + " 2>/dev/null"));
+  };
+  const std::string cross = "tree-32h-cross.topo";
+  expectSame(cross, "--roots inferred", [](auto& options) { options.roots = Roots::Inferred; });
+  expectSame(cross, "--roots smdb", [](auto& options) { options.roots = Roots::Smdb; });
+  expectSame(cross, "--root-regex ^mid", [](auto& options) {
+    options.roots = Roots::Regex;
+    options.rootRegex = "^mid";
+  });
+  expectSame(cross, "--roots search --equal 7 --retries 3", [](auto& options) {
+    options.roots = Roots::Search;
+    options.equalClassifications = 7;
+    options.retries = 3;
+  });
+  expectSame(cross, "--merge-percent 10", [](auto& options) { options.mergePercent = 10; });
+  expectSame(cross, "--show-guid node", [](auto& options) { options.showGuid = GuidStyle::Node; });
+  expectSame(cross, "--show-guid system",
+             [](auto& options) { options.showGuid = GuidStyle::System; });
+  expectSame(cross, "--max-records 0", [](auto& options) { options.maxRecords = 0; });
+}
+
+TEST(Library, ReadsTheFilesThatGoWithAFabric) {
+  const std::string folder = std::filesystem::path(testing::TempDir()) / "side-";
+  std::ofstream(folder + "names") << "0x200000 \"renamed\"\n";
+  std::ofstream(folder + "ranks") << "guid,rank\n0x200010,0\n0x200011,0\n0x200012,0\n0x200013,0\n";
+  std::ofstream(folder + "flids") << "guid,flid\n0x200000,7\n0x200004,7\n";
+  LoadOptions load;
+  load.nodeNameMap = folder + "names";
+  load.ranks = folder + "ranks";
+  load.flids = folder + "flids";
+  CheckOptions options = WithRepairs();
+  options.roots = Roots::Smdb;
+  const std::string path = PathOf("tree-32h.topo");
+  const std::string json = Written(WriteJson, Check(LoadFabric(path, load), options));
+  EXPECT_EQ(json, RunCommand("check --json - --node-name-map " + load.nodeNameMap + " --ranks " +
+                             load.ranks + " --flids " + load.flids + ' ' + path));
+  EXPECT_EQ(LoadFabric(path, load).FindNode(0x200000)->Name(), "renamed");
+  EXPECT_THAT(json, HasSubstr("shared-flid"));
+}
 
 TEST(Library, DoesNotCountAggregationNodesAsHosts) {
   const std::string path = std::filesystem::path(testing::TempDir()) / "aggregation.topo";
