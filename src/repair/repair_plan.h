@@ -104,7 +104,7 @@ struct RepairPlan {
   TreeRanks ranks;
   std::uint64_t misfits = 0;  // cables that must go and cables that lack
   // In an order in which they can be done one by one: each finds its cables and its free ports, and
-  // takes no host's last path away if FindSafeOrder finds such an order.
+  // leaves hosts a path as FindSafeOrder says.
   std::vector<RepairStep> steps;
   std::size_t lowerBound = 0;  // no plan for these groups has fewer steps
   std::vector<RepairNote> notes;

@@ -38,10 +38,46 @@ class Cabling {
     more_[a].push_back(b);
     more_[b].push_back(a);
   }
+  void Do(const RepairStep& step) {
+    for (const CableChange& change : step.cables) {
+      if (change.before) Unplug(*change.before);
+    }
+    for (const CableChange& change : step.cables) {
+      if (change.after) Plug(*change.after);
+    }
+  }
+  void Undo(const RepairStep& step) {
+    for (const CableChange& change : step.cables) {
+      if (change.after) Unplug(*change.after);
+    }
+    for (const CableChange& change : step.cables) {
+      if (change.before) Plug(*change.before);
+    }
+  }
   // Whether somebody with hosts at one end would no more reach somebody with hosts at the other.
   bool IsCut(const RepairCable& cable) {
     const auto [a, b] = EndsOf(cable);
     return !AreJoined(a, b) && ReachesHosts(0) && ReachesHosts(1);
+  }
+  // The only switch with hosts that those at this place can reach; none if there are more, or none.
+  std::uint32_t OnlyHostsAround(std::uint32_t start) {
+    ForgetSides();
+    reached_[0] = {start};
+    sideOf_[start] = 1;
+    std::uint32_t only = SwitchGraph::none;
+    for (std::size_t i = 0; i < reached_[0].size(); ++i) {
+      const std::uint32_t number = reached_[0][i];
+      if (graph_.Hosts(number) != 0) {
+        if (only != SwitchGraph::none) return SwitchGraph::none;
+        only = number;
+      }
+      ForEachNeighbor(number, [&](std::uint32_t other) { Reach(0, other); });
+    }
+    return only;
+  }
+  std::array<std::uint32_t, 2> SwitchesOf(const RepairCable& cable) const {
+    const auto [a, b] = EndsOf(cable);
+    return {a, b};
   }
   // In a tree two ends meet after a few hops, in what is hardly more than a ring after thousands.
   // Who looks so far too often must stop.
@@ -80,13 +116,17 @@ class Cabling {
     }
     for (const std::uint32_t other : more_[i]) visit(other);
   }
+  void ForgetSides() {
+    for (auto& reached : reached_) {
+      for (const std::uint32_t i : reached) sideOf_[i] = 0;
+      reached.clear();
+    }
+  }
   // Looks from both sides in turn, the smaller one first: in a tree the two meet after a few hops.
   // Leaves the switches that were reached in reached_; where the two are not joined, those of one
   // side are all there.
   bool AreJoined(std::uint32_t a, std::uint32_t b) {
-    for (const auto& reached : reached_) {
-      for (const std::uint32_t i : reached) sideOf_[i] = 0;
-    }
+    ForgetSides();
     reached_ = {std::vector{a}, std::vector{b}};
     next_ = {0, 0};
     if (a == b) return true;
@@ -145,6 +185,8 @@ bool IsSafe(Cabling& cabling, const RepairStep& step) {
   return isSafe;
 }
 
+// Takes of the steps that may come next one that cuts nobody off while its cables are unplugged,
+// and never goes back on one.
 class Scheduler {
  public:
   Scheduler(const SwitchGraph& graph, const std::vector<const RepairStep*>& steps,
@@ -163,6 +205,7 @@ class Scheduler {
       auto& from = isForced ? unsafe_ : ready_;
       const std::size_t i = from.begin()->second;
       from.erase(from.begin());
+      wasForced_ |= isForced;
       if (!isForced && !cabling_.IsTired() && !IsSafe(cabling_, *steps_[i])) {
         unsafe_.insert(Entry(i));
         continue;
@@ -176,6 +219,7 @@ class Scheduler {
     }
     return std::move(order_);
   }
+  bool WasForced() const { return wasForced_; }
 
  private:
   // What adds a cable cuts nobody off and may be what another step needs.
@@ -186,12 +230,7 @@ class Scheduler {
   }
   void Do(std::size_t i) {
     order_.push_back(i);
-    for (const CableChange& change : steps_[i]->cables) {
-      if (change.before) cabling_.Unplug(*change.before);
-    }
-    for (const CableChange& change : steps_[i]->cables) {
-      if (change.after) cabling_.Plug(*change.after);
-    }
+    cabling_.Do(*steps_[i]);
     for (const std::size_t other : waiting_[i]) {
       if (--missing_[other] == 0) ready_.insert(Entry(other));
     }
@@ -204,6 +243,83 @@ class Scheduler {
   std::set<std::pair<int, std::size_t>> ready_;
   std::set<std::pair<int, std::size_t>> unsafe_;
   std::vector<std::size_t> order_;
+  bool wasForced_ = false;  // to take a step that cuts somebody off
+};
+
+// Looks through all orders for one in which, after each step, every switch with hosts reaches
+// another one, unless it is alone before the first step or after the last.
+class OrderSearch {
+ public:
+  static constexpr std::size_t mostSteps = 16;
+
+  // `known`: an order that can be done.
+  OrderSearch(const SwitchGraph& graph, const std::vector<const RepairStep*>& steps,
+              const std::vector<std::vector<std::size_t>>& waitsFor,
+              const std::vector<std::size_t>& known)
+      : graph_(graph),
+        steps_(steps),
+        known_(known),
+        cabling_(graph),
+        needs_(steps.size()),
+        mayBeAlone_(graph.Count()),
+        isTried_(std::size_t{1} << steps.size()) {
+    for (std::size_t i = 0; i < steps.size(); ++i) {
+      for (const std::size_t other : waitsFor[i]) needs_[i] |= 1U << other;
+    }
+    NoteWhoIsAlone();
+    for (const std::size_t i : known) cabling_.Do(*steps[i]);
+    NoteWhoIsAlone();
+    for (auto i = known.rbegin(); i != known.rend(); ++i) cabling_.Undo(*steps[*i]);
+  }
+
+  // Among several, the first one by the steps' places in the known order. That order itself if
+  // there is none, or if it takes too long to find.
+  std::vector<std::size_t> Run() {
+    Continue(0);
+    return order_.size() == known_.size() ? order_ : known_;
+  }
+
+ private:
+  bool Continue(std::uint32_t done) {
+    if (order_.size() == known_.size()) return true;
+    if (isTried_[done] || cabling_.IsTired()) return false;
+    isTried_[done] = true;
+    for (const std::size_t i : known_) {
+      const std::uint32_t bit = 1U << i;
+      if ((done & bit) != 0 || (done & needs_[i]) != needs_[i]) continue;
+      cabling_.Do(*steps_[i]);
+      order_.push_back(i);
+      if (!CutsOff(*steps_[i]) && Continue(done | bit)) return true;
+      order_.pop_back();
+      cabling_.Undo(*steps_[i]);
+    }
+    return false;
+  }
+  // Only where a cable went can somebody be alone who was not.
+  bool CutsOff(const RepairStep& step) {
+    for (const CableChange& change : step.cables) {
+      if (!change.before) continue;
+      for (const std::uint32_t end : cabling_.SwitchesOf(*change.before)) {
+        const std::uint32_t only = cabling_.OnlyHostsAround(end);
+        if (only != SwitchGraph::none && !mayBeAlone_[only]) return true;
+      }
+    }
+    return false;
+  }
+  void NoteWhoIsAlone() {
+    for (std::uint32_t i = 0; i < graph_.Count() && !cabling_.IsTired(); ++i) {
+      if (graph_.Hosts(i) != 0 && cabling_.OnlyHostsAround(i) == i) mayBeAlone_[i] = true;
+    }
+  }
+
+  const SwitchGraph& graph_;
+  const std::vector<const RepairStep*>& steps_;
+  const std::vector<std::size_t>& known_;
+  Cabling cabling_;
+  std::vector<std::uint32_t> needs_;  // by step: those that it waits for, a bit for each
+  std::vector<bool> mayBeAlone_;      // by switch
+  std::vector<bool> isTried_;         // by the steps that are done
+  std::vector<std::size_t> order_;
 };
 
 }  // namespace
@@ -211,7 +327,10 @@ class Scheduler {
 std::vector<std::size_t> FindSafeOrder(const SwitchGraph& graph,
                                        const std::vector<const RepairStep*>& steps,
                                        const std::vector<std::vector<std::size_t>>& waitsFor) {
-  return Scheduler(graph, steps, waitsFor).Run();
+  Scheduler scheduler(graph, steps, waitsFor);
+  std::vector<std::size_t> order = scheduler.Run();
+  if (!scheduler.WasForced() || steps.size() > OrderSearch::mostSteps) return order;
+  return OrderSearch(graph, steps, waitsFor, order).Run();
 }
 
 }  // namespace fabscope::internal
