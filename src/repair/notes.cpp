@@ -51,6 +51,7 @@ class NoteFinder {
   void NoteStrangers();
   void NoteHostsOnSpines();
   void NoteGaps(std::size_t rank, Side missing);
+  static std::vector<std::size_t> GroupsWithBothSides(const Grouping& grouping);
   static std::uint32_t UsualSize(const Grouping& grouping, Side side);
   Ports PortsOfMost(const std::vector<std::uint32_t>& switches, int farRank) const;
   Ports EmptyAtAll(const std::vector<std::uint32_t>& switches) const;
@@ -133,16 +134,28 @@ void NoteFinder::NoteGaps(std::size_t rank, Side missing) {
   }
 }
 
+// Groups lose switches to others, and some of them all.
+std::vector<std::size_t> NoteFinder::GroupsWithBothSides(const Grouping& grouping) {
+  std::vector<std::size_t> groups;
+  for (std::size_t group = 0; group < grouping.Count(); ++group) {
+    if (grouping.size[SpineSide][group] != 0 && grouping.size[LineSide][group] != 0) {
+      groups.push_back(group);
+    }
+  }
+  return groups;
+}
+
 // What half of the groups, and more than one, have of a side; 0 if they do not agree.
 std::uint32_t NoteFinder::UsualSize(const Grouping& grouping, Side side) {
+  const std::vector<std::size_t> groups = GroupsWithBothSides(grouping);
   std::map<std::uint32_t, std::size_t> sizes;
-  for (const std::uint32_t size : grouping.size[side]) ++sizes[size];
+  for (const std::size_t group : groups) ++sizes[grouping.size[side][group]];
   std::uint32_t usual = 0;
   std::size_t most = 0;
   for (const auto& [size, times] : sizes) {
     if (times >= most) most = times, usual = size;
   }
-  return most < 2 || 2 * most < grouping.Count() ? 0 : usual;
+  return most < 2 || 2 * most < groups.size() ? 0 : usual;
 }
 
 // Ports that lead to that rank on four of five of the switches.
@@ -183,10 +196,11 @@ Ports NoteFinder::EmptyAtAll(const std::vector<std::uint32_t>& switches) const {
 // Groups with other numbers of parallel cables than nearly all others.
 void NoteFinder::NoteUnusual(std::size_t rank) {
   const Grouping& grouping = groups_.groupings[rank];
+  const std::vector<std::size_t> groups = GroupsWithBothSides(grouping);
   std::map<std::uint32_t, std::size_t> times;
-  for (const std::uint32_t multiplicity : grouping.multiplicity) ++times[multiplicity];
-  for (std::size_t group = 0; group < grouping.Count(); ++group) {
-    if (3 * times[grouping.multiplicity[group]] > grouping.Count()) continue;
+  for (const std::size_t group : groups) ++times[grouping.multiplicity[group]];
+  for (const std::size_t group : groups) {
+    if (3 * times[grouping.multiplicity[group]] > groups.size()) continue;
     NoteGroup(RepairNote::Kind::UnusualGroup, static_cast<int>(rank), static_cast<int>(group));
   }
 }
