@@ -15,7 +15,7 @@ namespace {
 
 using Problem = OptionProblem;
 
-constexpr std::array<CommandOption<CheckArguments>, 2> groupTable{{
+constexpr std::array<CommandOption<CheckArguments>, 2> checkOptions{{
     {showGuidText,
      [](CheckArguments& arguments, const std::string& value) {
        return TakeShowGuid(arguments.options.showGuid, value);
@@ -52,7 +52,7 @@ void AskForCures(CheckOptions& options) {
   options.wantMisfits = true;
 }
 
-constexpr std::array<Output<CheckRun>, 7> outputTable{{
+constexpr std::array<Output<CheckRun>, 7> checkOutputs{{
     {.text = {"--dump", "FILE", alsoWritten, "ranks and groups with their switches",
               "With - it follows the report."},
      .due = Due::Done,
@@ -127,10 +127,10 @@ Problem SettleSeveral(const CheckArguments& arguments) {
 
 }  // namespace
 
-Outputs<CheckRun> CheckOutputs() { return outputTable; }
+Outputs<CheckRun> CheckOutputs() { return checkOutputs; }
 
 std::vector<BoundOption> BindOptions(CheckArguments& arguments) {
-  std::vector<BoundOption> options = Bind(groupTable, arguments, BindTreeOptions(arguments));
+  std::vector<BoundOption> options = Bind(checkOptions, arguments, BindTreeOptions(arguments));
   BindOutputs(CheckOutputs(), arguments.outputs, options);
   return Bind(reportTable, arguments, std::move(options));
 }

@@ -1,14 +1,11 @@
 #include "cli/command_line.h"
 
 #include <algorithm>
-#include <cstdlib>
-#include <exception>
 #include <iostream>
 #include <new>
 #include <stdexcept>
 #include <string>
 #include <system_error>
-#include <unistd.h>
 #include <vector>
 
 #include "cli/commands.h"
@@ -23,22 +20,9 @@ int OutOfMemory() {
   return ExitFailed;
 }
 
-// The parser of the command line has operations that promise not to throw, and yet need memory.
-[[noreturn]] void EndWithoutMemory() {
-  try {
-    if (const auto exception = std::current_exception()) std::rethrow_exception(exception);
-  } catch (const std::bad_alloc&) {
-    _exit(OutOfMemory());
-  } catch (...) {
-    std::abort();
-  }
-  std::abort();
-}
-
 }  // namespace
 
 int RunCommandLine(int argc, const char* const* argv) {
-  std::set_terminate(EndWithoutMemory);
   try {
     return RunCommand(std::vector<std::string>(argv + std::min(argc, 1), argv + argc));
   } catch (const std::bad_alloc&) {

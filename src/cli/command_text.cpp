@@ -13,10 +13,6 @@ std::vector<std::string> ChoicesOf(const OptionText& option) {
   return choices;
 }
 
-std::vector<OptionText> CommonOptions() {
-  constexpr const char* group = "Help";
-  return {{"-h,--help", "", group, "this help", ""},
-          {"--version", "", group, "the version of fabscope", ""}};
-}
+std::vector<OptionText> CommonOptions() { return {askForHelp, askForVersion}; }
 
 }  // namespace fabscope::internal

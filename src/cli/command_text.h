@@ -75,6 +75,8 @@ inline std::string LongName(const OptionText& option) {
 std::vector<std::string> ChoicesOf(const OptionText& option);
 
 // What every command has, besides its own.
+inline constexpr OptionText askForHelp{"-h,--help", "", "Help", "this help", ""};
+inline constexpr OptionText askForVersion{"--version", "", "Help", "the version of fabscope", ""};
 std::vector<OptionText> CommonOptions();
 
 // Of options that several commands have.

@@ -34,7 +34,7 @@ struct Command {
   int (*run)(const Words& words);
 };
 
-constexpr std::array<Command, 5> commands{{
+constexpr std::array<Command, 5> allCommands{{
     {&checkText, Run<CheckArguments, checkText, RunCheckCommand>},
     {&repairText, Run<RepairArguments, repairText, RunRepairCommand>},
     {&diffText, Run<DiffArguments, diffText, RunDiffCommand>},
@@ -59,13 +59,13 @@ const CommandText toolText{
 
 std::vector<const CommandText*> CommandTexts() {
   std::vector<const CommandText*> texts;
-  texts.reserve(commands.size());
-  for (const Command& command : commands) texts.push_back(command.text);
+  texts.reserve(allCommands.size());
+  for (const Command& command : allCommands) texts.push_back(command.text);
   return texts;
 }
 
 int RunCommand(const Words& words) {
-  for (const Command& command : commands) {
+  for (const Command& command : allCommands) {
     if (words.empty() || words.front() != command.text->name) continue;
     return command.run({words.begin() + 1, words.end()});
   }

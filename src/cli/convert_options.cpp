@@ -10,7 +10,6 @@ namespace {
 
 using Problem = OptionProblem;
 
-constexpr const char* ofOutputs = "Output";
 constexpr const char* ofInputs = "Input";
 
 const char* OfTree() {
@@ -31,10 +30,10 @@ std::vector<BoundOption> BindOutput(ConvertArguments& arguments) {
     return "expected " + NamesInWords(WrittenFormats());
   };
   return {
-      {{"-o,--output", "FILE", ofOutputs, "the file to write (- for standard output)", "Required."},
+      {{"-o,--output", "FILE", "Output", "the file to write (- for standard output)", "Required."},
        takeFile,
        false},
-      {{"--format", choices.c_str(), ofOutputs, "format (default: by the ending of FILE)",
+      {{"--format", choices.c_str(), "Output", "format (default: by the ending of FILE)",
         more.c_str()},
        takeFormat,
        false}};

@@ -8,7 +8,7 @@
 namespace fabscope::internal {
 namespace {
 
-constexpr std::array<Output<Difference>, 1> outputTable{{
+constexpr std::array<Output<Difference>, 1> diffOutputs{{
     {.text = {"--json", "FILE", ofReport, "also write it as JSON (- for standard output)",
               "With - it replaces the report."},
      .due = Due::Read,
@@ -16,7 +16,7 @@ constexpr std::array<Output<Difference>, 1> outputTable{{
      .write = WriteDifferenceJson},
 }};
 
-constexpr std::array<CommandOption<DiffArguments>, 4> table{{
+constexpr std::array<CommandOption<DiffArguments>, 4> diffOptions{{
     {{"--plan", "FILE", ofReport, "also say which steps of the repair plan are done",
       "FILE comes from fabscope repair --json. It is refused if fewer than half of the switches "
       "that it names are in NEW."},
@@ -38,12 +38,12 @@ constexpr std::array<CommandOption<DiffArguments>, 4> table{{
 
 }  // namespace
 
-Outputs<Difference> DiffOutputs() { return outputTable; }
+Outputs<Difference> DiffOutputs() { return diffOutputs; }
 
 std::vector<BoundOption> BindOptions(DiffArguments& arguments) {
   std::vector<BoundOption> options = BindTreeOptions(arguments);
   BindOutputs(DiffOutputs(), arguments.outputs, options);
-  return Bind(table, arguments, std::move(options));
+  return Bind(diffOptions, arguments, std::move(options));
 }
 
 const CommandText diffText{

@@ -17,7 +17,6 @@ constexpr int maxFaults = 1'000'000;
 
 constexpr const char* ofTree = "Tree";
 constexpr const char* ofFaults = "Faults";
-constexpr const char* ofOutputs = "Output";
 
 Problem TakeSeed(std::uint64_t& target, const std::string& value) {
   std::uint64_t number = 0;
@@ -49,7 +48,7 @@ Problem TakeFault(std::vector<FaultRequest>& faults, const std::string& value) {
   return std::nullopt;
 }
 
-constexpr std::array<CommandOption<GenerateArguments>, 13> table{{
+constexpr std::array<CommandOption<GenerateArguments>, 13> generateOptions{{
     {{"--xgft", "\"h; m1,...; w1,...\"", ofTree, "an extended generalised fat tree",
       "h levels of switches; m children of each switch and w parents of each node, level by level "
       "from the leaves up."},
@@ -117,7 +116,7 @@ constexpr std::array<CommandOption<GenerateArguments>, 13> table{{
      [](GenerateArguments& arguments, const std::string& value) {
        return TakePath(arguments.truthFile, value);
      }},
-    {{"-o,--output", "FILE", ofOutputs, "the file to write (default -, standard output)", ""},
+    {{"-o,--output", "FILE", "Output", "the file to write (default -, standard output)", ""},
      [](GenerateArguments& arguments, const std::string& value) {
        return TakePath(arguments.outputFile, value);
      }},
@@ -133,7 +132,7 @@ BoundOption BindFormat(GenerateArguments& arguments) {
     arguments.givenFormat = format;
     return std::nullopt;
   };
-  return {{"--format", choices.c_str(), ofOutputs, "format (default: by the ending of FILE)",
+  return {{"--format", choices.c_str(), "Output", "format (default: by the ending of FILE)",
            more.c_str()},
           take,
           false};
@@ -191,7 +190,7 @@ Problem SettleFaults(const GenerateArguments& arguments) {
 }  // namespace
 
 std::vector<BoundOption> BindOptions(GenerateArguments& arguments) {
-  std::vector<BoundOption> options = Bind(table, arguments);
+  std::vector<BoundOption> options = Bind(generateOptions, arguments);
   options.push_back(BindFormat(arguments));
   return options;
 }

@@ -1,7 +1,8 @@
 #include "cli/parser.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
+#include <functional>
+#include <getopt.h>
 #include <iostream>
 #include <utility>
 
@@ -15,7 +16,85 @@
 namespace fabscope::internal {
 namespace {
 
-constexpr const char* endOfOptions = "--";
+bool TakesValue(const BoundOption& option) { return *option.text.metavar != '\0'; }
+
+struct GivenOption {
+  const BoundOption* option;
+  std::string value;  // empty if it takes none
+};
+
+// Takes the words of a command apart. Each option has a code for getopt_long, by its place.
+class WordReader {
+ public:
+  explicit WordReader(const std::vector<BoundOption>& options) : options_(options) {
+    names_.reserve(options.size());  // getopt_long keeps pointers to them
+    for (const BoundOption& option : options) {
+      const int code = firstCode + static_cast<int>(names_.size());
+      const int takes = TakesValue(option) ? required_argument : no_argument;
+      names_.push_back(LongName(option.text).substr(2));
+      longOptions_.push_back({names_.back().c_str(), takes, nullptr, code});
+      if (const std::string name = ShortName(option.text); !name.empty()) {
+        letters_ += name.substr(1) + (TakesValue(option) ? ":" : "");
+      }
+    }
+    longOptions_.push_back({});
+  }
+
+  // Answers what is wrong with them.
+  std::optional<std::string> Read(std::vector<std::string> words) {
+    std::string tool = "fabscope";
+    std::vector<char*> arguments{tool.data()};
+    for (std::string& word : words) arguments.push_back(word.data());
+    const int count = static_cast<int>(arguments.size());
+    arguments.push_back(nullptr);
+    opterr = 0;
+    for (optind = 0;;) {  // 0: from the start again
+      const char* word = arguments[static_cast<std::size_t>(std::max(optind, 1))];
+      const int code =
+          getopt_long(count, arguments.data(), letters_.c_str(), longOptions_.data(), nullptr);
+      if (code == -1) break;
+      if (auto problem = Take(code, word)) return problem;
+    }
+    operands.insert(operands.end(), arguments.begin() + optind, arguments.end() - 1);
+    return std::nullopt;
+  }
+
+  std::vector<GivenOption> given;
+  std::vector<std::string> operands;
+
+ private:
+  static constexpr int firstCode = 256;  // above all letters
+  static constexpr int operandCode = 1;
+
+  std::optional<std::string> Take(int code, const std::string& word) {
+    if (code == operandCode) {
+      operands.emplace_back(optarg);
+      return std::nullopt;
+    }
+    const BoundOption* option = Find(code == '?' || code == ':' ? optopt : code);
+    if (option == nullptr || IsAbbreviated(*option, word)) return "unknown option " + word;
+    if (code == '?') return LongName(option->text) + " takes no value";
+    if (code == ':') return LongName(option->text) + " needs " + option->text.metavar;
+    given.push_back({option, TakesValue(*option) ? optarg : ""});
+    return std::nullopt;
+  }
+  const BoundOption* Find(int code) const {
+    if (code >= firstCode) return &options_[static_cast<std::size_t>(code - firstCode)];
+    const auto found = std::find_if(options_.begin(), options_.end(), [&](const BoundOption& it) {
+      return ShortName(it.text) == std::string("-") + static_cast<char>(code);
+    });
+    return found == options_.end() ? nullptr : &*found;
+  }
+  // Which getopt_long allows. As soon as there is another option it would mean something else.
+  static bool IsAbbreviated(const BoundOption& option, const std::string& word) {
+    return word.starts_with("--") && word.substr(0, word.find('=')) != LongName(option.text);
+  }
+
+  const std::vector<BoundOption>& options_;
+  std::vector<std::string> names_;
+  std::vector<option> longOptions_;
+  std::string letters_ = "-:";  // operands in their place; what lacks its value is told apart
+};
 
 int PrintAndLeave(const std::string& text) {
   const auto problem = WriteStandardOutput([&](std::ostream& stream) { stream << text; });
@@ -24,44 +103,40 @@ int PrintAndLeave(const std::string& text) {
   return ExitFailed;
 }
 
-void AddOption(CLI::App& app, const BoundOption& option) {
-  const OptionText& text = option.text;
-  const auto take = [&option](const std::string& value) {
-    if (const auto problem = option.take(value)) {
-      throw CLI::ValidationError(LongName(option.text),
-                                 "\"" + value + "\" is not allowed, " + *problem);
+// Where an option is given twice, the last one holds.
+std::optional<std::string> TakeValues(const std::vector<GivenOption>& given) {
+  for (auto it = given.begin(); it != given.end(); ++it) {
+    const auto isSame = [&](const GivenOption& other) { return other.option == it->option; };
+    if (!it->option->repeatable && std::any_of(it + 1, given.end(), isSame)) continue;
+    if (const auto problem = it->option->take(it->value)) {
+      return LongName(it->option->text) + ": \"" + it->value + "\" is not allowed, " + *problem;
     }
-  };
-  if (*text.metavar == '\0') {
-    app.add_flag_callback(text.name, [take] { take({}); });
-    return;
   }
-  const auto takeAll = [take](const CLI::results_t& values) {
-    for (const std::string& value : values) take(value);
-    return true;
-  };
-  app.add_option(text.name, takeAll)
-      ->type_name(text.metavar)
-      ->multi_option_policy(option.repeatable ? CLI::MultiOptionPolicy::TakeAll
-                                              : CLI::MultiOptionPolicy::TakeLast);
+  return std::nullopt;
 }
 
-void AddOperand(CLI::App& app, const OperandText& operand, std::vector<std::string>& operands) {
-  const auto take = [&operands](const CLI::results_t& values) {
-    operands.insert(operands.end(), values.begin(), values.end());
-    return true;
+// Takes the options; those that every command has are answered.
+std::optional<int> TakeOptions(const CommandText& command, std::vector<BoundOption> options,
+                               const std::vector<std::string>& words,
+                               const std::function<std::string()>& help,
+                               std::vector<std::string>& operands) {
+  std::string answer;
+  const auto answerWith = [&](const OptionText& question, std::function<std::string()> text) {
+    options.push_back({question,
+                       [&answer, text = std::move(text)](const std::string&) {
+                         answer = text();
+                         return OptionProblem();
+                       },
+                       false});
   };
-  app.add_option(NameOf(operand), take)->type_name("")->required();
-  // The parser would take "[a,b]" for two.
-  if (TakesSeveral(operand)) app.allow_extras();
-}
-
-// The operands that followed the first one.
-void TakeFurther(const CLI::App& app, std::vector<std::string>& operands) {
-  std::vector<std::string> further = app.remaining();
-  const auto mark = std::find(further.begin(), further.end(), endOfOptions);
-  if (mark != further.end()) further.erase(mark);
-  operands.insert(operands.end(), further.begin(), further.end());
+  answerWith(askForHelp, help);
+  answerWith(askForVersion, [] { return std::string(GetToolVersion()) + "\n"; });
+  WordReader reader(options);
+  if (const auto problem = reader.Read(words)) return WrongUsage(command, *problem);
+  if (const auto problem = TakeValues(reader.given)) return WrongUsage(command, *problem);
+  operands = std::move(reader.operands);
+  if (answer.empty()) return std::nullopt;
+  return PrintAndLeave(answer);
 }
 
 // What an argument that has no place should have been: "one FABRIC", "OLD and NEW".
@@ -75,73 +150,15 @@ std::string ExpectedOperands(const CommandText& command) {
   return names;
 }
 
-bool IsOption(const std::string& word) { return word.size() > 1 && word.front() == '-'; }
-
-bool TakesValue(const CLI::Option& option) { return option.get_items_expected_max() > 0; }
-
-// Whether it is flags of one letter written as one word.
-bool AreFlags(const CLI::App& app, const std::string& word) {
-  return !word.starts_with("--") && std::all_of(word.begin() + 1, word.end(), [&](char letter) {
-    const CLI::Option* option = app.get_option_no_throw(std::string("-") + letter);
-    return option != nullptr && !TakesValue(*option);
-  });
-}
-
-// Every option as a word of its own and its value as the next. The parser would take "--quiet=no"
-// for --quiet, the word behind "--csv=" for its value, and "-5" for FABRIC.
-std::vector<std::string> SeparateWords(const CLI::App& app, const std::vector<std::string>& words) {
-  std::vector<std::string> result;
-  bool optionsEnded = false;
-  for (auto word = words.begin(); word != words.end(); ++word) {
-    optionsEnded = optionsEnded || *word == endOfOptions;
-    if (optionsEnded || !IsOption(*word) || AreFlags(app, *word)) {
-      result.push_back(*word);
-      continue;
-    }
-    const std::size_t nameEnd = std::min(word->find('='), word->size());
-    const std::string name = word->substr(0, nameEnd);
-    const CLI::Option* option = app.get_option_no_throw(name);
-    if (option == nullptr) {
-      throw CLI::ParseError("unknown option " + *word, CLI::ExitCodes::ExtrasError);
-    }
-    const bool hasValue = nameEnd < word->size();
-    if (hasValue && !TakesValue(*option)) {
-      throw CLI::ParseError(name + " takes no value", CLI::ExitCodes::ConversionError);
-    }
-    result.push_back(name);
-    if (hasValue) {
-      result.push_back(word->substr(nameEnd + 1));
-    } else if (TakesValue(*option) && word + 1 != words.end()) {
-      result.push_back(*++word);
-    }
+std::optional<std::string> ProblemOfOperands(const CommandText& command,
+                                             const std::vector<std::string>& operands) {
+  const std::size_t expected = command.operands.size();
+  if (operands.size() < expected) {
+    return NameOf(command.operands.begin()[operands.size()]) + " is required";
   }
-  return result;
-}
-
-// The mark itself is at fault only when nothing else is.
-std::string UnplacedWord(const std::vector<std::string>& remaining, const std::string& expected) {
-  const bool startsWithMark = remaining.front() == endOfOptions && remaining.size() > 1;
-  return "unexpected argument " + remaining[startsWithMark ? 1 : 0] + ", expected " + expected;
-}
-
-std::optional<int> Parse(CLI::App& app, const CommandText& command,
-                         const std::vector<std::string>& line, const std::string& expected,
-                         const std::function<std::string()>& help) {
-  app.set_version_flag("--version", GetToolVersion());
-  try {
-    std::vector<std::string> words = SeparateWords(app, line);
-    std::reverse(words.begin(), words.end());  // as the parser wants them
-    app.parse(std::move(words));
-  } catch (const CLI::CallForHelp&) {
-    return PrintAndLeave(help());
-  } catch (const CLI::CallForVersion& version) {
-    return PrintAndLeave(std::string(version.what()) + "\n");
-  } catch (const CLI::ExtrasError&) {
-    return WrongUsage(command, UnplacedWord(app.remaining(), expected));
-  } catch (const CLI::ParseError& error) {
-    return WrongUsage(command, error.what());
-  }
-  return std::nullopt;
+  const bool areSeveral = expected != 0 && TakesSeveral(command.operands.begin()[expected - 1]);
+  if (operands.size() == expected || areSeveral) return std::nullopt;
+  return "unexpected argument " + operands[expected] + ", expected " + ExpectedOperands(command);
 }
 
 // "check, generate or convert".
@@ -163,26 +180,23 @@ int WrongUsage(const CommandText& command, const std::string& problem) {
 std::optional<int> Parse(const CommandText& command, const std::vector<BoundOption>& options,
                          const std::vector<std::string>& words,
                          std::vector<std::string>& operands) {
-  CLI::App app;
-  for (const OperandText& operand : command.operands) AddOperand(app, operand, operands);
-  for (const BoundOption& option : options) AddOption(app, option);
   const auto help = [&] { return HelpText(command); };
-  const auto status = Parse(app, command, words, ExpectedOperands(command), help);
-  if (!status) TakeFurther(app, operands);
-  return status;
+  if (const auto status = TakeOptions(command, options, words, help, operands)) return status;
+  if (const auto problem = ProblemOfOperands(command, operands)) {
+    return WrongUsage(command, *problem);
+  }
+  return std::nullopt;
 }
 
 int ParseWithoutCommand(const CommandText& tool, const std::vector<const CommandText*>& commands,
                         const std::vector<std::string>& words) {
-  CLI::App app;
-  // Behind "--" the parser must know them.
-  for (const CommandText* command : commands) app.add_subcommand(command->name);
   const auto help = [&] { return HelpText(tool, commands); };
+  std::vector<std::string> operands;
+  if (const auto status = TakeOptions(tool, {}, words, help, operands)) return *status;
   const std::string expected = NamesOf(commands);
-  if (const auto status = Parse(app, tool, words, "one of the commands " + expected, help)) {
-    return *status;
-  }
-  return WrongUsage(tool, "no command given, expected " + expected);
+  if (operands.empty()) return WrongUsage(tool, "no command given, expected " + expected);
+  return WrongUsage(tool, "unexpected argument " + operands.front() +
+                              ", expected one of the commands " + expected);
 }
 
 }  // namespace fabscope::internal

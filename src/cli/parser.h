@@ -11,6 +11,7 @@ namespace fabscope::internal {
 
 // A command's words: what it is given besides options goes to `operands`, options are taken.
 // Answers nothing, or prints what was asked for or is wrong and answers the exit status.
+// Not from several threads at a time.
 std::optional<int> Parse(const CommandText& command, const std::vector<BoundOption>& options,
                          const std::vector<std::string>& words, std::vector<std::string>& operands);
 

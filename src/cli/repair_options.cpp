@@ -19,7 +19,7 @@ constexpr OptionText rootsText{
     "smdb uses the ranks of --ranks, otherwise those of the fabric document. regex uses the "
     "switches that --root-regex names."};
 
-constexpr std::array<CommandOption<RepairArguments>, 1> groupTable{{
+constexpr std::array<CommandOption<RepairArguments>, 1> repairOptions{{
     {showGuidText,
      [](RepairArguments& arguments, const std::string& value) {
        return TakeShowGuid(arguments.options.showGuid, value);
@@ -120,7 +120,7 @@ Problem SettleFiles(const RepairArguments& arguments) {
 Outputs<RepairRun> RepairOutputs() { return GetOutputTable(); }
 
 std::vector<BoundOption> BindOptions(RepairArguments& arguments) {
-  std::vector<BoundOption> options = Bind(groupTable, arguments, BindRootsAndGroups(arguments));
+  std::vector<BoundOption> options = Bind(repairOptions, arguments, BindRootsAndGroups(arguments));
   BindOutputs(RepairOutputs(), arguments.outputs, options);
   return Bind(planTable, arguments, std::move(options));
 }

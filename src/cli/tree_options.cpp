@@ -20,7 +20,7 @@ std::optional<RootsFrom> MethodOf(std::string_view name) {
   return std::nullopt;
 }
 
-constexpr std::array<CommandOption<TreeArguments>, 8> table{{
+constexpr std::array<CommandOption<TreeArguments>, 8> treeOptions{{
     {{"--roots", "auto|search|inferred|smdb|regex", ofRoots, "how to find the roots (default auto)",
       "search finds the roots by the distances of switches from leaves. inferred finds them from "
       "all cables at once, so a few wrong cables do not mislead it. auto uses search, unless it "
@@ -122,7 +122,7 @@ OptionProblem TakeShowGuid(int& target, const std::string& value) {
 }
 
 std::vector<BoundOption> BindTreeOptions(TreeArguments& arguments) {
-  return Bind(table, arguments);
+  return Bind(treeOptions, arguments);
 }
 
 std::optional<std::string> SettleTree(TreeArguments& arguments) {
