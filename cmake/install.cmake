@@ -25,6 +25,9 @@ install(FILES ${PROJECT_SOURCE_DIR}/README.md COMPONENT command
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs ${PROJECT_SOURCE_DIR}/examples COMPONENT command
   DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/fabscope)
 
+# What is installed.
+add_custom_target(product DEPENDS fabscope fabscope_shared fabscope_static manual_files)
+
 # The nightly check. Its units name the prefix, which is known at last when files are installed.
 set(packaging ${PROJECT_SOURCE_DIR}/packaging)
 install(PROGRAMS ${packaging}/nightly ${packaging}/publish-numbers COMPONENT command

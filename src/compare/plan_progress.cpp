@@ -21,9 +21,9 @@
 namespace fabscope::internal {
 namespace {
 
-using Cable = std::optional<KeptCable>;
+using MaybeCable = std::optional<KeptCable>;
 
-bool IsEndOf(const KeptEnd& end, const Cable& cable) {
+bool IsEndOf(const KeptEnd& end, const MaybeCable& cable) {
   return cable && ((*cable)[0] == end || (*cable)[1] == end);
 }
 
@@ -125,7 +125,7 @@ void Progress::AddEnds(const KeptChange& change, std::vector<EndNow>& ends) cons
 
 void Progress::AddMissing(const KeptChanges& changes, std::vector<EndNow>& ends) const {
   for (const KeptChange& change : changes) {
-    for (const Cable* cable : {&change.before, &change.after}) {
+    for (const MaybeCable* cable : {&change.before, &change.after}) {
       if (!*cable) continue;
       for (const KeptEnd& end : **cable) {
         const auto isSame = [&](const EndNow& told) { return told.end->guid == end.guid; };
@@ -161,7 +161,7 @@ using Ends = std::set<std::pair<std::uint64_t, std::uint8_t>>;
 // What is the same in two plans however their cables and ends are ordered.
 using ChangeKey = std::multiset<std::pair<Ends, Ends>>;
 
-Ends EndsOf(const Cable& cable) {
+Ends EndsOf(const MaybeCable& cable) {
   if (!cable) return {};
   return {{(*cable)[0].guid, (*cable)[0].port}, {(*cable)[1].guid, (*cable)[1].port}};
 }
@@ -195,7 +195,7 @@ std::string WhyForeign(const RepairDocument& plan, const IBFabric& fabric) {
   std::set<std::uint64_t> switches(plan.switches.begin(), plan.switches.end());
   for (const KeptStep& step : plan.steps) {
     for (const KeptChange& change : step.cables) {
-      for (const Cable* cable : {&change.before, &change.after}) {
+      for (const MaybeCable* cable : {&change.before, &change.after}) {
         for (const auto& [guid, port] : EndsOf(*cable)) switches.insert(guid);
       }
     }

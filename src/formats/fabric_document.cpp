@@ -12,6 +12,7 @@
 
 #include "formats/json_reader.h"
 #include "formats/link_speeds.h"
+#include "formats/node_kinds.h"
 #include "text/text_fields.h"
 
 namespace fabscope::internal {
@@ -98,16 +99,13 @@ bool DocumentLoader::ReadType(Value value, std::uint32_t& type) {
   const std::size_t offset = OffsetOf(value);
   std::string_view name;
   if (!ReadString(value, name)) return false;
-  if (name == "switch") {
-    type = NodeTypeSwitch;
-  } else if (name == "ca") {
-    type = NodeTypeCA;
-  } else if (name == "router") {
-    type = NodeTypeRouter;
-  } else {
-    return Fail(offset, R"(unknown node type, expected "switch", "ca" or "router")");
+  for (const NodeKind& kind : nodeKinds) {
+    if (name == kind.name) {
+      type = kind.type;
+      return true;
+    }
   }
-  return true;
+  return Fail(offset, R"(unknown node type, expected "switch", "ca" or "router")");
 }
 
 bool DocumentLoader::ReadFormat(Value value) {

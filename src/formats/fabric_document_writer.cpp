@@ -7,6 +7,7 @@
 #include "fabric/guid.h"
 #include "formats/fabric_document.h"
 #include "formats/link_speeds.h"
+#include "formats/node_kinds.h"
 #include "text/json_members.h"
 
 namespace fabscope::internal {
@@ -21,11 +22,6 @@ void AppendSpeed(JsonMembers& members, std::uint32_t code) {
   } else {
     members.Number("speed", code);
   }
-}
-
-const char* TypeName(std::uint32_t type) {
-  if (type == NodeTypeSwitch) return "switch";
-  return type == NodeTypeCA ? "ca" : "router";
 }
 
 // A link is written at the end that comes first in the model, with that end's attributes.
@@ -66,7 +62,7 @@ void AppendPorts(JsonMembers& node, const IBNode& owner) {
 void AppendNode(std::string& json, const IBNode& node) {
   JsonMembers members(json, '{', '}');
   members.Guid("guid", node.guid);
-  members.Text("type", TypeName(node.nodeType));
+  members.Text("type", KindOf(node).name);
   members.Text("name", node.name);
   members.Number("numPorts", node.numPorts);
   if (node.systemGuid != node.guid) members.Guid("systemGuid", node.systemGuid);

@@ -98,24 +98,24 @@ bool IsLeftOut(const IBNode& node, unsigned limits) {
 
 // Nodes that stand elsewhere once they are in the order that a dump's loader gives them.
 std::size_t CountOutOfOrder(const IBFabric& fabric, unsigned limits) {
-  struct Place {
+  struct Entry {
     std::string name;
     std::uint64_t guid;
   };
-  std::vector<Place> places;
-  places.reserve(fabric.GetNodes().size());
+  std::vector<Entry> entries;
+  entries.reserve(fabric.GetNodes().size());
   for (const IBNode& node : fabric.GetNodes()) {
     if (IsLeftOut(node, limits)) continue;
     const bool isNetFile = (limits & NamesAreNetFiles) != 0;
-    places.push_back({isNetFile ? NetFileName(node.name) : CleanText(node.name), node.guid});
+    entries.push_back({isNetFile ? NetFileName(node.name) : CleanText(node.name), node.guid});
   }
-  std::sort(places.begin(), places.end(), [](const Place& a, const Place& b) {
+  std::sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) {
     return CompareNodeOrder(a.name, a.guid, b.name, b.guid) < 0;
   });
   std::size_t count = 0;
-  auto place = places.begin();
+  auto entry = entries.begin();
   for (const IBNode& node : fabric.GetNodes()) {
-    if (!IsLeftOut(node, limits) && (place++)->guid != node.guid) ++count;
+    if (!IsLeftOut(node, limits) && (entry++)->guid != node.guid) ++count;
   }
   return count;
 }

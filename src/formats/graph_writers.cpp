@@ -9,6 +9,7 @@
 #include "fabric/fabric_walk.h"
 #include "fabric/guid.h"
 #include "formats/link_speeds.h"
+#include "formats/node_kinds.h"
 #include "text/escaped_text.h"
 
 namespace fabscope::internal {
@@ -59,11 +60,6 @@ void AppendDotEdge(GraphText& text, const IBPort& source, const IBPort& target) 
   text.Append("];\n");
 }
 
-const char* TypeName(std::uint32_t nodeType) {
-  if (nodeType == NodeTypeSwitch) return "switch";
-  return nodeType == NodeTypeCA ? "ca" : "router";
-}
-
 constexpr std::string_view graphMlHead =
     R"(<?xml version="1.0" encoding="UTF-8"?>
 <graphml xmlns="http://graphml.graphdrawing.org/xmlns">
@@ -80,7 +76,7 @@ constexpr std::string_view graphMlHead =
 void AppendGraphMlNode(GraphText& text, const IBNode& node) {
   const std::string guid = GuidText(node.guid);
   text.Append(R"(<node id="{}"><data key="name">{}</data><data key="type">{}</data>)", guid,
-              XmlText(node.name), TypeName(node.nodeType));
+              XmlText(node.name), KindOf(node).name);
   text.Append("<data key=\"guid\">{}</data><data key=\"ports\">{}</data></node>\n", guid,
               node.numPorts);
 }

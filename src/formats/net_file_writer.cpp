@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "formats/link_speeds.h"
+#include "formats/node_kinds.h"
 #include "text/text_fields.h"
 
 namespace fabscope::internal {
@@ -14,20 +15,6 @@ namespace {
 // A description has 64 bytes, and the simulator ends each with a zero. It also reads lines of 255
 // bytes at most and makes two of a longer one.
 constexpr std::size_t maxNameLength = 63;
-
-struct TypeWords {
-  const char* keyword;
-  const char* guidKey;
-  char letter;  // before the GUID of a node
-};
-
-TypeWords WordsOf(const IBNode& node) {
-  if (node.nodeType == NodeTypeSwitch) return {"Switch", "switchguid", 'S'};
-  if (node.nodeType == NodeTypeCA) return {"Ca", "caguid", 'H'};
-  return {"Rt", "rtguid", 'R'};
-}
-
-bool IsSwitch(const IBNode& node) { return node.nodeType == NodeTypeSwitch; }
 
 // The simulator refuses a file with a node that has no port.
 bool IsTold(const IBNode& node) { return node.numPorts != 0; }
@@ -68,7 +55,7 @@ class NetFile {
     fmt::format_to(std::back_inserter(text_), format, std::forward<Values>(values)...);
   }
   void AppendNodeId(const IBNode& node) {
-    Append("\"{}-{:016x}\"", WordsOf(node).letter, node.guid);
+    Append("\"{}-{:016x}\"", KindOf(node).letter, node.guid);
   }
   void AppendPort(const IBPort& port);
 
@@ -90,9 +77,9 @@ void NetFile::AppendHead(const std::vector<IBNode>& nodes) {
 }
 
 void NetFile::AppendNode(const IBNode& node) {
-  const TypeWords words = WordsOf(node);
-  Append("\nsysimgguid={:#x}\n{}={:#x}\n", node.systemGuid, words.guidKey, node.guid);
-  Append("{}\t{} ", words.keyword, node.numPorts);
+  const NodeKind& kind = KindOf(node);
+  Append("\nsysimgguid={:#x}\n{}={:#x}\n", node.systemGuid, kind.guidKey, node.guid);
+  Append("{}\t{} ", kind.word, node.numPorts);
   AppendNodeId(node);
   Append("\t\t# \"{}\"{}\n", NetFileName(node.name),
          IsSwitch(node) ? " base port 0 lid 0 lmc 0" : "");

@@ -12,6 +12,7 @@
 
 #include "fabric/ib_node.h"
 #include "formats/link_speeds.h"
+#include "formats/node_kinds.h"
 #include "text/text_fields.h"
 
 namespace fabscope::internal {
@@ -28,14 +29,6 @@ constexpr std::array<Keyword, 6> fieldKeywords{{{"vendid=", DumpLineKind::Vendor
                                                 {"switchguid=", DumpLineKind::NodeGuid},
                                                 {"caguid=", DumpLineKind::NodeGuid},
                                                 {"rtguid=", DumpLineKind::NodeGuid}}};
-
-struct NodeKeyword {
-  std::string_view text;
-  std::uint32_t type;
-};
-
-constexpr std::array<NodeKeyword, 3> nodeKeywords{
-    {{"Switch", NodeTypeSwitch}, {"Ca", NodeTypeCA}, {"Rt", NodeTypeRouter}}};
 
 // What the tool prints for a speed that it does not know.
 constexpr std::string_view unknownSpeed = "???";
@@ -230,9 +223,9 @@ DumpLineKind KindOfDumpLine(std::string_view line) {
   for (const Keyword& keyword : fieldKeywords) {
     if (startsWith(keyword.text)) return keyword.kind;
   }
-  for (const NodeKeyword& keyword : nodeKeywords) {
-    if (startsWith(keyword.text) && line.size() > keyword.text.size() &&
-        IsBlank(line[keyword.text.size()])) {
+  for (const NodeKind& kind : nodeKinds) {
+    if (startsWith(kind.word) && line.size() > kind.word.size() &&
+        IsBlank(line[kind.word.size()])) {
       return DumpLineKind::Node;
     }
   }
@@ -259,8 +252,8 @@ MaybeProblem ParseNodeLine(std::string_view line, std::size_t offset, DumpNodeLi
   LineCursor cursor(line, offset);
   cursor.SkipBlanks();
   const std::string_view word = cursor.TakeWord();
-  for (const NodeKeyword& keyword : nodeKeywords) {
-    if (keyword.text == word) node.type = keyword.type;
+  for (const NodeKind& kind : nodeKinds) {
+    if (kind.word == word) node.type = kind.type;
   }
   cursor.SkipBlanks();
   const std::size_t countOffset = cursor.Offset();
@@ -333,8 +326,8 @@ bool IsCutLine(std::string_view line) {
       for (const Keyword& keyword : fieldKeywords) {
         if (keyword.text.starts_with(line)) return true;
       }
-      for (const NodeKeyword& keyword : nodeKeywords) {
-        if (keyword.text.starts_with(line)) return true;
+      for (const NodeKind& kind : nodeKinds) {
+        if (kind.word.starts_with(line)) return true;
       }
       return line == "[";
     case DumpLineKind::Ignored:

@@ -12,37 +12,18 @@
 
 #include "fabric/fabric_walk.h"
 #include "formats/link_speeds.h"
+#include "formats/node_kinds.h"
 #include "text/text_fields.h"
 
 namespace fabscope::internal {
 namespace {
-
-// How the dump speaks of a kind of node.
-struct NodeKind {
-  std::uint32_t type;
-  std::string_view guidKey;
-  std::string_view word;
-  char prefix;
-};
-
-// In the order of their records.
-constexpr std::array<NodeKind, 3> kinds{{{NodeTypeSwitch, "switchguid", "Switch", 'S'},
-                                         {NodeTypeCA, "caguid", "Ca", 'H'},
-                                         {NodeTypeRouter, "rtguid", "Rt", 'R'}}};
-
-const NodeKind& KindOf(const IBNode& node) {
-  const auto isKind = [&](const NodeKind& kind) { return kind.type == node.nodeType; };
-  return *std::find_if(kinds.begin(), kinds.end() - 1, isKind);
-}
-
-bool IsSwitch(const IBNode& node) { return node.nodeType == NodeTypeSwitch; }
 
 std::uint64_t PortGuid(const IBPort& port) { return port.node->guid + port.num; }
 
 class DumpWriter {
  public:
   DumpWriter(const IBFabric& fabric, std::ostream& stream) : fabric_(fabric), stream_(stream) {
-    for (const NodeKind& kind : kinds) {
+    for (const NodeKind& kind : nodeKinds) {
       for (const IBNode& node : fabric.GetNodes()) {
         if (&KindOf(node) == &kind) records_.push_back(&node);
       }
@@ -127,7 +108,7 @@ void DumpWriter::WriteNode(const IBNode& node) {
   Append("\nvendid=0x0\ndevid=0x0\nsysimgguid=0x{:x}\n{}=0x{:x}", node.systemGuid, kind.guidKey,
          node.guid);
   if (IsSwitch(node)) Append("({:x})", node.guid);
-  Append("\n{}\t{} \"{}-{:016x}\"\t\t# \"{}\"", kind.word, node.numPorts, kind.prefix, node.guid,
+  Append("\n{}\t{} \"{}-{:016x}\"\t\t# \"{}\"", kind.word, node.numPorts, kind.letter, node.guid,
          CleanText(node.name));
   if (IsSwitch(node)) Append(" base port 0 lid {} lmc 0", Lid(node));
   Append("\n");
@@ -144,7 +125,7 @@ void DumpWriter::WritePort(const IBPort& port) {
 }
 
 void DumpWriter::AppendPeer(const IBPort& peer) {
-  Append("\t\"{}-{:016x}\"[{}]", KindOf(*peer.node).prefix, peer.node->guid, peer.num);
+  Append("\t\"{}-{:016x}\"[{}]", KindOf(*peer.node).letter, peer.node->guid, peer.num);
   if (!IsSwitch(*peer.node)) Append("({:x}) ", PortGuid(peer));
   Append("\t\t# ");
 }

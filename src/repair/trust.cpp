@@ -26,10 +26,10 @@ namespace fabscope::internal {
 namespace {
 
 // What its cables are before and after.
-using Ends = std::vector<std::optional<std::pair<std::uint32_t, std::uint8_t>>>;
+using StepEnds = std::vector<std::optional<std::pair<std::uint32_t, std::uint8_t>>>;
 
-Ends EndsOf(const RepairStep& step) {
-  Ends ends;
+StepEnds EndsOf(const RepairStep& step) {
+  StepEnds ends;
   for (const CableChange& change : step.cables) {
     for (const auto& cable : {change.before, change.after}) {
       for (const auto end : {&RepairCable::upper, &RepairCable::lower}) {
@@ -41,8 +41,8 @@ Ends EndsOf(const RepairStep& step) {
   return ends;
 }
 
-std::set<Ends> EndsOf(const std::vector<PlannedStep>& steps) {
-  std::set<Ends> ends;
+std::set<StepEnds> EndsOf(const std::vector<PlannedStep>& steps) {
+  std::set<StepEnds> ends;
   for (const PlannedStep& planned : steps) ends.insert(EndsOf(planned.step));
   return ends;
 }
@@ -346,11 +346,11 @@ void Judge::FindAlternative(std::size_t step) {
   if (changes.extras + changes.lacks > changes_.extras + changes_.lacks) return;
   if (!changes.uncertain.empty()) return;
   const std::vector<PlannedStep> otherSteps = OrderSteps(other, changes);
-  const std::set<Ends> otherEnds = EndsOf(otherSteps);
+  const std::set<StepEnds> otherEnds = EndsOf(otherSteps);
   for (std::size_t i = 0; i < steps_.size(); ++i) {
     if (i != step && !otherEnds.contains(EndsOf(steps_[i].step))) return;
   }
-  const std::set<Ends> ends = EndsOf(steps_);
+  const std::set<StepEnds> ends = EndsOf(steps_);
   CableChanges instead;
   std::vector<RepairStep> trial;
   for (const PlannedStep& planned : otherSteps) {

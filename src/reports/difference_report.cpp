@@ -25,9 +25,9 @@ std::string SpeedOf(const Cable& cable) {
   return speed == other ? speed : speed + "/" + other;
 }
 
-class Report {
+class DifferenceReport {
  public:
-  Report(const Difference& difference, const TextStyle& style, std::ostream& stream)
+  DifferenceReport(const Difference& difference, const TextStyle& style, std::ostream& stream)
       : difference_(difference),
         style_(style),
         stream_(stream),
@@ -75,7 +75,7 @@ class Report {
   std::size_t cables_ = 0;
 };
 
-void Report::WriteNodes() {
+void DifferenceReport::WriteNodes() {
   const FabricChanges& fabric = difference_.fabric;
   for (const NodeAndCables& change : fabric.nodesWent) NodeLine(change, " went", then_);
   for (const NodeAndCables& change : fabric.nodesCame) NodeLine(change, " came", now_);
@@ -95,7 +95,7 @@ void Report::WriteNodes() {
   }
 }
 
-void Report::WriteCables() {
+void DifferenceReport::WriteCables() {
   const FabricChanges& fabric = difference_.fabric;
   for (const MovedCable& move : fabric.moved) {
     const IBNode& node = *move.kept->node;
@@ -112,7 +112,7 @@ void Report::WriteCables() {
   }
 }
 
-void Report::WriteFindings() {
+void DifferenceReport::WriteFindings() {
   for (const Fault fault : difference_.findings->cured) {
     Line("finding cured", FaultText(fault, then_));
   }
@@ -121,7 +121,7 @@ void Report::WriteFindings() {
   }
 }
 
-void Report::WriteSum() {
+void DifferenceReport::WriteSum() {
   if (difference_.IsEmpty()) return;
   std::string sum = "-I- Difference: " + std::to_string(switches_) + " switches, " +
                     std::to_string(hosts_) + " hosts, " + std::to_string(cables_) + " cables";
@@ -132,7 +132,7 @@ void Report::WriteSum() {
   WriteReportLine(sum, style_, stream_);
 }
 
-void Report::WritePlan() {
+void DifferenceReport::WritePlan() {
   const SwitchNames names(difference_.is, difference_.showGuid);
   for (const StepProgress& step : *difference_.plan) Line("plan", ProgressText(step, names));
 }
@@ -141,7 +141,8 @@ void Report::WritePlan() {
 
 void WriteDifferenceReport(const Difference& difference, const TextStyle& style,
                            std::ostream& stream) {
-  WriteForPeople(stream, [&](std::ostream& text) { Report(difference, style, text).Write(); });
+  WriteForPeople(stream,
+                 [&](std::ostream& text) { DifferenceReport(difference, style, text).Write(); });
 }
 
 }  // namespace fabscope::internal

@@ -31,9 +31,9 @@ std::string FindingsText(const CheckedTree& tree) {
          std::to_string(tree.issues) + " issues";
 }
 
-class Report {
+class RepairReport {
  public:
-  Report(const RepairResult& result, std::ostream& stream)
+  RepairReport(const RepairResult& result, std::ostream& stream)
       : result_(result),
         plan_(result.proven.plan),
         names_(*result.fabric, result.showGuid),
@@ -72,7 +72,7 @@ class Report {
   std::ostream& stream_;
 };
 
-void Report::WriteVerdict() {
+void RepairReport::WriteVerdict() {
   const std::string left = FindingsText(result_.After());
   const bool isAbstained = plan_.status == RepairStatus::Abstained;
   if (plan_.steps.empty()) {
@@ -135,7 +135,7 @@ void WriteProgress(const std::vector<StepProgress>& steps, const RepairResult& n
 }  // namespace
 
 void WriteRepairReport(const RepairResult& result, std::ostream& stream) {
-  WriteForPeople(stream, [&](std::ostream& text) { Report(result, text).Write(); });
+  WriteForPeople(stream, [&](std::ostream& text) { RepairReport(result, text).Write(); });
 }
 
 void WriteRepairCsv(const RepairResult& result, std::ostream& stream) {

@@ -24,13 +24,13 @@ namespace fabscope::internal {
 namespace {
 
 constexpr double margin = 24;
-constexpr double left = 150;  // behind the names of the ranks
-constexpr double top = 130;   // below the title
+constexpr double leftMargin = 150;  // behind the names of the ranks
+constexpr double top = 130;         // below the title
 constexpr double titleHeight = 84;
 constexpr double legendStep = 26;
 constexpr double leastWidth = 720;
 
-constexpr std::string_view style =
+constexpr std::string_view styleSheet =
     "text{font-family:sans-serif;font-size:12px;fill:#1c2733}"
     ".title{font-size:22px;font-weight:bold}"
     ".rank{fill:#52606d}"
@@ -81,7 +81,7 @@ class Picture {
     const double end = Bottom() + LegendHeight() * scale;
     Add(R"(<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 {:.0f} {:.0f} {:.0f}" width="{:.0f}" height="{:.0f}">)",
         begin, width, end - begin, width, end - begin);
-    Add("<style>{}</style>", style);
+    Add("<style>{}</style>", styleSheet);
     Add(R"(<rect y="{:.0f}" width="100%" height="100%" fill="#ffffff"/>)", begin);
     BeginScaled(begin, scale);
     DrawTitle();
@@ -361,7 +361,7 @@ void Picture::DrawLegend(double y) {
 }  // namespace
 
 void WriteSvgReport(const CheckResult& result, std::ostream& stream) {
-  const TreeLayout layout = LayOutTree(*result.topology, left, top);
+  const TreeLayout layout = LayOutTree(*result.topology, leftMargin, top);
   stream << Picture(result, layout).Draw();
 }
 

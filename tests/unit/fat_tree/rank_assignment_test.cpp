@@ -117,14 +117,14 @@ TEST_F(RankAssignmentTest, ExtraRanksAreDropped) {
 }
 
 TEST_F(RankAssignmentTest, DistancesAskedForInVainStayAsEmptyClasses) {
-  using DistanceClasses = std::map<std::int32_t, std::list<const IBNode*>>;
+  using Classes = std::map<std::int32_t, std::list<const IBNode*>>;
   FTClassification two(Topology());
   two.Set2L_FTRanks();
-  EXPECT_EQ(TestPeer::DistanceToNodes(two), (DistanceClasses{{0, {}}, {1, {}}, {2, {}}}));
+  EXPECT_EQ(TestPeer::DistanceToNodes(two), (Classes{{0, {}}, {1, {}}, {2, {}}}));
   FTClassification four(Topology());
   four.Set4L_FTRanks();
   EXPECT_EQ(TestPeer::DistanceToNodes(four),
-            (DistanceClasses{{0, {}}, {1, {}}, {2, {}}, {3, {}}, {4, {}}, {5, {}}, {6, {}}}));
+            (Classes{{0, {}}, {1, {}}, {2, {}}, {3, {}}, {4, {}}, {5, {}}, {6, {}}}));
 }
 
 // --- Two levels.

@@ -14,7 +14,7 @@ namespace {
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
-const CommandText small{
+const CommandText described{
     .name = "try",
     .summary = "Tries things.",
     .operands = {{"IN", "what is read; - for standard input"}, {"MORE...", "what else is read"}},
@@ -30,12 +30,12 @@ const CommandText small{
 
 TEST(ManPageTest, ThePageBeginsWithItsTitleAndTheVersion) {
   const std::string title = "FABSCOPE-TRY";
-  EXPECT_THAT(ManPage(small), StartsWith(".TH " + title + R"( 1 "" ")" + GetToolVersion() +
-                                         R"(" "User Commands")" + "\n"));
+  EXPECT_THAT(ManPage(described), StartsWith(".TH " + title + R"( 1 "" ")" + GetToolVersion() +
+                                             R"(" "User Commands")" + "\n"));
 }
 
 TEST(ManPageTest, LinesThatRoffWouldTakeForItsOwnAreEscaped) {
-  const std::string page = ManPage(small);
+  const std::string page = ManPage(described);
   EXPECT_THAT(page, HasSubstr(R"(.SH DESCRIPTION
 First paragraph.
 .PP
@@ -77,7 +77,7 @@ Tries that.
 }
 
 TEST(ManPageTest, OperandsStandInTheSynopsis) {
-  EXPECT_THAT(ManPage(small), HasSubstr(R"(.SH SYNOPSIS
+  EXPECT_THAT(ManPage(described), HasSubstr(R"(.SH SYNOPSIS
 \fBfabscope try\fR [\fIOPTIONS\fR] \fIIN\fR \fIMORE...\fR
 )"));
 }

@@ -4,10 +4,10 @@
 #include <gtest/gtest.h>
 #include <set>
 
+#include "support/speeds.h"
+
 namespace fabscope::internal {
 namespace {
-
-constexpr std::uint32_t hdr = 0x400;
 
 using Ends = std::pair<std::pair<std::size_t, int>, std::pair<std::size_t, int>>;
 using State = std::pair<std::uint32_t, unsigned>;  // speed, slow plane

@@ -7,14 +7,13 @@
 #include "fabric/fabric_walk.h"
 #include "fat_tree/neighborhood.h"
 #include "fat_tree/topology.h"
+#include "support/speeds.h"
 #include "synthetic/fabric_plan.h"
 
 namespace fabscope::internal {
 namespace {
 
 using ::testing::ElementsAre;
-
-constexpr std::uint32_t hdr = 0x400;
 
 std::unique_ptr<IBFabric> BuildPlan(const FabricPlan& plan) {
   FabricBuilder builder;

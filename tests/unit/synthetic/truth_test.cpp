@@ -2,10 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include "support/speeds.h"
+
 namespace fabscope::internal {
 namespace {
-
-constexpr std::uint32_t hdr = 0x400;
 
 TEST(TruthTest, WithoutFaultsTellsTheSeedAlone) {
   EXPECT_EQ(TruthText(PlanTree({{1, 2}, {1, 1}}, hdr), 18446744073709551615U, {}),
