@@ -23,18 +23,27 @@
 namespace fabscope::internal {
 namespace {
 
+// The switch's name, and its GUID where another switch has the same name.
+std::string NameOf(const IBFabric& fabric, const IBNode& node) {
+  const bool isShared =
+      std::any_of(fabric.switches.begin(), fabric.switches.end(),
+                  [&](const IBNode* other) { return other != &node && other->name == node.name; });
+  return isShared ? node.name + " (" + GuidText(node.guid) + ")" : node.name;
+}
+
 // What one leaf saw that no tree looks like, in words; empty when the leaves merely disagree. The
 // search for roots is done again as the stage did it.
 std::string StrangeSight(FTTopology& topology, const CheckOptions& options) {
   FTClassificationHandler handler;
+  const IBFabric& fabric = topology.GetFabric();
   const IBNode* leaf = topology.GetFirstLeaf();
   for (int tries = 0; leaf != nullptr && tries <= options.retries; ++tries) {
-    const std::string from = "from leaf " + leaf->name;
+    const std::string from = "from leaf " + NameOf(fabric, *leaf);
     FTClassification* seen = handler.GetNewClassification(topology);
     seen->Classify(*leaf);
     const int distance = seen->GetMaxDistance();
     if (distance != 2 && distance != 4 && distance != 6) {
-      return from + " the farthest switch, " + seen->GetFarthestNode()->name + ", is " +
+      return from + " the farthest switch, " + NameOf(fabric, *seen->GetFarthestNode()) + ", is " +
              std::to_string(distance) +
              " hops away, but trees of 2, 3 and 4 levels have 2, 4 and 6; for other trees, ";
     }
@@ -50,21 +59,13 @@ std::string StrangeSight(FTTopology& topology, const CheckOptions& options) {
 
 std::string AdviceOnAutomaticRoots(FTTopology& topology, const CheckOptions& options) {
   const IBFabric& fabric = topology.GetFabric();
-  const std::string cure = NameTheRoots(fabric);
+  const std::string cure = NameTheRoots(fabric, options.roots);
   if (topology.GetFirstLeaf() == nullptr) {
     return "no switch leads to a host: is this a dump without channel adapters? If so, " + cure;
   }
   const std::string strange = StrangeSight(topology, options);
   if (!strange.empty()) return strange + cure;
   return "the leaves do not agree on the roots: " + cure;
-}
-
-// The switch's name, and its GUID where another switch has the same name.
-std::string NameOf(const IBFabric& fabric, const IBNode& node) {
-  const bool isShared =
-      std::any_of(fabric.switches.begin(), fabric.switches.end(),
-                  [&](const IBNode* other) { return other != &node && other->name == node.name; });
-  return isShared ? node.name + " (" + GuidText(node.guid) + ")" : node.name;
 }
 
 // The ranks of a tree that was built, and what looks wrong with them.
@@ -110,14 +111,16 @@ class RankDoubts {
 }  // namespace
 
 std::string AdviceOnBuilding(FTTopology& topology, const CheckOptions& options) {
+  const IBFabric& fabric = topology.GetFabric();
+  if (fabric.switches.size() < 2) return AdviceOnSize(fabric);
   switch (options.roots) {
     case RootsFrom::Smdb:
       return "no switch has rank 0: give the subnet manager's ranks with --ranks FILE, or let the "
              "roots be found by themselves";
     case RootsFrom::Regex:
-      return "no switch name matches: " + NameTheRoots(topology.GetFabric());
+      return "no switch name matches: " + NameTheRoots(fabric, options.roots);
     case RootsFrom::Inferred:
-      return "the cables do not look like a tree: " + NameTheRoots(topology.GetFabric());
+      return "the cables do not look like a tree: " + NameTheRoots(fabric, options.roots);
     case RootsFrom::Auto:
     case RootsFrom::Search:
       break;
@@ -125,12 +128,18 @@ std::string AdviceOnBuilding(FTTopology& topology, const CheckOptions& options) 
   return AdviceOnAutomaticRoots(topology, options);
 }
 
+std::string AdviceOnSize(const IBFabric& fabric) {
+  if (fabric.switches.size() > 1) return {};
+  return fabric.switches.empty() ? "no switch, nothing to check"
+                                 : "only one switch, nothing to check";
+}
+
 std::string AdviceOnTree(const FTTopology& topology, RootsFrom method) {
   const IBFabric& fabric = topology.GetFabric();
-  if (topology.GetRanks().empty()) return {};
+  if (topology.GetRanks().empty() || fabric.switches.size() < 2) return {};
   const bool isNamed = method == RootsFrom::Smdb || method == RootsFrom::Regex;
   const std::string doubt = isNamed ? std::string() : RankDoubts(topology).Tell();
-  if (!doubt.empty()) return doubt + ": if the roots are wrong, " + NameTheRoots(fabric);
+  if (!doubt.empty()) return doubt + ": if the roots are wrong, " + NameTheRoots(fabric, method);
 
   // Every plane is a tree of its own, and only that of the roots is checked.
   const NodeSet& roots = topology.GetRanks().front();

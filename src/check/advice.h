@@ -10,6 +10,9 @@ namespace fabscope::internal {
 // examples from this fabric's own names.
 std::string AdviceOnBuilding(FTTopology& topology, const CheckOptions& options);
 
+// That there is nothing to check, where there are not two switches; empty otherwise.
+std::string AdviceOnSize(const IBFabric& fabric);
+
 // What makes one doubt a tree that was built: roots that nobody has named and that do not look like
 // roots, or switches that are not part of it. Empty when nothing does. Real faults look alike, so
 // this is for people, never a finding.

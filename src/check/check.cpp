@@ -82,6 +82,7 @@ bool CheckRun::Validate() {
   const int status = result_.topology->Validate(none, result_.message);
   result_.validateOutput = TakeText(*result_.stream);
   result_.status = status == StatusSuccess ? CheckStatus::Done : CheckStatus::NotValidated;
+  if (status != StatusSuccess) result_.advice = AdviceOnSize(*result_.fabric);
   return status == StatusSuccess;
 }
 

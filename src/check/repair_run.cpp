@@ -67,7 +67,8 @@ bool RepairRun::FindPlan() {
   if (MethodUsed() != RootsFrom::Inferred) return FindPlanOfNamedRoots();
   result_.proven.plan = FindRepairs(*result_.fabric);
   if (result_.proven.plan.ranks.levels > 0) return true;
-  result_.advice = NameTheRoots(*result_.fabric);
+  result_.advice = AdviceOnSize(*result_.fabric);
+  if (result_.advice.empty()) result_.advice = NameTheRoots(*result_.fabric, MethodUsed());
   return Fail("no switch of the fabric has a place in a tree");
 }
 
@@ -92,7 +93,9 @@ bool RepairRun::CheckAsItIs() {
   result_.before = CheckTree(*result_.fabric, result_.proven.plan.ranks, options_.mergePercent);
   if (!result_.before.problem.empty()) {
     // What faults keep from being checked may be a tree once they are mended.
-    return !result_.proven.plan.steps.empty() || Fail(result_.before.problem);
+    if (!result_.proven.plan.steps.empty()) return true;
+    result_.advice = AdviceOnSize(*result_.fabric);
+    return Fail(result_.before.problem);
   }
   result_.doubt = DoubtOn(*result_.before.topology);
   return true;

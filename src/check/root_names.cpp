@@ -128,11 +128,14 @@ std::string Quoted(const std::string& regex) {
 
 }  // namespace
 
-std::string NameTheRoots(const IBFabric& fabric) {
+std::string NameTheRoots(const IBFabric& fabric, RootsFrom method) {
   const FormTable forms = FormsOf(fabric);
   const std::string start = "name the roots with --root-regex ERE";
   if (forms.size() < 2) {
-    return start + ", or give the subnet manager's ranks with --ranks FILE";
+    const std::string names = "tell the switches apart with --node-name-map FILE and " + start;
+    return method == RootsFrom::Inferred
+               ? names + ", or give the subnet manager's ranks with --ranks FILE"
+               : "try --roots inferred, or " + names;
   }
   const auto guess = std::min_element(forms.begin(), forms.end(), AreLikelierRoots);
 

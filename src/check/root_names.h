@@ -2,12 +2,14 @@
 
 #include <string>
 
+#include "check/check.h"
 #include "fabric/ib_fabric.h"
 
 namespace fabscope::internal {
 
 // "name the roots with --root-regex ERE, for example ...": the cure for roots that were not found,
-// or were found in the wrong place. The example is made from this fabric's own names.
-std::string NameTheRoots(const IBFabric& fabric);
+// or were found in the wrong place. The example is made from this fabric's own names; where these
+// are all alike, something else is proposed that was not tried with `method`.
+std::string NameTheRoots(const IBFabric& fabric, RootsFrom method);
 
 }  // namespace fabscope::internal

@@ -18,7 +18,7 @@ bool Has(std::string_view line, std::string_view text) {
 
 // The first one that is in a file holds. The commonest wrong files are other lists that the same
 // tools print.
-constexpr std::array<Mark, 3> marks{{
+constexpr std::array<Mark, 4> marks{{
     {[](std::string_view line) { return line.find('\0') != std::string_view::npos; },
      "the file is binary, expected a fabric document (JSON) or a topology dump"},
     {[](std::string_view line) {
@@ -29,6 +29,9 @@ constexpr std::array<Mark, 3> marks{{
      "the output of `ibnetdiscover` without options"},
     {[](std::string_view line) { return Has(line, "==(") && Has(line, ")==>"); },
      "this is the output of `iblinkinfo`; give the output of `ibnetdiscover` without options"},
+    {[](std::string_view line) { return line.starts_with("# Initiated from node "); },
+     "no node behind the header of the dump: did `ibnetdiscover` run as root, on a host whose "
+     "adapter is up?"},
 }};
 
 }  // namespace

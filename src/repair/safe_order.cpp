@@ -65,8 +65,9 @@ class Cabling {
     reached_[0] = {start};
     sideOf_[start] = 1;
     std::uint32_t only = SwitchGraph::none;
-    for (std::size_t i = 0; i < reached_[0].size(); ++i) {
-      const std::uint32_t number = reached_[0][i];
+    std::size_t next = 0;
+    while (next < reached_[0].size()) {
+      const std::uint32_t number = reached_[0][next++];
       if (graph_.Hosts(number) != 0) {
         if (only != SwitchGraph::none) return SwitchGraph::none;
         only = number;
@@ -269,7 +270,7 @@ class OrderSearch {
     NoteWhoIsAlone();
     for (const std::size_t i : known) cabling_.Do(*steps[i]);
     NoteWhoIsAlone();
-    for (auto i = known.rbegin(); i != known.rend(); ++i) cabling_.Undo(*steps[*i]);
+    std::for_each(known.rbegin(), known.rend(), [&](std::size_t i) { cabling_.Undo(*steps_[i]); });
   }
 
   // Among several, the first one by the steps' places in the known order. That order itself if
@@ -284,15 +285,17 @@ class OrderSearch {
     if (order_.size() == known_.size()) return true;
     if (isTried_[done] || cabling_.IsTired()) return false;
     isTried_[done] = true;
-    for (const std::size_t i : known_) {
-      const std::uint32_t bit = 1U << i;
-      if ((done & bit) != 0 || (done & needs_[i]) != needs_[i]) continue;
-      cabling_.Do(*steps_[i]);
-      order_.push_back(i);
-      if (!CutsOff(*steps_[i]) && Continue(done | bit)) return true;
-      order_.pop_back();
-      cabling_.Undo(*steps_[i]);
-    }
+    return std::any_of(known_.begin(), known_.end(),
+                       [&](std::size_t i) { return ContinueWith(i, done); });
+  }
+  bool ContinueWith(std::size_t i, std::uint32_t done) {
+    const std::uint32_t bit = 1U << i;
+    if ((done & bit) != 0 || (done & needs_[i]) != needs_[i]) return false;
+    cabling_.Do(*steps_[i]);
+    order_.push_back(i);
+    if (!CutsOff(*steps_[i]) && Continue(done | bit)) return true;
+    order_.pop_back();
+    cabling_.Undo(*steps_[i]);
     return false;
   }
   // Only where a cable went can somebody be alone who was not.

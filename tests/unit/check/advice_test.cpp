@@ -1,5 +1,6 @@
 #include "check/advice.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "support/stage_fixture.h"
@@ -33,6 +34,49 @@ TEST_F(AdviceTest, WithoutHostsSuspectsTheDumpAndNamesTheRarestSwitches) {
             "no switch leads to a host: is this a dump without channel adapters? If so, name the "
             "roots with --root-regex ERE, for example --root-regex '^root[0-9]+$' (switches are "
             "named leaf<N>, root<N>)");
+}
+
+TEST_F(AdviceTest, SwitchesThatAreAllNamedAlikeAreNotToldApartByAnExpression) {
+  for (const char* name : {"s1", "s2", "s3", "s4"}) fabric.Switch(name);
+  fabric.Cable("s1", "s2").Cable("s2", "s3").Cable("s3", "s4");
+  fabric.Host("h").Cable("s1", "h");
+  EXPECT_EQ(Advice(),
+            "from leaf s1 the farthest switch, s4, is 3 hops away, but trees of 2, 3 and 4 levels "
+            "have 2, 4 and 6; for other trees, try --roots inferred, or tell the switches apart "
+            "with --node-name-map FILE and name the roots with --root-regex ERE");
+  roots = RootsFrom::Inferred;
+  EXPECT_EQ(Advice(),
+            "the cables do not look like a tree: tell the switches apart with --node-name-map FILE "
+            "and name the roots with --root-regex ERE, or give the subnet manager's ranks with "
+            "--ranks FILE");
+}
+
+TEST_F(AdviceTest, SwitchesThatShareTheirNameAreToldWithTheirGuids) {
+  fabric.SwitchOfGuid(0x66, "s1").Switch("s2").Switch("s3").Cable("s1", "s2").Cable("s2", "s3");
+  fabric.Host("h").Cable("s1", "h");
+  fabric.SwitchOfGuid(0x77, "s1").Cable("s3", "s1");
+  EXPECT_THAT(Advice(),
+              ::testing::StartsWith("from leaf s1 (0x0000000000000066) the farthest switch, s1 "
+                                    "(0x0000000000000077), is 3 hops away, but"));
+}
+
+TEST_F(AdviceTest, OneSwitchIsNothingToCheck) {
+  fabric.Switch("only").Host("h").Cable("only", "h");
+  for (const RootsFrom method : {RootsFrom::Search, RootsFrom::Smdb, RootsFrom::Inferred}) {
+    roots = method;
+    EXPECT_EQ(Advice(), "only one switch, nothing to check");
+  }
+  EXPECT_EQ(AdviceOnSize(fabric.Build()), "only one switch, nothing to check");
+}
+
+TEST_F(AdviceTest, NoSwitchIsNothingToCheck) {
+  fabric.Host("h");
+  EXPECT_EQ(AdviceOnSize(fabric.Build()), "no switch, nothing to check");
+}
+
+TEST_F(AdviceTest, TwoSwitchesAreSomethingToCheck) {
+  fabric.Switch("a").Switch("b");
+  EXPECT_EQ(AdviceOnSize(fabric.Build()), "");
 }
 
 TEST_F(AdviceTest, LeavesThatDoNotAgreeLeadToTheSwitchesFarthestFromHosts) {
@@ -95,8 +139,9 @@ TEST_F(AdviceTest, NamesOfOneFormMakeNoExample) {
   for (const char* name : {"sw1", "sw2", "sw3"}) fabric.Switch(name);
   fabric.Cable("sw1", "sw2").Cable("sw2", "sw3");
   EXPECT_EQ(Advice(),
-            "no switch leads to a host: is this a dump without channel adapters? If so, name the "
-            "roots with --root-regex ERE, or give the subnet manager's ranks with --ranks FILE");
+            "no switch leads to a host: is this a dump without channel adapters? If so, try "
+            "--roots inferred, or tell the switches apart with --node-name-map FILE and name the "
+            "roots with --root-regex ERE");
 }
 
 TEST_F(AdviceTest, NamesAreQuotedForExpressionAndShell) {
@@ -116,7 +161,7 @@ TEST_F(AdviceTest, ShowsFiveFormsAtMost) {
 }
 
 TEST_F(AdviceTest, RanksWithoutRootsLackAFile) {
-  fabric.Switch("a");
+  fabric.Switch("a").Switch("b");
   roots = RootsFrom::Smdb;
   EXPECT_EQ(Advice(),
             "no switch has rank 0: give the subnet manager's ranks with --ranks FILE, or let the "
@@ -209,6 +254,11 @@ TEST_F(TreeAdviceTest, ASwitchOutsideTheTreeOfASharedNameIsToldByItsGuid) {
   EXPECT_EQ(Advice({"root0", "root1"}),
             "2 of 7 switches have no rank and were not checked, the first is alone "
             "(0x0000000000000077)");
+}
+
+TEST_F(TreeAdviceTest, OneSwitchRaisesNoDoubt) {
+  fabric.Switch("only").Host("h").Cable("only", "h");
+  EXPECT_EQ(Advice({"only"}, RootsFrom::Inferred), "");
 }
 
 TEST_F(TreeAdviceTest, InferredRootsAreDoubtedAlike) {

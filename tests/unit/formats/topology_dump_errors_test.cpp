@@ -187,7 +187,7 @@ constexpr const char* noNode =
     "prints it";
 
 TEST(TopologyDumpErrorsTest, AFileWithoutANodeIsNoFabric) {
-  EXPECT_EQ(ErrorOfFile("lines/no-node.topo"), std::string("lines/no-node.topo:1:1: ") + noNode);
+  EXPECT_EQ(Error("# a comment\n"), std::string("net.topo:1:1: ") + noNode);
   EXPECT_EQ(Error("devid=0x1\n"), std::string("net.topo:1:1: ") + noNode);
   EXPECT_EQ(Error("[\"nodes\"]\n"), std::string("net.topo:1:1: ") + noNode);
 }
@@ -207,6 +207,13 @@ TEST(TopologyDumpErrorsTest, BinaryDataIsNoFabric) {
                               7)),
             "net.topo:1:1: the file is binary, expected a fabric document (JSON) or a topology "
             "dump");
+}
+
+TEST(TopologyDumpErrorsTest, AHeaderAloneMakesOneAskHowTheDumpWasTaken) {
+  EXPECT_EQ(ErrorOfFile("lines/no-node.topo"),
+            "lines/no-node.topo:1:1: no node behind the header of the dump: did `ibnetdiscover` "
+            "run as root, "
+            "on a host whose adapter is up?");
 }
 
 TEST(TopologyDumpErrorsTest, APortListIsNamedAsWhatItIs) {
