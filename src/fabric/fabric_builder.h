@@ -96,7 +96,6 @@ class FabricBuilder {
   std::uint32_t FindNode(std::uint64_t guid) const { return indexByGuid_.Find(guid); }
   // Whether there is a switch with that GUID.
   bool IsSwitch(std::uint64_t guid) const;
-  std::size_t GetNodeCount() const { return nodes_.size(); }
   // Whether the port exists: a number from 1 to the node's port count.
   bool HasPort(const PortPlace& port) const {
     return port.num != 0 && port.num <= nodes_[port.node].numPorts;

@@ -51,7 +51,6 @@ class FTTopology {
   // nothing is appended to `errors`: there can be millions of records, and each can be told from
   // its finding. Set before Validate; must outlive it.
   void SetFindingSink(FindingSink sink) { findingSink = std::move(sink); }
-  bool HasFindingSink() const { return findingSink != nullptr; }
   // An error record, for the sink or for `errors`.
   template <RecordKind Kind>
   void Record(const Kind& finding, std::vector<FabricErrGeneral*>& errors) const {
@@ -155,8 +154,6 @@ class FTTopology {
   const std::vector<std::vector<FTNeighborhood*>>& GetNeighborhoods() const {
     return neighborhoods;
   }
-  // 0.0 until CalculateUpDownLinksMinRatio has found one.
-  double GetMinUpDownRatio() const { return minUpDownRatio; }
   // How many findings there are beside the records.
   std::uint64_t GetIssuesCount() const { return issuesCount; }
   void AddIssues(std::uint64_t count) { issuesCount += count; }

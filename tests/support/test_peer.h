@@ -26,6 +26,7 @@ struct TestPeer {
   static auto& SwitchUpDownLinks(FTTopology& t) { return t.switchUpDownLinks; }
   static auto& ClassificationNodeData(FTTopology& t) { return t.classificationNodeData; }
   static auto& MinUpDownRatio(FTTopology& t) { return t.minUpDownRatio; }
+  static bool HasFindingSink(const FTTopology& t) { return t.findingSink != nullptr; }
   static auto& ErrStream(FTTopology& t) { return t.errStream; }
 
   static auto& Ranks(FTClassification& c) { return c.ranks; }

@@ -131,8 +131,8 @@ TEST_F(FabricBuilderTest, ANodeIsOrdinaryUnlessToldOtherwise) {
 TEST_F(FabricBuilderTest, ANodeGuidIsNotZeroAndBelongsToOneNode) {
   EXPECT_EQ(Text(builder.AddNode(Switch(0))), "a node's GUID must not be 0");
   EXPECT_EQ(Text(builder.AddNode(Host(1))), "node GUID 0x0000000000000001 is given twice");
-  EXPECT_EQ(builder.GetNodeCount(), 3U);
   EXPECT_TRUE(builder.IsSwitch(1));
+  EXPECT_THAT(builder.Build()->GetNodes(), SizeIs(3));
 }
 
 TEST_F(FabricBuilderTest, OnlySwitchesAreSwitches) {
@@ -425,7 +425,7 @@ TEST_F(FabricBuilderTest, TheBuilderIsEmptyAfterwards) {
   ASSERT_EQ(Text(builder.SetPort(1, Port(2))), "");
   ASSERT_EQ(APort({{1, 1}}), "");
   builder.Build();
-  EXPECT_EQ(builder.GetNodeCount(), 0U);
+  EXPECT_THAT(builder.Build()->GetNodes(), IsEmpty());
   EXPECT_EQ(builder.FindNode(1), GuidIndex::None);
   ASSERT_EQ(Text(builder.AddNode(Switch(1))), "");
   EXPECT_FALSE(builder.HasLink({0, 1}));

@@ -4,6 +4,7 @@
 
 #include "support/stage_fixture.h"
 #include "support/streams.h"
+#include "support/test_peer.h"
 
 namespace fabscope::internal {
 namespace {
@@ -84,7 +85,7 @@ TEST_F(TopologyTest, IsEmptyWhenMade) {
   EXPECT_TRUE(topology.GetNeighborhoods().empty());
   EXPECT_EQ(TestPeer::SwitchUpDownLinks(topology).Count(), 0U);
   EXPECT_EQ(TestPeer::ClassificationNodeData(topology).Count(), 0U);
-  EXPECT_EQ(topology.GetMinUpDownRatio(), 0.0);
+  EXPECT_EQ(TestPeer::MinUpDownRatio(topology), 0.0);
   EXPECT_EQ(topology.GetUpHopMergePercent(), 55);
   EXPECT_EQ(topology.GetIssuesCount(), 0U);
   EXPECT_EQ(topology.GetErrorText(), "");

@@ -2,6 +2,7 @@
 
 #include "support/stage_fixture.h"
 #include "support/streams.h"
+#include "support/test_peer.h"
 
 namespace fabscope::internal {
 namespace {
@@ -220,7 +221,8 @@ TEST_F(ValidationTest, TheMinimalRatioIsKnownAfterwards) {
   AddThreeLevelTree(fabric, 2, 2, 2, 2, 1);
   RankFrom({"root0", "root1", "root2", "root3"});
   EXPECT_EQ(Topology().Validate(errors, message), 0);
-  EXPECT_EQ(Topology().GetMinUpDownRatio(), 50.0);  // 2 up-links of 50 Gb/s a lane, 2 down-links
+  EXPECT_EQ(TestPeer::MinUpDownRatio(Topology()),
+            50.0);  // 2 up-links of 50 Gb/s a lane, 2 down-links
 }
 
 // --- Grouping.
@@ -262,7 +264,7 @@ TEST_F(ValidationTest, AFailureOnRankZeroStopsBeforeRankOneAndBeforeTheChecks) {
   EXPECT_EQ(GroupCounts(), (std::vector<std::size_t>{0, 0}));
   EXPECT_EQ(ErrorLines(), Lines());
   EXPECT_EQ(TakeOutput(), "");
-  EXPECT_EQ(Topology().GetMinUpDownRatio(), 0.0);
+  EXPECT_EQ(TestPeer::MinUpDownRatio(Topology()), 0.0);
 }
 
 TEST_F(ValidationTest, AFailureOnRankOneKeepsWhatRankZeroGave) {
