@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <fabscope/export.h>
 #include <fabscope/fabric.h>
+#include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -51,8 +53,8 @@ enum class Level { Warning, Error };
 
 /// Something that is wrong. Nodes and ports hold as long as the result or its fabric.
 struct Finding {
-  /// "missing-link", "invalid-link", "uneven-links", "suspected-blocking", "asymmetric-aports" or
-  /// "shared-flid"; later versions may have more.
+  /// "missing-link", "invalid-link" and so on: docs/findings.md tells of each. Later versions may
+  /// have more.
   std::string_view kind;
   Level level = Level::Error;
   /// An error record. Anything else counts as `issues`.
@@ -64,13 +66,15 @@ struct Finding {
   bool ofNeighborhoods = false;
   /// Of a missing link its spine and its line; of uneven links the switches with too few.
   std::vector<Node> switches;
-  /// Of uneven links: how many each of `switches` has, and how many others have.
+  /// Of uneven links: how many each of `switches` has.
   std::vector<int> links;
-  int expectedLinks = 0;
   /// Of an invalid link its ends, of asymmetric aggregated ports all plane ports.
   std::vector<Port> ports;
-  /// Of a shared FLID.
-  std::uint16_t flid = 0;
+  /// What the kind counts, by the name that it has in JSON, such as "expected" of uneven links or
+  /// "flid" of a shared FLID. 1 and 0 stand for true and false.
+  std::map<std::string, std::uint64_t, std::less<>> numbers;
+  /// Likewise its words: the "direction" of uneven links is "up" or "down".
+  std::map<std::string, std::string, std::less<>> words;
   /// As the report says it, without "-E- " or "-W- " at its beginning. May have several lines.
   std::string text;
 };

@@ -1,23 +1,32 @@
 #include "compare/faults.h"
 
-#include <type_traits>
-#include <variant>
-
 #include "fat_tree/neighborhood.h"
 
 namespace fabscope::internal {
 namespace {
 
-// A group has lines: it is made of the switches that reach its spines.
-template <typename Groups>
-void AddGroups(Fault& fault, const Groups& groups, bool isNeighborhood,
-               const std::vector<std::uint64_t>& ids) {
-  for (const std::uint64_t id : ids) {
-    const FTNeighborhood* group = groups.at({isNeighborhood, id});
-    fault.groups.push_back(group);
-    fault.places.push_back({*group->GetLines().begin(), 0});
+// The switches of a finding by their number of links, and its ports: each is a fault.
+struct ManyParts : IgnoredParts {
+  void Counts(const char* /*name*/, const std::vector<LinkCount>& found) { counts = &found; }
+  void Ports(const char* /*name*/, const std::vector<const IBPort*>& found) { ports = &found; }
+
+  const std::vector<LinkCount>* counts = nullptr;
+  const std::vector<const IBPort*>* ports = nullptr;
+};
+
+// Of a finding that is one fault.
+struct PlacesOfOne : IgnoredParts {
+  explicit PlacesOfOne(Fault& fault) : fault_(fault) {}
+
+  void Switch(const char* /*name*/, const IBNode& node) { fault_.places.push_back({&node, 0}); }
+  void Ends(const char* /*name*/, const FTLinkIssue& link) {
+    fault_.places.push_back({link.node1, link.port1});
+    fault_.places.push_back({link.node2, link.port2});
   }
-}
+
+ private:
+  Fault& fault_;
+};
 
 }  // namespace
 
@@ -32,14 +41,14 @@ FaultList::FaultList(const CheckedFabric& checked) : findings_(&checked.findings
   groups_ = std::make_shared<const Groups>(std::move(groups));
   std::uint32_t place = 0;
   for (const Finding& finding : checked.findings) {
-    if (const auto* uneven = std::get_if<UnevenLinks>(&finding)) {
-      for (std::uint32_t count = 0; count < uneven->others.size(); ++count) {
-        Add(place, uneven->others[count].nodes.size(), count);
+    ManyParts many;
+    TellPartsOf(finding, many);
+    if (many.counts != nullptr) {
+      for (std::uint32_t count = 0; count < many.counts->size(); ++count) {
+        Add(place, (*many.counts)[count].nodes.size(), count);
       }
-    } else if (const auto* asymmetric = std::get_if<AsymmetricAPorts>(&finding)) {
-      Add(place, asymmetric->ports.size());
     } else {
-      Add(place, 1);
+      Add(place, many.ports != nullptr ? many.ports->size() : 1);
     }
     ++place;
   }
@@ -53,27 +62,31 @@ Fault FaultList::operator[](std::size_t place) const {
   const Entry& entry = entries_[place];
   const Finding& finding = (*findings_)[entry.finding];
   Fault fault{&finding, {}};
-  std::visit(
-      [&](const auto& found) {
-        using Kind = std::decay_t<decltype(found)>;
-        if constexpr (std::is_same_v<Kind, MissingLink>) {
-          fault.places = {{found.spine, 0}, {found.line, 0}};
-        } else if constexpr (std::is_same_v<Kind, InvalidLink>) {
-          const FTLinkIssue& link = found.link;
-          fault.places = {{link.node1, link.port1}, {link.node2, link.port2}};
-        } else if constexpr (std::is_same_v<Kind, UnevenLinks>) {
-          const UnevenLinks::Count& count = found.others[entry.count];
-          fault.places = {{count.nodes[entry.part], 0}};
-          fault.links = count.links;
-        } else if constexpr (std::is_same_v<Kind, AsymmetricAPorts>) {
-          const IBPort* port = found.ports[entry.part];
-          fault.places = {{port->node, port->num}};
-        } else {
-          AddGroups(fault, *groups_, found.isNeighborhood, found.Groups());
-        }
-      },
-      finding);
+  ManyParts many;
+  TellPartsOf(finding, many);
+  if (many.counts != nullptr) {
+    const LinkCount& count = (*many.counts)[entry.count];
+    fault.places = {{count.nodes[entry.part], 0}};
+    fault.links = count.links;
+  } else if (many.ports != nullptr) {
+    const IBPort* port = (*many.ports)[entry.part];
+    fault.places = {{port->node, port->num}};
+  } else {
+    PlacesOfOne places(fault);
+    TellPartsOf(finding, places);
+    if (fault.places.empty()) AddGroups(fault);
+  }
   return fault;
+}
+
+// A group has lines: it is made of the switches that reach its spines.
+void FaultList::AddGroups(Fault& fault) const {
+  const bool isNeighborhood = IsOfNeighborhoods(*fault.finding);
+  for (const std::uint64_t id : GroupsOf(*fault.finding)) {
+    const FTNeighborhood* group = groups_->at({isNeighborhood, id});
+    fault.groups.push_back(group);
+    fault.places.push_back({*group->GetLines().begin(), 0});
+  }
 }
 
 FaultList FaultList::Only(const std::vector<bool>& flags) const {

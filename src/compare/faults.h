@@ -78,6 +78,7 @@ class FaultList {
   using Groups = std::map<std::pair<bool, std::uint64_t>, const FTNeighborhood*>;
 
   void Add(std::uint32_t finding, std::size_t parts, std::uint32_t count = 0);
+  void AddGroups(Fault& fault) const;
 
   const FindingList* findings_ = nullptr;
   std::shared_ptr<const Groups> groups_;  // by what they are called and their number

@@ -10,9 +10,7 @@
 #include <map>
 #include <numeric>
 #include <tuple>
-#include <type_traits>
 #include <utility>
-#include <variant>
 
 #include "fat_tree/neighborhood.h"
 
@@ -25,7 +23,8 @@ using KeyPlace = std::pair<std::uint64_t, std::uint8_t>;
 struct FaultKey {
   std::size_t kind = 0;
   std::int32_t links = 0;
-  std::array<std::uint64_t, 3> details{};
+  bool isOfNeighborhoods = false;  // of what is wrong with groups
+  std::vector<std::uint64_t> numbers;
   // A node and its port, the lesser first: an end may come first in one fabric and second in the
   // other.
   std::array<KeyPlace, 2> places{};
@@ -33,27 +32,24 @@ struct FaultKey {
 
   friend bool operator==(const FaultKey&, const FaultKey&) = default;
   friend bool operator<(const FaultKey& a, const FaultKey& b) {
-    return std::tie(a.kind, a.links, a.details, a.places, a.groups) <
-           std::tie(b.kind, b.links, b.details, b.places, b.groups);
+    return std::tie(a.kind, a.links, a.isOfNeighborhoods, a.numbers, a.places, a.groups) <
+           std::tie(b.kind, b.links, b.isOfNeighborhoods, b.numbers, b.places, b.groups);
   }
 };
 
-constexpr std::uint64_t Number(bool flag) { return flag ? 1 : 0; }
-
 // What a finding tells besides places.
-struct Details {
-  using Numbers = std::array<std::uint64_t, 3>;
+class NumbersOfKey : public IgnoredParts {
+ public:
+  explicit NumbersOfKey(FaultKey& key) : key_(key) {}
 
-  Numbers operator()(const MissingLink&) const { return {}; }
-  Numbers operator()(const InvalidLink&) const { return {}; }
-  Numbers operator()(const UnevenLinks& found) const {
-    return {static_cast<std::uint64_t>(found.expected), Number(found.isUp), Number(found.ofSpines)};
+  void Number(const char* /*name*/, std::uint64_t number) { key_.numbers.push_back(number); }
+  void Flag(const char* name, bool isSet) { Number(name, isSet ? 1 : 0); }
+  void Choice(const char* name, bool isFirst, const char* /*first*/, const char* /*second*/) {
+    Flag(name, isFirst);
   }
-  Numbers operator()(const SuspectedBlocking& found) const {
-    return {found.spineUplinks, found.internalLinks, Number(found.isNeighborhood)};
-  }
-  Numbers operator()(const AsymmetricAPorts& found) const { return {Number(found.toHosts)}; }
-  Numbers operator()(const SharedFlid& found) const { return {found.flid}; }
+
+ private:
+  FaultKey& key_;
 };
 
 // One of the two fabrics: how its nodes and groups are known, and its faults by their keys.
@@ -113,10 +109,14 @@ FaultKey Side::KeyOf(std::size_t place) const {
   }
   const Fault fault = faults_[place];
   key.links = fault.links;
-  key.details = std::visit(Details(), *fault.finding);
+  NumbersOfKey numbers(key);
+  TellPartsOf(finding, numbers);
   for (const FTNeighborhood* group : fault.groups) key.groups.push_back(identities_.at(group));
   std::sort(key.groups.begin(), key.groups.end());
-  if (!fault.groups.empty()) return key;
+  if (!fault.groups.empty()) {
+    key.isOfNeighborhoods = IsOfNeighborhoods(finding);
+    return key;
+  }
   for (std::size_t i = 0; i < fault.places.size(); ++i) {
     key.places.at(i) = {IdentityOf(*fault.places[i].node), fault.places[i].port};
   }

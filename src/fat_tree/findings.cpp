@@ -1,4 +1,4 @@
-// What each kind of finding says in words. Scripts know these texts, odd blanks included.
+// What each kind of finding says in words. Scripts know the records and lines, odd blanks included.
 
 #include "fat_tree/findings.h"
 
@@ -15,11 +15,25 @@ std::string EndText(const IBNode* node, std::uint8_t port, int showGuid) {
   return GetNodeRecord(node, showGuid) + " port: " + std::to_string(port);
 }
 
+// With at least one of them.
+std::string Listed(const std::vector<std::string>& words) {
+  std::string text = words.front();
+  for (std::size_t i = 1; i < words.size(); ++i) {
+    text += (i + 1 == words.size() ? " and " : ", ") + words[i];
+  }
+  return text;
+}
+
 }  // namespace
 
 std::string MissingLink::Description(int showGuid) const {
   return GroupTitle(isNeighborhood) + std::to_string(group) + ": missing link between switches (" +
          GetNodeRecord(spine, showGuid) + ") and (" + GetNodeRecord(line, showGuid) + ")";
+}
+
+std::string MissingLink::FaultWords(const std::vector<std::string>& places,
+                                    std::int32_t /*links*/) const {
+  return "missing link between " + Listed(places);
 }
 
 std::vector<std::uint64_t> InvalidLink::Groups() const {
@@ -40,6 +54,11 @@ std::string InvalidLink::Description(int showGuid) const {
          (isNeighborhood ? "neighborhood " : "group ") + std::to_string(group2) + " (" + end2 + ")";
 }
 
+std::string InvalidLink::FaultWords(const std::vector<std::string>& places,
+                                    std::int32_t /*links*/) const {
+  return "invalid link between " + Listed(places);
+}
+
 void UnevenLinks::WriteLines(std::ostream& stream, int showGuid) const {
   const char* setName = ofSpines ? "spines" : "lines";
   const char* linkName = isUp ? "uplinks" : "downlinks";
@@ -50,9 +69,16 @@ void UnevenLinks::WriteLines(std::ostream& stream, int showGuid) const {
   stream << std::endl;
 }
 
-void ListSwitches(const std::vector<UnevenLinks::Count>& counts, unsigned perLine,
+std::string UnevenLinks::FaultWords(const std::vector<std::string>& places,
+                                    std::int32_t links) const {
+  return places.front() + " has " + std::to_string(links) + (isUp ? " uplinks" : " downlinks") +
+         ", expected " + std::to_string(expected) + " among the " +
+         (ofSpines ? "spines" : "lines") + " of its " + GroupName(isNeighborhood);
+}
+
+void ListSwitches(const std::vector<LinkCount>& counts, unsigned perLine,
                   const std::string& linkName, int showGuid, std::ostream& stream) {
-  for (const UnevenLinks::Count& count : counts) {
+  for (const LinkCount& count : counts) {
     stream << std::endl << "\t " << count.links << ' ' << linkName << ": ";
     unsigned onLine = 0;
     for (const IBNode* node : count.nodes) {
@@ -75,10 +101,23 @@ void SuspectedBlocking::WriteLines(std::ostream& stream, int /*showGuid*/) const
          << std::endl;
 }
 
+std::string SuspectedBlocking::FaultWords(const std::vector<std::string>& places,
+                                          std::int32_t /*links*/) const {
+  return std::string("suspected blocking in the ") + GroupName(isNeighborhood) + " of " +
+         places.front() + ": " + std::to_string(spineUplinks) + " links go up, " +
+         std::to_string(internalLinks) + " come from below";
+}
+
 void AsymmetricAPorts::WriteLines(std::ostream& stream, int /*showGuid*/) const {
   stream << TagOf(Level()) << GroupTitle(isNeighborhood) << group << ": found " << ports.size()
          << " asymmetric APort" << (ports.size() == 1 ? "" : "s")
          << (toHosts ? " connected to CAs" : "") << std::endl;
+}
+
+std::string AsymmetricAPorts::FaultWords(const std::vector<std::string>& places,
+                                         std::int32_t /*links*/) const {
+  return (toHosts ? "asymmetric aggregated port to a host at " : "asymmetric aggregated port at ") +
+         places.front();
 }
 
 void SharedFlid::WriteLines(std::ostream& stream, int /*showGuid*/) const {
@@ -89,6 +128,11 @@ void SharedFlid::WriteLines(std::ostream& stream, int /*showGuid*/) const {
     separator = ", ";
   }
   stream << std::endl;
+}
+
+std::string SharedFlid::FaultWords(const std::vector<std::string>& places,
+                                   std::int32_t /*links*/) const {
+  return "FLID " + std::to_string(flid) + " is in the neighborhoods of " + Listed(places);
 }
 
 std::string DescriptionOf(const Finding& finding, int showGuid) {

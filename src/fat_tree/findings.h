@@ -25,6 +25,24 @@ namespace fabscope::internal {
 // number. It is either an error record, which has the name of its event and a description of one
 // line, or it raises the count of issues and writes its own lines to the report. Its words name
 // switches as GetNodeRecord does with `showGuid`. Nodes and ports belong to the fabric.
+//
+// TellParts tells whatever else it holds, each part by its name in JSON, to an object that has
+//
+//   Switch(name, node), Ends(name, link), Counts(name, counts), Ports(name, ports)
+//   Number(name, number), Flag(name, isSet), Choice(name, isFirst, first, second): one of two words
+//
+// JSON, the public findings and the comparison of two checks are made of nothing but that. A kind
+// has Counts or Ports at most once.
+//
+// FaultWords tells one fault of it (compare/faults.h) without numbers of groups, which change from
+// run to run: `places` names the switches or ports of that fault, in a kind without any the first
+// line of each group, and `links` is what the switch has, of Counts.
+
+// The switches that have one number of links.
+struct LinkCount {
+  std::int32_t links;
+  std::vector<const IBNode*> nodes;
+};
 
 // A spine and a line of one group without a cable between them.
 struct MissingLink {
@@ -39,6 +57,12 @@ struct MissingLink {
   EnFabricErrLevel_t Level() const { return EN_FABRIC_ERR_ERROR; }
   std::vector<std::uint64_t> Groups() const { return {group}; }
   std::string Description(int showGuid) const;
+  template <typename Parts>
+  void TellParts(Parts& parts) const {
+    parts.Switch("spine", *spine);
+    parts.Switch("line", *line);
+  }
+  std::string FaultWords(const std::vector<std::string>& places, std::int32_t links) const;
 };
 
 // A cable inside a rank or between groups: of its first end's group and of its second end's.
@@ -58,20 +82,20 @@ struct InvalidLink {
   // In the order of its ends.
   std::vector<std::uint64_t> Groups() const;
   std::string Description(int showGuid) const;
+  template <typename Parts>
+  void TellParts(Parts& parts) const {
+    parts.Ends("ends", link);
+  }
+  std::string FaultWords(const std::vector<std::string>& places, std::int32_t links) const;
 };
 
 // Spines or lines of a group that differ in their number of links up or down.
 struct UnevenLinks {
   static constexpr const char* kind = "uneven-links";
 
-  // The switches that have one of the lesser numbers of links.
-  struct Count {
-    std::int32_t links;
-    std::vector<const IBNode*> nodes;
-  };
   std::uint64_t group;
-  std::int32_t expected;      // the greatest number there is
-  std::vector<Count> others;  // all with fewer, the most first
+  std::int32_t expected;          // the greatest number there is
+  std::vector<LinkCount> others;  // all with fewer, the most first
   bool ofSpines;
   bool isUp;
   bool isNeighborhood;
@@ -82,11 +106,19 @@ struct UnevenLinks {
   // One for each number that occurs.
   std::uint64_t Issues() const { return others.size() + 1; }
   void WriteLines(std::ostream& stream, int showGuid) const;
+  template <typename Parts>
+  void TellParts(Parts& parts) const {
+    parts.Choice("set", ofSpines, "spines", "lines");
+    parts.Choice("direction", isUp, "up", "down");
+    parts.Number("expected", static_cast<std::uint64_t>(expected));
+    parts.Counts("counts", others);
+  }
+  std::string FaultWords(const std::vector<std::string>& places, std::int32_t links) const;
 };
 
 // A line for each of the numbers, without an end behind the last; it breaks after one switch more
 // than `perLine`.
-void ListSwitches(const std::vector<UnevenLinks::Count>& counts, unsigned perLine,
+void ListSwitches(const std::vector<LinkCount>& counts, unsigned perLine,
                   const std::string& linkName, int showGuid, std::ostream& stream);
 
 // A group that more links enter from below than leave upwards.
@@ -102,6 +134,12 @@ struct SuspectedBlocking {
   std::vector<std::uint64_t> Groups() const { return {group}; }
   std::uint64_t Issues() const { return 1; }
   void WriteLines(std::ostream& stream, int showGuid) const;
+  template <typename Parts>
+  void TellParts(Parts& parts) const {
+    parts.Number("uplinks", spineUplinks);
+    parts.Number("internalLinks", internalLinks);
+  }
+  std::string FaultWords(const std::vector<std::string>& places, std::int32_t links) const;
 };
 
 // Plane ports of a group's switches whose aggregated port is asymmetric.
@@ -118,6 +156,12 @@ struct AsymmetricAPorts {
   std::vector<std::uint64_t> Groups() const { return {group}; }
   std::uint64_t Issues() const { return ports.size(); }
   void WriteLines(std::ostream& stream, int showGuid) const;
+  template <typename Parts>
+  void TellParts(Parts& parts) const {
+    parts.Flag("toHosts", toHosts);
+    parts.Ports("ports", ports);
+  }
+  std::string FaultWords(const std::vector<std::string>& places, std::int32_t links) const;
 };
 
 // A FLID that occurs in more than one neighborhood.
@@ -132,6 +176,11 @@ struct SharedFlid {
   std::vector<std::uint64_t> Groups() const { return groups; }
   std::uint64_t Issues() const { return 1; }
   void WriteLines(std::ostream& stream, int showGuid) const;
+  template <typename Parts>
+  void TellParts(Parts& parts) const {
+    parts.Number("flid", flid);
+  }
+  std::string FaultWords(const std::vector<std::string>& places, std::int32_t links) const;
 };
 
 // An error record.
@@ -148,14 +197,28 @@ concept IssueKind = requires(const Kind& found, std::ostream& stream) {
   found.WriteLines(stream, 0);
 };
 
+// Takes the parts of a finding and leaves them alone: for those that want only some.
+struct IgnoredParts {
+  void Switch(const char* /*name*/, const IBNode& /*node*/) {}
+  void Ends(const char* /*name*/, const FTLinkIssue& /*link*/) {}
+  void Counts(const char* /*name*/, const std::vector<LinkCount>& /*counts*/) {}
+  void Ports(const char* /*name*/, const std::vector<const IBPort*>& /*ports*/) {}
+  void Number(const char* /*name*/, std::uint64_t /*number*/) {}
+  void Flag(const char* /*name*/, bool /*isSet*/) {}
+  void Choice(const char* /*name*/, bool /*isFirst*/, const char* /*first*/,
+              const char* /*second*/) {}
+};
+
 // One of the two, and never both.
 template <typename Kind>
 concept FindingKind = RecordKind<Kind>
-!= IssueKind<Kind>&& requires(const Kind& found) {
+!= IssueKind<Kind>&& requires(const Kind& found, IgnoredParts& parts) {
   { Kind::kind } -> std::convertible_to<const char*>;
   { found.Level() } -> std::same_as<EnFabricErrLevel_t>;
   { found.Groups() } -> std::same_as<std::vector<std::uint64_t>>;
   { found.isNeighborhood } -> std::convertible_to<bool>;
+  { found.FaultWords({}, 0) } -> std::same_as<std::string>;
+  found.TellParts(parts);
 };
 
 // Kinds of findings, and their names in the same order.
@@ -201,6 +264,11 @@ inline const char* EventOf(const Finding& finding) {
       },
       finding);
 }
+template <typename Parts>
+void TellPartsOf(const Finding& finding, Parts& parts) {
+  std::visit([&](const auto& found) { found.TellParts(parts); }, finding);
+}
+
 inline bool IsRecord(const Finding& finding) { return EventOf(finding) != nullptr; }
 
 // What an error record says, in one line without a tag; empty for what is none.

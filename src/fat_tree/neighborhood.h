@@ -85,7 +85,7 @@ class FTNeighborhood {
 
   bool IsNeighborhood() const;
   // The switches of all numbers of links but the greatest, the most first.
-  std::vector<UnevenLinks::Count> OthersOf(const CountMap& counts) const;
+  std::vector<LinkCount> OthersOf(const CountMap& counts) const;
 
   NodeSet spines;
   NodeSet lines;

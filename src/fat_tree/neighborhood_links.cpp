@@ -97,11 +97,11 @@ void FTNeighborhood::ReportToStream(std::ostream& stream, const CountMap& counts
   ListSwitches(OthersOf(counts), perLine, linkName, topology->Show_GUID, stream);
 }
 
-std::vector<UnevenLinks::Count> FTNeighborhood::OthersOf(const CountMap& counts) const {
-  std::vector<UnevenLinks::Count> others;
+std::vector<LinkCount> FTNeighborhood::OthersOf(const CountMap& counts) const {
+  std::vector<LinkCount> others;
   if (counts.empty()) return others;
   for (auto entry = std::next(counts.rbegin()); entry != counts.rend(); ++entry) {
-    UnevenLinks::Count& count = others.emplace_back();
+    LinkCount& count = others.emplace_back();
     count.links = entry->first;
     for (const std::uint64_t guid : entry->second) {
       const IBNode* node = topology->GetFabric().getNodeByGuid(guid);

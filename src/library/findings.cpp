@@ -9,37 +9,39 @@
 namespace fabscope::internal {
 namespace {
 
-using PublicOne = fabscope::Finding;
+class PublicParts {
+ public:
+  explicit PublicParts(fabscope::Finding& finding) : finding_(finding) {}
 
-void AddDetails(const MissingLink& found, PublicOne& finding) {
-  finding.switches = {Access::MakeNode(*found.spine), Access::MakeNode(*found.line)};
-}
-
-void AddDetails(const InvalidLink& found, PublicOne& finding) {
-  const FTLinkIssue& link = found.link;
-  finding.ports = {Access::MakePort(*link.node1, link.port1),
-                   Access::MakePort(*link.node2, link.port2)};
-}
-
-void AddDetails(const UnevenLinks& found, PublicOne& finding) {
-  finding.expectedLinks = found.expected;
-  for (const UnevenLinks::Count& other : found.others) {
-    for (const IBNode* node : other.nodes) {
-      finding.switches.push_back(Access::MakeNode(*node));
-      finding.links.push_back(other.links);
+  void Switch(const char* /*name*/, const IBNode& node) {
+    finding_.switches.push_back(Access::MakeNode(node));
+  }
+  void Ends(const char* /*name*/, const FTLinkIssue& link) {
+    finding_.ports = {Access::MakePort(*link.node1, link.port1),
+                      Access::MakePort(*link.node2, link.port2)};
+  }
+  void Counts(const char* /*name*/, const std::vector<LinkCount>& counts) {
+    for (const LinkCount& count : counts) {
+      for (const IBNode* node : count.nodes) {
+        finding_.switches.push_back(Access::MakeNode(*node));
+        finding_.links.push_back(count.links);
+      }
     }
   }
-}
-
-void AddDetails(const SuspectedBlocking& /*found*/, PublicOne& /*finding*/) {}
-
-void AddDetails(const AsymmetricAPorts& found, PublicOne& finding) {
-  for (const IBPort* port : found.ports) {
-    finding.ports.push_back(Access::MakePort(*port->node, port->num));
+  void Ports(const char* /*name*/, const std::vector<const IBPort*>& ports) {
+    for (const IBPort* port : ports) {
+      finding_.ports.push_back(Access::MakePort(*port->node, port->num));
+    }
   }
-}
+  void Number(const char* name, std::uint64_t number) { finding_.numbers.emplace(name, number); }
+  void Flag(const char* name, bool isSet) { finding_.numbers.emplace(name, isSet ? 1 : 0); }
+  void Choice(const char* name, bool isFirst, const char* first, const char* second) {
+    finding_.words.emplace(name, isFirst ? first : second);
+  }
 
-void AddDetails(const SharedFlid& found, PublicOne& finding) { finding.flid = found.flid; }
+ private:
+  fabscope::Finding& finding_;
+};
 
 // The lines of an issue without the tag of the first and the end of the last.
 template <typename Kind>
@@ -59,19 +61,16 @@ std::string TextOf(const Kind& found, int showGuid) {
 }  // namespace
 
 fabscope::Finding PublicFinding(const Finding& finding, int showGuid) {
-  PublicOne result;
+  fabscope::Finding result;
   result.kind = KindOf(finding);
   result.level = LevelOf(finding) == EN_FABRIC_ERR_WARNING ? Level::Warning : Level::Error;
   result.isRecord = IsRecord(finding);
   result.issues = IssuesOf(finding);
   result.groups = GroupsOf(finding);
   result.ofNeighborhoods = IsOfNeighborhoods(finding);
-  std::visit(
-      [&](const auto& found) {
-        AddDetails(found, result);
-        result.text = TextOf(found, showGuid);
-      },
-      finding);
+  PublicParts parts(result);
+  TellPartsOf(finding, parts);
+  result.text = std::visit([&](const auto& found) { return TextOf(found, showGuid); }, finding);
   return result;
 }
 

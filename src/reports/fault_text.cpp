@@ -6,52 +6,8 @@
 #include <vector>
 
 #include "fabric/guid.h"
-#include "fat_tree/group_label.h"
 
 namespace fabscope::internal {
-
-namespace {
-
-std::string Join(const std::vector<std::string>& words, const char* last) {
-  std::string text = words.front();
-  for (std::size_t i = 1; i < words.size(); ++i) {
-    text += (i + 1 == words.size() ? last : ", ") + words[i];
-  }
-  return text;
-}
-
-struct Words {
-  const Fault& fault;
-  std::vector<std::string> places;
-
-  std::string operator()(const MissingLink&) const {
-    return "missing link between " + Join(places, " and ");
-  }
-  std::string operator()(const InvalidLink&) const {
-    return "invalid link between " + Join(places, " and ");
-  }
-  std::string operator()(const UnevenLinks& found) const {
-    return places.front() + " has " + std::to_string(fault.links) +
-           (found.isUp ? " uplinks" : " downlinks") + ", expected " +
-           std::to_string(found.expected) + " among the " + (found.ofSpines ? "spines" : "lines") +
-           " of its " + GroupName(found.isNeighborhood);
-  }
-  std::string operator()(const SuspectedBlocking& found) const {
-    return std::string("suspected blocking in the ") + GroupName(found.isNeighborhood) + " of " +
-           places.front() + ": " + std::to_string(found.spineUplinks) + " links go up, " +
-           std::to_string(found.internalLinks) + " come from below";
-  }
-  std::string operator()(const AsymmetricAPorts& found) const {
-    return std::string("asymmetric aggregated port") + (found.toHosts ? " to a host at " : " at ") +
-           places.front();
-  }
-  std::string operator()(const SharedFlid& found) const {
-    return "FLID " + std::to_string(found.flid) + " is in the neighborhoods of " +
-           Join(places, " and ");
-  }
-};
-
-}  // namespace
 
 NodeNames::NodeNames(const IBFabric& fabric) {
   std::vector<std::string_view> names;
@@ -76,11 +32,11 @@ std::string NodeNames::Of(const IBNode& node, std::uint8_t port) const {
 }
 
 std::string FaultText(const Fault& fault, const NodeNames& names) {
-  Words words{fault, {}};
-  for (const Place& place : fault.places) {
-    words.places.push_back(names.Of(*place.node, place.port));
-  }
-  return TagOf(LevelOf(*fault.finding)) + std::visit(words, *fault.finding);
+  std::vector<std::string> places;
+  for (const Place& place : fault.places) places.push_back(names.Of(*place.node, place.port));
+  return TagOf(LevelOf(*fault.finding)) +
+         std::visit([&](const auto& found) { return found.FaultWords(places, fault.links); },
+                    *fault.finding);
 }
 
 }  // namespace fabscope::internal

@@ -6,75 +6,62 @@
 namespace fabscope::internal {
 namespace {
 
-void AppendSwitches(JsonMembers& members, const std::vector<const IBNode*>& nodes) {
-  JsonMembers switches(members.Key("switches"), '[', ']');
-  for (const IBNode* node : nodes) switches.Guid(node->guid);
-}
+class JsonParts {
+ public:
+  explicit JsonParts(JsonMembers& members) : members_(members) {}
 
-void AppendEnd(JsonMembers& ends, const IBNode& node, std::uint8_t port, std::uint64_t rank) {
-  JsonMembers end(ends.Next(), '{', '}');
-  end.Guid("switch", node.guid);
-  end.Number("port", port);
-  end.Number("rank", rank);
-}
-
-void AppendDetails(JsonMembers& members, const MissingLink& found) {
-  members.Guid("spine", found.spine->guid);
-  members.Guid("line", found.line->guid);
-}
-
-void AppendDetails(JsonMembers& members, const InvalidLink& found) {
-  const FTLinkIssue& link = found.link;
-  JsonMembers ends(members.Key("ends"), '[', ']');
-  AppendEnd(ends, *link.node1, link.port1, link.rank1);
-  AppendEnd(ends, *link.node2, link.port2, link.rank2);
-}
-
-void AppendDetails(JsonMembers& members, const UnevenLinks& found) {
-  members.Text("set", found.ofSpines ? "spines" : "lines");
-  members.Text("direction", found.isUp ? "up" : "down");
-  members.Number("expected", found.expected);
-  JsonMembers counts(members.Key("counts"), '[', ']');
-  for (const UnevenLinks::Count& other : found.others) {
-    JsonMembers count(counts.Next(), '{', '}');
-    count.Number("count", other.links);
-    AppendSwitches(count, other.nodes);
+  void Switch(const char* name, const IBNode& node) { members_.Guid(name, node.guid); }
+  void Ends(const char* name, const FTLinkIssue& link) {
+    JsonMembers ends(members_.Key(name), '[', ']');
+    AppendEnd(ends, *link.node1, link.port1, link.rank1);
+    AppendEnd(ends, *link.node2, link.port2, link.rank2);
   }
-}
-
-void AppendDetails(JsonMembers& members, const SuspectedBlocking& found) {
-  members.Number("uplinks", found.spineUplinks);
-  members.Number("internalLinks", found.internalLinks);
-}
-
-void AppendDetails(JsonMembers& members, const AsymmetricAPorts& found) {
-  members.Flag("toHosts", found.toHosts);
-  JsonMembers ports(members.Key("ports"), '[', ']');
-  for (const IBPort* port : found.ports) {
-    JsonMembers pair(ports.Next(), '[', ']');
-    pair.Guid(port->node->guid);
-    pair.Next() += std::to_string(port->num);
+  void Counts(const char* name, const std::vector<LinkCount>& counts) {
+    JsonMembers list(members_.Key(name), '[', ']');
+    for (const LinkCount& one : counts) {
+      JsonMembers count(list.Next(), '{', '}');
+      count.Number("count", one.links);
+      JsonMembers switches(count.Key("switches"), '[', ']');
+      for (const IBNode* node : one.nodes) switches.Guid(node->guid);
+    }
   }
-}
+  void Ports(const char* name, const std::vector<const IBPort*>& ports) {
+    JsonMembers list(members_.Key(name), '[', ']');
+    for (const IBPort* port : ports) {
+      JsonMembers pair(list.Next(), '[', ']');
+      pair.Guid(port->node->guid);
+      pair.Next() += std::to_string(port->num);
+    }
+  }
+  void Number(const char* name, std::uint64_t number) { members_.Number(name, number); }
+  void Flag(const char* name, bool isSet) { members_.Flag(name, isSet); }
+  void Choice(const char* name, bool isFirst, const char* first, const char* second) {
+    members_.Text(name, isFirst ? first : second);
+  }
 
-void AppendDetails(JsonMembers& members, const SharedFlid& found) {
-  members.Number("flid", found.flid);
-}
+ private:
+  static void AppendEnd(JsonMembers& ends, const IBNode& node, std::uint8_t port,
+                        std::uint64_t rank) {
+    JsonMembers end(ends.Next(), '{', '}');
+    end.Guid("switch", node.guid);
+    end.Number("port", port);
+    end.Number("rank", rank);
+  }
+
+  JsonMembers& members_;
+};
 
 }  // namespace
 
 void AppendFinding(std::string& json, const Finding& finding) {
   JsonMembers members(json, '{', '}');
-  std::visit(
-      [&](const auto& found) {
-        members.Text("kind", found.kind);
-        members.Number("level", static_cast<int>(found.Level()));
-        members.Text("groupKind", GroupName(found.isNeighborhood));
-        members.NumberArray("groups", found.Groups());
-        members.Number("issues", IssuesOf(finding));
-        AppendDetails(members, found);
-      },
-      finding);
+  members.Text("kind", KindOf(finding));
+  members.Number("level", static_cast<int>(LevelOf(finding)));
+  members.Text("groupKind", GroupName(IsOfNeighborhoods(finding)));
+  members.NumberArray("groups", GroupsOf(finding));
+  members.Number("issues", IssuesOf(finding));
+  JsonParts parts(members);
+  TellPartsOf(finding, parts);
 }
 
 }  // namespace fabscope::internal

@@ -69,7 +69,10 @@ class Picture {
   Picture(const CheckResult& result, const TreeLayout& layout)
       : result_(result), topology_(*result.topology), layout_(layout) {
     for (const Finding& finding : result.findings) {
-      std::visit([this](const auto& found) { Sort(found); }, finding);
+      std::visit([this](const auto& found) { Mark(found); }, finding);
+      for (const std::uint64_t group : GroupsOf(finding)) {
+        ++found_[{IsOfNeighborhoods(finding), group}];
+      }
     }
   }
 
@@ -115,28 +118,18 @@ class Picture {
     return std::minmax(layout_.markOf.Get(a), layout_.markOf.Get(b));
   }
 
-  void Sort(const MissingLink& found) {
-    missing_.insert(Between(*found.spine, *found.line));
-    ++found_[{found.isNeighborhood, found.group}];
-  }
-  void Sort(const InvalidLink& found) {
+  void Mark(const MissingLink& found) { missing_.insert(Between(*found.spine, *found.line)); }
+  void Mark(const InvalidLink& found) {
     invalid_.insert(Between(*found.link.node1, *found.link.node2));
-    ++found_[{found.isNeighborhood, found.group1}];
-    if (found.group2 != found.group1) ++found_[{found.isNeighborhood, found.group2}];
   }
-  void Sort(const UnevenLinks& found) {
-    for (const UnevenLinks::Count& other : found.others) {
+  void Mark(const UnevenLinks& found) {
+    for (const LinkCount& other : found.others) {
       for (const IBNode* node : other.nodes) uneven_.insert(layout_.markOf.Get(*node));
     }
-    ++found_[{found.isNeighborhood, found.group}];
   }
-  void Sort(const SharedFlid& found) {
-    for (const std::uint64_t group : found.groups) ++found_[{found.isNeighborhood, group}];
-  }
+  // The others show in the number of their group.
   template <typename Kind>
-  void Sort(const Kind& found) {
-    ++found_[{found.isNeighborhood, found.group}];
-  }
+  void Mark(const Kind& /*found*/) {}
 
   double LegendHeight() const {
     const int items = (missing_.empty() ? 0 : 1) + (invalid_.empty() ? 0 : 1) +

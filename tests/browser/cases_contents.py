@@ -131,6 +131,24 @@ def every_finding_names_its_switches_and_ports(browser):
     assert kinds == set(KIND_WORDS)
 
 
+def a_kind_without_words_is_told_by_its_data(browser):
+    fabric = browser.fabric("faulty")
+    page = browser.folder / "faulty.html"
+    text = page.read_text()
+    before = '"kind":"missing-link","level":3'
+    assert text.count(before) == len(fabric.of_kind("missing-link")) > 0
+    page.write_text(text.replace(before, '"kind":"slow-link","speed":"HDR","level":3'))
+    browser.open(fabric)
+    assert browser.text("[data-kind='slow-link']").endswith("slow link")
+    browser.click("[data-kind='slow-link']")
+    rows = browser.texts("#list .row-title")
+    assert rows == ["Slow link: speed HDR"] * len(fabric.of_kind("missing-link")), rows
+    browser.click("#list .row")
+    details = browser.text("#list .details")
+    for key in ("spine", "line"):
+        assert fabric.name(fabric.of_kind("missing-link")[0][key]) in details, details
+
+
 def a_switch_shows_where_its_cables_lead(browser):
     fabric = browser.fabric("parallel")
     guid = fabric.of_kind("invalid-link")[0]["ends"][0]["switch"]

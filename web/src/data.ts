@@ -69,7 +69,10 @@ export type RawFinding =
 
 export type Kind = RawFinding['kind']
 
-/** In the order in which the page tells them. */
+/**
+ * In the order in which the page tells them. Findings of other kinds come after these, told by what
+ * their data says of itself.
+ */
 export const kinds: Kind[] = [
   'missing-link',
   'invalid-link',

@@ -42,7 +42,7 @@ export function sign(name: string): SVGSVGElement {
   svg.setAttribute('class', `sign ${name}`)
   svg.setAttribute('aria-hidden', 'true')
   const use = document.createElementNS(drawing, 'use')
-  use.setAttribute('href', `#sign-${name}`)
+  use.setAttribute('href', `#sign-${document.getElementById(`sign-${name}`) ? name : 'other'}`)
   svg.append(use)
   return svg
 }

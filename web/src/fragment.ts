@@ -1,8 +1,9 @@
 // The address keeps what is shown, so that a colleague who opens it sees the same.
 
-import { kinds, type GroupKind, type Kind } from './data'
+import type { GroupKind, Kind } from './data'
 import type { Model } from './model'
 import { start, type Order, type State, type Store, type View } from './state'
+import { countsByKind } from './verdict'
 
 const views: View[] = ['tree', 'matrix', 'switches']
 const orders: Order[] = ['found', 'level', 'kind', 'group']
@@ -46,7 +47,7 @@ export function stateFrom(model: Model, fragment: string): State {
     finding: Math.max(finding, -1),
     group: group >= 0 ? group : own,
     switch: model.switchAt(words.get('switch') ?? ''),
-    kind: oneOf<Kind | ''>(kinds, words.get('kind'), ''),
+    kind: oneOf<Kind | ''>([...countsByKind(model).keys()], words.get('kind'), ''),
     inGroup: groupFrom(model, words.get('in') ?? ''),
     atSwitch: model.switchAt(words.get('at') ?? ''),
     query: words.get('search') ?? '',

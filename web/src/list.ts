@@ -13,7 +13,7 @@ import {
   counted,
   cut,
   groupName,
-  kindNames,
+  kindName,
   nameOf,
   number,
   placeOf,
@@ -203,7 +203,7 @@ export class ListView {
       chips.push(
         button(`${text} ×`, { class: 'chip', 'aria-label': `Remove filter: ${text}` }, off),
       )
-    if (state.kind) chip(capital(kindNames[state.kind][1]), () => store.set({ kind: '' }))
+    if (state.kind) chip(capital(kindName(state.kind)[1]), () => store.set({ kind: '' }))
     if (state.atSwitch >= 0)
       chip(`At ${nameOf(model.switches[state.atSwitch], 24)}`, () => store.set({ atSwitch: -1 }))
     if (chips.length > 1)

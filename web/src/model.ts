@@ -81,6 +81,12 @@ function cableFrom(cables: Int32Array, cable: number, index: number): Cable {
   return { index: cable, port: cables[a + 1], peer: cables[b], peerPort: cables[b + 1] }
 }
 
+/** All texts in it that look like a GUID. */
+function guidsIn(value: unknown): string[] {
+  if (typeof value === 'string') return /^0x[0-9a-f]{16}$/.test(value) ? [value] : []
+  return value instanceof Object ? Object.values(value).flatMap(guidsIn) : []
+}
+
 /** GUIDs of all switches that a finding names. */
 function namedIn(finding: RawFinding): string[] {
   switch (finding.kind) {
@@ -92,8 +98,11 @@ function namedIn(finding: RawFinding): string[] {
       return finding.counts.flatMap((count) => count.switches)
     case 'asymmetric-aports':
       return finding.ports.map((port) => port[0])
-    default:
+    case 'suspected-blocking':
+    case 'shared-flid':
       return []
+    default:
+      return guidsIn(finding)
   }
 }
 

@@ -5,7 +5,7 @@ import { button, byId, make, sign } from './dom'
 import { worstLevel, type Model } from './model'
 import type { View } from './state'
 import { countsByKind, verdictOf } from './verdict'
-import { counted, cut, kindNames, number } from './words'
+import { counted, cut, kindName, number } from './words'
 
 function signOf(model: Model): string {
   if (model.result.status === 'failed') return 'error'
@@ -57,7 +57,7 @@ function kindTiles({ model, store }: App): HTMLElement[] {
     control.append(
       sign(kind),
       make('b', {}, number.format(count)),
-      ` ${kindNames[kind][count === 1 ? 0 : 1]}`,
+      ` ${kindName(kind)[count === 1 ? 0 : 1]}`,
     )
     store.watch((state) => control.setAttribute('aria-pressed', String(state.kind === kind)))
     return control

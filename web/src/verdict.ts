@@ -2,12 +2,13 @@
 
 import { kinds, type Kind } from './data'
 import type { Model } from './model'
-import { counted, groupName, kindNames, listed } from './words'
+import { counted, groupName, kindName, listed } from './words'
 
 export function countsByKind(model: Model): Map<Kind, number> {
   const counts = new Map<Kind, number>()
-  for (const kind of kinds) {
-    const count = model.findings.filter((finding) => finding.raw.kind === kind).length
+  const found = model.findings.map((finding) => finding.raw.kind)
+  for (const kind of new Set([...kinds, ...found])) {
+    const count = found.filter((one) => one === kind).length
     if (count > 0) counts.set(kind, count)
   }
   return counts
@@ -18,7 +19,7 @@ function whatWasFound(model: Model): string {
   const texts: string[] = []
   for (const kind of ['missing-link', 'invalid-link'] as const) {
     const count = counts.get(kind)
-    if (count !== undefined) texts.push(counted(count, ...kindNames[kind]))
+    if (count !== undefined) texts.push(counted(count, ...kindName(kind)))
     counts.delete(kind)
   }
   const rest = [...counts.values()].reduce((sum, count) => sum + count, 0)

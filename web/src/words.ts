@@ -1,18 +1,26 @@
 // The page's plain words for what was found, as text with the switches that it names.
 
-import type { GroupKind, InvalidLink, Kind, UnevenLinks } from './data'
+import type { GroupKind, InvalidLink, Kind, RawFinding, UnevenLinks } from './data'
 import type { Finding, Group, Model, Switch } from './model'
 
 /** A piece of a sentence: text, or a switch (by index). */
 export type Part = string | number
 
-export const kindNames: Record<Kind, [one: string, more: string]> = {
+const kindNames: Partial<Record<Kind, [one: string, more: string]>> = {
   'missing-link': ['missing link', 'missing links'],
   'invalid-link': ['invalid link', 'invalid links'],
   'uneven-links': ['uneven count', 'uneven counts'],
   'suspected-blocking': ['suspected blocking', 'suspected blocking'],
   'asymmetric-aports': ['asymmetric ports', 'asymmetric ports'],
   'shared-flid': ['shared FLID', 'shared FLIDs'],
+}
+
+/** What findings of all kinds have. */
+const commonKeys = ['kind', 'level', 'groupKind', 'groups', 'issues']
+
+export function kindName(kind: Kind): [one: string, more: string] {
+  const other = kind.replaceAll('-', ' ')
+  return kindNames[kind] ?? [other, other]
 }
 
 export const number = new Intl.NumberFormat('en-US')
@@ -81,6 +89,15 @@ function unevenTitle(model: Model, raw: UnevenLinks): Part[] {
   return [`${number.format(odd)} ${raw.set} have ${has}`]
 }
 
+/** Of a kind without words of its own: its name and what is counted. */
+function otherTitle(raw: RawFinding): string {
+  const told = Object.entries(raw)
+    .filter(([key, value]) => typeof value !== 'object' && !commonKeys.includes(key))
+    .filter(([, value]) => !String(value).startsWith('0x'))
+    .map(([key, value]) => `${key} ${value}`)
+  return [capital(kindName(raw.kind)[0]), told.join(', ')].filter(Boolean).join(': ')
+}
+
 /** What is wrong, in one sentence. */
 export function titleOf(model: Model, { raw }: Finding): Part[] {
   switch (raw.kind) {
@@ -107,6 +124,8 @@ export function titleOf(model: Model, { raw }: Finding): Part[] {
     }
     case 'shared-flid':
       return [`FLID ${raw.flid} appears in ${groupsInWords(raw.groupKind, raw.groups)}`]
+    default:
+      return [otherTitle(raw)]
   }
 }
 
@@ -164,6 +183,8 @@ export function adviceOf(model: Model, { raw }: Finding): Part[] {
       return [
         'A FLID should belong to one neighborhood. Compare the FLIDs of the leaves in these neighborhoods.',
       ]
+    default:
+      return []
   }
 }
 

@@ -1,6 +1,5 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <string>
 
 #include "fat_tree/findings.h"
 
@@ -8,15 +7,6 @@ namespace fabscope::internal {
 namespace {
 
 using ::testing::ElementsAre;
-
-TEST(FindingKindsTest, EveryKindHasItsName) {
-  EXPECT_EQ(KindOf(MissingLink{}), std::string("missing-link"));
-  EXPECT_EQ(KindOf(InvalidLink{}), std::string("invalid-link"));
-  EXPECT_EQ(KindOf(UnevenLinks{}), std::string("uneven-links"));
-  EXPECT_EQ(KindOf(SuspectedBlocking{}), std::string("suspected-blocking"));
-  EXPECT_EQ(KindOf(AsymmetricAPorts{}), std::string("asymmetric-aports"));
-  EXPECT_EQ(KindOf(SharedFlid{}), std::string("shared-flid"));
-}
 
 TEST(FindingKindsTest, GroupsStandOnceInTheOrderOfTheFinding) {
   MissingLink missing{};

@@ -37,7 +37,15 @@ TEST_F(PrometheusReportTest, AllNumbersOfAFinishedCheck) {
   fabric.Cable("root0", "leaf1").Cable("root0", "leaf2").Switch("stray");
   const std::string numbers = Numbers("^root");
   const std::string group = std::to_string(result.topology->GetNeighborhoods()[0][0]->GetId());
-  EXPECT_EQ(numbers, R"(# HELP fabscope_levels Ranks of the fat tree.
+  // Those that were not found are 0: a series that is only there at times is hard to watch.
+  std::string findings;
+  for (const std::string kind : AllFindings::names) {
+    const char* count = kind == "missing-link" ? "1" : kind == "uneven-links" ? "2" : "0";
+    findings += R"(fabscope_findings{fabric="net.topo",kind=")" + kind + "\"} " + count + "\n";
+  }
+  EXPECT_EQ(
+      numbers,
+      R"(# HELP fabscope_levels Ranks of the fat tree.
 # TYPE fabscope_levels gauge
 fabscope_levels{fabric="net.topo"} 2
 # HELP fabscope_switches Switches by rank, 0 being the roots.
@@ -68,18 +76,13 @@ fabscope_error_records{fabric="net.topo"} 1
 fabscope_issues{fabric="net.topo"} 4
 # HELP fabscope_findings Findings by kind.
 # TYPE fabscope_findings gauge
-fabscope_findings{fabric="net.topo",kind="missing-link"} 1
-fabscope_findings{fabric="net.topo",kind="invalid-link"} 0
-fabscope_findings{fabric="net.topo",kind="uneven-links"} 2
-fabscope_findings{fabric="net.topo",kind="suspected-blocking"} 0
-fabscope_findings{fabric="net.topo",kind="asymmetric-aports"} 0
-fabscope_findings{fabric="net.topo",kind="shared-flid"} 0
-# HELP fabscope_group_findings Findings by kind and group, of groups that have any.
+)" + findings +
+          R"(# HELP fabscope_group_findings Findings by kind and group, of groups that have any.
 # TYPE fabscope_group_findings gauge
 fabscope_group_findings{fabric="net.topo",kind="missing-link",group_kind="neighborhood",group=")" +
-                         group + R"("} 1
+          group + R"("} 1
 fabscope_group_findings{fabric="net.topo",kind="uneven-links",group_kind="neighborhood",group=")" +
-                         group + R"("} 2
+          group + R"("} 2
 # HELP fabscope_check_duration_seconds How long the check took.
 # TYPE fabscope_check_duration_seconds gauge
 fabscope_check_duration_seconds{fabric="net.topo"} 12.346
@@ -89,7 +92,7 @@ fabscope_last_success_timestamp_seconds{fabric="net.topo"} 1700000000
 # HELP fabscope_tool_info What has checked.
 # TYPE fabscope_tool_info gauge
 fabscope_tool_info{fabric="net.topo",tool=")" +
-                         std::string(GetToolVersion()) + "\"} 1\n");
+          std::string(GetToolVersion()) + "\"} 1\n");
 }
 
 TEST_F(PrometheusReportTest, ALinkBetweenTwoGroupsCountsForEach) {
