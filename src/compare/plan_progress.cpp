@@ -6,12 +6,16 @@
 // not joined any more, unless one of them leads to another switch that no step sends it to: then it
 // was moved instead.
 //
+// Where more than two cables change places, a step takes the cable that an earlier one has made.
+// The earlier step is done when the later one is, and the later one cannot be begun before it.
+//
 // A plan does not hold the fabric that it was made of, so what is new in a later one cannot be told
 // cable by cable. What matters of it can: the repairs that are found now and were not planned.
 
 #include "compare/plan_progress.h"
 
 #include <algorithm>
+#include <map>
 #include <set>
 #include <tuple>
 #include <utility>
@@ -35,6 +39,7 @@ class Progress {
         if (change.after) planned_.insert(KeyOf(*change.after));
       }
     }
+    FollowCables(plan);
   }
 
   StepProgress Of(const KeptStep& step) const;
@@ -54,6 +59,13 @@ class Progress {
     return key;
   }
 
+  void FollowCables(const RepairDocument& plan);
+  bool IsAsPlanned(const KeptChange& change) const {
+    return change.after && (IsThere(*change.after) || overtaken_.contains(&change));
+  }
+  bool IsAsBefore(const KeptChange& change) const {
+    return change.before && (IsThere(*change.before) || waiting_.contains(&change));
+  }
   EndNow Find(const KeptEnd& end) const;
   bool IsThere(const KeptCable& cable) const;
   StepState StateOf(const KeptChange& change) const;
@@ -65,7 +77,32 @@ class Progress {
 
   const IBFabric& fabric_;
   std::set<Key> planned_;
+  std::set<const KeptChange*> overtaken_;  // a later change of their cable is done
+  std::set<const KeptChange*> waiting_;    // the cable is still where an earlier change finds it
 };
+
+void Progress::FollowCables(const RepairDocument& plan) {
+  // Of one cable, in the order of their steps.
+  std::vector<std::pair<const KeptChange*, const KeptChange*>> successive;
+  std::map<Key, const KeptChange*> maker;
+  for (const KeptStep& step : plan.steps) {
+    for (const KeptChange& change : step.cables) {
+      if (!change.before) continue;
+      const auto found = maker.find(KeyOf(*change.before));
+      if (found != maker.end()) successive.emplace_back(found->second, &change);
+    }
+    for (const KeptChange& change : step.cables) {
+      if (change.after) maker[KeyOf(*change.after)] = &change;
+    }
+  }
+  for (const auto& [earlier, later] : successive) {
+    if (IsAsBefore(*earlier)) waiting_.insert(later);
+  }
+  std::reverse(successive.begin(), successive.end());
+  for (const auto& [earlier, later] : successive) {
+    if (IsAsPlanned(*later)) overtaken_.insert(earlier);
+  }
+}
 
 EndNow Progress::Find(const KeptEnd& end) const {
   const IBNode* node = fabric_.getNodeByGuid(end.guid);
@@ -88,8 +125,8 @@ bool Progress::LeadsAstray(const KeptEnd& end) const {
 }
 
 StepState Progress::StateOf(const KeptChange& change) const {
-  if (change.after && IsThere(*change.after)) return StepState::Done;
-  if (change.before && IsThere(*change.before)) return StepState::NotDone;
+  if (IsAsPlanned(change)) return StepState::Done;
+  if (IsAsBefore(change)) return StepState::NotDone;
   if (!change.before) {
     const KeptCable& wanted = *change.after;
     const bool isEmpty = Find(wanted[0]).far == nullptr && Find(wanted[1]).far == nullptr;

@@ -54,6 +54,8 @@ enum class RepairReason {
   SkipsRank,    // it joins ranks that are not neighbors
   TooMany,      // more cables than the other pairs of the group have
   LinkLacking,  // all others of the group have a link here
+  Exchanged,    // of a swap: each is plugged in where the other belongs
+  Rotated,      // of several swaps: three or more cables are in each other's places
 };
 
 using CableChanges = std::vector<CableChange>;

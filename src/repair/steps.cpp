@@ -63,6 +63,7 @@ class StepMaker {
   RepairCable CableOf(const Ends& ends) const;
   void FindPositions();
   void FindCircles();
+  RepairReason ReasonOf(const std::vector<std::size_t>& circle) const;
   std::vector<PlannedStep> SwapsOf(const std::vector<std::size_t>& circle) const;
   bool AreSensible(const std::vector<PlannedStep>& swaps) const;
   void AddCircle(std::vector<std::size_t> circle);
@@ -137,10 +138,22 @@ void StepMaker::FindCircles() {
   }
 }
 
+// What is true of each of the swaps.
+RepairReason StepMaker::ReasonOf(const std::vector<std::size_t>& circle) const {
+  const RepairReason first = targets_[circle.front()].reason;
+  const bool areAlike = std::all_of(circle.begin(), circle.end(),
+                                    [&](std::size_t i) { return targets_[i].reason == first; });
+  if (circle.size() > 2) {
+    return areAlike && first == RepairReason::WrongSpine ? first : RepairReason::Rotated;
+  }
+  return areAlike ? first : RepairReason::Exchanged;
+}
+
 // The cable of circle[0] goes to where that of circle[1] leaves, and so on; the last to where the
 // first leaves.
 std::vector<PlannedStep> StepMaker::SwapsOf(const std::vector<std::size_t>& circle) const {
   std::vector<PlannedStep> swaps;
+  const RepairReason reason = ReasonOf(circle);
   const End firstLeft = leaves_[circle.front()].front();
   Ends moving = *Before(circle.front());
   for (std::size_t i = 0; i + 1 < circle.size(); ++i) {
@@ -152,7 +165,7 @@ std::vector<PlannedStep> StepMaker::SwapsOf(const std::vector<std::size_t>& circ
     (isUpper ? otherAfter.upper : otherAfter.lower) = firstLeft;
     PlannedStep step;
     step.step.action = RepairAction::Swap;
-    step.step.reason = targets_[one].reason;
+    step.step.reason = reason;
     step.step.cables.push_back({CableOf(moving), CableOf(*After(one))});
     step.step.cables.push_back({CableOf(otherBefore), CableOf(otherAfter)});
     step.targets = {one, other};

@@ -195,6 +195,10 @@ std::string ReasonText(const RepairStep& step, const SwitchNames& names) {
       return "The two switches have more cables than the other pairs of their group.";
     case RepairReason::LinkLacking:
       return "All others of the group have a link here: a cable is missing, or its link is down.";
+    case RepairReason::Exchanged:
+      return "Each of the two is plugged in where the other belongs.";
+    case RepairReason::Rotated:
+      return "Three or more cables are plugged in where others of them belong.";
   }
   return {};
 }

@@ -115,6 +115,27 @@ TEST_F(PlanProgressTest, HalfASwapIsToldByTheCableThatIsNotInPlace) {
       ElementsAre("1. done otherwise: leaf0.0 port 3 is empty"));
 }
 
+TEST_F(PlanProgressTest, AStepMayGoOnWithTheCableOfAnEarlierOne) {
+  const CableChanges first = Exchange("mid1.0:1", "leaf0.0:3", "mid0.0:1", "leaf0.0:4");
+  const CableChanges second = Exchange("mid1.0:1", "leaf0.0:4", "mid0.1:1", "leaf1.0:3");
+  RepairPlan steps;
+  steps.ranks = PodRanks();
+  for (const CableChanges& cables : {first, second}) {
+    steps.steps.push_back(Step(RepairAction::Swap, RepairReason::Rotated, cables));
+  }
+  const std::vector<CableChanges> faults{Undo(second), Undo(first)};
+  const RepairDocument plan = Document(Result(Changed(faults), std::move(steps)));
+  const CableChanges other = Unplug("root0:1", "mid0.0:3");
+  EXPECT_THAT(Texts(plan, *Changed({})), ElementsAre("1. done", "2. done"));
+  EXPECT_THAT(Texts(plan, *Changed({Undo(second)})), ElementsAre("1. done", "2. not done"));
+  EXPECT_THAT(Texts(plan, *Changed({Undo(second), Undo(first), other})),
+              ElementsAre("1. not done", "2. not done"));
+  EXPECT_THAT(Texts(plan, *Changed({Undo(second), Unplug("mid1.0:1", "leaf0.0:4")})),
+              ElementsAre("1. done otherwise: leaf0.0 port 4 is empty",
+                          "2. done otherwise: leaf0.0 port 4 is empty, leaf1.0 port 3 now leads "
+                          "to mid0.1 port 1"));
+}
+
 TEST_F(PlanProgressTest, AMissingSwitchIsNamed) {
   TestFabric other;
   NodeSpec leaf;

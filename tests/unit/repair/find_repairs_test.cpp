@@ -68,6 +68,34 @@ TEST_F(FindRepairsTest, SwapsBackUpLinksInsideAPod) {
                RepairReason::WrongSpine);
 }
 
+TEST_F(FindRepairsTest, TellsCablesThatChangePlacesAsSuch) {
+  AddThreeLevelTree(tree, 3, 4, 3, 2, 2);
+  const CableChanges rotated = SwapUpperEnds("mid0.0", "leaf0.1", "mid1.1", "leaf1.2");
+  const RepairCable third = CableBetween("mid2.0", "leaf2.1");
+  const RepairCable second = *rotated[1].after;
+  const auto fabric = Changed({rotated,
+                               {{second, RepairCable{third.upper, second.lower}},
+                                {third, RepairCable{second.upper, third.lower}}}});
+  const RepairPlan plan = FindRepairs(*fabric);
+  ASSERT_THAT(plan.steps, SizeIs(2));
+  for (const RepairStep& step : plan.steps) {
+    EXPECT_EQ(step.action, RepairAction::Swap);
+    EXPECT_EQ(step.reason, RepairReason::Rotated);
+  }
+}
+
+TEST_F(FindRepairsTest, TellsNoReasonThatHoldsForOneCableOfASwapOnly) {
+  AddThreeLevelTree(tree, 3, 4, 3, 2, 2);
+  const RepairCable above = CableBetween("root0", "mid0.0");
+  const RepairCable below = CableBetween("mid1.1", "leaf1.2");
+  const auto fabric = Changed({{{above, RepairCable{above.upper, below.lower}},
+                                {below, RepairCable{above.lower, below.upper}}}});
+  const RepairPlan plan = FindRepairs(*fabric);
+  ASSERT_THAT(plan.steps, SizeIs(1));
+  EXPECT_EQ(plan.steps[0].action, RepairAction::Swap);
+  EXPECT_EQ(plan.steps[0].reason, RepairReason::Exchanged);
+}
+
 TEST_F(FindRepairsTest, PlugsInAMissingCableAtItsOldPorts) {
   AddThreeLevelTree(tree, 3, 4, 3, 2, 2);
   ExpectUndone({{CableBetween("mid1.1", "leaf1.2"), std::nullopt}}, RepairAction::Connect,

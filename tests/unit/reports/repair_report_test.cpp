@@ -140,7 +140,8 @@ TEST_F(RepairReportTest, GivesAReasonForEachKindOfFault) {
   std::vector<std::string> texts;
   for (const RepairReason why :
        {RepairReason::WrongGroup, RepairReason::WrongSpine, RepairReason::SameRank,
-        RepairReason::SkipsRank, RepairReason::TooMany, RepairReason::LinkLacking}) {
+        RepairReason::SkipsRank, RepairReason::TooMany, RepairReason::LinkLacking,
+        RepairReason::Exchanged, RepairReason::Rotated}) {
     texts.push_back(reason(RepairAction::Swap, why, Swap()));
     texts.push_back(reason(RepairAction::Move, why, Moved()));
     texts.push_back(reason(RepairAction::Disconnect, why, Spare()));
@@ -164,7 +165,13 @@ TEST_F(RepairReportTest, GivesAReasonForEachKindOfFault) {
           "The two switches have more cables than the other pairs of their group.",
           "All others of the group have a link here: a cable is missing, or its link is down.",
           "All others of the group have a link here: a cable is missing, or its link is down.",
-          "All others of the group have a link here: a cable is missing, or its link is down."));
+          "All others of the group have a link here: a cable is missing, or its link is down.",
+          "Each of the two is plugged in where the other belongs.",
+          "Each of the two is plugged in where the other belongs.",
+          "Each of the two is plugged in where the other belongs.",
+          "Three or more cables are plugged in where others of them belong.",
+          "Three or more cables are plugged in where others of them belong.",
+          "Three or more cables are plugged in where others of them belong."));
 }
 
 TEST_F(RepairReportTest, TellsNotesInWords) {
