@@ -78,6 +78,10 @@ plain::Reason PlainOf(RepairReason reason) {
       return plain::Reason::SkipsRank;
     case RepairReason::TooMany:
       return plain::Reason::TooMany;
+    case RepairReason::Exchanged:
+      return plain::Reason::Exchanged;
+    case RepairReason::Rotated:
+      return plain::Reason::Rotated;
     case RepairReason::LinkLacking:
       break;
   }

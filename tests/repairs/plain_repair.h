@@ -56,7 +56,16 @@ struct Fabric {
 
 enum class Action { Swap, Move, Connect, Disconnect };
 enum class Trust { Sure, Likely, Ask };
-enum class Reason { WrongGroup, WrongSpine, SameRank, SkipsRank, TooMany, LinkLacking };
+enum class Reason {
+  WrongGroup,
+  WrongSpine,
+  SameRank,
+  SkipsRank,
+  TooMany,
+  LinkLacking,
+  Exchanged,
+  Rotated
+};
 enum class Status { Clean, Repairs, Abstained };
 enum class NoteKind {
   DeadSwitch,

@@ -107,6 +107,7 @@ class Verifier {
   void CheckStep(const Step& step, const std::string& name);
   void CheckLink(const Link& link, const std::string& name);
   void CheckReason(const Step& step, const std::string& name);
+  bool IsInCircle(const Step& step) const;
   void CheckAlternatives(std::size_t index, const Cabling& before);
   void CheckTrust();
   bool IsThereAfterwards(const Link& link) const;
@@ -205,15 +206,21 @@ void Verifier::CheckReason(const Step& step, const std::string& name) {
   Require((step.reason == Reason::LinkLacking) == (step.action == Action::Connect),
           name + " is new exactly if its link lacks");
   if (step.reason == Reason::LinkLacking) return;
+  if (IsInCircle(step)) {
+    Require(step.reason == Reason::Rotated || step.reason == Reason::WrongSpine,
+            name + " gives a reason of its own, though it goes on with the cable of another");
+    return;
+  }
+  Require(step.reason != Reason::Rotated, name + " is not one of several swaps");
+  Require(step.reason != Reason::Exchanged || step.action == Action::Swap,
+          name + " exchanges a single cable");
+  if (step.reason == Reason::Exchanged) return;
   std::set<int> distances;
   for (const Change& change : step.changes) {
     if (!change.before) continue;
     const auto upper = ranks_.find(change.before->upper.guid);
     const auto lower = ranks_.find(change.before->lower.guid);
     if (upper == ranks_.end() || lower == ranks_.end()) return;
-    // A cable that a step before has made does not show what was wrong.
-    const auto was = fabric_.cables.find(change.before->upper);
-    if (was == fabric_.cables.end() || was->second != change.before->lower) return;
     // A switch outside the tree is on no neighboring rank.
     const bool isOutside = upper->second < 0 || lower->second < 0;
     distances.insert(isOutside ? 2 : std::min(2, std::abs(upper->second - lower->second)));
@@ -221,7 +228,22 @@ void Verifier::CheckReason(const Step& step, const std::string& name) {
   const int distance = step.reason == Reason::SameRank    ? 0
                        : step.reason == Reason::SkipsRank ? 2
                                                           : 1;
-  Require(distances.contains(distance), name + " gives a reason that its cables do not show");
+  Require(distances == std::set{distance}, name + " gives a reason that its cables do not show");
+}
+
+// Whether a cable that it takes is made by another step, or the other way round.
+bool Verifier::IsInCircle(const Step& step) const {
+  if (step.action != Action::Swap) return false;
+  return std::any_of(plan_.steps.begin(), plan_.steps.end(), [&](const Step& other) {
+    if (&other == &step || other.action != Action::Swap) return false;
+    const auto goesOn = [](const Step& first, const Step& second) {
+      return std::any_of(first.changes.begin(), first.changes.end(), [&](const Change& made) {
+        return std::any_of(second.changes.begin(), second.changes.end(),
+                           [&](const Change& taken) { return made.after == taken.before; });
+      });
+    };
+    return goesOn(step, other) || goesOn(other, step);
+  });
 }
 
 void Verifier::CheckAlternatives(std::size_t index, const Cabling& before) {

@@ -200,13 +200,17 @@ TEST(PlanVerifier, WantsReasonsThatTheCablesShow) {
     EXPECT_THAT(ComplaintsOf(plan),
                 ElementsAre("step 1 gives a reason that its cables do not show"));
   }
+  plan.steps[0].reason = Reason::Rotated;
+  EXPECT_THAT(ComplaintsOf(plan), ElementsAre("step 1 is not one of several swaps"));
+  plan.steps[0].reason = Reason::Exchanged;
+  EXPECT_THAT(ComplaintsOf(plan), IsEmpty());
   plan.steps[0].reason = Reason::LinkLacking;
   EXPECT_THAT(ComplaintsOf(plan), ElementsAre("step 1 is new exactly if its link lacks"));
 }
 
 // Three cables that have each got the spine of the next: two swaps, of which the second takes up a
 // cable of the first.
-TEST(PlanVerifier, AsksNoReasonOfACableThatAStepHasMade) {
+TEST(PlanVerifier, WantsSwapsThatBelongTogetherToldAsSuch) {
   Fabric fabric = TwoPods();
   Part({{1, 1}, {0x11, 1}}, fabric);
   Part({{3, 1}, {0x14, 1}}, fabric);
@@ -216,17 +220,21 @@ TEST(PlanVerifier, AsksNoReasonOfACableThatAStepHasMade) {
   Join({{1, 1}, {0x15, 2}}, fabric);
   const Step first{Action::Swap,
                    Trust::Sure,
-                   Reason::WrongGroup,
+                   Reason::Rotated,
                    {{Link{{3, 1}, {0x11, 1}}, Link{{1, 1}, {0x11, 1}}},
                     {Link{{1, 1}, {0x15, 2}}, Link{{3, 1}, {0x15, 2}}}},
                    {}};
-  const Step second{Action::Swap,
-                    Trust::Sure,
-                    Reason::SameRank,
-                    {{Link{{4, 2}, {0x14, 1}}, Link{{3, 1}, {0x14, 1}}},
-                     {Link{{3, 1}, {0x15, 2}}, Link{{4, 2}, {0x15, 2}}}},
-                    {}};
+  Step second{Action::Swap,
+              Trust::Sure,
+              Reason::Rotated,
+              {{Link{{4, 2}, {0x14, 1}}, Link{{3, 1}, {0x14, 1}}},
+               {Link{{3, 1}, {0x15, 2}}, Link{{4, 2}, {0x15, 2}}}},
+              {}};
   EXPECT_THAT(Complaints(fabric, PlanOf({first, second}, 6, 2)), IsEmpty());
+  second.reason = Reason::WrongGroup;
+  EXPECT_THAT(Complaints(fabric, PlanOf({first, second}, 6, 2)),
+              ElementsAre("step 2 gives a reason of its own, though it goes on with the cable of "
+                          "another"));
 }
 
 TEST(PlanVerifier, LetsNoStepChangeACableOfASwitchToItself) {
