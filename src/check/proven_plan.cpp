@@ -3,22 +3,11 @@
 #include <algorithm>
 #include <optional>
 #include <utility>
-#include <variant>
 
 #include "repair/find_repairs.h"
 
 namespace fabscope::internal {
 namespace {
-
-// Hosts that lack, and fewer cables up than down, are no matter of cables between switches.
-bool IsAboutCables(const Finding& finding) {
-  if (const auto* uneven = std::get_if<UnevenLinks>(&finding)) {
-    const bool isAboutHosts = uneven->isNeighborhood && !uneven->ofSpines && !uneven->isUp;
-    return !isAboutHosts;
-  }
-  return std::holds_alternative<MissingLink>(finding) ||
-         std::holds_alternative<InvalidLink>(finding);
-}
 
 // Whether no switch with hosts has lost its place in the tree.
 bool IsEachLeafInTree(const IBFabric& repaired, const TreeRanks& before,

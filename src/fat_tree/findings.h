@@ -18,26 +18,29 @@
 namespace fabscope::internal {
 
 // What the checks find. A check makes each finding once, as data (FTTopology::Record and Report);
-// the report, the error records and every other output tell it from that.
+// the report, the error records and every other output are written from that data.
 //
-// A kind of finding has a name that programs know it by (`kind`), a level, and the numbers of the
-// groups that it is about, each once; `isNeighborhood` says which of the two kinds of groups they
-// number. It is either an error record, which has the name of its event and a description of one
-// line, or it raises the count of issues and writes its own lines to the report. Its words name
-// switches as GetNodeRecord does with `showGuid`. Nodes and ports belong to the fabric.
+// A kind of finding has a name for programs (`kind`), a level, and the IDs of the groups that it is
+// about, without duplicates; `isNeighborhood` says which of the two kinds of groups they are. It is
+// either an error record or an issue. A record is a single missing or wrong cable: it has the name
+// of its event, a description of one line, and a MakeRecord in link_errors.h. Everything else is an
+// issue: it writes its own lines to the report. Both name switches as GetNodeRecord does with
+// `showGuid`. Nodes and ports belong to the fabric.
 //
-// TellParts tells whatever else it holds, each part by its name in JSON, to an object that has
+// TellParts passes all other fields, under their JSON names, to a visitor with
 //
 //   Switch(name, node), Ends(name, link), Counts(name, counts), Ports(name, ports)
 //   Number(name, number), Flag(name, isSet), Choice(name, isFirst, first, second): one of two words
 //
-// JSON, the public findings and the comparison of two checks are made of nothing but that. A kind
-// has Counts or Ports at most once.
+// JSON, the library's findings and the comparison of two checks know nothing else of a kind. A kind
+// is about one Counts, one Ports, one Ends, one or two Switches, or whole groups. For comparisons
+// that is where the fault is; numbers, flags and choices tell it from others there.
 //
-// FaultWords tells one fault of it (compare/faults.h) without numbers of groups, which change from
-// run to run: `places` names the switches or ports of that fault, in a kind without any the first
-// line of each group, and `links` is what the switch has, of Counts.
-
+// FaultWords describes one fault (compare/faults.h) without the IDs of groups, which change from
+// run to run. `places` are the names of its switches or ports, or of the first line switch of each
+// group if it is about groups; `links` is the switch's count if the kind has Counts, else 0.
+//
+// IsAboutCables: whether moving cables between switches can cure it.
 // The switches that have one number of links.
 struct LinkCount {
   std::int32_t links;
@@ -57,6 +60,7 @@ struct MissingLink {
   EnFabricErrLevel_t Level() const { return EN_FABRIC_ERR_ERROR; }
   std::vector<std::uint64_t> Groups() const { return {group}; }
   std::string Description(int showGuid) const;
+  bool IsAboutCables() const { return true; }
   template <typename Parts>
   void TellParts(Parts& parts) const {
     parts.Switch("spine", *spine);
@@ -82,6 +86,7 @@ struct InvalidLink {
   // In the order of its ends.
   std::vector<std::uint64_t> Groups() const;
   std::string Description(int showGuid) const;
+  bool IsAboutCables() const { return true; }
   template <typename Parts>
   void TellParts(Parts& parts) const {
     parts.Ends("ends", link);
@@ -106,6 +111,8 @@ struct UnevenLinks {
   // One for each number that occurs.
   std::uint64_t Issues() const { return others.size() + 1; }
   void WriteLines(std::ostream& stream, int showGuid) const;
+  // Below the leaves are hosts.
+  bool IsAboutCables() const { return !isNeighborhood || ofSpines || isUp; }
   template <typename Parts>
   void TellParts(Parts& parts) const {
     parts.Choice("set", ofSpines, "spines", "lines");
@@ -134,6 +141,7 @@ struct SuspectedBlocking {
   std::vector<std::uint64_t> Groups() const { return {group}; }
   std::uint64_t Issues() const { return 1; }
   void WriteLines(std::ostream& stream, int showGuid) const;
+  bool IsAboutCables() const { return false; }
   template <typename Parts>
   void TellParts(Parts& parts) const {
     parts.Number("uplinks", spineUplinks);
@@ -156,6 +164,7 @@ struct AsymmetricAPorts {
   std::vector<std::uint64_t> Groups() const { return {group}; }
   std::uint64_t Issues() const { return ports.size(); }
   void WriteLines(std::ostream& stream, int showGuid) const;
+  bool IsAboutCables() const { return false; }
   template <typename Parts>
   void TellParts(Parts& parts) const {
     parts.Flag("toHosts", toHosts);
@@ -176,6 +185,7 @@ struct SharedFlid {
   std::vector<std::uint64_t> Groups() const { return groups; }
   std::uint64_t Issues() const { return 1; }
   void WriteLines(std::ostream& stream, int showGuid) const;
+  bool IsAboutCables() const { return false; }
   template <typename Parts>
   void TellParts(Parts& parts) const {
     parts.Number("flid", flid);
@@ -217,6 +227,7 @@ concept FindingKind = RecordKind<Kind>
   { found.Level() } -> std::same_as<EnFabricErrLevel_t>;
   { found.Groups() } -> std::same_as<std::vector<std::uint64_t>>;
   { found.isNeighborhood } -> std::convertible_to<bool>;
+  { found.IsAboutCables() } -> std::same_as<bool>;
   { found.FaultWords({}, 0) } -> std::same_as<std::string>;
   found.TellParts(parts);
 };
@@ -228,7 +239,7 @@ struct KindsOfFindings {
   static constexpr std::array<const char*, sizeof...(Kinds)> names{Kinds::kind...};
 };
 
-// All that there are.
+// Every kind, new ones last.
 using AllFindings = KindsOfFindings<MissingLink, InvalidLink, UnevenLinks, SuspectedBlocking,
                                     AsymmetricAPorts, SharedFlid>;
 using Finding = AllFindings::Variant;
@@ -251,7 +262,7 @@ inline bool IsOfNeighborhoods(const Finding& finding) {
   return std::visit([](const auto& found) { return bool{found.isNeighborhood}; }, finding);
 }
 
-// The name of the event of an error record; null for what is none.
+// The name of the event of an error record; null for an issue.
 inline const char* EventOf(const Finding& finding) {
   return std::visit(
       [](const auto& found) -> const char* {
@@ -264,6 +275,9 @@ inline const char* EventOf(const Finding& finding) {
       },
       finding);
 }
+inline bool IsAboutCables(const Finding& finding) {
+  return std::visit([](const auto& found) { return found.IsAboutCables(); }, finding);
+}
 template <typename Parts>
 void TellPartsOf(const Finding& finding, Parts& parts) {
   std::visit([&](const auto& found) { found.TellParts(parts); }, finding);
@@ -271,7 +285,7 @@ void TellPartsOf(const Finding& finding, Parts& parts) {
 
 inline bool IsRecord(const Finding& finding) { return EventOf(finding) != nullptr; }
 
-// What an error record says, in one line without a tag; empty for what is none.
+// What an error record says, in one line without a tag; empty for an issue.
 std::string DescriptionOf(const Finding& finding, int showGuid);
 
 // By how much a finding raises the count of issues: 0 for an error record.

@@ -38,8 +38,8 @@ enum FormatLimit : unsigned {
 struct FormatEntry {
   // What WriteFabric takes. None: it is only read, or made of the tree that a check finds.
   std::optional<FabricFormat> format;
-  const char* name;                    // of --format
-  const char* title;                   // as a help lists it
+  const char* name;                    // for --format
+  const char* title;                   // in the lists of a help; not shown if it is only read
   std::array<const char*, 2> endings;  // of file names; the second may be null
   unsigned limits;                     // FormatLimit bits
   // Null when `format` is none; what is made of a tree is written by src/reports.
@@ -47,8 +47,8 @@ struct FormatEntry {
   // As LoadFabric; null: it cannot be read.
   MaybeError (*read)(Input& input, const NodeNameMap* names, const regExp* specialNodes,
                      FabricBuilder& builder, Warnings& warnings) = nullptr;
-  // Whether an input begins like it, of which nothing is consumed. Null for the one that is read
-  // when no other claims the input.
+  // Whether the input looks like this format. It may call Input::Fill, and consumes nothing. Null
+  // for the one that is read when no other claims the input.
   bool (*detect)(Input& input) = nullptr;
 
   constexpr bool IsMadeOfTree() const { return !format && read == nullptr; }

@@ -2,7 +2,7 @@
 
 import { showSwitch, showView, type App } from './actions'
 import { copy } from './copy'
-import type { AsymmetricAPorts, UnevenLinks } from './data'
+import { kinds, type AsymmetricAPorts, type UnevenLinks } from './data'
 import { button, make, nameText } from './dom'
 import type { Finding } from './model'
 import { adviceOf, asText, counted, cut, groupName, nameOf, rankName, type Part } from './words'
@@ -82,7 +82,9 @@ function specifics(app: App, finding: Finding): HTMLElement[] {
 export function untoldByTitle(app: App, finding: Finding): HTMLElement[] {
   const { kind } = finding.raw
   const isTold =
-    kind === 'uneven-links' ? finding.switches.length === 1 : kind !== 'asymmetric-aports'
+    kind === 'uneven-links'
+      ? finding.switches.length === 1
+      : kinds.includes(kind) && kind !== 'asymmetric-aports'
   return isTold ? [] : [make('div', { class: 'details' }, ...specifics(app, finding))]
 }
 

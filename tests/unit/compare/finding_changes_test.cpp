@@ -1,7 +1,6 @@
 #include "compare/finding_changes.h"
 
 #include <algorithm>
-#include <array>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <memory>
@@ -38,9 +37,7 @@ struct Checked {
 };
 
 std::string Text(const Fault& fault) {
-  constexpr std::array<const char*, std::variant_size_v<Finding>> kinds{
-      "missing", "invalid", "uneven", "blocking", "asymmetric", "flid"};
-  std::string text = kinds.at(fault.finding->index());
+  std::string text = KindOf(*fault.finding);
   for (const Place& place : fault.places) {
     text.append(" ").append(place.node->name);
     if (place.port != 0) text.append(":").append(std::to_string(place.port));
@@ -98,10 +95,11 @@ TEST_F(FindingChangesTest, EachSwitchOfAFindingIsAFaultOfItsOwn) {
   AddTree(was.fabric, {"root1 leaf1"});
   AddTree(is.fabric, {"root1 leaf1", "root2 leaf1", "root2 leaf2"});
   Compare();
-  EXPECT_THAT(Texts(changes.cured), ElementsAre("uneven leaf1 2"));
-  EXPECT_THAT(Texts(changes.appeared),
-              UnorderedElementsAre("missing root2 leaf1", "missing root2 leaf2", "uneven root2 1",
-                                   "uneven leaf1 1", "uneven leaf2 2"));
+  EXPECT_THAT(Texts(changes.cured), ElementsAre("uneven-links leaf1 2"));
+  EXPECT_THAT(
+      Texts(changes.appeared),
+      UnorderedElementsAre("missing-link root2 leaf1", "missing-link root2 leaf2",
+                           "uneven-links root2 1", "uneven-links leaf1 1", "uneven-links leaf2 2"));
 }
 
 TEST_F(FindingChangesTest, WhatIsMendedIsCured) {
@@ -109,7 +107,8 @@ TEST_F(FindingChangesTest, WhatIsMendedIsCured) {
   AddTree(is.fabric);
   Compare();
   EXPECT_THAT(Texts(changes.cured),
-              UnorderedElementsAre("missing root1 leaf1", "uneven root1 2", "uneven leaf1 2"));
+              UnorderedElementsAre("missing-link root1 leaf1", "uneven-links root1 2",
+                                   "uneven-links leaf1 2"));
   EXPECT_THAT(Texts(changes.appeared), IsEmpty());
 }
 
@@ -205,8 +204,8 @@ TEST_F(BlockingTest, WorseIsAnotherFault) {
   AddSwitches(is.fabric, "leafA", "leafB");
   is.fabric.Cable("mid", "leafA").Cable("mid", "leafB");
   Compare();
-  EXPECT_THAT(Texts(changes.cured), ElementsAre("blocking leafA"));
-  EXPECT_THAT(Texts(changes.appeared), ElementsAre("blocking leafA"));
+  EXPECT_THAT(Texts(changes.cured), ElementsAre("suspected-blocking leafA"));
+  EXPECT_THAT(Texts(changes.appeared), ElementsAre("suspected-blocking leafA"));
 }
 
 TEST_F(FindingChangesTest, SharedFlidsAreKnownByTheirGroups) {
@@ -222,7 +221,7 @@ TEST_F(FindingChangesTest, SharedFlidsAreKnownByTheirGroups) {
     fabric.Cable("root0", "leaf0").Cable("root1", "leaf1");
   }
   Compare();
-  EXPECT_THAT(Texts(changes.appeared), ElementsAre("flid leaf0 leaf1"));
+  EXPECT_THAT(Texts(changes.appeared), ElementsAre("shared-flid leaf0 leaf1"));
   EXPECT_EQ(std::get<SharedFlid>(*changes.appeared[0].finding).flid, 8);
 }
 
