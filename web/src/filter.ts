@@ -36,7 +36,8 @@ function matches(finding: Finding, state: State): boolean {
 const keys: Record<Order, (finding: Finding) => number> = {
   found: () => 0,
   level: (finding) => -finding.raw.level,
-  kind: (finding) => (kinds.includes(finding.raw.kind) ? kinds.indexOf(finding.raw.kind) : kinds.length),
+  kind: (finding) =>
+    kinds.includes(finding.raw.kind) ? kinds.indexOf(finding.raw.kind) : kinds.length,
   group: (finding) => finding.groups[0] ?? Infinity,
 }
 
