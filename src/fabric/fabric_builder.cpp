@@ -150,10 +150,13 @@ void FabricBuilder::LayOutPorts(IBFabric& fabric) const {
   for (std::size_t i = 0; i < slots.size(); ++i) {
     const IBNode& node = fabric.nodes_[i];
     const PortSet used = UsedPorts(i);
-    portCount += used.count();
-    std::size_t highest = node.numPorts;
-    while (highest > 0 && !used.test(highest)) --highest;
-    slots[i] = used.any() || node.nodeType == NodeTypeSwitch ? highest + 1 : 0;
+    std::size_t highest = 0;
+    for (std::size_t num = 1; num <= node.numPorts; ++num) {
+      if (!used.test(num)) continue;
+      highest = num;
+      ++portCount;
+    }
+    slots[i] = highest != 0 || node.nodeType == NodeTypeSwitch ? highest + 1 : 0;
     slotCount += slots[i];
   }
   // Exact sizes: the addresses taken below must stay.

@@ -26,15 +26,14 @@ class IBFabric {
 
   // All nodes in model order, for those who write a fabric out.
   const std::vector<IBNode>& GetNodes() const { return nodes_; }
-  const std::deque<IBPort>& GetPorts() const { return ports_; }
+  const std::vector<IBPort>& GetPorts() const { return ports_; }
   const std::deque<APort>& GetAPorts() const { return aports_; }
 
  private:
   friend class FabricBuilder;
 
   std::vector<IBNode> nodes_;
-  // By node, then by port number. In many pieces, which fit where a loader's memory was.
-  std::deque<IBPort> ports_;
+  std::vector<IBPort> ports_;       // by node, then by port number
   std::vector<IBPort*> portSlots_;  // what the nodes' `ports` look into
   std::deque<APort> aports_;
   GuidIndex indexByGuid_;

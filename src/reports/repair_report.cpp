@@ -12,7 +12,7 @@ namespace fabscope::internal {
 namespace {
 
 std::size_t CountCables(const IBFabric& fabric) {
-  const std::deque<IBPort>& ports = fabric.GetPorts();
+  const std::vector<IBPort>& ports = fabric.GetPorts();
   return static_cast<std::size_t>(std::count_if(ports.begin(), ports.end(), [](const IBPort& port) {
     return port.remotePort != nullptr && port.node->nodeType == NodeTypeSwitch &&
            port.remotePort->node->nodeType == NodeTypeSwitch && IsFirstEnd(port);
