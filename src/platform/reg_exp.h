@@ -30,6 +30,7 @@ class regExp {
   std::string expression_;
   std::string error_;
   regex_t compiled_{};
+  bool isText_;  // it has no operators
 };
 
 }  // namespace fabscope::internal

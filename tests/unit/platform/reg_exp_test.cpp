@@ -19,6 +19,19 @@ TEST(RegExpTest, MatchesAnywhereInTheText) {
   EXPECT_FALSE(expression.Matches("rack7-cor-3"));
 }
 
+TEST(RegExpTest, ATextIsFoundWhereItsGroupIs) {
+  const std::string words = "aabab";
+  for (std::size_t begin = 0; begin <= words.size(); ++begin) {
+    for (std::size_t size = 0; begin + size <= words.size(); ++size) {
+      const std::string text = words.substr(begin, size);
+      for (const std::string name : {"", "a", "ab", "ba", "aab", "b ab", "AB", "aaba\nb"}) {
+        EXPECT_EQ(regExp(text).Matches(name), regExp("(" + text + ")").Matches(name))
+            << text << " in " << name;
+      }
+    }
+  }
+}
+
 TEST(RegExpTest, AnchorsHoldTheMatchToTheEnds) {
   const regExp expression("^core$");
   EXPECT_TRUE(expression.Matches("core"));
