@@ -82,7 +82,7 @@ TEST(RepairsOfRandomFabricsTogether, AreOfEveryKind) {
   EXPECT_EQ(statuses.size(), 3U);
   EXPECT_EQ(actions.size(), 4U);
   EXPECT_EQ(classes.size(), 3U);
-  EXPECT_EQ(reasons.size(), 6U);
+  EXPECT_EQ(reasons.size(), 8U);
   EXPECT_EQ(notes.size(), 6U);
 }
 
