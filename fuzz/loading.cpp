@@ -54,6 +54,13 @@ Loaded LoadDump(std::string_view text) {
   });
 }
 
+Loaded LoadDumpClosely(std::string_view text) {
+  return LoadWith([&](FabricBuilder& builder, Warnings& warnings) {
+    Input input("fuzz", std::string(text));
+    return LoadTopologyDumpClosely(input, nullptr, &SpecialNodes(), builder, warnings);
+  });
+}
+
 Loaded LoadDocument(std::string_view text) {
   return LoadWith([&](FabricBuilder& builder, Warnings& warnings) {
     Input input("fuzz", std::string(text));

@@ -33,6 +33,7 @@ Loaded LoadWith(const Load& load);
 // Of any format, "-" is standard input.
 Loaded LoadPath(const std::string& path);
 Loaded LoadDump(std::string_view text);
+Loaded LoadDumpClosely(std::string_view text);
 Loaded LoadDocument(std::string_view text);
 
 // An error names a place that is in the text, or just behind one of its lines.

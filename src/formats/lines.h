@@ -25,6 +25,17 @@ class LineReader {
   // False behind the last line, and where reading failed. A line that is too long ends it.
   bool Next(Line& line);
 
+  // What was read behind the last line, for those who know lines that need no Next(): Skip takes
+  // whole ones of it. Their offset is 0, so none is there behind a byte order mark.
+  std::string_view Ahead() const {
+    return isBegun_ && behind_ == 0 ? input_.Unread() : std::string_view();
+  }
+  void Skip(std::size_t lines, std::size_t bytes) {
+    input_.Consume(bytes);
+    complete_ += lines;
+  }
+  std::size_t LinesRead() const { return complete_; }
+
   // An error at a byte of a line; offsets count from 0.
   InputError ErrorAt(std::size_t line, std::size_t offset, std::string message) const {
     return {input_.GetFile(), line, offset + 1, std::move(message)};

@@ -10,7 +10,6 @@
 #include <algorithm>
 #include <bit>
 #include <bitset>
-#include <deque>
 #include <set>
 #include <utility>
 #include <vector>
@@ -20,6 +19,7 @@
 #include "formats/lines.h"
 #include "formats/link_speeds.h"
 #include "formats/node_order.h"
+#include "formats/plain_dump_lines.h"
 #include "formats/topology_dump_lines.h"
 #include "platform/progress.h"
 #include "text/text_fields.h"
@@ -67,8 +67,9 @@ struct CableEnd {
 class DumpLoader {
  public:
   DumpLoader(Input& input, const NodeNameMap* names, const regExp* specialNodes,
-             FabricBuilder& builder, Warnings& warnings)
+             FabricBuilder& builder, Warnings& warnings, bool isFast)
       : lines_(input),
+        plainLines_(isFast ? std::optional(PlainDumpLines()) : std::nullopt),
         names_(names),
         specialNodes_(specialNodes),
         builder_(builder),
@@ -85,6 +86,11 @@ class DumpLoader {
   enum class Record { None, Node, LeftOut };  // what a port line would belong to
 
   MaybeError ReadLines();
+  void ReadPlainLines();
+  bool TakePlainLine(PlainDumpLines::Kind kind, const PlainDumpLines::Line& line,
+                     std::size_t number);
+  void AddEnd(std::uint64_t peerGuid, Place peerPortPlace, std::uint8_t speedBit, std::uint8_t port,
+              std::uint8_t peerPort);
   MaybeError ReadLine(const Line& line);
   MaybeError ReadNode(const Line& line);
   MaybeError ReadPort(const Line& line);
@@ -110,6 +116,7 @@ class DumpLoader {
   }
 
   LineReader lines_;
+  std::optional<PlainDumpLines> plainLines_;  // none: every line is looked at closely
   const NodeNameMap* names_;
   const regExp* specialNodes_;
   FabricBuilder& builder_;
@@ -119,7 +126,7 @@ class DumpLoader {
   Record record_ = Record::None;
   std::optional<std::uint64_t> systemGuid_;  // of the record that has begun
   std::bitset<256> portsSeen_;               // of the current node
-  std::deque<DumpNode> nodes_;               // in file order
+  std::vector<DumpNode> nodes_;              // in file order
   std::vector<CableEnd> ends_;               // in file order
   std::set<std::uint64_t> leftOut_;
   std::vector<std::uint32_t> modelOrder_;  // by index in nodes_: the place in the model
@@ -135,11 +142,69 @@ std::string EndText(std::uint64_t guid, std::uint8_t port) {
 }
 
 MaybeError DumpLoader::ReadLines() {
-  // Of a port line half a hundred bytes are always there.
+  // Of a port line half a hundred bytes are always there, of a node's record hundreds.
   ends_.reserve(lines_.GetInput().GetExpectedSize() / 50);
+  nodes_.reserve(lines_.GetInput().GetExpectedSize() / 400);
   MaybeError error;
-  for (Line line; !error && lines_.Next(line);) error = ReadLine(line);
+  for (Line line; !error && lines_.Next(line);) {
+    error = ReadLine(line);
+    if (!error && plainLines_) ReadPlainLines();
+  }
   return lines_.Finish(std::move(error));
+}
+
+// All plain lines up to one that is not, or to the end of what was read.
+void DumpLoader::ReadPlainLines() {
+  if (nodes_.empty()) return;  // the file may still be of another kind
+  const std::string_view ahead = lines_.Ahead();
+  const char* at = ahead.data();
+  const char* const end = at + ahead.size();
+  const std::size_t linesRead = lines_.LinesRead();
+  std::size_t lines = 0;
+  PlainDumpLines::Line line;
+  while (end - at >= PlainDumpLines::Ahead) {
+    const PlainDumpLines::Kind kind = plainLines_->Read(at, end, line);
+    if (!TakePlainLine(kind, line, linesRead + lines + 1)) break;
+    at = line.next;
+    ++lines;
+  }
+  lines_.Skip(lines, static_cast<std::size_t>(at - ahead.data()));
+}
+
+// What ReadLine does with such a line; false where there is more to it.
+bool DumpLoader::TakePlainLine(PlainDumpLines::Kind kind, const PlainDumpLines::Line& line,
+                               std::size_t number) {
+  switch (kind) {
+    case PlainDumpLines::Kind::Odd:
+      return false;
+    case PlainDumpLines::Kind::Ignored:
+      return true;
+    case PlainDumpLines::Kind::VendorField:
+      systemGuid_.reset();
+      break;
+    case PlainDumpLines::Kind::SystemGuid:
+      systemGuid_ = line.guid;
+      break;
+    case PlainDumpLines::Kind::NodeGuid:
+      break;
+    case PlainDumpLines::Kind::Port:
+      if (record_ != Record::Node || line.port > nodes_.back().numPorts ||
+          portsSeen_.test(line.port)) {
+        return false;
+      }
+      AddEnd(line.guid, {static_cast<std::uint32_t>(number), line.peerPortOffset}, line.speedBit,
+             line.port, line.peerPort);
+      return true;
+  }
+  record_ = Record::None;
+  return true;
+}
+
+void DumpLoader::AddEnd(std::uint64_t peerGuid, Place peerPortPlace, std::uint8_t speedBit,
+                        std::uint8_t port, std::uint8_t peerPort) {
+  portsSeen_.set(port);
+  ends_.push_back({peerGuid, peerPortPlace, GuidIndex::None, speedBit, port, peerPort, false});
+  nodes_.back().ends.last = static_cast<std::uint32_t>(ends_.size());
 }
 
 MaybeError DumpLoader::ReadLine(const Line& line) {
@@ -234,20 +299,19 @@ MaybeError DumpLoader::ReadPort(const Line& line) {
          [&] { return EndText(node.guid, parsed.port) + " is given twice, the first line holds"; });
     return std::nullopt;
   }
-  portsSeen_.set(parsed.port);
 
   std::uint8_t speedBit = CableEnd::NoSpeed;
   if (!parsed.speed.empty()) {
     if (const auto code = SpeedCode(parsed.speed)) {
       speedBit = static_cast<std::uint8_t>(std::countr_zero(*code));
+      if (plainLines_) plainLines_->Learn(line.text, speedBit);
     } else {
       Warn(WarningKind::UnknownSpeed, line.number,
            [&] { return "unknown link speed \"" + CleanText(parsed.speed) + "\", taken as none"; });
     }
   }
-  ends_.push_back({parsed.peerGuid, PlaceOf(line, parsed.peerPortOffset), GuidIndex::None, speedBit,
-                   parsed.port, parsed.peerPort, false});
-  node.ends.last = static_cast<std::uint32_t>(ends_.size());
+  AddEnd(parsed.peerGuid, PlaceOf(line, parsed.peerPortOffset), speedBit, parsed.port,
+         parsed.peerPort);
   return std::nullopt;
 }
 
@@ -378,7 +442,13 @@ MaybeError DumpLoader::AddLink(const PortPlace& here, std::uint64_t guid, const 
 
 MaybeError LoadTopologyDump(Input& input, const NodeNameMap* names, const regExp* specialNodes,
                             FabricBuilder& builder, Warnings& warnings) {
-  return DumpLoader(input, names, specialNodes, builder, warnings).Load();
+  return DumpLoader(input, names, specialNodes, builder, warnings, true).Load();
+}
+
+MaybeError LoadTopologyDumpClosely(Input& input, const NodeNameMap* names,
+                                   const regExp* specialNodes, FabricBuilder& builder,
+                                   Warnings& warnings) {
+  return DumpLoader(input, names, specialNodes, builder, warnings, false).Load();
 }
 
 }  // namespace fabscope::internal

@@ -16,5 +16,10 @@ namespace fabscope::internal {
 // wherever its discovery started.
 MaybeError LoadTopologyDump(Input& input, const NodeNameMap* names, const regExp* specialNodes,
                             FabricBuilder& builder, Warnings& warnings);
+// The same without the fast reading of plain lines (PlainDumpLines): only slower, which is for
+// tests to see.
+MaybeError LoadTopologyDumpClosely(Input& input, const NodeNameMap* names,
+                                   const regExp* specialNodes, FabricBuilder& builder,
+                                   Warnings& warnings);
 
 }  // namespace fabscope::internal

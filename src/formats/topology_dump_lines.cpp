@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 
 #include "fabric/ib_node.h"
 #include "formats/link_speeds.h"
@@ -130,84 +129,6 @@ bool IsCutSpeed(std::string_view speed) {
   return IsPrefixOfSpeed(speed) || std::none_of(speed.begin(), speed.end(), isLetter);
 }
 
-// The form has its brackets at once, peers of 16 digits, and ends in lid, width and speed.
-class PlainPortLine {
- public:
-  explicit PlainPortLine(std::string_view line)
-      : begin_(line.data()), at_(begin_), end_(begin_ + line.size()) {}
-
-  bool Read(std::size_t offset, DumpPortLine& port) {
-    if (!Take('[')) return false;
-    port.portOffset = offset + Offset();
-    if (!TakePort(port.port)) return false;
-    SkipBlanks();
-    // "S-0002c9020040f160"[
-    constexpr std::ptrdiff_t idSize = 21;
-    if (end_ - at_ < idSize || at_[0] != '"' || at_[1] == '"' || at_[2] != '-' || at_[19] != '"' ||
-        at_[20] != '[') {
-      return false;
-    }
-    const auto guid = ParseHex({at_ + 3, 16});
-    if (!guid) return false;
-    port.peerGuid = *guid;
-    at_ += idSize;
-    port.peerPortOffset = offset + Offset();
-    if (!TakePort(port.peerPort)) return false;
-    SkipBlanks();
-    return Take('#') && TakeSpeed(port.speed);
-  }
-
- private:
-  std::size_t Offset() const { return static_cast<std::size_t>(at_ - begin_); }
-  bool Take(char c) {
-    if (at_ == end_ || *at_ != c) return false;
-    ++at_;
-    return true;
-  }
-  void SkipBlanks() {
-    while (at_ != end_ && IsBlank(*at_)) ++at_;
-  }
-
-  // 5] or 5](2c903)
-  bool TakePort(std::uint8_t& port) {
-    unsigned number = 0;
-    for (int digits = 0; digits < 3 && at_ != end_ && IsDigit(*at_); ++digits) {
-      number = number * 10 + static_cast<unsigned>(*at_++ - '0');
-    }
-    if (number == 0 || number > 255 || !Take(']')) return false;
-    port = static_cast<std::uint8_t>(number);
-    if (!Take('(')) return true;
-    const char* digits = at_;
-    while (at_ != end_ && HexDigit(*at_) >= 0) ++at_;
-    return at_ != digits && at_ - digits <= 16 && Take(')');
-  }
-
-  //  "mid-p3m0" lid 22 4xHDR
-  bool TakeSpeed(std::string_view& speed) {
-    const void* quote = memrchr(at_, '"', static_cast<std::size_t>(end_ - at_));
-    if (quote == nullptr) return false;
-    at_ = static_cast<const char*>(quote) + 1;
-    for (const char c : {' ', 'l', 'i', 'd', ' '}) {
-      if (!Take(c)) return false;
-    }
-    if (!SkipDigits() || !Take(' ') || !SkipDigits() || !Take('x')) return false;
-    const char* letters = at_;
-    while (at_ != end_ && (IsDigit(*at_) || (*at_ >= 'A' && *at_ <= 'Z'))) ++at_;
-    speed = {letters, at_};
-    return at_ == end_ && at_ != letters;
-  }
-  bool SkipDigits() {
-    constexpr int most = 5;
-    const char* first = at_;
-    while (at_ != end_ && IsDigit(*at_) && at_ - first < most) ++at_;
-    return at_ != first;
-  }
-
-  const char* begin_;
-  const char* at_;
-  const char* end_;
-};
-
 }  // namespace
 
 DumpLineKind KindOfDumpLine(std::string_view line) {
@@ -277,12 +198,7 @@ MaybeProblem ParseNodeLine(std::string_view line, std::size_t offset, DumpNodeLi
   return std::nullopt;
 }
 
-bool ReadPlainPortLine(std::string_view line, std::size_t offset, DumpPortLine& port) {
-  return PlainPortLine(line).Read(offset, port);
-}
-
 MaybeProblem ParsePortLine(std::string_view line, std::size_t offset, DumpPortLine& port) {
-  if (ReadPlainPortLine(line, offset, port)) return std::nullopt;
   LineCursor cursor(line, offset);
   cursor.SkipBlanks();
   cursor.Take('[');

@@ -50,10 +50,6 @@ struct DumpPortLine {
   std::string_view speed;  // the text behind the width; empty when the line has none
 };
 MaybeProblem ParsePortLine(std::string_view line, std::size_t offset, DumpPortLine& port);
-// The first thing that it tries: lines of the plain form that nearly all have, in one go; the lines
-// of a large fabric are most of the time that a check takes. False where a line is not plain, be it
-// good or bad: then it must be looked at closely.
-bool ReadPlainPortLine(std::string_view line, std::size_t offset, DumpPortLine& port);
 
 // Whether a last line that has no line end was cut off: a dump never ends inside a record's head,
 // and its port lines end in width and speed.

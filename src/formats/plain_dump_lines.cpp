@@ -1,0 +1,172 @@
+#include "formats/plain_dump_lines.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstring>
+
+#include "text/text_fields.h"
+
+namespace fabscope::internal {
+namespace {
+
+// What stands between the description and the lid.
+constexpr std::string_view beforeLid = "\" lid ";
+constexpr std::ptrdiff_t mostLidDigits = 5;
+
+constexpr std::uint64_t InEveryByte(std::uint64_t byte) { return byte * 0x0101010101010101U; }
+
+constexpr std::size_t wordSize = 8;
+
+std::uint64_t WordAt(const char* at) {
+  std::uint64_t word = 0;
+  std::memcpy(&word, at, wordSize);
+  return word;
+}
+
+// The bytes of a text of up to eight that a word ends in, and which of the word they are.
+struct WordEnd {
+  std::uint64_t bytes = 0;
+  std::uint64_t mask = 0;
+};
+constexpr WordEnd EndOfWord(std::string_view text) {
+  WordEnd end;
+  for (const char c : text) {
+    end.bytes = end.bytes >> 8U | std::uint64_t{static_cast<unsigned char>(c)} << 56U;
+    end.mask = end.mask >> 8U | std::uint64_t{0xff} << 56U;
+  }
+  return end;
+}
+constexpr WordEnd endBeforeLid = EndOfWord(beforeLid);
+
+// Eight hexadecimal digits. Each step works on all bytes of a word at once; `isOdd` becomes true if
+// one is no digit.
+std::uint64_t HexWord(const char* at, bool& isOdd) {
+  static_assert(std::endian::native == std::endian::little);
+  constexpr std::uint64_t highBits = InEveryByte(0x80);
+  const std::uint64_t word = WordAt(at);
+  // The high bit of a byte of `word + x` says that the byte is at least 0x80 - x.
+  const std::uint64_t digits = (word + InEveryByte(0x80 - '0')) & ~(word + InEveryByte(0x7f - '9'));
+  const std::uint64_t small = word | InEveryByte(0x20);
+  const std::uint64_t letters =
+      (small + InEveryByte(0x80 - 'a')) & ~(small + InEveryByte(0x7f - 'f'));
+  isOdd |= (word & highBits) != 0 || ((digits | letters) & highBits) != highBits;
+  std::uint64_t value = (word & InEveryByte(0x0f)) + 9 * ((letters & highBits) >> 7U);
+  // The first digit stands in the lowest byte and counts most: neighbors are put together, then
+  // pairs of them, then pairs of those.
+  value = (value << 4U | value >> 8U) & 0x00ff00ff00ff00ffU;
+  value = (value << 8U | value >> 16U) & 0x0000ffff0000ffffU;
+  return (value << 16U | value >> 32U) & 0xffffffffU;
+}
+
+// 5] or 5](2c903); null if it is something else.
+const char* ReadPortNumber(const char* at, std::uint8_t& port) {
+  unsigned number = 0;
+  for (int digits = 0; digits < 3 && IsDigit(*at); ++digits) {
+    number = number * 10 + static_cast<unsigned>(*at++ - '0');
+  }
+  if (number == 0 || number > 255 || *at++ != ']') return nullptr;
+  port = static_cast<std::uint8_t>(number);
+  if (*at != '(') return at;
+  const char* first = ++at;
+  while (HexDigit(*at) >= 0 && at - first < 16) ++at;
+  return at != first && *at == ')' ? at + 1 : nullptr;
+}
+
+const char* SkipTabs(const char* at) {
+  for (int tabs = 0; tabs < 3 && (*at == '\t' || *at == ' '); ++tabs) ++at;
+  return at;
+}
+
+}  // namespace
+
+bool PlainDumpLines::ReadField(const char* at, std::string_view keyword, Line& line) const {
+  if (std::memcmp(at, keyword.data(), keyword.size()) != 0) return false;
+  at += keyword.size();
+  const char* first = at;
+  std::uint64_t number = 0;
+  for (; HexDigit(*at) >= 0 && at - first < 16; ++at) {
+    number = number << 4U | static_cast<std::uint64_t>(HexDigit(*at));
+  }
+  if (at == first) return false;
+  if (*at == '(') {
+    first = ++at;
+    while (HexDigit(*at) >= 0 && at - first < 16) ++at;
+    if (at == first || *at++ != ')') return false;
+  }
+  if (*at == '\r') ++at;
+  line.guid = number;
+  line.next = at + 1;
+  return *at == '\n';
+}
+
+bool PlainDumpLines::ReadPort(const char* at, const char* end, Line& line) const {
+  const char* const begin = at;
+  at = ReadPortNumber(at + 1, line.port);
+  if (at == nullptr) return false;
+  at = SkipTabs(at);
+  // "S-0002c9020040f160"[
+  constexpr std::ptrdiff_t idSize = 21;
+  bool isOdd = at[0] != '"' || at[1] == '"' || at[1] == '\n' || at[2] != '-' || at[19] != '"' ||
+               at[20] != '[';
+  line.guid = HexWord(at + 3, isOdd) << 32U;
+  line.guid |= HexWord(at + 11, isOdd);
+  if (isOdd) return false;
+  at += idSize;
+  line.peerPortOffset = static_cast<std::uint32_t>(at - begin);
+  at = ReadPortNumber(at, line.peerPort);
+  if (at == nullptr) return false;
+  at = SkipTabs(at);
+  if (*at != '#') return false;
+  const void* newline = std::memchr(at, '\n', static_cast<std::size_t>(end - at));
+  if (newline == nullptr) return false;
+  const char* lineEnd = static_cast<const char*>(newline);
+  line.next = lineEnd + 1;
+  if (lineEnd[-1] == '\r') --lineEnd;
+  const Tail* tail = FindTail(at, lineEnd);
+  if (tail == nullptr) return false;
+  line.speedBit = tail->speedBit;
+  return true;
+}
+
+// The tail that a line has behind its lid, null if it has none that was learned. `begin` is the
+// line's comment.
+const PlainDumpLines::Tail* PlainDumpLines::FindTail(const char* begin, const char* end) const {
+  for (std::size_t i = 0; i < count_; ++i) {
+    const std::size_t place = (likely_ + i) % count_;
+    const Tail& tail = tails_[place];
+    if ((WordAt(end - wordSize) & tail.mask) != tail.end) continue;
+    if (end - begin < static_cast<std::ptrdiff_t>(tail.size)) continue;
+    const char* at = end - tail.size;
+    if (tail.size > wordSize && std::memcmp(at, tail.text.data(), tail.size) != 0) continue;
+    const char* const lidEnd = at;
+    const char* const limit = begin + beforeLid.size();
+    while (at > limit && lidEnd - at < mostLidDigits && IsDigit(at[-1])) --at;
+    if (at == lidEnd || at < limit) return nullptr;
+    if ((WordAt(at - wordSize) & endBeforeLid.mask) != endBeforeLid.bytes) return nullptr;
+    likely_ = place;
+    return &tail;
+  }
+  return nullptr;
+}
+
+void PlainDumpLines::Learn(std::string_view text, std::uint8_t speedBit) {
+  const std::size_t quote = text.rfind('"');
+  if (quote == std::string_view::npos || !text.substr(quote).starts_with(beforeLid)) return;
+  const std::size_t lid = quote + beforeLid.size();
+  const std::size_t tail = std::min(text.find_first_not_of("0123456789", lid), text.size());
+  if (tail == lid || tail == text.size() || text[tail] != ' ') return;
+  const std::string_view behind = text.substr(tail);
+  Tail& learned = tails_[next_];
+  if (behind.size() > learned.text.size()) return;
+  std::copy(behind.begin(), behind.end(), learned.text.begin());
+  learned.size = behind.size();
+  const WordEnd word = EndOfWord(behind.substr(behind.size() - std::min(behind.size(), wordSize)));
+  learned.end = word.bytes;
+  learned.mask = word.mask;
+  learned.speedBit = speedBit;
+  likely_ = next_;
+  count_ = std::max(count_, next_ + 1);
+  next_ = (next_ + 1) % tails_.size();
+}
+
+}  // namespace fabscope::internal

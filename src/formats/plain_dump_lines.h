@@ -1,0 +1,100 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+namespace fabscope::internal {
+
+// The plain lines of a topology dump, read fast.
+//
+// Of a large dump nearly every line is one of a few plain forms, and reading them is most of the
+// time that a check takes. This reader knows only these forms, reads where the bytes lie, and gives
+// up at the slightest oddity. What it gives up is looked at closely by topology_dump_lines.h, which
+// knows all forms, tells good lines from bad ones, and says what is wrong and at which byte. So a
+// line means the same whichever of the two reads it; tests and a fuzzer load dumps with and without
+// this reader and compare all that comes of them.
+//
+//   vendid=0x2c9                                              a new record
+//   sysimgguid=0x200000102000001                              its system
+//   switchguid=0x200000102000001(200000102000001)             its node
+//   [5]<tab>"S-000000000020000e"[2]<tab><tab># "mid-p3m0" lid 22 4xHDR
+//   blank lines, # comments
+//
+// Three things make it fast:
+//
+// - The first byte decides which form a line can have. No line is looked at twice.
+// - The sixteen digits of a GUID are read in two words of eight bytes.
+// - What stands behind the lid (" 4xHDR") is the same on thousands of lines. It is parsed once, by
+//   the close look, and from then on only compared (Learn). That also finds the end of the
+//   description, which may hold quotes: the quote before " lid " is the last one of the line,
+//   because none stands in the lid or behind it.
+//
+// It reads up to `Ahead` bytes from where a line begins, whether the line is that long or not. So
+// it is only asked where these are there, and a line of which the end is not there is not plain.
+class PlainDumpLines {
+ public:
+  // The forms of one line, without their blanks, and what is read beyond a form's end.
+  static constexpr std::ptrdiff_t Ahead = 128;
+
+  enum class Kind { Odd, Ignored, VendorField, SystemGuid, NodeGuid, Port };
+  struct Line {
+    const char* next = nullptr;        // behind its end
+    std::uint64_t guid = 0;            // of a field its number, of a port that of the peer
+    std::uint32_t peerPortOffset = 0;  // in the line
+    std::uint8_t port = 0;
+    std::uint8_t peerPort = 0;
+    std::uint8_t speedBit = 0;  // as it was learned
+  };
+
+  // Reads the line at `at`; `end` is where the bytes that are there end. Of an odd line nothing in
+  // `line` counts.
+  Kind Read(const char* at, const char* end, Line& line) const {
+    switch (*at) {
+      case '[':
+        return ReadPort(at, end, line) ? Kind::Port : Kind::Odd;
+      case 'v':
+        return ReadField(at, "vendid=0x", line) ? Kind::VendorField : Kind::Odd;
+      case 'd':
+        return ReadField(at, "devid=0x", line) ? Kind::VendorField : Kind::Odd;
+      case 's':
+        if (at[1] == 'y')
+          return ReadField(at, "sysimgguid=0x", line) ? Kind::SystemGuid : Kind::Odd;
+        return ReadField(at, "switchguid=0x", line) ? Kind::NodeGuid : Kind::Odd;
+      case 'c':
+        return ReadField(at, "caguid=0x", line) ? Kind::NodeGuid : Kind::Odd;
+      case '\n':
+        line.next = at + 1;
+        return Kind::Ignored;
+      default:
+        return Kind::Odd;
+    }
+  }
+
+  // A port line, without its end, that was looked at closely and had that speed. Its tail is that
+  // of plain lines to come, if it is one that can be.
+  void Learn(std::string_view text, std::uint8_t speedBit);
+
+ private:
+  struct Tail {
+    std::array<char, 48> text{};
+    std::size_t size = 0;
+    std::uint64_t end = 0;  // its last eight bytes, or all, as those of a word
+    std::uint64_t mask = 0;
+    std::uint8_t speedBit = 0;
+  };
+
+  bool ReadField(const char* at, std::string_view keyword, Line& line) const;
+  bool ReadPort(const char* at, const char* end, Line& line) const;
+  const Tail* FindTail(const char* begin, const char* end) const;
+
+  // Ends of several speeds mix in one dump.
+  std::array<Tail, 4> tails_;
+  std::size_t count_ = 0;
+  std::size_t next_ = 0;            // the one to forget next
+  mutable std::size_t likely_ = 0;  // the one that was met last
+};
+
+}  // namespace fabscope::internal
