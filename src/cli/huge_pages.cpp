@@ -2,14 +2,13 @@
 // page, when each is first touched, and with pages of 4 KiB that is a third of a check's time. So
 // large blocks ask for huge pages, of 2 MiB. Small ones do not: a small fabric would take twice the
 // memory.
-
-#include "cli/memory.h"
+//
+// All of the command's memory comes from here, but in builds with sanitizers, which look after it
+// themselves.
 
 #include <atomic>
 #include <cstddef>
 #include <cstdlib>
-#include <limits>
-#include <malloc.h>
 #include <new>
 #include <sys/mman.h>
 
@@ -49,15 +48,3 @@ void* operator new(std::size_t size) {
 }
 void operator delete(void* block) noexcept { std::free(block); }
 void operator delete(void* block, std::size_t /*size*/) noexcept { std::free(block); }
-
-namespace fabscope::internal {
-
-void SetUpMemory() {
-  // Memory that one step has given back is for the next: it costs more to get it from the system
-  // again than to use it.
-  constexpr int most = 1 << 25;
-  mallopt(M_MMAP_THRESHOLD, most);
-  mallopt(M_TRIM_THRESHOLD, std::numeric_limits<int>::max());
-}
-
-}  // namespace fabscope::internal
