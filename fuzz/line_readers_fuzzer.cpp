@@ -110,6 +110,15 @@ bool LookAtPlainLine(std::string_view line, const Reading<DumpPortLine>& closely
               "a plain field is read alike");
       return false;
     }
+    case DumpLineKind::Node: {
+      DumpNodeLine node;
+      Require(!ParseNodeLine(line, 0, node) && kind == PlainDumpLines::Kind::Node &&
+                  node.type == plain.type && node.numPorts == plain.numPorts &&
+                  node.guid == plain.guid && node.guidOffset == plain.guidOffset &&
+                  node.name == plain.name,
+              "a plain node is read alike");
+      return false;
+    }
     default: {
       const DumpPortLine& port = closely.parsed;
       Require(kind == PlainDumpLines::Kind::Port && code, "a plain line has its kind and speed");

@@ -72,6 +72,15 @@ const char* ReadPortNumber(const char* at, std::uint8_t& port) {
   return at != first && *at == ')' ? at + 1 : nullptr;
 }
 
+// "S-0002c9020040f160"
+constexpr std::ptrdiff_t nodeIdSize = 20;
+bool ReadNodeId(const char* at, std::uint64_t& guid) {
+  bool isOdd = at[0] != '"' || at[1] == '"' || at[1] == '\n' || at[2] != '-' || at[19] != '"';
+  guid = HexWord(at + 3, isOdd) << 32U;
+  guid |= HexWord(at + 11, isOdd);
+  return !isOdd;
+}
+
 const char* SkipTabs(const char* at) {
   for (int tabs = 0; tabs < 3 && (*at == '\t' || *at == ' '); ++tabs) ++at;
   return at;
@@ -99,19 +108,42 @@ bool PlainDumpLines::ReadField(const char* at, std::string_view keyword, Line& l
   return *at == '\n';
 }
 
+bool PlainDumpLines::ReadNode(const char* at, const char* end, std::string_view keyword,
+                              std::uint32_t type, Line& line) const {
+  if (std::memcmp(at, keyword.data(), keyword.size()) != 0) return false;
+  const char* const begin = at;
+  at += keyword.size();
+  unsigned number = 0;
+  const char* first = at;
+  for (; at - first < 3 && IsDigit(*at); ++at) {
+    number = number * 10 + static_cast<unsigned>(*at - '0');
+  }
+  if (at == first || number > 255 || *at++ != ' ') return false;
+  if (!ReadNodeId(at, line.guid)) return false;
+  line.type = type;
+  line.numPorts = static_cast<std::uint8_t>(number);
+  line.guidOffset = static_cast<std::uint32_t>(at + 3 - begin);
+  at = SkipTabs(at + nodeIdSize);
+  if (at[0] != '#' || at[1] != ' ' || at[2] != '"') return false;
+  const char* const name = at + 3;
+  const void* newline = std::memchr(name, '\n', static_cast<std::size_t>(end - name));
+  if (newline == nullptr) return false;
+  const auto* const lineEnd = static_cast<const char*>(newline);
+  const void* quote = memrchr(name, '"', static_cast<std::size_t>(lineEnd - name));
+  if (quote == nullptr) return false;
+  line.name = {name, static_cast<const char*>(quote)};
+  line.next = lineEnd + 1;
+  return true;
+}
+
 bool PlainDumpLines::ReadPort(const char* at, const char* end, Line& line) const {
   const char* const begin = at;
   at = ReadPortNumber(at + 1, line.port);
   if (at == nullptr) return false;
   at = SkipTabs(at);
-  // "S-0002c9020040f160"[
-  constexpr std::ptrdiff_t idSize = 21;
-  bool isOdd = at[0] != '"' || at[1] == '"' || at[1] == '\n' || at[2] != '-' || at[19] != '"' ||
-               at[20] != '[';
-  line.guid = HexWord(at + 3, isOdd) << 32U;
-  line.guid |= HexWord(at + 11, isOdd);
-  if (isOdd) return false;
-  at += idSize;
+  if (!ReadNodeId(at, line.guid)) return false;
+  at += nodeIdSize;
+  if (*at++ != '[') return false;
   line.peerPortOffset = static_cast<std::uint32_t>(at - begin);
   at = ReadPortNumber(at, line.peerPort);
   if (at == nullptr) return false;

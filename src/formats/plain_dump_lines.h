@@ -3,8 +3,9 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <string_view>
+
+#include "fabric/ib_node.h"
 
 namespace fabscope::internal {
 
@@ -20,6 +21,7 @@ namespace fabscope::internal {
 //   vendid=0x2c9                                              a new record
 //   sysimgguid=0x200000102000001                              its system
 //   switchguid=0x200000102000001(200000102000001)             its node
+//   Switch<tab>6 "S-0000000000200007"<tab><tab># "leaf-p3l1" base port 0 lid 12 lmc 0
 //   [5]<tab>"S-000000000020000e"[2]<tab><tab># "mid-p3m0" lid 22 4xHDR
 //   blank lines, # comments
 //
@@ -39,11 +41,15 @@ class PlainDumpLines {
   // The forms of one line, without their blanks, and what is read beyond a form's end.
   static constexpr std::ptrdiff_t Ahead = 128;
 
-  enum class Kind { Odd, Ignored, VendorField, SystemGuid, NodeGuid, Port };
+  enum class Kind { Odd, Ignored, VendorField, SystemGuid, NodeGuid, Node, Port };
   struct Line {
     const char* next = nullptr;        // behind its end
     std::uint64_t guid = 0;            // of a field its number, of a port that of the peer
+    std::string_view name;             // of a node, as the host set it
+    std::uint32_t type = 0;            // of a node
+    std::uint32_t guidOffset = 0;      // in the line, of a node
     std::uint32_t peerPortOffset = 0;  // in the line
+    std::uint8_t numPorts = 0;
     std::uint8_t port = 0;
     std::uint8_t peerPort = 0;
     std::uint8_t speedBit = 0;  // as it was learned
@@ -63,6 +69,10 @@ class PlainDumpLines {
         if (at[1] == 'y')
           return ReadField(at, "sysimgguid=0x", line) ? Kind::SystemGuid : Kind::Odd;
         return ReadField(at, "switchguid=0x", line) ? Kind::NodeGuid : Kind::Odd;
+      case 'S':
+        return ReadNode(at, end, "Switch\t", NodeTypeSwitch, line) ? Kind::Node : Kind::Odd;
+      case 'C':
+        return ReadNode(at, end, "Ca\t", NodeTypeCA, line) ? Kind::Node : Kind::Odd;
       case 'c':
         return ReadField(at, "caguid=0x", line) ? Kind::NodeGuid : Kind::Odd;
       case '\n':
@@ -87,6 +97,8 @@ class PlainDumpLines {
   };
 
   bool ReadField(const char* at, std::string_view keyword, Line& line) const;
+  bool ReadNode(const char* at, const char* end, std::string_view keyword, std::uint32_t type,
+                Line& line) const;
   bool ReadPort(const char* at, const char* end, Line& line) const;
   const Tail* FindTail(const char* begin, const char* end) const;
 

@@ -93,6 +93,7 @@ class DumpLoader {
               std::uint8_t peerPort);
   MaybeError ReadLine(const Line& line);
   MaybeError ReadNode(const Line& line);
+  void BeginNode(const DumpNodeLine& parsed, Place guidPlace);
   MaybeError ReadPort(const Line& line);
   void LeaveOutNode(const Line& line);
   std::vector<std::uint32_t> SortedNodes() const;
@@ -187,6 +188,10 @@ bool DumpLoader::TakePlainLine(PlainDumpLines::Kind kind, const PlainDumpLines::
       break;
     case PlainDumpLines::Kind::NodeGuid:
       break;
+    case PlainDumpLines::Kind::Node:
+      BeginNode({line.type, line.numPorts, line.guid, line.guidOffset, line.name},
+                {static_cast<std::uint32_t>(number), line.guidOffset});
+      return true;
     case PlainDumpLines::Kind::Port:
       if (record_ != Record::Node || line.port > nodes_.back().numPorts ||
           portsSeen_.test(line.port)) {
@@ -230,7 +235,6 @@ MaybeError DumpLoader::ReadLine(const Line& line) {
       return std::nullopt;
     }
     case DumpLineKind::Node:
-      ReportProgress("reading", lines_.GetInput().GetDone(), lines_.GetInput().GetTotal());
       return ReadNode(line);
     case DumpLineKind::UnknownNode:
       LeaveOutNode(line);
@@ -247,22 +251,27 @@ MaybeError DumpLoader::ReadLine(const Line& line) {
 MaybeError DumpLoader::ReadNode(const Line& line) {
   DumpNodeLine parsed;
   if (MaybeError error = Fail(line, ParseNodeLine(line.text, line.offset, parsed))) return error;
+  BeginNode(parsed, PlaceOf(line, parsed.guidOffset));
+  return std::nullopt;
+}
+
+void DumpLoader::BeginNode(const DumpNodeLine& parsed, Place guidPlace) {
+  ReportProgress("reading", lines_.GetInput().GetDone(), lines_.GetInput().GetTotal());
   DumpNode& node = nodes_.emplace_back();
   node.guid = parsed.guid;
-  node.guidPlace = PlaceOf(line, parsed.guidOffset);
+  node.guidPlace = guidPlace;
   node.systemGuid = std::exchange(systemGuid_, std::nullopt);
   node.type = parsed.type;
   node.numPorts = parsed.numPorts;
   node.ends.first = node.ends.last = static_cast<std::uint32_t>(ends_.size());
   node.name = CleanText(parsed.name);
   if (CutText(node.name)) {
-    Warn(WarningKind::LongText, line.number,
+    Warn(WarningKind::LongText, guidPlace.line,
          [] { return "name longer than 256 bytes, cut there"; });
   }
   TakeMappedName(names_, node.guid, node.name);
   record_ = Record::Node;
   portsSeen_.reset();
-  return std::nullopt;
 }
 
 void DumpLoader::LeaveOutNode(const Line& line) {

@@ -166,12 +166,41 @@ TEST_F(PlainDumpLinesTest, FieldsAreReadByTheirKind) {
   EXPECT_EQ(Read("", line), Kind::Ignored);
 }
 
+TEST_F(PlainDumpLinesTest, NodesTellTypePortsGuidAndName) {
+  PlainDumpLines::Line line;
+  ASSERT_EQ(
+      Read("Switch\t64 \"S-0200000102000001\"\t\t# \"a \"b\" c\" base port 0 lid 1 lmc 0\r", line),
+      Kind::Node);
+  EXPECT_EQ(line.type, NodeTypeSwitch);
+  EXPECT_EQ(line.numPorts, 64);
+  EXPECT_EQ(line.guid, 0x200000102000001U);
+  EXPECT_EQ(line.guidOffset, 13U);
+  EXPECT_EQ(line.name, "a \"b\" c");
+  ASSERT_EQ(Read("Ca\t1 \"H-0200000200000001\"# \"\"", line), Kind::Node);
+  EXPECT_EQ(line.type, NodeTypeCA);
+  EXPECT_EQ(line.name, "");
+}
+
+TEST_F(PlainDumpLinesTest, NodesOfOtherFormsAreOdd) {
+  PlainDumpLines::Line line;
+  for (const char* text :
+       {"Switch 4 \"S-0200000102000001\"\t\t# \"a\"", "Switch\t \"S-0200000102000001\"\t\t# \"a\"",
+        "Switch\t256 \"S-0200000102000001\"\t\t# \"a\"",
+        "Switch\t0004 \"S-0200000102000001\"\t\t# \"a\"",
+        "Switch\t4\t\"S-0200000102000001\"\t\t# \"a\"", "Switch\t4 \"S-1\"\t\t# \"a\"",
+        "Switch\t4 \"S-0200000102000001\"\t\t#\"a\"", "Switch\t4 \"S-0200000102000001\"\t\t# \"a",
+        "Switch\t4 \"S-0200000102000001\"\t\t\"a\"", "Rt\t4 \"R-0200000102000001\"\t\t# \"a\"",
+        "Case\t4 \"S-0200000102000001\"\t\t# \"a\""}) {
+    EXPECT_EQ(Read(text, line), Kind::Odd) << text;
+  }
+}
+
 TEST_F(PlainDumpLinesTest, FieldsOfOtherFormsAreOdd) {
   PlainDumpLines::Line line;
   for (const char* text :
        {"vendid=0x", "vendid=2c9", "vendid=0x2c9 ", "vendid=0x12345678123456781", "vendid=0x2c9(",
         "vendid=0x2c9()", "vendid=0x2c9(2c9", "vendid=0x2c9(2g)", "vendid=0x2c9(2c9) ", "vendor",
-        "sysimgguid=0x77\t\t# \"Chassis\" 1", "rtguid=0x1", " ", "# a", "Switch\t2 \"S-1\""}) {
+        "sysimgguid=0x77\t\t# \"Chassis\" 1", "rtguid=0x1", " ", "# a"}) {
     EXPECT_EQ(Read(text, line), Kind::Odd) << text;
   }
 }
