@@ -95,6 +95,14 @@ class Source:
     thaws: list
 
 
+def kind_of(cursor):
+    """None for what the Python side of libclang has no name for."""
+    try:
+        return cursor.kind
+    except ValueError:
+        return None
+
+
 def masked(text):
     """The text without what comments and literals say; every offset stays."""
     pattern = re.compile(r'//[^\n]*|/\*.*?\*/|R"([^(\s]*)\(.*?\)\1"|"(?:[^"\\\n]|\\.)*"'
@@ -147,9 +155,26 @@ class Finder:
                 continue
             if cursor.kind == Kind.MACRO_INSTANTIATION:
                 self.macros.append(self.range(cursor))
+        self.asserted = self.find_asserted(unit)
         for cursor in unit.cursor.get_children():
             if self.is_here(cursor) and not cursor.kind.is_preprocessing():
                 self.visit(cursor, [])
+
+    def find_asserted(self, unit):
+        """Where that begins of which the compiler asserts something: constants and functions."""
+        asserted = set()
+        todo = [cursor for top in unit.cursor.get_children() if self.is_here(top)
+                for cursor in top.walk_preorder() if kind_of(cursor) == Kind.STATIC_ASSERT]
+        while todo:
+            for cursor in todo.pop().walk_preorder():
+                named = cursor.referenced
+                named = named and (named.get_definition() or named)
+                if not named or kind_of(named) not in (Kind.VAR_DECL, Kind.FUNCTION_DECL) or \
+                        not self.is_here(named) or named.location.offset in asserted:
+                    continue
+                asserted.add(named.location.offset)
+                todo.append(named)
+        return asserted
 
     # --- The text of the tree.
 
@@ -302,6 +327,9 @@ class Finder:
     def is_frozen(self, cursor):
         if cursor.kind in (Kind.ENUM_DECL, Kind.STATIC_ASSERT, Kind.TYPE_ALIAS_DECL):
             return True
+        if cursor.kind in (Kind.VAR_DECL, Kind.FUNCTION_DECL) and \
+                cursor.location.offset in self.asserted:
+            return True
         if cursor.kind == Kind.IF_STMT:
             return False
         if cursor.kind != Kind.VAR_DECL:
@@ -415,6 +443,9 @@ class Finder:
             plain = [re.sub(r"\bconst\b|[& ]|(?<=\[)\d+", "", kind.spelling) for kind in kinds]
             numbers = all(kind.kind in NUMBERS for kind in kinds)
             if plain[0] != plain[1] and not numbers:
+                continue
+            if any(kind.kind == TypeKind.POINTER for kind in kinds) and \
+                    len({kind.get_pointee().is_const_qualified() for kind in kinds}) > 1:
                 continue
             if "dependent" in plain[0] or "lambda" in plain[0] or "boundmember" in plain[0]:
                 continue

@@ -38,25 +38,27 @@ class PlainDumpLinesTest : public ::testing::Test {
  protected:
   PlainDumpLinesTest() { lines.Learn("[5]\t\"S-1\"[2]\t\t# \"a\" lid 22 4xHDR", hdr); }
 
-  Kind Read(const std::string& line, PlainDumpLines::Line& parsed) const {
-    const std::string text = line + "\n" + std::string(PlainDumpLines::Ahead, '7');
+  // What is read is valid until the next line is.
+  Kind Read(const std::string& line, PlainDumpLines::Line& parsed) {
+    text = line + "\n" + std::string(PlainDumpLines::Ahead, '7');
     const Kind kind = lines.Read(text.data(), text.data() + text.size(), parsed);
     if (kind != Kind::Odd) {
       EXPECT_EQ(parsed.next - text.data(), static_cast<std::ptrdiff_t>(line.size() + 1)) << line;
     }
     return kind;
   }
-  std::string ReadPort(const std::string& line) const {
+  std::string ReadPort(const std::string& line) {
     PlainDumpLines::Line parsed;
     return Read(line, parsed) == Kind::Port ? InWords(parsed) : odd;
   }
   // A field's number; 0 if it is none of that kind.
-  std::uint64_t ReadField(const std::string& line, Kind kind) const {
+  std::uint64_t ReadField(const std::string& line, Kind kind) {
     PlainDumpLines::Line parsed;
     return Read(line, parsed) == kind ? parsed.guid : 0;
   }
 
   PlainDumpLines lines;
+  std::string text;
 };
 
 TEST_F(PlainDumpLinesTest, PortLinesAsTheToolPrintsThemArePlain) {
@@ -144,13 +146,27 @@ TEST_F(PlainDumpLinesTest, SeveralTailsAreKnownAtATime) {
   EXPECT_EQ(ReadPort(begin + " 4xHDR"), odd) << "the first one is forgotten";
 }
 
+TEST_F(PlainDumpLinesTest, ALongTailIsComparedWhole) {
+  const std::string begin = R"([1] "S-0000000000000011"[2] # "a" lid )";
+  const std::string longest = " 4xEDR s=1 w=1 v=1 and all that can be kept of it";
+  lines.Learn(begin + "60 4xEDR s=1 w=1 v=1", 3);
+  EXPECT_NE(ReadPort(begin + "9 4xEDR s=1 w=1 v=1"), odd);
+  EXPECT_EQ(ReadPort(begin + "9 1xEDR s=1 w=1 v=1"), odd);
+  EXPECT_EQ(ReadPort(R"([1] "S-0000000000000011"[2] #1 w=1 v=1)"), odd) << "shorter than it";
+  lines.Learn(begin + "1023456789" + longest.substr(0, 48), 4);
+  EXPECT_NE(ReadPort(begin + "9" + longest.substr(0, 48)), odd);
+  lines.Learn(begin + "9" + longest.substr(0, 49), 4);
+  EXPECT_EQ(ReadPort(begin + "9" + longest.substr(0, 49)), odd);
+}
+
 TEST_F(PlainDumpLinesTest, NoTailIsLearnedOfALineThatHasNone) {
   const std::string begin = R"([1] "S-0000000000000011"[2] # "a")";
   for (const std::string behind :
-       {" lid 5", " lid  4xEDR", " lid -1 4xEDR", " lid 5x 4xEDR", "  lid 5 4xEDR",
+       {" lid 5", " lid  4xEDR", " lid -1 4xEDR", " lid 5x 4xEDR", "  lid 5 4xEDR", " lit 5 4xEDR",
         " lid 5 4xEDR and more than could be kept of what may stand there"}) {
     lines.Learn(begin + behind, 0);
     EXPECT_EQ(ReadPort(begin + behind), odd) << behind;
+    EXPECT_EQ(ReadPort(begin + " lid 5 4xEDR"), odd) << behind;
   }
   lines.Learn("[1] without a quote", 0);
   EXPECT_NE(ReadPort(begin + " lid 5 4xHDR"), odd) << "nothing else is forgotten";
@@ -162,6 +178,7 @@ TEST_F(PlainDumpLinesTest, FieldsAreReadByTheirKind) {
   EXPECT_EQ(ReadField("sysimgguid=0xFFFFffff00000001\r", Kind::SystemGuid), 0xffffffff00000001U);
   EXPECT_EQ(ReadField("switchguid=0x12(12)", Kind::NodeGuid), 0x12U);
   EXPECT_EQ(ReadField("caguid=0x12", Kind::NodeGuid), 0x12U);
+  EXPECT_EQ(ReadField("caguid=0x12(0123456789abcdef)", Kind::NodeGuid), 0x12U);
   PlainDumpLines::Line line;
   EXPECT_EQ(Read("", line), Kind::Ignored);
 }
@@ -176,6 +193,8 @@ TEST_F(PlainDumpLinesTest, NodesTellTypePortsGuidAndName) {
   EXPECT_EQ(line.guid, 0x200000102000001U);
   EXPECT_EQ(line.guidOffset, 13U);
   EXPECT_EQ(line.name, "a \"b\" c");
+  ASSERT_EQ(Read("Switch\t255 \"S-0200000102000001\" \t # \"a\"", line), Kind::Node);
+  EXPECT_EQ(line.numPorts, 255);
   ASSERT_EQ(Read("Ca\t1 \"H-0200000200000001\"# \"\"", line), Kind::Node);
   EXPECT_EQ(line.type, NodeTypeCA);
   EXPECT_EQ(line.name, "");
@@ -183,33 +202,41 @@ TEST_F(PlainDumpLinesTest, NodesTellTypePortsGuidAndName) {
 
 TEST_F(PlainDumpLinesTest, NodesOfOtherFormsAreOdd) {
   PlainDumpLines::Line line;
-  for (const char* text :
+  for (const char* node :
        {"Switch 4 \"S-0200000102000001\"\t\t# \"a\"", "Switch\t \"S-0200000102000001\"\t\t# \"a\"",
         "Switch\t256 \"S-0200000102000001\"\t\t# \"a\"",
         "Switch\t0004 \"S-0200000102000001\"\t\t# \"a\"",
         "Switch\t4\t\"S-0200000102000001\"\t\t# \"a\"", "Switch\t4 \"S-1\"\t\t# \"a\"",
         "Switch\t4 \"S-0200000102000001\"\t\t#\"a\"", "Switch\t4 \"S-0200000102000001\"\t\t# \"a",
         "Switch\t4 \"S-0200000102000001\"\t\t\"a\"", "Rt\t4 \"R-0200000102000001\"\t\t# \"a\"",
+        "Switch\t4 \"S-0200000102000001\"\t\t#-\"a\"",
+        "Switch\t4 \"S-0200000102000001\"\t\t- \"a\"",
+        "Switch\t4 \"S-0200000102000001\"\t\t\t\t# \"a\"",
         "Case\t4 \"S-0200000102000001\"\t\t# \"a\""}) {
-    EXPECT_EQ(Read(text, line), Kind::Odd) << text;
+    EXPECT_EQ(Read(node, line), Kind::Odd) << node;
   }
 }
 
 TEST_F(PlainDumpLinesTest, FieldsOfOtherFormsAreOdd) {
   PlainDumpLines::Line line;
-  for (const char* text :
+  for (const char* field :
        {"vendid=0x", "vendid=2c9", "vendid=0x2c9 ", "vendid=0x12345678123456781", "vendid=0x2c9(",
-        "vendid=0x2c9()", "vendid=0x2c9(2c9", "vendid=0x2c9(2g)", "vendid=0x2c9(2c9) ", "vendor",
-        "sysimgguid=0x77\t\t# \"Chassis\" 1", "rtguid=0x1", " ", "# a"}) {
-    EXPECT_EQ(Read(text, line), Kind::Odd) << text;
+        "vendid=0x2c9()", "vendid=0x2c9(2c9", "vendid=0x2c9(2g)", "vendid=0x2c9(2c9) ",
+        "vendid=0x2c9(01234567812345678)", "vendor", "sysimgguid=0x77\t\t# \"Chassis\" 1",
+        "rtguid=0x1", " ", "# a"}) {
+    EXPECT_EQ(Read(field, line), Kind::Odd) << field;
   }
 }
 
 TEST_F(PlainDumpLinesTest, ALineWithoutItsEndIsOdd) {
-  const std::string text = "[5]\t\"S-000000000020000e\"[2]\t\t# \"" +
-                           std::string(PlainDumpLines::Ahead, 'a') + "\" lid 22 4xHDR";
+  const std::string name(PlainDumpLines::Ahead, 'a');
   PlainDumpLines::Line line;
-  EXPECT_EQ(lines.Read(text.data(), text.data() + text.size(), line), Kind::Odd);
+  for (const std::string& whole :
+       {"[5]\t\"S-000000000020000e\"[2]\t\t# \"" + name + "\" lid 22 4xHDR",
+        "Ca\t1 \"H-0200000200000001\"\t\t# \"" + name + '"'}) {
+    ASSERT_NE(Read(whole, line), Kind::Odd);
+    EXPECT_EQ(lines.Read(whole.data(), whole.data() + whole.size(), line), Kind::Odd);
+  }
 }
 
 // Changes a text here and there.
