@@ -53,7 +53,7 @@ enum class Level { Warning, Error };
 
 /// Something that is wrong. Nodes and ports hold as long as the result or its fabric.
 struct Finding {
-  /// "missing-link", "invalid-link" and so on: docs/findings.md tells of each. Later versions may
+  /// "missing-link", "invalid-link" and so on; docs/findings.md describes each. Later versions may
   /// have more.
   std::string_view kind;
   Level level = Level::Error;

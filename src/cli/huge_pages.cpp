@@ -3,8 +3,8 @@
 // large blocks ask for huge pages, of 2 MiB. Small ones do not: a small fabric would take twice the
 // memory.
 //
-// All of the command's memory comes from here, but in builds with sanitizers, which look after it
-// themselves.
+// All of the command's memory comes from here. Builds with the address sanitizer, which looks after
+// memory itself, leave this out.
 
 #include <atomic>
 #include <cstddef>

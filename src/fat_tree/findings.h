@@ -41,6 +41,7 @@ namespace fabscope::internal {
 // group if it is about groups; `links` is the switch's count if the kind has Counts, else 0.
 //
 // IsAboutCables: whether moving cables between switches can cure it.
+
 // The switches that have one number of links.
 struct LinkCount {
   std::int32_t links;

@@ -17,10 +17,11 @@ constexpr std::uint64_t InEveryByte(std::uint64_t byte) { return byte * 0x010101
 
 constexpr std::size_t wordSize = 8;
 
+// The first byte becomes the lowest one.
 std::uint64_t WordAt(const char* at) {
   std::uint64_t word = 0;
   std::memcpy(&word, at, wordSize);
-  return word;
+  return std::endian::native == std::endian::little ? word : __builtin_bswap64(word);
 }
 
 // The bytes of a text of up to eight that a word ends in, and which of the word they are.
@@ -41,7 +42,6 @@ constexpr WordEnd endBeforeLid = EndOfWord(beforeLid);
 // Eight hexadecimal digits. Each step works on all bytes of a word at once; `isOdd` becomes true if
 // one is no digit.
 std::uint64_t HexWord(const char* at, bool& isOdd) {
-  static_assert(std::endian::native == std::endian::little);
   constexpr std::uint64_t highBits = InEveryByte(0x80);
   const std::uint64_t word = WordAt(at);
   // The high bit of a byte of `word + x` says that the byte is at least 0x80 - x.
@@ -58,18 +58,41 @@ std::uint64_t HexWord(const char* at, bool& isOdd) {
   return (value << 16U | value >> 32U) & 0xffffffffU;
 }
 
-// 5] or 5](2c903); null if it is something else.
-const char* ReadPortNumber(const char* at, std::uint8_t& port) {
-  unsigned number = 0;
-  for (int digits = 0; digits < 3 && IsDigit(*at); ++digits) {
-    number = number * 10 + static_cast<unsigned>(*at++ - '0');
+// What follows is read up to where it ends; null if it is not there.
+
+// A decimal number of up to three digits and 255.
+const char* ReadNumber(const char* at, std::uint8_t& number) {
+  const char* const first = at;
+  unsigned value = 0;
+  for (; at - first < 3 && IsDigit(*at); ++at) {
+    value = value * 10 + static_cast<unsigned>(*at - '0');
   }
-  if (number == 0 || number > 255 || *at++ != ']') return nullptr;
-  port = static_cast<std::uint8_t>(number);
+  number = static_cast<std::uint8_t>(value);
+  return at != first && value <= 255 ? at : nullptr;
+}
+
+// 1 to 16 hexadecimal digits.
+const char* ReadHex(const char* at, std::uint64_t& number) {
+  const char* const first = at;
+  number = 0;
+  for (; HexDigit(*at) >= 0 && at - first < 16; ++at) {
+    number = number << 4U | static_cast<std::uint64_t>(HexDigit(*at));
+  }
+  return at != first ? at : nullptr;
+}
+
+// (2c903), which may be left out and does not count.
+const char* ReadPortGuid(const char* at) {
   if (*at != '(') return at;
-  const char* first = ++at;
-  while (HexDigit(*at) >= 0 && at - first < 16) ++at;
-  return at != first && *at == ')' ? at + 1 : nullptr;
+  std::uint64_t guid = 0;
+  at = ReadHex(at + 1, guid);
+  return at != nullptr && *at == ')' ? at + 1 : nullptr;
+}
+
+// 5] or 5](2c903)
+const char* ReadPortNumber(const char* at, std::uint8_t& port) {
+  at = ReadNumber(at, port);
+  return at != nullptr && port != 0 && *at == ']' ? ReadPortGuid(at + 1) : nullptr;
 }
 
 // "S-0002c9020040f160"
@@ -88,40 +111,24 @@ const char* SkipTabs(const char* at) {
 
 }  // namespace
 
-bool PlainDumpLines::ReadField(const char* at, std::string_view keyword, Line& line) const {
+bool PlainDumpLines::ReadField(const char* at, std::string_view keyword, Line& line) {
   if (std::memcmp(at, keyword.data(), keyword.size()) != 0) return false;
-  at += keyword.size();
-  const char* first = at;
-  std::uint64_t number = 0;
-  for (; HexDigit(*at) >= 0 && at - first < 16; ++at) {
-    number = number << 4U | static_cast<std::uint64_t>(HexDigit(*at));
-  }
-  if (at == first) return false;
-  if (*at == '(') {
-    first = ++at;
-    while (HexDigit(*at) >= 0 && at - first < 16) ++at;
-    if (at == first || *at++ != ')') return false;
-  }
+  at = ReadHex(at + keyword.size(), line.guid);
+  if (at != nullptr) at = ReadPortGuid(at);
+  if (at == nullptr) return false;
   if (*at == '\r') ++at;
-  line.guid = number;
   line.next = at + 1;
   return *at == '\n';
 }
 
 bool PlainDumpLines::ReadNode(const char* at, const char* end, std::string_view keyword,
-                              std::uint32_t type, Line& line) const {
+                              std::uint32_t type, Line& line) {
   if (std::memcmp(at, keyword.data(), keyword.size()) != 0) return false;
   const char* const begin = at;
-  at += keyword.size();
-  unsigned number = 0;
-  const char* first = at;
-  for (; at - first < 3 && IsDigit(*at); ++at) {
-    number = number * 10 + static_cast<unsigned>(*at - '0');
-  }
-  if (at == first || number > 255 || *at++ != ' ') return false;
+  at = ReadNumber(at + keyword.size(), line.numPorts);
+  if (at == nullptr || *at++ != ' ') return false;
   if (!ReadNodeId(at, line.guid)) return false;
   line.type = type;
-  line.numPorts = static_cast<std::uint8_t>(number);
   line.guidOffset = static_cast<std::uint32_t>(at + 3 - begin);
   at = SkipTabs(at + nodeIdSize);
   if (at[0] != '#' || at[1] != ' ' || at[2] != '"') return false;
@@ -136,7 +143,7 @@ bool PlainDumpLines::ReadNode(const char* at, const char* end, std::string_view 
   return true;
 }
 
-bool PlainDumpLines::ReadPort(const char* at, const char* end, Line& line) const {
+bool PlainDumpLines::ReadPort(const char* at, const char* end, Line& line) {
   const char* const begin = at;
   at = ReadPortNumber(at + 1, line.port);
   if (at == nullptr) return false;
@@ -162,7 +169,7 @@ bool PlainDumpLines::ReadPort(const char* at, const char* end, Line& line) const
 
 // The tail that a line has behind its lid, null if it has none that was learned. `begin` is the
 // line's comment.
-const PlainDumpLines::Tail* PlainDumpLines::FindTail(const char* begin, const char* end) const {
+const PlainDumpLines::Tail* PlainDumpLines::FindTail(const char* begin, const char* end) {
   for (std::size_t i = 0; i < count_; ++i) {
     const std::size_t place = (likely_ + i) % count_;
     const Tail& tail = tails_[place];

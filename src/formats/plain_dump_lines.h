@@ -23,7 +23,7 @@ namespace fabscope::internal {
 //   switchguid=0x200000102000001(200000102000001)             its node
 //   Switch<tab>6 "S-0000000000200007"<tab><tab># "leaf-p3l1" base port 0 lid 12 lmc 0
 //   [5]<tab>"S-000000000020000e"[2]<tab><tab># "mid-p3m0" lid 22 4xHDR
-//   blank lines, # comments
+//   and blank lines
 //
 // Three things make it fast:
 //
@@ -38,7 +38,7 @@ namespace fabscope::internal {
 // it is only asked where these are there, and a line of which the end is not there is not plain.
 class PlainDumpLines {
  public:
-  // The forms of one line, without their blanks, and what is read beyond a form's end.
+  // More than the longest form has up to its description.
   static constexpr std::ptrdiff_t Ahead = 128;
 
   enum class Kind { Odd, Ignored, VendorField, SystemGuid, NodeGuid, Node, Port };
@@ -57,7 +57,7 @@ class PlainDumpLines {
 
   // Reads the line at `at`; `end` is where the bytes that are there end. Of an odd line nothing in
   // `line` counts.
-  Kind Read(const char* at, const char* end, Line& line) const {
+  Kind Read(const char* at, const char* end, Line& line) {
     switch (*at) {
       case '[':
         return ReadPort(at, end, line) ? Kind::Port : Kind::Odd;
@@ -96,17 +96,17 @@ class PlainDumpLines {
     std::uint8_t speedBit = 0;
   };
 
-  bool ReadField(const char* at, std::string_view keyword, Line& line) const;
-  bool ReadNode(const char* at, const char* end, std::string_view keyword, std::uint32_t type,
-                Line& line) const;
-  bool ReadPort(const char* at, const char* end, Line& line) const;
-  const Tail* FindTail(const char* begin, const char* end) const;
+  static bool ReadField(const char* at, std::string_view keyword, Line& line);
+  static bool ReadNode(const char* at, const char* end, std::string_view keyword,
+                       std::uint32_t type, Line& line);
+  bool ReadPort(const char* at, const char* end, Line& line);
+  const Tail* FindTail(const char* begin, const char* end);
 
   // Ends of several speeds mix in one dump.
   std::array<Tail, 4> tails_;
   std::size_t count_ = 0;
-  std::size_t next_ = 0;            // the one to forget next
-  mutable std::size_t likely_ = 0;  // the one that was met last
+  std::size_t next_ = 0;    // the one to forget next
+  std::size_t likely_ = 0;  // the one that was met last
 };
 
 }  // namespace fabscope::internal
