@@ -124,7 +124,7 @@ std::set<Names> FoundGroups(const FTTopology& topology) {
   if (topology.GetNeighborhoods().empty()) return result;
   for (const FTNeighborhood* group : topology.GetNeighborhoods().back()) {
     Names names;
-    for (const IBNode* leaf : group->GetLines()) names.insert(leaf->name);
+    for (const IBNode* leaf : group->GetLines()) names.emplace(leaf->name);
     result.insert(std::move(names));
   }
   return result;

@@ -38,7 +38,7 @@ long CountOf(const GuidPair& pair, const GuidPairs& pairs) {
 GuidCables CablesOf(const IBFabric& fabric) {
   GuidCables cables;
   for (const IBPort& port : fabric.GetPorts()) {
-    if (port.node->nodeType != NodeTypeSwitch || GetRemoteSwitch(&port) == nullptr) continue;
+    if (port.node->nodeType != NodeTypeSwitch || GetRemoteSwitch(port) == nullptr) continue;
     if (!IsFirstEnd(port)) continue;
     const IBPort& far = *port.remotePort;
     cables.insert(CableBetween({port.node->guid, port.num}, {far.node->guid, far.num}));

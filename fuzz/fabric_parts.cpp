@@ -35,7 +35,7 @@ class TreeMaker {
   void PlantSwitches();
   void JoinLevels(std::size_t level);
   void AddHosts();
-  std::size_t AddNode(std::uint32_t type);
+  std::size_t AddNode(std::uint8_t type);
   void Change();
   void ChangeNode(NodeSpec& node);
   void ChangePort(const PortRef& port);
@@ -54,7 +54,7 @@ class TreeMaker {
   std::uint32_t speed_ = 0;
 };
 
-std::size_t TreeMaker::AddNode(std::uint32_t type) {
+std::size_t TreeMaker::AddNode(std::uint8_t type) {
   NodeSpec node;
   node.guid = firstGuid + parts_.nodes.size();
   node.type = type;

@@ -355,7 +355,7 @@ FabricBuilder SmallFabric() {
     NodeSpec node;
     node.guid = guid;
     node.type = guid == 2 ? NodeTypeCA : NodeTypeSwitch;
-    Require(!builder.AddNode(std::move(node)), "the fabric is a good one");
+    Require(!builder.AddNode(node), "the fabric is a good one");
   }
   return builder;
 }

@@ -30,12 +30,12 @@ bool IsNoSwitch(std::uint64_t guid) {
   return std::find(switchGuids.begin(), switchGuids.end(), guid) == switchGuids.end();
 }
 
-void AddNode(FabricBuilder& builder, std::uint64_t guid, std::uint32_t type) {
+void AddNode(FabricBuilder& builder, std::uint64_t guid, std::uint8_t type) {
   NodeSpec node;
   node.guid = guid;
   node.type = type;
   node.smdbRank = 7;
-  Require(!builder.AddNode(std::move(node)), "the fabric is a good one");
+  Require(!builder.AddNode(node), "the fabric is a good one");
 }
 
 // What a file makes of it.

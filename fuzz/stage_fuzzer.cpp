@@ -18,7 +18,8 @@ std::unique_ptr<IBFabric> MakeFabric(FuzzedDataProvider& bytes) {
   for (std::uint64_t guid = 1; guid <= nodeCount; ++guid) {
     NodeSpec node;
     node.guid = guid;
-    node.type = bytes.ConsumeBool() ? NodeTypeSwitch : bytes.ConsumeIntegralInRange(1U, 3U);
+    node.type = bytes.ConsumeBool() ? NodeTypeSwitch
+                                    : bytes.ConsumeIntegralInRange(NodeTypeCA, NodeTypeRouter);
     node.name = "n" + std::to_string(guid);
     node.numPorts = portCount;
     node.smdbRank = bytes.ConsumeIntegralInRange<std::uint8_t>(0, 3);
@@ -26,7 +27,7 @@ std::unique_ptr<IBFabric> MakeFabric(FuzzedDataProvider& bytes) {
     node.multiAsic = bytes.ConsumeIntegralInRange(0, 7) == 0;
     node.suitablePlane = bytes.ConsumeIntegralInRange(1, 2);
     node.flids.push_back(bytes.ConsumeIntegralInRange<std::uint16_t>(1, 4));
-    (void)builder.AddNode(std::move(node));
+    (void)builder.AddNode(node);
   }
   const auto port = [&] {
     return PortRef{bytes.ConsumeIntegralInRange<std::uint64_t>(1, nodeCount),

@@ -89,16 +89,18 @@ class Counts {
   std::vector<std::size_t> counts_;
 };
 
-// What a node is when a file does not tell of it: as any other of its name.
-IBNode Untold(const IBNode& node) {
-  IBNode untold;
+// A fabric of one node: what it is when a file does not tell of it, as any other of its name.
+std::unique_ptr<IBFabric> Untold(const IBNode& node) {
+  NodeSpec untold;
   untold.guid = node.guid;
   untold.systemGuid = node.systemGuid;
-  untold.nodeType = node.nodeType;
-  untold.name = untold.displayName = NetFileName(node.name);
+  untold.type = node.nodeType;
+  untold.name = NetFileName(node.name);
   untold.special =
       node.nodeType == NodeTypeCA && untold.name.find("Aggregation Node") != std::string::npos;
-  return untold;
+  FabricBuilder builder;
+  Require(!builder.AddNode(untold), "a node is taken");
+  return builder.Build();
 }
 
 class Difference {
@@ -137,14 +139,16 @@ class Difference {
 std::vector<bool> Difference::LostTexts(const IBNode& node, const IBNode& after) const {
   const bool isDocument = format_ == FabricFormat::Document;
   const bool isNetFile = format_ == FabricFormat::NetFile;
-  const bool showsName = (node.displayName == node.name) == (after.displayName == after.name);
-  std::vector<std::string> texts{node.name};
-  if (isDocument) texts.insert(texts.end(), {node.displayName, node.asic});
+  const std::string_view shown = node.getAlternativeName();
+  const std::string_view shownAfter = after.getAlternativeName();
+  const bool showsName = (shown == node.name) == (shownAfter == after.name);
+  const std::string_view asic = node.getVortaSwitchASIC();
+  std::vector<std::string_view> texts{node.name};
+  if (isDocument) texts.insert(texts.end(), {shown, asic});
   const bool isUtf8 = std::all_of(texts.begin(), texts.end(), IsUtf8);
   const bool hasControls = std::any_of(texts.begin(), texts.end(), HasControls);
-  const bool isSame =
-      node.name == after.name &&
-      (!isDocument || (node.displayName == after.displayName && node.asic == after.asic));
+  const bool isSame = node.name == after.name &&
+                      (!isDocument || (shown == shownAfter && asic == after.getVortaSwitchASIC()));
   const bool mayDiffer = isNetFile || hasControls || (isDocument && !isUtf8);
   Require(isSame || mayDiffer, "a text that a format can hold is kept");
   return {isDocument && !isUtf8, !isNetFile && hasControls, isNetFile && !isSame,
@@ -157,20 +161,21 @@ void Difference::CompareNodes() {
                "special flag (not stored; re-derived from the name)", "multi-ASIC flag", "ASIC",
                "number of planes", "planes", "FLIDs"});
   for (const IBNode& node : before_.GetNodes()) {
-    const IBNode untold = Untold(node);
     const IBNode* found = after_.getNodeByGuid(node.guid);
-    const IBNode& after = found == nullptr ? untold : *found;
+    const auto untold = found == nullptr ? Untold(node) : nullptr;
+    const IBNode& after = found == nullptr ? untold->GetNodes().front() : *found;
     Require(after.nodeType == node.nodeType && after.systemGuid == node.systemGuid &&
                 after.numPorts == node.numPorts,
             "type, system and number of ports are kept");
     std::vector<bool> lost = LostTexts(node, after);
     const bool isDocument = format_ == FabricFormat::Document;
-    lost.insert(lost.end(),
-                {after.smdbRank != node.smdbRank, after.special != node.special,
-                 after.multiAsic != node.multiAsic, !isDocument && after.asic != node.asic,
-                 after.planesNumber != node.planesNumber,
-                 after.suitablePlane != node.suitablePlane || after.GetPlanes() != node.GetPlanes(),
-                 after.flids != node.flids});
+    lost.insert(lost.end(), {after.smdbRank != node.smdbRank, after.special != node.special,
+                             after.multiAsic != node.multiAsic,
+                             !isDocument && after.getVortaSwitchASIC() != node.getVortaSwitchASIC(),
+                             after.getPlanesNumber() != node.getPlanesNumber(),
+                             after.getSuitablePlane() != node.getSuitablePlane() ||
+                                 after.GetPlanes() != node.GetPlanes(),
+                             after.GetFlids() != node.GetFlids()});
     counts.Add(lost);
   }
   counts.Tell(lines_);
@@ -180,7 +185,7 @@ void Difference::ComparePorts() {
   Counts counts("port", {"state", "speed", "not-symmetric flag", "FNM flag", "FNM1 flag",
                          "place outside of the sub-fabric", "plane multiplicity", "group"});
   const auto group = [](const IBPort& port) {
-    return port.group ? std::optional(port.group->number) : std::nullopt;
+    return port.GetGroup() ? std::optional(port.GetGroup()->number) : std::nullopt;
   };
   for (const IBPort& port : before_.GetPorts()) {
     const IBPort untold;
@@ -189,10 +194,11 @@ void Difference::ComparePorts() {
     Require((port.remotePort == nullptr) == (after.remotePort == nullptr) &&
                 (port.remotePort == nullptr || After(*port.remotePort) == after.remotePort),
             "every cable is kept");
-    counts.Add({after.state != port.state, after.speed != port.speed,
+    counts.Add({after.GetState() != port.GetState(), after.speed != port.speed,
                 after.symmetric != port.symmetric, after.fnm != port.fnm, after.fnm1 != port.fnm1,
                 after.inSubFabric != port.inSubFabric,
-                after.planeMultiplicity != port.planeMultiplicity, group(after) != group(port)});
+                after.GetPlaneMultiplicity() != port.GetPlaneMultiplicity(),
+                group(after) != group(port)});
   }
   counts.Tell(lines_);
 }
@@ -209,11 +215,12 @@ void Difference::CompareAPorts() {
   std::map<const APort*, const APort*> found;
   for (const IBPort& port : before_.GetPorts()) {
     const IBPort* after = After(port);
-    const APort* aport = after == nullptr ? nullptr : after->aport;
-    Require((port.aport == nullptr) == (aport == nullptr), "ports stay in their aggregated ports");
+    const APort* aport = after == nullptr ? nullptr : after->GetAPort();
+    Require((port.GetAPort() == nullptr) == (aport == nullptr),
+            "ports stay in their aggregated ports");
     if (aport == nullptr) continue;
-    Require(aport->asymmetry == port.aport->asymmetry, "asymmetry marks are kept");
-    Require(found.emplace(port.aport, aport).first->second == aport,
+    Require(aport->asymmetry == port.GetAPort()->asymmetry, "asymmetry marks are kept");
+    Require(found.emplace(port.GetAPort(), aport).first->second == aport,
             "ports of an aggregated port stay together");
   }
 }
@@ -262,7 +269,7 @@ void RequireLossesTold(const IBFabric& fabric, FabricFormat format) {
 // --- Graphs.
 
 // What a graph shows as it is.
-bool IsText(const std::string& name) {
+bool IsText(std::string_view name) {
   return IsUtf8(name) && !HasControls(name) && !HasBidirectionalControls(name) &&
          name.find("\xef\xbf\xbe") == std::string::npos &&
          name.find("\xef\xbf\xbf") == std::string::npos;

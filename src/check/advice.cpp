@@ -28,7 +28,8 @@ std::string NameOf(const IBFabric& fabric, const IBNode& node) {
   const bool isShared =
       std::any_of(fabric.switches.begin(), fabric.switches.end(),
                   [&](const IBNode* other) { return other != &node && other->name == node.name; });
-  return isShared ? node.name + " (" + GuidText(node.guid) + ")" : node.name;
+  const std::string name(node.name);
+  return isShared ? name + " (" + GuidText(node.guid) + ")" : name;
 }
 
 // What one leaf saw that no tree looks like, in words; empty when the leaves merely disagree. The
@@ -59,7 +60,7 @@ std::string StrangeSight(FTTopology& topology, const CheckOptions& options) {
 
 std::string AdviceOnAutomaticRoots(FTTopology& topology, const CheckOptions& options) {
   const IBFabric& fabric = topology.GetFabric();
-  const std::string cure = NameTheRoots(fabric, options.roots);
+  const std::string cure = NameTheRoots(fabric, topology.GetTreeLinks(), options.roots);
   if (topology.GetFirstLeaf() == nullptr) {
     return "no switch leads to a host: is this a dump without channel adapters? If so, " + cure;
   }
@@ -118,9 +119,11 @@ std::string AdviceOnBuilding(FTTopology& topology, const CheckOptions& options) 
       return "no switch has rank 0: give the subnet manager's ranks with --ranks FILE, or let the "
              "roots be found by themselves";
     case RootsFrom::Regex:
-      return "no switch name matches: " + NameTheRoots(fabric, options.roots);
+      return "no switch name matches: " +
+             NameTheRoots(fabric, topology.GetTreeLinks(), options.roots);
     case RootsFrom::Inferred:
-      return "the cables do not look like a tree: " + NameTheRoots(fabric, options.roots);
+      return "the cables do not look like a tree: " +
+             NameTheRoots(fabric, topology.GetTreeLinks(), options.roots);
     case RootsFrom::Auto:
     case RootsFrom::Search:
       break;
@@ -139,7 +142,9 @@ std::string AdviceOnTree(const FTTopology& topology, RootsFrom method) {
   if (topology.GetRanks().empty() || fabric.switches.size() < 2) return {};
   const bool isNamed = method == RootsFrom::Smdb || method == RootsFrom::Regex;
   const std::string doubt = isNamed ? std::string() : RankDoubts(topology).Tell();
-  if (!doubt.empty()) return doubt + ": if the roots are wrong, " + NameTheRoots(fabric, method);
+  if (!doubt.empty())
+    return doubt + ": if the roots are wrong, " +
+           NameTheRoots(fabric, topology.GetTreeLinks(), method);
 
   // Every plane is a tree of its own, and only that of the roots is checked.
   const NodeSet& roots = topology.GetRanks().front();

@@ -10,27 +10,24 @@
 #include "check/build_tree.h"
 
 #include <cstdint>
+#include <optional>
 
 #include "check/checked_tree.h"
 #include "fat_tree/status.h"
 #include "repair/inferred_ranks.h"
+#include "repair/proper_tree.h"
 #include "text/text_fields.h"
 
 namespace fabscope::internal {
 namespace {
 
-NodeSet InferRoots(const IBFabric& fabric) {
-  const TreeRanks ranks = InferRanks(fabric);
+NodeSet RootsOf(const TreeRanks& ranks, const IBFabric& fabric) {
   NodeSet roots;
   if (ranks.levels == 0) return roots;
   for (const IBNode* node : fabric.switches) {
     if (ranks.ofNode.at(node->index) == 0) roots.insert(node);
   }
   return roots;
-}
-
-std::uint64_t MisfitsOf(const FTTopology& topology) {
-  return CountMisfits(topology.GetFabric(), RanksOf(topology));
 }
 
 bool HaveSameRanks(const FTTopology& a, const FTTopology& b) {
@@ -60,41 +57,51 @@ class TreeBuilder {
   BuiltTree Build() {
     if (options_.roots == RootsFrom::Auto) return BuildBest();
     BuiltTree tree = BuildFrom(options_.roots);
-    if (tree.isBuilt && options_.wantMisfits) tree.roots.misfits = MisfitsOf(*tree.topology);
+    if (tree.isBuilt && options_.wantMisfits) tree.roots.misfits = MisfitsOf(tree);
     return tree;
   }
 
  private:
   BuiltTree BuildBest();
-  BuiltTree BuildFrom(RootsFrom method);
+  // `before`: a topology of the same fabric, or null.
+  BuiltTree BuildFrom(RootsFrom method, const FTTopology* before = nullptr);
   int BuildFrom(RootsFrom method, FTTopology& topology, std::string& message);
+  std::uint64_t MisfitsOf(const BuiltTree& tree) {
+    return CountMisfits(RanksOf(*tree.topology), GetReading(*tree.topology));
+  }
+  TreeReading& GetReading(const FTTopology& topology) {
+    return reading_ ? *reading_ : reading_.emplace(fabric_, topology.GetTreeLinks());
+  }
 
   const IBFabric& fabric_;
   const CheckOptions& options_;
   std::ostringstream& stream_;
+  std::optional<TreeReading> reading_;
 };
 
 BuiltTree TreeBuilder::BuildBest() {
   BuiltTree searched = BuildFrom(RootsFrom::Search);
   if (searched.isBuilt) {
-    searched.roots.misfits = MisfitsOf(*searched.topology);
+    if (IsProperTree(*searched.topology)) return searched;
+    searched.roots.misfits = MisfitsOf(searched);
     if (searched.roots.misfits == 0) return searched;
   }
-  BuiltTree inferred = BuildFrom(RootsFrom::Inferred);
+  BuiltTree inferred = BuildFrom(RootsFrom::Inferred, searched.topology.get());
   if (!HasRanks(inferred)) return searched;
   if (searched.isBuilt && HaveSameRanks(*searched.topology, *inferred.topology)) return searched;
-  inferred.roots.misfits = MisfitsOf(*inferred.topology);
+  inferred.roots.misfits = MisfitsOf(inferred);
   if (searched.isBuilt && inferred.roots.misfits >= searched.roots.misfits) return searched;
   inferred.roots.notice = NoticeOf(searched, inferred);
   return inferred;
 }
 
 // A topology is built once, and its messages tell all that went before: so each has its own.
-BuiltTree TreeBuilder::BuildFrom(RootsFrom method) {
+BuiltTree TreeBuilder::BuildFrom(RootsFrom method, const FTTopology* before) {
   BuiltTree tree;
   tree.roots.method = method;
   tree.topology = std::make_unique<FTTopology>(&fabric_, &stream_, options_.mergePercent);
   tree.topology->Show_GUID = options_.showGuid;
+  if (before != nullptr) tree.topology->ShareTreeLinks(*before);
   tree.isBuilt = BuildFrom(method, *tree.topology, tree.message) == StatusSuccess;
   tree.output = stream_.str();
   stream_.str({});
@@ -109,7 +116,8 @@ int TreeBuilder::BuildFrom(RootsFrom method, FTTopology& topology, std::string& 
     case RootsFrom::Regex:
       return topology.Build(none, message, *options_.rootRegex);
     case RootsFrom::Inferred:
-      return topology.Build(none, message, InferRoots(fabric_));
+      return topology.Build(none, message,
+                            RootsOf(InferRanks(fabric_, GetReading(topology)), fabric_));
     case RootsFrom::Auto:
     case RootsFrom::Search:
       break;

@@ -16,8 +16,8 @@ bool IsEachLeafInTree(const IBFabric& repaired, const TreeRanks& before,
     if (before.ofNode[node->index] == TreeRanks::none || topology.GetNodeRank(node) >= 0) {
       return true;
     }
-    return std::none_of(node->ports.begin(), node->ports.end(), [](const IBPort* port) {
-      const IBNode* host = port == nullptr ? nullptr : port->get_remote_node();
+    return std::none_of(node->ports.begin(), node->ports.end(), [](const IBPort& port) {
+      const IBNode* host = port.get_remote_node();
       return host != nullptr && host->nodeType != NodeTypeSwitch;
     });
   });

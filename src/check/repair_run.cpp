@@ -68,7 +68,10 @@ bool RepairRun::FindPlan() {
   result_.proven.plan = FindRepairs(*result_.fabric);
   if (result_.proven.plan.ranks.levels > 0) return true;
   result_.advice = AdviceOnSize(*result_.fabric);
-  if (result_.advice.empty()) result_.advice = NameTheRoots(*result_.fabric, MethodUsed());
+  if (result_.advice.empty()) {
+    const TreeLinks links(*result_.fabric);
+    result_.advice = NameTheRoots(*result_.fabric, links, MethodUsed());
+  }
   return Fail("no switch of the fabric has a place in a tree");
 }
 

@@ -10,8 +10,6 @@
 #include <string_view>
 #include <vector>
 
-#include "fabric/fabric_walk.h"
-
 namespace fabscope::internal {
 namespace {
 
@@ -26,7 +24,7 @@ struct NameForm {
   friend bool operator<(const NameForm& a, const NameForm& b) { return a.shown < b.shown; }
 };
 
-NameForm FormOf(const std::string& name) {
+NameForm FormOf(std::string_view name) {
   NameForm form{"", "^"};
   for (std::size_t i = 0; i < name.size(); ++i) {
     const char c = name[i];
@@ -45,33 +43,23 @@ NameForm FormOf(const std::string& name) {
   return form;
 }
 
-// Whether one of the switch's cables leads to a host: a channel adapter that is no special node.
-bool LeadsToHost(const IBNode& node) {
-  const auto ports = GetTreePorts(node);
-  return std::any_of(ports.begin(), ports.end(), [](const IBPort* port) {
-    const IBNode* remote = GetLinkedNode(port);
-    return remote != nullptr && remote->nodeType == NodeTypeCA && !remote->isSpecialNode();
-  });
-}
-
 constexpr std::size_t unreached = ~std::size_t{0};
 
 // By node: how far a switch is from the nearest that leads to a host, in hops.
-std::vector<std::size_t> DistancesFromHosts(const IBFabric& fabric) {
+std::vector<std::size_t> DistancesFromHosts(const IBFabric& fabric, const TreeLinks& links) {
   std::vector<std::size_t> distances(fabric.GetNodes().size(), unreached);
   std::deque<const IBNode*> queue;
   for (const IBNode* node : fabric.switches) {
-    if (!LeadsToHost(*node)) continue;
+    if (links.HostCables(*node) == 0) continue;
     distances[node->index] = 0;
     queue.push_back(node);
   }
   for (; !queue.empty(); queue.pop_front()) {
     const std::size_t next = distances[queue.front()->index] + 1;
-    for (const IBPort* port : GetTreePorts(*queue.front())) {
-      const IBNode* remote = GetRemoteSwitch(port);
-      if (remote == nullptr || distances[remote->index] != unreached) continue;
-      distances[remote->index] = next;
-      queue.push_back(remote);
+    for (const TreeLink& link : links.Of(*queue.front())) {
+      if (distances[link.remote] != unreached) continue;
+      distances[link.remote] = next;
+      queue.push_back(&fabric.GetNodes()[link.remote]);
     }
   }
   return distances;
@@ -86,8 +74,8 @@ struct Namesakes {
 
 using FormTable = std::map<NameForm, Namesakes>;
 
-FormTable FormsOf(const IBFabric& fabric) {
-  const auto distances = DistancesFromHosts(fabric);
+FormTable FormsOf(const IBFabric& fabric, const TreeLinks& links) {
+  const auto distances = DistancesFromHosts(fabric, links);
   FormTable forms;
   for (const IBNode* node : fabric.switches) {
     Namesakes& namesakes = forms[FormOf(node->name)];
@@ -128,8 +116,8 @@ std::string Quoted(const std::string& regex) {
 
 }  // namespace
 
-std::string NameTheRoots(const IBFabric& fabric, RootsFrom method) {
-  const FormTable forms = FormsOf(fabric);
+std::string NameTheRoots(const IBFabric& fabric, const TreeLinks& links, RootsFrom method) {
+  const FormTable forms = FormsOf(fabric, links);
   const std::string start = "name the roots with --root-regex ERE";
   if (forms.size() < 2) {
     const std::string names = "tell the switches apart with --node-name-map FILE and " + start;

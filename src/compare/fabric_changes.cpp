@@ -26,9 +26,7 @@ std::vector<Cable> CablesOf(const IBFabric& fabric) {
 }
 
 std::size_t CountCables(const IBNode& node) {
-  const auto isCabled = [](const IBPort* port) {
-    return port != nullptr && port->remotePort != nullptr;
-  };
+  const auto isCabled = [](const IBPort& port) { return port.remotePort != nullptr; };
   return static_cast<std::size_t>(std::count_if(node.ports.begin(), node.ports.end(), isCabled));
 }
 

@@ -22,7 +22,7 @@ void FabricBuilder::ReserveNodes(std::size_t count) {
 
 void FabricBuilder::ReserveLinks(std::size_t count) { links_.reserve(count); }
 
-FabricBuilder::Problem FabricBuilder::AddNode(NodeSpec spec) {
+FabricBuilder::Problem FabricBuilder::AddNode(const NodeSpec& spec) {
   if (spec.guid == 0) return "a node's GUID must not be 0";
   const auto index = static_cast<std::uint32_t>(nodes_.size());
   if (!indexByGuid_.Insert(spec.guid, index)) {
@@ -37,17 +37,24 @@ FabricBuilder::Problem FabricBuilder::AddNode(NodeSpec spec) {
   node.numPorts = spec.numPorts;
   node.special = spec.special;
   node.multiAsic = spec.multiAsic;
-  node.planesNumber = spec.planesNumber;
-  node.suitablePlane = spec.suitablePlane;
-  if (spec.planes && *spec.planes != std::vector{spec.suitablePlane}) {
-    node.planes = std::move(spec.planes);
+  node.name = names_.Keep(spec.name);
+  if (spec.displayName && *spec.displayName != spec.name) {
+    ExtrasOf(node).displayName = spec.displayName;
   }
-  node.flids = std::move(spec.flids);
-  node.displayName = spec.displayName ? std::move(*spec.displayName) : spec.name;
-  node.name = std::move(spec.name);
-  node.asic = std::move(spec.asic);
+  if (!spec.asic.empty()) ExtrasOf(node).asic = spec.asic;
+  if (spec.planesNumber != 1) ExtrasOf(node).planesNumber = spec.planesNumber;
+  if (spec.suitablePlane != 1) ExtrasOf(node).suitablePlane = spec.suitablePlane;
+  if (spec.planes && *spec.planes != std::vector{spec.suitablePlane}) {
+    ExtrasOf(node).planes = spec.planes;
+  }
+  if (!spec.flids.empty()) ExtrasOf(node).flids = spec.flids;
   linked_.emplace_back();
   return std::nullopt;
+}
+
+NodeExtras& FabricBuilder::ExtrasOf(IBNode& node) {
+  if (node.extras_ == nullptr) node.extras_ = &extras_.emplace_back();
+  return *node.extras_;
 }
 
 FabricBuilder::Problem FabricBuilder::Locate(const PortRef& port, PortPlace& place) const {
@@ -77,17 +84,12 @@ FabricBuilder::Problem FabricBuilder::AddLink(const LinkSpec& spec) {
   return AddLink(a, b, spec.speed, spec.symmetric);
 }
 
-FabricBuilder::Problem FabricBuilder::AddLink(const PortPlace& a, const PortPlace& b,
-                                              std::uint32_t speed, bool symmetric) {
-  if (!HasPort(a)) return NoPortText(a);
-  if (!HasPort(b)) return NoPortText(b);
+FabricBuilder::Problem FabricBuilder::WhyNoLink(const PortPlace& a, const PortPlace& b) const {
+  for (const PortPlace& end : {a, b}) {
+    if (!HasPort(end)) return NoPortText(end);
+  }
   if (a.node == b.node && a.num == b.num) return PortText(Name(a)) + " is linked to itself";
-  if (HasLink(a)) return PortText(Name(a)) + " has a link already";
-  if (HasLink(b)) return PortText(Name(b)) + " has a link already";
-  linked_[a.node].set(a.num);
-  linked_[b.node].set(b.num);
-  links_.push_back({a.node, b.node, speed, a.num, b.num, symmetric});
-  return std::nullopt;
+  return PortText(Name(HasLink(a) ? a : b)) + " has a link already";
 }
 
 FabricBuilder::Problem FabricBuilder::SetPort(std::uint64_t guid, const PortSpec& spec) {
@@ -140,81 +142,68 @@ void FabricBuilder::SetRank(std::uint64_t guid, std::uint8_t rank) {
 }
 
 void FabricBuilder::AddFlid(std::uint64_t guid, std::uint16_t flid) {
-  nodes_[FindNode(guid)].flids.push_back(flid);
+  ExtrasOf(nodes_[FindNode(guid)]).flids.push_back(flid);
 }
 
 void FabricBuilder::LayOutPorts(IBFabric& fabric) const {
-  std::size_t portCount = 0;
-  std::size_t slotCount = 0;
-  std::vector<std::size_t> slots(fabric.nodes_.size());
-  for (std::size_t i = 0; i < slots.size(); ++i) {
-    const IBNode& node = fabric.nodes_[i];
-    const PortSet used = UsedPorts(i);
-    std::size_t highest = 0;
-    for (std::size_t num = 1; num <= node.numPorts; ++num) {
-      if (!used.test(num)) continue;
-      highest = num;
-      ++portCount;
-    }
-    slots[i] = highest != 0 || node.nodeType == NodeTypeSwitch ? highest + 1 : 0;
-    slotCount += slots[i];
-  }
-  // Exact sizes: the addresses taken below must stay.
+  std::size_t portCount = 2 * links_.size();
+  for (std::size_t i = 0; i < needed_.size(); ++i) portCount += (needed_[i] & ~linked_[i]).count();
+  // The exact size: the addresses taken below must stay.
   fabric.ports_.resize(portCount);
-  fabric.portSlots_.assign(slotCount, nullptr);
 
-  std::size_t port = 0;
-  std::size_t slot = 0;
+  IBPort* next = fabric.ports_.data();
   for (std::size_t i = 0; i < fabric.nodes_.size(); ++i) {
     IBNode& node = fabric.nodes_[i];
     const PortSet used = UsedPorts(i);
-    node.ports = std::span(fabric.portSlots_).subspan(slot, slots[i]);
-    slot += slots[i];
-    for (std::size_t num = 1; num < slots[i]; ++num) {
-      if (!used.test(num)) continue;
-      fabric.ports_[port].node = &node;
-      fabric.ports_[port].num = static_cast<std::uint8_t>(num);
-      node.ports[num] = &fabric.ports_[port++];
+    IBPort* const first = next;
+    for (std::size_t num = used._Find_first(); num < used.size(); num = used._Find_next(num)) {
+      next->node = &node;
+      next->num = static_cast<std::uint8_t>(num);
+      ++next;
     }
+    node.ports = {first, next};
   }
 }
 
 void FabricBuilder::ConnectLinks(IBFabric& fabric) const {
-  constexpr std::uint32_t stateActive = 4;
   for (const Link& link : links_) {
-    IBPort& a = *fabric.nodes_[link.nodeA].ports[link.portA];
-    IBPort& b = *fabric.nodes_[link.nodeB].ports[link.portB];
+    IBPort& a = *fabric.nodes_[link.nodeA].getPort(link.portA);
+    IBPort& b = *fabric.nodes_[link.nodeB].getPort(link.portB);
     a.remotePort = &b;
     b.remotePort = &a;
     for (IBPort* end : {&a, &b}) {
-      end->state = stateActive;
       end->speed = link.speed;
       end->symmetric = link.symmetric;
     }
   }
 }
 
-void FabricBuilder::ApplyPortAttributes(IBFabric& fabric) const {
+void FabricBuilder::ApplyPortAttributes(IBFabric& fabric) {
   for (const auto& [node, spec] : attributes_) {
-    IBPort& port = *fabric.nodes_[node].ports[spec.num];
-    port.state = spec.state.value_or(port.state);
+    IBPort& port = *fabric.nodes_[node].getPort(spec.num);
     port.speed = spec.speed.value_or(port.speed);
     if (spec.symmetric) port.symmetric = *spec.symmetric;
     if (spec.fnm) port.fnm = *spec.fnm;
     if (spec.fnm1) port.fnm1 = *spec.fnm1;
     if (spec.inSubFabric) port.inSubFabric = *spec.inSubFabric;
-    port.planeMultiplicity = spec.planeMultiplicity.value_or(port.planeMultiplicity);
-    if (spec.group) port.group = IBPort::GroupRecord{*spec.group};
+    if (spec.state) ExtrasOf(port).state = spec.state;
+    if (spec.planeMultiplicity) ExtrasOf(port).planeMultiplicity = *spec.planeMultiplicity;
+    if (spec.group) ExtrasOf(port).group = GroupRecord{*spec.group};
   }
 }
 
-void FabricBuilder::AttachAPorts(IBFabric& fabric) const {
+void FabricBuilder::AttachAPorts(IBFabric& fabric) {
   for (const AggregatedPort& aport : aports_) {
     APort& made = fabric.aports_.emplace_back(APort{aport.asymmetry});
     for (const PortPlace& member : aport.members) {
-      fabric.nodes_[member.node].ports[member.num]->aport = &made;
+      ExtrasOf(*fabric.nodes_[member.node].getPort(member.num)).aport = &made;
     }
   }
+}
+
+PortExtras& FabricBuilder::ExtrasOf(IBPort& port) {
+  port.hasExtras_ = true;
+  return ExtrasOf(*port.node).ports[port.num];
 }
 
 std::unique_ptr<IBFabric> FabricBuilder::Build() {
@@ -226,9 +215,14 @@ std::unique_ptr<IBFabric> FabricBuilder::Build() {
   ConnectLinks(*fabric);
   ApplyPortAttributes(*fabric);
   AttachAPorts(*fabric);
+  for (NodeExtras& extras : extras_) {
+    std::vector<std::uint16_t>& flids = extras.flids;
+    std::sort(flids.begin(), flids.end());
+    flids.erase(std::unique(flids.begin(), flids.end()), flids.end());
+  }
+  fabric->names_ = std::move(names_);
+  fabric->extras_ = std::move(extras_);
   for (IBNode& node : fabric->nodes_) {
-    std::sort(node.flids.begin(), node.flids.end());
-    node.flids.erase(std::unique(node.flids.begin(), node.flids.end()), node.flids.end());
     if (node.nodeType == NodeTypeSwitch) fabric->switches.insert(fabric->switches.end(), &node);
   }
   *this = FabricBuilder();

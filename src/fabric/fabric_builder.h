@@ -3,6 +3,7 @@
 #include <bitset>
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <memory>
 #include <optional>
 #include <span>
@@ -18,7 +19,7 @@ namespace fabscope::internal {
 // display name the name, the planes the suitable plane.
 struct NodeSpec {
   std::uint64_t guid = 0;
-  std::uint32_t type = NodeTypeSwitch;
+  std::uint8_t type = NodeTypeSwitch;
   std::string name;
   std::uint8_t numPorts = 0;
   std::optional<std::uint64_t> systemGuid;
@@ -81,12 +82,25 @@ class FabricBuilder {
   void ReserveLinks(std::size_t count);
 
   // A GUID is not 0 and belongs to one node.
-  [[nodiscard]] Problem AddNode(NodeSpec spec);
+  [[nodiscard]] Problem AddNode(const NodeSpec& spec);
+  // A node with that GUID will be added or looked up soon, which is then quicker.
+  void ExpectNode(std::uint64_t guid) const { indexByGuid_.Expect(guid); }
+  void ExpectLink(std::uint32_t node) const { __builtin_prefetch(&linked_[node]); }
   // Both nodes are known, both ports exist, are different and have no link yet.
   [[nodiscard]] Problem AddLink(const LinkSpec& spec);
   // The same between nodes whose places the caller has looked up already.
   [[nodiscard]] Problem AddLink(const PortPlace& a, const PortPlace& b, std::uint32_t speed,
-                                bool symmetric);
+                                bool symmetric) {
+    return TryLink(a, b, speed, symmetric) ? std::nullopt : WhyNoLink(a, b);
+  }
+  // The same for those who need not know why it cannot be.
+  bool TryLink(const PortPlace& a, const PortPlace& b, std::uint32_t speed, bool symmetric) {
+    if (!CanLink(a, b)) return false;
+    linked_[a.node][a.num] = true;
+    linked_[b.node][b.num] = true;
+    links_.push_back({a.node, b.node, speed, a.num, b.num, symmetric});
+    return true;
+  }
   // The node is known, the port exists and has no attributes yet.
   [[nodiscard]] Problem SetPort(std::uint64_t guid, const PortSpec& spec);
   // All ports exist and are in no other aggregated port, nor twice in this one.
@@ -102,7 +116,7 @@ class FabricBuilder {
   }
   // What is wrong with a port that does not.
   std::string NoPortText(const PortPlace& port) const;
-  bool HasLink(const PortPlace& port) const { return linked_[port.node].test(port.num); }
+  bool HasLink(const PortPlace& port) const { return linked_[port.node][port.num]; }
 
   // What side files say of switches. The GUID must be a switch's. Without a rank it has 255.
   void ClearRanks();
@@ -131,17 +145,26 @@ class FabricBuilder {
     std::uint64_t asymmetry;
   };
 
+  bool CanLink(const PortPlace& a, const PortPlace& b) const {
+    return HasPort(a) && HasPort(b) && !(a.node == b.node && a.num == b.num) && !HasLink(a) &&
+           !HasLink(b);
+  }
+  Problem WhyNoLink(const PortPlace& a, const PortPlace& b) const;
   Problem Locate(const PortRef& port, PortPlace& place) const;
   PortRef Name(const PortPlace& port) const { return {nodes_[port.node].guid, port.num}; }
   // Puts a port into one of the lists that are empty until there is one; false when it is there.
   bool Mark(const PortPlace& port, std::vector<PortSet>& sets) const;
   PortSet UsedPorts(std::size_t node) const;
+  NodeExtras& ExtrasOf(IBNode& node);
+  PortExtras& ExtrasOf(IBPort& port);
   void LayOutPorts(IBFabric& fabric) const;
   void ConnectLinks(IBFabric& fabric) const;
-  void ApplyPortAttributes(IBFabric& fabric) const;
-  void AttachAPorts(IBFabric& fabric) const;
+  void ApplyPortAttributes(IBFabric& fabric);
+  void AttachAPorts(IBFabric& fabric);
 
   std::vector<IBNode> nodes_;
+  TextArena names_;
+  std::deque<NodeExtras> extras_;
   GuidIndex indexByGuid_;
   std::vector<PortSet> linked_;  // by node: ports that have a link
   std::vector<PortSet> needed_;  // by node: others that need an object; empty until there is one

@@ -24,15 +24,15 @@ NodeSpec SpecOf(const IBNode& node) {
   spec.name = node.name;
   spec.numPorts = node.numPorts;
   spec.systemGuid = node.systemGuid;
-  spec.displayName = node.displayName;
+  spec.displayName = node.getAlternativeName();
   spec.smdbRank = node.smdbRank;
   spec.special = node.special;
   spec.multiAsic = node.multiAsic;
-  spec.asic = node.asic;
-  spec.planesNumber = node.planesNumber;
-  spec.suitablePlane = node.suitablePlane;
-  spec.planes = node.planes;
-  spec.flids = node.flids;
+  spec.asic = node.getVortaSwitchASIC();
+  spec.planesNumber = node.getPlanesNumber();
+  spec.suitablePlane = node.getSuitablePlane();
+  if (node.HasPlanes()) spec.planes = node.GetPlanes();
+  spec.flids = node.GetFlids();
   return spec;
 }
 
@@ -44,12 +44,12 @@ PortSpec SpecOf(const IBPort& port, bool isLinkKept) {
   if (port.fnm) spec.fnm = true;
   if (port.fnm1) spec.fnm1 = true;
   if (!port.inSubFabric) spec.inSubFabric = false;
-  if (port.planeMultiplicity != 1) spec.planeMultiplicity = port.planeMultiplicity;
-  if (port.group) spec.group = port.group->number;
+  if (port.GetPlaneMultiplicity() != 1) spec.planeMultiplicity = port.GetPlaneMultiplicity();
+  if (port.GetGroup()) spec.group = port.GetGroup()->number;
   const IBPort* far = port.remotePort;
   if (far != nullptr && !isLinkKept) return spec;
   const IBPort& first = far == nullptr || IsFirstEnd(port) ? port : *far;
-  if (port.state != (far != nullptr ? stateActive : stateDown)) spec.state = port.state;
+  if (port.GetState() != (far != nullptr ? stateActive : stateDown)) spec.state = port.GetState();
   if (far == nullptr ? port.speed != 0 : port.speed != first.speed) spec.speed = port.speed;
   if (far == nullptr ? !port.symmetric : port.symmetric != first.symmetric) {
     spec.symmetric = port.symmetric;
@@ -79,7 +79,7 @@ void CopyFabric(const IBFabric& fabric, const std::function<bool(const IBPort&)>
     }
     const PortSpec spec = SpecOf(port, isKept);
     if (SaysSomething(spec)) Must(builder.SetPort(port.node->guid, spec));
-    if (port.aport != nullptr) members[port.aport].push_back({port.node->guid, port.num});
+    if (port.GetAPort() != nullptr) members[port.GetAPort()].push_back({port.node->guid, port.num});
   }
   for (const APort& aport : fabric.GetAPorts()) {
     if (const auto found = members.find(&aport); found != members.end()) {

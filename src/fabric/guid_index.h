@@ -30,6 +30,11 @@ class GuidIndex {
     return isNew;
   }
 
+  // The GUID will soon be asked for or inserted. Where it would stand comes from memory meanwhile.
+  void Expect(std::uint64_t guid) const {
+    if (!entries_.empty()) __builtin_prefetch(&entries_[HomeOf(guid)]);
+  }
+
   // The index that was given for the GUID, or None.
   std::uint32_t Find(std::uint64_t guid) const {
     if (count_ == 0 || guid == 0) return None;
@@ -47,12 +52,16 @@ class GuidIndex {
   static constexpr std::size_t maxTries = 64;
   static constexpr std::size_t nowhere = ~std::size_t{0};
 
-  // Where the GUID stands or would stand in the table.
-  std::size_t PlaceOf(std::uint64_t guid) const {
+  std::size_t HomeOf(std::uint64_t guid) const {
     // GUIDs differ mostly in a few of their digits; all of them must count for the place.
     std::uint64_t mixed = (guid ^ guid >> 33U) * 0xff51afd7ed558ccdU;
     mixed = (mixed ^ mixed >> 33U) * 0xc4ceb9fe1a85ec53U;
-    std::size_t place = (mixed ^ mixed >> 33U) & (entries_.size() - 1);
+    return (mixed ^ mixed >> 33U) & (entries_.size() - 1);
+  }
+
+  // Where the GUID stands or would stand in the table.
+  std::size_t PlaceOf(std::uint64_t guid) const {
+    std::size_t place = HomeOf(guid);
     for (std::size_t tries = 0; tries < maxTries; ++tries) {
       if (entries_[place].guid == guid || entries_[place].guid == 0) return place;
       place = (place + 1) & (entries_.size() - 1);

@@ -7,6 +7,7 @@
 
 #include "fabric/guid_index.h"
 #include "fabric/ib_node.h"
+#include "fabric/text_arena.h"
 
 namespace fabscope::internal {
 
@@ -33,8 +34,9 @@ class IBFabric {
   friend class FabricBuilder;
 
   std::vector<IBNode> nodes_;
-  std::vector<IBPort> ports_;       // by node, then by port number
-  std::vector<IBPort*> portSlots_;  // what the nodes' `ports` look into
+  std::vector<IBPort> ports_;  // by node, then by port number
+  TextArena names_;
+  std::deque<NodeExtras> extras_;
   std::deque<APort> aports_;
   GuidIndex indexByGuid_;
 };

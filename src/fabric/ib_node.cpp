@@ -1,17 +1,31 @@
 #include "fabric/ib_node.h"
 
-#include <cstdlib>
+#include <algorithm>
 
 namespace fabscope::internal {
 
-IBPort* IBNode::getPort(std::uint8_t num) const {
-  if (num == 0) {
-    if (nodeType != NodeTypeSwitch) return nullptr;
-    // A switch without its management port was not made by a builder.
-    if (ports.empty()) std::abort();
-    return ports[0];
-  }
-  return num < ports.size() ? ports[num] : nullptr;
+const NodeExtras IBNode::ordinary;
+
+IBPort* IBNode::FindPort(std::uint8_t num) const {
+  const auto found =
+      std::lower_bound(ports.begin(), ports.end(), num,
+                       [](const IBPort& port, std::uint8_t wanted) { return port.num < wanted; });
+  return found != ports.end() && found->num == num ? &*found : nullptr;
+}
+
+bool IBNode::isOnSamePlane(std::int32_t plane) const {
+  const NodeExtras& extras = GetExtras();
+  if (!extras.planes) return plane == extras.suitablePlane;
+  return std::find(extras.planes->begin(), extras.planes->end(), plane) != extras.planes->end();
+}
+
+std::vector<std::int32_t> IBNode::GetPlanes() const {
+  return GetExtras().planes.value_or(std::vector{getSuitablePlane()});
+}
+
+std::string_view IBNode::getAlternativeName() const {
+  const NodeExtras& extras = GetExtras();
+  return extras.displayName ? *extras.displayName : name;
 }
 
 }  // namespace fabscope::internal

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <algorithm>
+#include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "fabric/ib_port.h"
@@ -12,9 +12,9 @@
 namespace fabscope::internal {
 
 // NodeInfo NodeType values.
-inline constexpr std::uint32_t NodeTypeCA = 1;
-inline constexpr std::uint32_t NodeTypeSwitch = 2;
-inline constexpr std::uint32_t NodeTypeRouter = 3;
+inline constexpr std::uint8_t NodeTypeCA = 1;
+inline constexpr std::uint8_t NodeTypeSwitch = 2;
+inline constexpr std::uint8_t NodeTypeRouter = 3;
 
 // A switch, channel adapter or router. The nodes of a fabric stand in one array in model order, so
 // that comparing two addresses compares their places in the model: every ordered set of nodes, and
@@ -23,41 +23,50 @@ class IBNode {
  public:
   std::uint64_t guid = 0;
   std::uint64_t systemGuid = 0;  // shared by the chips of one system
-  std::uint32_t index = 0;       // the place in the model, counted from 0
-  // By port number; entry 0 is a switch's management port. Entries may be null: a port that has
-  // neither a cable nor an attribute of its own has no object. The array belongs to the fabric.
-  std::span<IBPort*> ports;
-  std::uint32_t nodeType = 0;
+  // The ports that have a cable or an attribute of their own, by number. They and the name belong
+  // to the fabric.
+  std::span<IBPort> ports;
+  std::string_view name;
+  std::uint32_t index = 0;  // the place in the model, counted from 0
+  std::uint8_t nodeType = 0;
   std::uint8_t smdbRank = 255;  // rank given by the subnet manager; 0 marks a root, 255 none
   std::uint8_t numPorts = 0;    // ports are numbered 1 to numPorts
-  bool special = false;         // a channel adapter that is no host
-  bool multiAsic = false;       // a switch of the family whose chips serve all planes
-  std::int32_t planesNumber = 1;
-  std::int32_t suitablePlane = 1;
-  // The planes the node belongs to, where it is not the suitable plane alone.
-  std::optional<std::vector<std::int32_t>> planes;
-  std::vector<std::uint16_t> flids;  // ascending, each once
-  std::string name;
-  std::string displayName;
-  std::string asic;
+  bool special : 1 = false;     // a channel adapter that is no host
+  bool multiAsic : 1 = false;   // a switch of the family whose chips serve all planes
 
-  // The port of that number, or null. Port 0 exists on switches only, where `ports` must not be
-  // empty.
-  IBPort* getPort(std::uint8_t num) const;
+  // The port of that number, or null. Port 0, a switch's management port, takes part in no tree and
+  // is never there.
+  IBPort* getPort(std::uint8_t num) const {
+    // Mostly there is a port of every number.
+    const std::size_t guess = num - std::size_t{1};
+    if (guess < ports.size() && ports[guess].num == num) return &ports[guess];
+    return FindPort(num);
+  }
 
   bool isSpecialNode() const { return special; }
   bool isVortaSwitch() const { return multiAsic; }
-  const std::string& getVortaSwitchASIC() const { return asic; }
-  std::int32_t getPlanesNumber() const { return planesNumber; }
-  std::int32_t getSuitablePlane() const { return suitablePlane; }
-  bool isOnSamePlane(std::int32_t plane) const {
-    if (!planes) return plane == suitablePlane;
-    return std::find(planes->begin(), planes->end(), plane) != planes->end();
-  }
-  std::vector<std::int32_t> GetPlanes() const {
-    return planes.value_or(std::vector{suitablePlane});
-  }
-  const std::string& getAlternativeName() const { return displayName; }
+  const std::string& getVortaSwitchASIC() const { return GetExtras().asic; }
+  std::int32_t getPlanesNumber() const { return GetExtras().planesNumber; }
+  std::int32_t getSuitablePlane() const { return GetExtras().suitablePlane; }
+  bool isOnSamePlane(std::int32_t plane) const;
+  // The planes the node belongs to; the suitable one where nothing else is said.
+  std::vector<std::int32_t> GetPlanes() const;
+  bool HasPlanes() const { return GetExtras().planes.has_value(); }
+  // Ascending, each once.
+  const std::vector<std::uint16_t>& GetFlids() const { return GetExtras().flids; }
+  // The display name; the name where there is none.
+  std::string_view getAlternativeName() const;
+
+ private:
+  friend class FabricBuilder;
+  friend class IBPort;
+
+  IBPort* FindPort(std::uint8_t num) const;
+  const NodeExtras& GetExtras() const { return extras_ != nullptr ? *extras_ : ordinary; }
+
+  static const NodeExtras ordinary;
+
+  NodeExtras* extras_ = nullptr;  // the fabric's; null for an ordinary node
 };
 
 }  // namespace fabscope::internal

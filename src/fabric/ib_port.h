@@ -3,31 +3,20 @@
 #include <cstdint>
 #include <optional>
 
-#include "fabric/aport.h"
+#include "fabric/node_extras.h"
 
 namespace fabscope::internal {
 
 class IBNode;
 
-// One port of a node. Ports belong to their fabric and are never changed once it is built.
+// One port of a node. Ports belong to their fabric and are never changed once it is built. A large
+// fabric has some hundred thousand, so one takes 24 bytes, and what few have stands with the node.
 class IBPort {
  public:
-  // The record that tells the plane ports of one host apart from those of others.
-  struct GroupRecord {
-    std::int32_t number = 0;
-  };
-
   IBPort* remotePort = nullptr;  // the far end of the cable; null without one
   IBNode* node = nullptr;        // the owner, never null in a built fabric
-  APort* aport = nullptr;        // null when the port is in no aggregated port
-  std::uint32_t state = 1;       // PortInfo PortState: 1 down .. 4 active
   std::uint32_t speed = 0;       // one-bit link speed code (0x400 = HDR, ...); 0 unknown
-  // Above 1: one of the ports of an aggregated port, each on its plane.
-  std::int32_t planeMultiplicity = 1;
-  std::optional<GroupRecord> group;
   std::uint8_t num = 0;
-
-  // Four flags in one byte: a large fabric has some hundred thousand ports.
   bool symmetric : 1 = true;
   bool fnm : 1 = false;
   bool fnm1 : 1 = false;
@@ -38,6 +27,25 @@ class IBPort {
   bool isFNMPort() const { return fnm; }
   bool isFNM1Port() const { return fnm1; }
   bool getInSubFabric() const { return inSubFabric; }
+
+  // PortInfo PortState, 1 down .. 4 active: the latter with a cable, unless the fabric says
+  // otherwise.
+  std::uint32_t GetState() const;
+  // Null when the port is in no aggregated port.
+  const APort* GetAPort() const { return GetExtras().aport; }
+  // Above 1: one of the ports of an aggregated port, each on its plane.
+  std::int32_t GetPlaneMultiplicity() const { return GetExtras().planeMultiplicity; }
+  const std::optional<GroupRecord>& GetGroup() const { return GetExtras().group; }
+
+ private:
+  friend class FabricBuilder;
+
+  const PortExtras& GetExtras() const { return hasExtras_ ? FindExtras() : ordinary; }
+  const PortExtras& FindExtras() const;
+
+  static const PortExtras ordinary;
+
+  bool hasExtras_ : 1 = false;
 };
 
 }  // namespace fabscope::internal

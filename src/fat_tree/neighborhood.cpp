@@ -127,12 +127,19 @@ void FTNeighborhood::AddNodes(const std::list<const IBNode*>& nodes, bool toSpin
 int FTNeighborhood::MissingLinksReport(std::vector<FabricErrGeneral*>& errors,
                                        const NodePairs& connectedPairs) const {
   const bool isNeighborhood = IsNeighborhood();
+  struct Line {
+    const IBNode* node;
+    NodePairs::Row connected;
+  };
+  // A null switch would be the first of all, and ends the report.
+  if (spines.contains(nullptr) || lines.contains(nullptr)) return StatusSuccess;
+  std::vector<Line> all;
+  for (const IBNode* line : lines) all.push_back({line, connectedPairs.RowOf(*line)});
   for (const IBNode* spine : spines) {
-    if (spine == nullptr) return StatusSuccess;
+    const std::uint32_t column = connectedPairs.ColumnOf(*spine);
     const bool isAlsoLine = lines.contains(spine);
-    for (const IBNode* line : lines) {
-      if (line == nullptr) return StatusSuccess;
-      if (line == spine) continue;
+    for (const auto& [line, connected] : all) {
+      if (line == spine || connected.Has(column)) continue;
       // Only where spines and lines share switches is a pair met a second time, turned round.
       const bool wasVisited = isAlsoLine && std::less<>()(line, spine) && spines.contains(line);
       if (wasVisited || connectedPairs.Contains(*spine, *line)) continue;

@@ -13,10 +13,9 @@
 namespace fabscope::internal {
 namespace {
 
-bool IsEligible(const IBPort* port) {
-  return port != nullptr && port->planeMultiplicity > 1 && port->getInSubFabric() &&
-         !port->isFNMPort() && !port->isFNM1Port() && port->remotePort != nullptr &&
-         port->remotePort->node != nullptr;
+bool IsEligible(const IBPort& port) {
+  return port.GetPlaneMultiplicity() > 1 && port.getInSubFabric() && !port.isFNMPort() &&
+         !port.isFNM1Port() && port.get_remote_node() != nullptr;
 }
 
 bool IsAsymmetric(const APort* aport) { return aport != nullptr && aport->asymmetry != 0; }
@@ -38,10 +37,10 @@ int FTNeighborhood::CheckInternalAPorts(std::ostream& stream) {
       return StatusLookupFailed;
     }
     if (!topology->GetTreeLinks().HasPlanePorts(*spine)) continue;
-    for (const IBPort* port : GetTreePorts(*spine)) {
-      if (!IsEligible(port) || !lines.contains(port->remotePort->node)) continue;
-      for (const IBPort* end : {port, static_cast<const IBPort*>(port->remotePort)}) {
-        if (!IsAsymmetric(end->aport)) continue;
+    for (const IBPort& port : spine->ports) {
+      if (!IsEligible(port) || !lines.contains(port.get_remote_node())) continue;
+      for (const IBPort* end : {&port, static_cast<const IBPort*>(port.remotePort)}) {
+        if (!IsAsymmetric(end->GetAPort())) continue;
         found.push_back(end);
       }
     }
@@ -64,10 +63,11 @@ int FTNeighborhood::CheckExternalAPorts(std::ostream& stream) {
     }
     if (!topology->GetTreeLinks().HasPlanePorts(*line)) continue;
     std::set<const APort*> counted;
-    for (const IBPort* port : GetTreePorts(*line)) {
-      if (!IsEligible(port) || port->remotePort->node->nodeType != NodeTypeCA) continue;
-      if (!IsAsymmetric(port->aport) || !counted.insert(port->aport).second) continue;
-      found.push_back(port);
+    for (const IBPort& port : line->ports) {
+      if (!IsEligible(port) || port.get_remote_node()->nodeType != NodeTypeCA) continue;
+      const APort* aport = port.GetAPort();
+      if (!IsAsymmetric(aport) || !counted.insert(aport).second) continue;
+      found.push_back(&port);
     }
   }
   // Only neighborhoods have switches with hosts.

@@ -157,8 +157,13 @@ int FTTopology::GetPlanesNumber() const {
 }
 
 const TreeLinks& FTTopology::GetTreeLinks() const {
-  if (!treeLinks) treeLinks.emplace(*fabric);
+  if (!treeLinks) treeLinks = std::make_shared<TreeLinks>(*fabric);
   return *treeLinks;
+}
+
+void FTTopology::ShareTreeLinks(const FTTopology& other) {
+  other.GetTreeLinks();
+  treeLinks = other.treeLinks;
 }
 
 const FTClassification::NodeData* FTTopology::GetClassificationNodeData(const IBNode* node) const {

@@ -147,6 +147,8 @@ class FTTopology {
   // The fabric's tree links, read from its ports when they are first asked for; what becomes of the
   // ports later is not seen.
   const TreeLinks& GetTreeLinks() const;
+  // Takes the links that another topology of the same fabric has read.
+  void ShareTreeLinks(const FTTopology& other);
   int GetUpHopMergePercent() const { return upHopMergePercent; }
   // The switches by rank, the roots first; empty before a tree is built.
   const std::vector<NodeSet>& GetRanks() const { return ranks.Sets(); }
@@ -189,7 +191,7 @@ class FTTopology {
   std::uint64_t issuesCount = 0;
   FindingSink findingSink;       // may be empty
   std::ostringstream errStream;  // never cleared: a message carries all that went before
-  mutable std::optional<TreeLinks> treeLinks;  // see GetTreeLinks
+  mutable std::shared_ptr<const TreeLinks> treeLinks;  // see GetTreeLinks
 };
 
 }  // namespace fabscope::internal

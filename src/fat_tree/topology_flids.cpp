@@ -15,7 +15,7 @@ int FTNeighborhood::CollectFLIDs(FLIDMap& flids) {
       errStream << "NULL IB Node is found in the neighborhood/connectivity group id=" << id;
       return StatusLookupFailed;
     }
-    for (const std::uint16_t flid : line->flids) flids[flid].insert(id);
+    for (const std::uint16_t flid : line->GetFlids()) flids[flid].insert(id);
   }
   return StatusSuccess;
 }

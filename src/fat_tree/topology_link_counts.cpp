@@ -41,8 +41,8 @@ double LaneSpeed(std::uint32_t speedCode) {
 }
 
 double FirstConnectedPortSpeed(const IBNode& node) {
-  for (const IBPort* port : GetTreePorts(node)) {
-    if (port != nullptr && port->remotePort != nullptr) return LaneSpeed(port->speed);
+  for (const IBPort& port : node.ports) {
+    if (port.remotePort != nullptr) return LaneSpeed(port.speed);
   }
   return 0.0;
 }

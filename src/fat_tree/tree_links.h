@@ -34,6 +34,8 @@ class TreeLinks {
   // The same, but a multi-ASIC switch reaches one host through a port on each plane: there a host
   // whose ports the fabric's group records tell to belong together counts once.
   std::uint32_t Hosts(const IBNode& node) const { return cables_[node.index].hosts; }
+  // Whether a cable between switches counts at one of its ends only.
+  bool HasOneSided() const { return hasOneSided_; }
   // Whether any of its ports is one of several planes.
   bool HasPlanePorts(const IBNode& node) const { return cables_[node.index].hasPlanePorts; }
 
@@ -50,6 +52,7 @@ class TreeLinks {
 
   std::vector<TreeLink> links_;  // by switch, then by port
   std::vector<Cables> cables_;   // by IBNode::index
+  bool hasOneSided_ = false;
 };
 
 }  // namespace fabscope::internal

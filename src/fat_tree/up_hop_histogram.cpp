@@ -94,20 +94,22 @@ int FTUpHopHistogram::Init() {
   connectedPairs = NodePairs(bitSetSize);
 
   std::vector<bool> checkedRoots(bitSetSize);
+  FTUpHopSet* lastSet = nullptr;
   for (const IBNode* node : *lower) {
     if (node == nullptr) {
       errStream << "One of IBNodes is NULL."
                 << "Cannot initialize the \"up-hop\" histogram";
       return StatusLookupFailed;
     }
-    if (const int status = AddLowerSwitch(*node, checkedRoots); status != StatusSuccess) {
+    if (const int status = AddLowerSwitch(*node, checkedRoots, lastSet); status != StatusSuccess) {
       return status;
     }
   }
   return StatusSuccess;
 }
 
-int FTUpHopHistogram::AddLowerSwitch(const IBNode& node, std::vector<bool>& checkedRoots) {
+int FTUpHopHistogram::AddLowerSwitch(const IBNode& node, std::vector<bool>& checkedRoots,
+                                     FTUpHopSet*& lastSet) {
   const auto upperRank = static_cast<int>(rank);
   UpHopBits bits;
   for (const TreeLink& link : topology.GetTreeLinks().Of(node)) {
@@ -128,7 +130,9 @@ int FTUpHopHistogram::AddLowerSwitch(const IBNode& node, std::vector<bool>& chec
       connectedPairs.Add(remote, node);
     }
   }
-  FTUpHopSet& set = upHopSets[GetHashCode(bits)];
+  // Neighbors in the model are mostly neighbors in the tree.
+  if (lastSet == nullptr || lastSet->upSet != bits) lastSet = &upHopSets[GetHashCode(bits)];
+  FTUpHopSet& set = *lastSet;
   if (set.downNodes.empty()) set.upSet = bits;
   ++set.encountered;
   set.downNodes.push_back(&node);

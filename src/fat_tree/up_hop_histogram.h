@@ -108,7 +108,8 @@ class FTUpHopHistogram {
  private:
   friend struct TestPeer;
 
-  int AddLowerSwitch(const IBNode& node, std::vector<bool>& checkedRoots);
+  // `lastSet`: the set that the switch before was added to, or null.
+  int AddLowerSwitch(const IBNode& node, std::vector<bool>& checkedRoots, FTUpHopSet*& lastSet);
   // Takes an upper switch that both sets hold out of `set`, whose links are given, where it is the
   // other's.
   int CheckCrossLink(FTUpHopSet& set, const DownLinks& links, const FTUpHopSet& other,

@@ -61,7 +61,7 @@ class DocumentLoader final : JsonReader {
   }
 
   bool ReadSpeed(Value value, std::uint32_t& speed);
-  bool ReadType(Value value, std::uint32_t& type);
+  bool ReadType(Value value, std::uint8_t& type);
 
   bool ReadFormat(Value value);
   bool ReadNode(Value value);
@@ -95,7 +95,7 @@ bool DocumentLoader::ReadSpeed(Value value, std::uint32_t& speed) {
   return true;
 }
 
-bool DocumentLoader::ReadType(Value value, std::uint32_t& type) {
+bool DocumentLoader::ReadType(Value value, std::uint8_t& type) {
   const std::size_t offset = OffsetOf(value);
   std::string_view name;
   if (!ReadString(value, name)) return false;
@@ -160,7 +160,7 @@ bool DocumentLoader::ReadNode(Value value) {
 
   if (TakeMappedName(names_, node.guid, node.name)) node.displayName.reset();
   const std::uint64_t guid = node.guid;
-  if (!Apply(guidOffset, builder_.AddNode(std::move(node)))) return false;
+  if (!Apply(guidOffset, builder_.AddNode(node))) return false;
   return std::all_of(ports.begin(), ports.end(), [&](const PlacedPort& port) {
     return Apply(port.offset, builder_.SetPort(guid, port.spec));
   });

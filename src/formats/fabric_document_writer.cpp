@@ -33,7 +33,9 @@ void AppendPort(std::string& json, const IBPort& port) {
   const bool linkSymmetric = !linked || FirstEnd(port).isSymmetricLink();
   JsonMembers members(json, '{', '}');
   members.Number("num", port.num);
-  if (port.state != (linked ? stateActive : stateDown)) members.Number("state", port.state);
+  if (port.GetState() != (linked ? stateActive : stateDown)) {
+    members.Number("state", port.GetState());
+  }
   if (port.speed != linkSpeed) AppendSpeed(members, port.speed);
   if (port.isSymmetricLink() != linkSymmetric) {
     members.Flag("symmetric", port.isSymmetricLink());
@@ -41,16 +43,17 @@ void AppendPort(std::string& json, const IBPort& port) {
   if (port.fnm) members.Flag("fnm", true);
   if (port.fnm1) members.Flag("fnm1", true);
   if (!port.inSubFabric) members.Flag("inSubFabric", false);
-  if (port.planeMultiplicity != 1) members.Number("planeMultiplicity", port.planeMultiplicity);
-  if (port.group) members.Number("group", port.group->number);
+  if (port.GetPlaneMultiplicity() != 1) {
+    members.Number("planeMultiplicity", port.GetPlaneMultiplicity());
+  }
+  if (port.GetGroup()) members.Number("group", port.GetGroup()->number);
 }
 
 void AppendPorts(JsonMembers& node, const IBNode& owner) {
   std::vector<std::string> ports;
-  for (const IBPort* port : owner.ports) {
-    if (port == nullptr) continue;
+  for (const IBPort& port : owner.ports) {
     std::string json;
-    AppendPort(json, *port);
+    AppendPort(json, port);
     // A port of which only the number would be told is told by its link.
     if (json.find(',') != std::string::npos) ports.push_back(std::move(json));
   }
@@ -66,15 +69,19 @@ void AppendNode(std::string& json, const IBNode& node) {
   members.Text("name", node.name);
   members.Number("numPorts", node.numPorts);
   if (node.systemGuid != node.guid) members.Guid("systemGuid", node.systemGuid);
-  if (node.displayName != node.name) members.Text("displayName", node.displayName);
+  if (node.getAlternativeName() != node.name) {
+    members.Text("displayName", node.getAlternativeName());
+  }
   if (node.smdbRank != 255) members.Number("smdbRank", node.smdbRank);
   if (node.special) members.Flag("special", true);
   if (node.multiAsic) members.Flag("multiAsic", true);
-  if (!node.asic.empty()) members.Text("asic", node.asic);
-  if (node.planesNumber != 1) members.Number("planesNumber", node.planesNumber);
-  if (node.suitablePlane != 1) members.Number("suitablePlane", node.suitablePlane);
-  if (node.planes) members.NumberArray("planes", *node.planes);
-  if (!node.flids.empty()) members.NumberArray("flids", node.flids);
+  if (const std::string& asic = node.getVortaSwitchASIC(); !asic.empty()) {
+    members.Text("asic", asic);
+  }
+  if (node.getPlanesNumber() != 1) members.Number("planesNumber", node.getPlanesNumber());
+  if (node.getSuitablePlane() != 1) members.Number("suitablePlane", node.getSuitablePlane());
+  if (node.HasPlanes()) members.NumberArray("planes", node.GetPlanes());
+  if (!node.GetFlids().empty()) members.NumberArray("flids", node.GetFlids());
   AppendPorts(members, node);
 }
 
@@ -117,7 +124,7 @@ std::string FabricDocumentText(const IBFabric& fabric) {
   }
   std::map<const APort*, std::vector<const IBPort*>> members;
   for (const IBPort& port : fabric.GetPorts()) {
-    if (port.aport != nullptr) members[port.aport].push_back(&port);
+    if (port.GetAPort() != nullptr) members[port.GetAPort()].push_back(&port);
   }
   json += ",\n\"aports\":";
   {

@@ -30,12 +30,12 @@ struct Attribute {
   bool (*isLost)(const Owner& owner);
 };
 
-bool IsUtf8(const std::string& text) { return FirstInvalidUtf8(text) == text.size(); }
-bool HasControls(const std::string& text) { return CleanText(text) != text; }
+bool IsUtf8(std::string_view text) { return FirstInvalidUtf8(text) == text.size(); }
+bool HasControls(std::string_view text) { return CleanText(text) != text; }
 
 // Whether a loader of dumps takes a node of that name for a special one, as long as it is not told
 // to look for another name.
-bool IsSpecialByName(const IBNode& node, const std::string& name) {
+bool IsSpecialByName(const IBNode& node, std::string_view name) {
   return node.nodeType == NodeTypeCA && name.find("Aggregation Node") != std::string::npos;
 }
 
@@ -44,12 +44,14 @@ constexpr const char* specialMark = "special flag (not stored; re-derived from t
 constexpr std::array<Attribute<IBNode>, 17> nodeAttributes{{
     {TextsAreJson, "bytes outside of UTF-8",
      [](const IBNode& node) {
-       return !IsUtf8(node.name) || !IsUtf8(node.displayName) || !IsUtf8(node.asic);
+       return !IsUtf8(node.name) || !IsUtf8(node.getAlternativeName()) ||
+              !IsUtf8(node.getVortaSwitchASIC());
      }},
     {NamesAreUtf8, "bytes outside of UTF-8", [](const IBNode& node) { return !IsUtf8(node.name); }},
     {TextsAreJson, "control characters",
      [](const IBNode& node) {
-       return HasControls(node.name) || HasControls(node.displayName) || HasControls(node.asic);
+       return HasControls(node.name) || HasControls(node.getAlternativeName()) ||
+              HasControls(node.getVortaSwitchASIC());
      }},
     {NamesAreOneLine, "control characters",
      [](const IBNode& node) { return HasControls(node.name); }},
@@ -58,26 +60,27 @@ constexpr std::array<Attribute<IBNode>, 17> nodeAttributes{{
     {OnlyGraph, "system GUID", [](const IBNode& node) { return node.systemGuid != node.guid; }},
     {NoPortCounts, "number of ports", [](const IBNode& node) { return node.numPorts != 0; }},
     {OnlyDiscovered, "display name",
-     [](const IBNode& node) { return node.displayName != node.name; }},
+     [](const IBNode& node) { return node.getAlternativeName() != node.name; }},
     {OnlyDiscovered, "rank", [](const IBNode& node) { return node.smdbRank != 255; }},
     {SpecialByName, specialMark,
-     [](const IBNode& node) { return node.special != IsSpecialByName(node, node.name); }},
+     [](const IBNode& node) { return node.isSpecialNode() != IsSpecialByName(node, node.name); }},
     {NamesAreNetFiles, specialMark,
      [](const IBNode& node) {
-       return node.special != IsSpecialByName(node, NetFileName(node.name));
+       return node.isSpecialNode() != IsSpecialByName(node, NetFileName(node.name));
      }},
     {OnlyGraph, "special flag", [](const IBNode& node) { return node.special; }},
     {OnlyDiscovered, "multi-ASIC flag", [](const IBNode& node) { return node.multiAsic; }},
-    {OnlyDiscovered, "ASIC", [](const IBNode& node) { return !node.asic.empty(); }},
-    {OnlyDiscovered, "number of planes", [](const IBNode& node) { return node.planesNumber != 1; }},
+    {OnlyDiscovered, "ASIC", [](const IBNode& node) { return !node.getVortaSwitchASIC().empty(); }},
+    {OnlyDiscovered, "number of planes",
+     [](const IBNode& node) { return node.getPlanesNumber() != 1; }},
     {OnlyDiscovered, "planes",
-     [](const IBNode& node) { return node.suitablePlane != 1 || node.planes.has_value(); }},
-    {OnlyDiscovered, "FLIDs", [](const IBNode& node) { return !node.flids.empty(); }},
+     [](const IBNode& node) { return node.getSuitablePlane() != 1 || node.HasPlanes(); }},
+    {OnlyDiscovered, "FLIDs", [](const IBNode& node) { return !node.GetFlids().empty(); }},
 }};
 
 constexpr std::array<Attribute<IBPort>, 9> portAttributes{{
     {OnlyDiscovered, "state",
-     [](const IBPort& port) { return port.state != (port.remotePort != nullptr ? 4U : 1U); }},
+     [](const IBPort& port) { return port.GetState() != (port.remotePort != nullptr ? 4U : 1U); }},
     {ReadLikeDump, "speed", [](const IBPort& port) { return port.speed != DumpedSpeed(port); }},
     {OnlyGraph, "speed",
      [](const IBPort& port) { return port.remotePort == nullptr && port.speed != 0; }},
@@ -87,8 +90,8 @@ constexpr std::array<Attribute<IBPort>, 9> portAttributes{{
     {OnlyDiscovered, "place outside of the sub-fabric",
      [](const IBPort& port) { return !port.inSubFabric; }},
     {OnlyDiscovered, "plane multiplicity",
-     [](const IBPort& port) { return port.planeMultiplicity != 1; }},
-    {OnlyDiscovered, "group", [](const IBPort& port) { return port.group.has_value(); }},
+     [](const IBPort& port) { return port.GetPlaneMultiplicity() != 1; }},
+    {OnlyDiscovered, "group", [](const IBPort& port) { return port.GetGroup().has_value(); }},
 }};
 
 // The simulator takes no node without ports, and it and its place are lost for one reason.
@@ -110,7 +113,7 @@ std::size_t CountOutOfOrder(const IBFabric& fabric, unsigned limits) {
     entries.push_back({isNetFile ? NetFileName(node.name) : CleanText(node.name), node.guid});
   }
   std::sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) {
-    return CompareNodeOrder(a.name, a.guid, b.name, b.guid) < 0;
+    return CompareNodeOrder(a.name.data(), a.guid, b.name.data(), b.guid) < 0;
   });
   std::size_t count = 0;
   auto entry = entries.begin();

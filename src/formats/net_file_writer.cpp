@@ -21,16 +21,14 @@ bool IsTold(const IBNode& node) { return node.numPorts != 0; }
 
 // From here a tool finds the fabric. The simulator attaches tools to an adapter's first port only.
 bool IsGoodEntry(const IBNode& node) {
-  if (node.nodeType != NodeTypeCA || node.ports.size() < 2 || node.ports[1] == nullptr)
-    return false;
-  const IBNode* peer = node.ports[1]->get_remote_node();
+  const IBPort* first = node.nodeType == NodeTypeCA ? node.getPort(1) : nullptr;
+  const IBNode* peer = first != nullptr ? first->get_remote_node() : nullptr;
   return peer != nullptr && IsSwitch(*peer);
 }
 
 bool HasCable(const IBNode& node) {
-  return std::any_of(node.ports.begin(), node.ports.end(), [](const IBPort* port) {
-    return port != nullptr && port->remotePort != nullptr;
-  });
+  return std::any_of(node.ports.begin(), node.ports.end(),
+                     [](const IBPort& port) { return port.remotePort != nullptr; });
 }
 
 // The node that comes first in the file. Without a good adapter a switch does, at any port.
@@ -83,8 +81,8 @@ void NetFile::AppendNode(const IBNode& node) {
   AppendNodeId(node);
   Append("\t\t# \"{}\"{}\n", NetFileName(node.name),
          IsSwitch(node) ? " base port 0 lid 0 lmc 0" : "");
-  for (const IBPort* port : node.ports) {
-    if (port != nullptr && port->remotePort != nullptr) AppendPort(*port);
+  for (const IBPort& port : node.ports) {
+    if (port.remotePort != nullptr) AppendPort(port);
   }
 }
 

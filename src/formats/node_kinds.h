@@ -11,7 +11,7 @@ namespace fabscope::internal {
 
 // How formats speak of a kind of node.
 struct NodeKind {
-  std::uint32_t type;        // as in NodeInfo
+  std::uint8_t type;         // as in NodeInfo
   std::string_view name;     // in documents and graphs
   std::string_view word;     // in dumps, at the start of its record
   std::string_view guidKey;  // on the line before

@@ -66,24 +66,23 @@ class KeyBytes {
 
 }  // namespace
 
-int CompareNodeOrder(const std::string& nameA, std::uint64_t guidA, const std::string& nameB,
+int CompareNodeOrder(const char* nameA, std::uint64_t guidA, const char* nameB,
                      std::uint64_t guidB) {
-  const int order = strverscmp(nameA.c_str(), nameB.c_str());
+  const int order = strverscmp(nameA, nameB);
   if (order != 0) return order;
   return guidA < guidB ? -1 : static_cast<int>(guidA > guidB);
 }
 
-NodeOrderKey::NodeOrderKey(const std::string& name) {
+NodeOrderKey::NodeOrderKey(std::string_view name) {
   KeyBytes key;
-  const std::string_view text = name.c_str();
-  for (std::size_t at = 0; at < text.size() && !key.IsFull();) {
-    if (!IsDigit(text[at])) {
-      key.Add(text[at++]);
+  for (std::size_t at = 0; at < name.size() && !key.IsFull();) {
+    if (!IsDigit(name[at])) {
+      key.Add(name[at++]);
       continue;
     }
     std::size_t end = at;
-    while (end < text.size() && IsDigit(text[end])) ++end;
-    key.AddNumber(text.substr(at, end - at));
+    while (end < name.size() && IsDigit(name[end])) ++end;
+    key.AddNumber(name.substr(at, end - at));
     at = end;
   }
   first_ = key.Word(0);

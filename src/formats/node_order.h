@@ -1,13 +1,13 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
+#include <string_view>
 
 namespace fabscope::internal {
 
 // The model order of nodes that no file puts in order: by name, digits as numbers, then by GUID. So
 // the same fabric gives the same report wherever its discovery started. Answers as strcmp does.
-int CompareNodeOrder(const std::string& nameA, std::uint64_t guidA, const std::string& nameB,
+int CompareNodeOrder(const char* nameA, std::uint64_t guidA, const char* nameB,
                      std::uint64_t guidB);
 
 // The beginning of a name in a form that compares byte by byte as names do: of two different keys
@@ -15,7 +15,7 @@ int CompareNodeOrder(const std::string& nameA, std::uint64_t guidA, const std::s
 // a fraction of the time with it.
 class NodeOrderKey {
  public:
-  explicit NodeOrderKey(const std::string& name);
+  explicit NodeOrderKey(std::string_view name);
 
   friend bool operator==(const NodeOrderKey&, const NodeOrderKey&) = default;
   friend bool operator<(const NodeOrderKey& a, const NodeOrderKey& b) {

@@ -11,7 +11,7 @@ namespace {
 
 // What stands between the description and the lid.
 constexpr std::string_view beforeLid = "\" lid ";
-constexpr std::ptrdiff_t mostLidDigits = 5;
+constexpr int mostLidDigits = 5;
 
 constexpr std::uint64_t InEveryByte(std::uint64_t byte) { return byte * 0x0101010101010101U; }
 
@@ -39,46 +39,57 @@ constexpr WordEnd EndOfWord(std::string_view text) {
 }
 constexpr WordEnd endBeforeLid = EndOfWord(beforeLid);
 
-// Eight hexadecimal digits. Each step works on all bytes of a word at once; `isOdd` becomes true if
-// one is no digit.
-std::uint64_t HexWord(const char* at, bool& isOdd) {
-  constexpr std::uint64_t highBits = InEveryByte(0x80);
-  const std::uint64_t word = WordAt(at);
-  // The high bit of a byte of `word + x` says that the byte is at least 0x80 - x.
-  const std::uint64_t digits = (word + InEveryByte(0x80 - '0')) & ~(word + InEveryByte(0x7f - '9'));
-  const std::uint64_t small = word | InEveryByte(0x20);
-  const std::uint64_t letters =
-      (small + InEveryByte(0x80 - 'a')) & ~(small + InEveryByte(0x7f - 'f'));
-  isOdd |= (word & highBits) != 0 || ((digits | letters) & highBits) != highBits;
-  std::uint64_t value = (word & InEveryByte(0x0f)) + 9 * ((letters & highBits) >> 7U);
-  // The first digit stands in the lowest byte and counts most: neighbors are put together, then
-  // pairs of them, then pairs of those.
-  value = (value << 4U | value >> 8U) & 0x00ff00ff00ff00ffU;
-  value = (value << 8U | value >> 16U) & 0x0000ffff0000ffffU;
-  return (value << 16U | value >> 32U) & 0xffffffffU;
+// What eight hexadecimal digits stand for, each of them in a byte of its own. The first one stands
+// in the lowest byte and counts most: neighbors are put together, then pairs of them, then pairs of
+// those.
+std::uint64_t JoinDigits(std::uint64_t digits) {
+  digits = (digits << 4U | digits >> 8U) & 0x00ff00ff00ff00ffU;
+  digits = (digits << 8U | digits >> 16U) & 0x0000ffff0000ffffU;
+  return (digits << 16U | digits >> 32U) & 0xffffffffU;
 }
+
+// The bytes of a word as hexadecimal digits. Each step works on all bytes at once.
+struct HexWord {
+  explicit HexWord(std::uint64_t word)
+      : digits((word & InEveryByte(0x0f)) + 9 * (word >> 6U & InEveryByte(1))) {
+    // What the digits look like; the high bits of "word" make no digit.
+    const std::uint64_t isLetter = (digits + InEveryByte(6)) >> 4U & InEveryByte(1);
+    odd = (word ^ (digits + InEveryByte('0') + isLetter * ('a' - '9' - 1))) |
+          (digits & InEveryByte(0xf0));
+  }
+
+  std::uint64_t digits;
+  std::uint64_t odd;  // not 0 in the bytes that are no digit as they are printed
+};
 
 // What follows is read up to where it ends; null if it is not there.
 
 // A decimal number of up to three digits and 255.
 const char* ReadNumber(const char* at, std::uint8_t& number) {
-  const char* const first = at;
-  unsigned value = 0;
-  for (; at - first < 3 && IsDigit(*at); ++at) {
-    value = value * 10 + static_cast<unsigned>(*at - '0');
-  }
+  if (!IsDigit(at[0])) return nullptr;
+  auto value = static_cast<unsigned>(*at++ - '0');
+  if (IsDigit(*at)) value = value * 10 + static_cast<unsigned>(*at++ - '0');
+  if (IsDigit(*at)) value = value * 10 + static_cast<unsigned>(*at++ - '0');
   number = static_cast<std::uint8_t>(value);
-  return at != first && value <= 255 ? at : nullptr;
+  return value <= 255 ? at : nullptr;
 }
 
 // 1 to 16 hexadecimal digits.
 const char* ReadHex(const char* at, std::uint64_t& number) {
-  const char* const first = at;
   number = 0;
-  for (; HexDigit(*at) >= 0 && at - first < 16; ++at) {
-    number = number << 4U | static_cast<std::uint64_t>(HexDigit(*at));
+  for (int words = 0; words < 2; ++words) {
+    const HexWord word(WordAt(at));
+    if (word.odd == 0) {
+      number = number << 32U | JoinDigits(word.digits);
+      at += wordSize;
+      continue;
+    }
+    const int bits = std::countr_zero(word.odd) / 8 * 8;
+    if (bits == 0) return words != 0 ? at : nullptr;
+    number = number << (bits / 2) | JoinDigits(word.digits << (64 - bits));
+    return at + bits / 8;
   }
-  return at != first ? at : nullptr;
+  return at;
 }
 
 // (2c903), which may be left out and does not count.
@@ -95,13 +106,15 @@ const char* ReadPortNumber(const char* at, std::uint8_t& port) {
   return at != nullptr && port != 0 && *at == ']' ? ReadPortGuid(at + 1) : nullptr;
 }
 
-// "S-0002c9020040f160"
 constexpr std::ptrdiff_t nodeIdSize = 20;
-bool ReadNodeId(const char* at, std::uint64_t& guid) {
-  bool isOdd = at[0] != '"' || at[1] == '"' || at[1] == '\n' || at[2] != '-' || at[19] != '"';
-  guid = HexWord(at + 3, isOdd) << 32U;
-  guid |= HexWord(at + 11, isOdd);
-  return !isOdd;
+
+// How many decimal digits stand before it; 8 also where there are more.
+int DigitsBefore(const char* at) {
+  constexpr std::uint64_t highBits = InEveryByte(0x80);
+  const std::uint64_t value = WordAt(at - wordSize) ^ InEveryByte('0');
+  // The high bit of a byte that is 10 or more.
+  const std::uint64_t noDigit = (((value & ~highBits) + InEveryByte(0x80 - 10)) | value) & highBits;
+  return std::countl_zero(noDigit) / 8;
 }
 
 const char* SkipTabs(const char* at) {
@@ -111,9 +124,22 @@ const char* SkipTabs(const char* at) {
 
 }  // namespace
 
-bool PlainDumpLines::ReadField(const char* at, std::string_view keyword, Line& line) {
-  if (std::memcmp(at, keyword.data(), keyword.size()) != 0) return false;
-  at = ReadHex(at + keyword.size(), line.guid);
+// "S-0002c9020040f160"
+bool PlainDumpLines::ReadNodeId(const char* at, std::uint64_t& guid) {
+  const bool isId = at[0] == '"' && at[1] != '"' && at[1] != '\n' && at[2] == '-' && at[19] == '"';
+  const std::uint64_t high = WordAt(at + 3);
+  if (high != high_.text) {
+    const HexWord digits(high);
+    if (digits.odd != 0) return false;
+    high_ = {high, JoinDigits(digits.digits) << 32U};
+  }
+  const HexWord low(WordAt(at + 3 + wordSize));
+  guid = high_.guid | JoinDigits(low.digits);
+  return isId && low.odd == 0;
+}
+
+bool PlainDumpLines::ReadFieldNumber(const char* at, Line& line) {
+  at = ReadHex(at, line.guid);
   if (at != nullptr) at = ReadPortGuid(at);
   if (at == nullptr) return false;
   if (*at == '\r') ++at;
@@ -122,7 +148,7 @@ bool PlainDumpLines::ReadField(const char* at, std::string_view keyword, Line& l
 }
 
 bool PlainDumpLines::ReadNode(const char* at, const char* end, std::string_view keyword,
-                              std::uint32_t type, Line& line) {
+                              std::uint8_t type, Line& line) {
   if (std::memcmp(at, keyword.data(), keyword.size()) != 0) return false;
   const char* const begin = at;
   at = ReadNumber(at + keyword.size(), line.numPorts);
@@ -170,22 +196,25 @@ bool PlainDumpLines::ReadPort(const char* at, const char* end, Line& line) {
 // The tail that a line has behind its lid, null if it has none that was learned. `begin` is the
 // line's comment.
 const PlainDumpLines::Tail* PlainDumpLines::FindTail(const char* begin, const char* end) {
-  for (std::size_t i = 0; i < count_; ++i) {
-    const std::size_t place = (likely_ + i) % count_;
-    const Tail& tail = tails_[place];
-    if ((WordAt(end - wordSize) & tail.mask) != tail.end) continue;
-    if (end - begin < static_cast<std::ptrdiff_t>(tail.size)) continue;
-    const char* at = end - tail.size;
-    if (tail.size > wordSize && std::memcmp(at, tail.text.data(), tail.size) != 0) continue;
-    const char* const lidEnd = at;
-    const char* const limit = begin + beforeLid.size();
-    while (at > limit && lidEnd - at < mostLidDigits && IsDigit(at[-1])) --at;
-    if (at == lidEnd || at < limit) return nullptr;
-    if ((WordAt(at - wordSize) & endBeforeLid.mask) != endBeforeLid.bytes) return nullptr;
-    likely_ = place;
-    return &tail;
+  const std::uint64_t word = WordAt(end - wordSize);
+  const auto isTail = [&](const Tail& tail) {
+    return (word & tail.mask) == tail.end && end - begin >= tail.size &&
+           (tail.size <= std::ptrdiff_t{wordSize} ||
+            std::equal(tail.text.data(), tail.text.data() + tail.size, end - tail.size));
+  };
+  const Tail* tail = &tails_[likely_];
+  if (!isTail(*tail)) {
+    tail = std::find_if(tails_.begin(), tails_.end(), isTail);
+    if (tail == tails_.end()) return nullptr;
+    likely_ = static_cast<std::size_t>(tail - tails_.begin());
   }
-  return nullptr;
+  const char* const lidEnd = end - tail->size;
+  const char* const limit = begin + beforeLid.size();
+  const int digits = DigitsBefore(lidEnd);
+  const char* const at = lidEnd - digits;
+  if (digits == 0 || digits > mostLidDigits || at < limit) return nullptr;
+  if ((WordAt(at - wordSize) & endBeforeLid.mask) != endBeforeLid.bytes) return nullptr;
+  return tail;
 }
 
 void PlainDumpLines::Learn(std::string_view text, std::uint8_t speedBit) {
@@ -198,13 +227,12 @@ void PlainDumpLines::Learn(std::string_view text, std::uint8_t speedBit) {
   Tail& learned = tails_[next_];
   if (behind.size() > learned.text.size()) return;
   std::copy(behind.begin(), behind.end(), learned.text.begin());
-  learned.size = behind.size();
+  learned.size = static_cast<std::ptrdiff_t>(behind.size());
   const WordEnd word = EndOfWord(behind.substr(behind.size() - std::min(behind.size(), wordSize)));
   learned.end = word.bytes;
   learned.mask = word.mask;
   learned.speedBit = speedBit;
   likely_ = next_;
-  count_ = std::max(count_, next_ + 1);
   next_ = (next_ + 1) % tails_.size();
 }
 

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string_view>
 
 #include "fabric/ib_node.h"
@@ -28,7 +29,8 @@ namespace fabscope::internal {
 // Three things make it fast:
 //
 // - The first byte decides which form a line can have. No line is looked at twice.
-// - The sixteen digits of a GUID are read in two words of eight bytes.
+// - The sixteen digits of a GUID are read in two words of eight bytes, of which the first is
+//   mostly the one before.
 // - What stands behind the lid (" 4xHDR") is the same on thousands of lines. It is parsed once, by
 //   the close look, and from then on only compared (Learn). That also finds the end of the
 //   description, which may hold quotes: the quote before " lid " is the last one of the line,
@@ -46,7 +48,7 @@ class PlainDumpLines {
     const char* next = nullptr;        // behind its end
     std::uint64_t guid = 0;            // of a field its number, of a port that of the peer
     std::string_view name;             // of a node, as the host set it
-    std::uint32_t type = 0;            // of a node
+    std::uint8_t type = 0;             // of a node
     std::uint32_t guidOffset = 0;      // in the line, of a node
     std::uint32_t peerPortOffset = 0;  // in the line
     std::uint8_t numPorts = 0;
@@ -90,21 +92,32 @@ class PlainDumpLines {
  private:
   struct Tail {
     std::array<char, 48> text{};
-    std::size_t size = 0;
-    std::uint64_t end = 0;  // its last eight bytes, or all, as those of a word
+    std::ptrdiff_t size = 0;
+    // Its last eight bytes, or all, as those of a word. One that was not learned ends nowhere.
+    std::uint64_t end = 1;
     std::uint64_t mask = 0;
     std::uint8_t speedBit = 0;
   };
 
-  static bool ReadField(const char* at, std::string_view keyword, Line& line);
-  static bool ReadNode(const char* at, const char* end, std::string_view keyword,
-                       std::uint32_t type, Line& line);
+  // Where it is called, the compiler knows the keyword and compares it in a step or two.
+  static bool ReadField(const char* at, std::string_view keyword, Line& line) {
+    return std::memcmp(at, keyword.data(), keyword.size()) == 0 &&
+           ReadFieldNumber(at + keyword.size(), line);
+  }
+  static bool ReadFieldNumber(const char* at, Line& line);
+  bool ReadNodeId(const char* at, std::uint64_t& guid);
+  bool ReadNode(const char* at, const char* end, std::string_view keyword, std::uint8_t type,
+                Line& line);
   bool ReadPort(const char* at, const char* end, Line& line);
   const Tail* FindTail(const char* begin, const char* end);
 
+  // The first half of the GUID that was read last: most are of one maker.
+  struct {
+    std::uint64_t text = 0;
+    std::uint64_t guid = 0;
+  } high_;
   // Ends of several speeds mix in one dump.
   std::array<Tail, 4> tails_;
-  std::size_t count_ = 0;
   std::size_t next_ = 0;    // the one to forget next
   std::size_t likely_ = 0;  // the one that was met last
 };

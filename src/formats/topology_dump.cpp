@@ -8,13 +8,17 @@
 #include "formats/topology_dump.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <bitset>
+#include <map>
 #include <set>
+#include <span>
 #include <utility>
 #include <vector>
 
 #include "fabric/guid.h"
+#include "fabric/text_arena.h"
 #include "formats/foreign_files.h"
 #include "formats/lines.h"
 #include "formats/link_speeds.h"
@@ -34,34 +38,41 @@ struct Place {
   std::uint32_t offset = 0;
 };
 
-// The port lines of a node: those from `first` to before `last`.
-struct EndRange {
-  std::uint32_t first = 0;
-  std::uint32_t last = 0;
-};
-
 struct DumpNode {
   std::uint64_t guid = 0;
-  std::optional<std::uint64_t> systemGuid;
-  std::string name;
+  std::uint64_t systemGuid = 0;
+  std::string_view name;
   Place guidPlace;
-  std::uint32_t type = 0;
-  EndRange ends;
+  std::uint32_t firstEnd = 0;  // its port lines end where those of the next node begin
+  std::uint8_t type = 0;
   std::uint8_t numPorts = 0;
+  bool hasSystemGuid = false;
 };
 
-// One end of a cable, as its port line tells it.
+// One end of a cable, as its port line tells it. There are some hundred thousand, so every byte
+// counts.
 struct CableEnd {
   std::uint64_t peerGuid = 0;
-  Place peerPortPlace;
-  std::uint32_t peerNode = GuidIndex::None;  // its place in the model, once there is one
-  std::uint8_t speedBit = NoSpeed;           // speed codes have one bit each
+  std::uint32_t line = 0;
+  std::uint8_t peerPortOffset = 0;
   std::uint8_t port = 0;
   std::uint8_t peerPort = 0;
-  bool settled = false;  // the peer's line has dealt with this one
+  std::uint8_t speedBit = NoSpeed;  // speed codes have one bit each
 
   static constexpr std::uint8_t NoSpeed = 32;
+  // A line whose peer stands farther on is in the list of the odd ones.
+  static constexpr std::uint8_t FarOffset = 255;
   std::uint32_t Speed() const { return speedBit == NoSpeed ? 0 : std::uint32_t{1} << speedBit; }
+  // The peer's line has dealt with this one: nobody asks for its port any more.
+  void Settle() { port = 0; }
+  bool IsSettled() const { return port == 0; }
+};
+
+// A node of the model, with its port lines: those from `firstEnd` to before `lastEnd`.
+struct PlacedNode {
+  std::uint64_t guid = 0;
+  std::uint32_t firstEnd = 0;
+  std::uint32_t lastEnd = 0;
 };
 
 class DumpLoader {
@@ -89,19 +100,31 @@ class DumpLoader {
   void ReadPlainLines();
   bool TakePlainLine(PlainDumpLines::Kind kind, const PlainDumpLines::Line& line,
                      std::size_t number);
-  void AddEnd(std::uint64_t peerGuid, Place peerPortPlace, std::uint8_t speedBit, std::uint8_t port,
-              std::uint8_t peerPort);
+  void AddEnd(const CableEnd& end, std::size_t peerPortOffset);
   MaybeError ReadLine(const Line& line);
   MaybeError ReadNode(const Line& line);
   void BeginNode(const DumpNodeLine& parsed, Place guidPlace);
   MaybeError ReadPort(const Line& line);
   void LeaveOutNode(const Line& line);
   std::vector<std::uint32_t> SortedNodes() const;
+  void ExpectNode(const std::vector<std::uint32_t>& sorted, std::size_t at) const;
   MaybeError AddNodes();
   InputError NodeGivenTwice(const DumpNode& node, std::string message) const;
   MaybeError AddLinks();
-  MaybeError AddLink(const PortPlace& here, std::uint64_t guid, const CableEnd& end);
+  void FindPeers(std::span<const CableEnd> ends, std::span<std::uint32_t> peers);
+  MaybeError AddLink(const PortPlace& here, const PortPlace& there, const CableEnd& end);
+  MaybeError AddOddLink(const PortPlace& here, const PortPlace& there, const CableEnd& end,
+                        const CableEnd* other);
   CableEnd* FindEnd(const PortPlace& port);
+  std::uint32_t FindPeer(std::uint64_t guid);
+  std::uint32_t EndOfLines(std::uint32_t node) const {
+    return node + 1 < nodes_.size() ? nodes_[node + 1].firstEnd
+                                    : static_cast<std::uint32_t>(ends_.size());
+  }
+  Place PeerPortPlace(const CableEnd& end) const {
+    const bool isFar = end.peerPortOffset == CableEnd::FarOffset;
+    return {end.line, isFar ? farOffsets_.at(end.line) : end.peerPortOffset};
+  }
 
   MaybeError Fail(const Line& line, MaybeProblem problem) const {
     if (!problem) return std::nullopt;
@@ -126,13 +149,34 @@ class DumpLoader {
   ForeignFile foreignFile_;  // that it may be, as long as there is no node
   Record record_ = Record::None;
   std::optional<std::uint64_t> systemGuid_;  // of the record that has begun
-  std::bitset<256> portsSeen_;               // of the current node
+  std::uint8_t numPorts_ = 0;                // of the current node
+  std::bitset<256> portsSeen_;               // likewise
   std::vector<DumpNode> nodes_;              // in file order
-  std::vector<CableEnd> ends_;               // in file order
+  TextArena nameTexts_;
+  std::vector<CableEnd> ends_;                         // in file order
+  std::map<std::uint32_t, std::uint32_t> farOffsets_;  // by line: where its peer's port stands
   std::set<std::uint64_t> leftOut_;
   std::vector<std::uint32_t> modelOrder_;  // by index in nodes_: the place in the model
-  std::vector<EndRange> endsOf_;           // by place in the model
+  std::vector<PlacedNode> placed_;         // by place in the model
+  std::uint32_t lastPeer_ = 0;
+  std::uint32_t peerStride_ = 1;
+  std::size_t wrongGuesses_ = 0;
 };
+
+// Sorts what mostly is a few sorted runs one behind the other: a dump tells of the switches in an
+// order of their own, and then of the hosts.
+template <typename Item, typename IsLess>
+void SortRuns(std::vector<Item>& items, IsLess isLess) {
+  constexpr std::size_t few = 16;
+  std::vector<typename std::vector<Item>::iterator> ends{items.begin()};
+  while (ends.back() != items.end() && ends.size() <= few) {
+    ends.push_back(std::is_sorted_until(ends.back(), items.end(), isLess));
+  }
+  if (ends.back() != items.end()) return std::sort(items.begin(), items.end(), isLess);
+  for (std::size_t i = 2; i < ends.size(); ++i) {
+    std::inplace_merge(items.begin(), ends[i - 1], ends[i], isLess);
+  }
+}
 
 Place PlaceOf(const Line& line, std::size_t offset) {
   return {static_cast<std::uint32_t>(line.number), static_cast<std::uint32_t>(offset)};
@@ -193,23 +237,28 @@ bool DumpLoader::TakePlainLine(PlainDumpLines::Kind kind, const PlainDumpLines::
                 {static_cast<std::uint32_t>(number), line.guidOffset});
       return true;
     case PlainDumpLines::Kind::Port:
-      if (record_ != Record::Node || line.port > nodes_.back().numPorts ||
-          portsSeen_.test(line.port)) {
-        return false;
-      }
-      AddEnd(line.guid, {static_cast<std::uint32_t>(number), line.peerPortOffset}, line.speedBit,
-             line.port, line.peerPort);
+      if (record_ != Record::Node || line.port > numPorts_ || portsSeen_[line.port]) return false;
+      AddEnd({.peerGuid = line.guid,
+              .line = static_cast<std::uint32_t>(number),
+              .port = line.port,
+              .peerPort = line.peerPort,
+              .speedBit = line.speedBit},
+             line.peerPortOffset);
       return true;
   }
   record_ = Record::None;
   return true;
 }
 
-void DumpLoader::AddEnd(std::uint64_t peerGuid, Place peerPortPlace, std::uint8_t speedBit,
-                        std::uint8_t port, std::uint8_t peerPort) {
-  portsSeen_.set(port);
-  ends_.push_back({peerGuid, peerPortPlace, GuidIndex::None, speedBit, port, peerPort, false});
-  nodes_.back().ends.last = static_cast<std::uint32_t>(ends_.size());
+void DumpLoader::AddEnd(const CableEnd& end, std::size_t peerPortOffset) {
+  portsSeen_[end.port] = true;
+  ends_.push_back(end);
+  if (peerPortOffset < CableEnd::FarOffset) {
+    ends_.back().peerPortOffset = static_cast<std::uint8_t>(peerPortOffset);
+  } else {
+    ends_.back().peerPortOffset = CableEnd::FarOffset;
+    farOffsets_[end.line] = static_cast<std::uint32_t>(peerPortOffset);
+  }
 }
 
 MaybeError DumpLoader::ReadLine(const Line& line) {
@@ -260,17 +309,20 @@ void DumpLoader::BeginNode(const DumpNodeLine& parsed, Place guidPlace) {
   DumpNode& node = nodes_.emplace_back();
   node.guid = parsed.guid;
   node.guidPlace = guidPlace;
-  node.systemGuid = std::exchange(systemGuid_, std::nullopt);
+  node.hasSystemGuid = systemGuid_.has_value();
+  node.systemGuid = std::exchange(systemGuid_, std::nullopt).value_or(0);
   node.type = parsed.type;
   node.numPorts = parsed.numPorts;
-  node.ends.first = node.ends.last = static_cast<std::uint32_t>(ends_.size());
-  node.name = CleanText(parsed.name);
-  if (CutText(node.name)) {
+  node.firstEnd = static_cast<std::uint32_t>(ends_.size());
+  std::string name = CleanText(parsed.name);
+  if (CutText(name)) {
     Warn(WarningKind::LongText, guidPlace.line,
          [] { return "name longer than 256 bytes, cut there"; });
   }
-  TakeMappedName(names_, node.guid, node.name);
+  TakeMappedName(names_, node.guid, name);
+  node.name = nameTexts_.Keep(name);
   record_ = Record::Node;
+  numPorts_ = node.numPorts;
   portsSeen_.reset();
 }
 
@@ -303,7 +355,7 @@ MaybeError DumpLoader::ReadPort(const Line& line) {
                               std::to_string(node.numPorts) +
                               (node.numPorts == 1 ? " port" : " ports"));
   }
-  if (portsSeen_.test(parsed.port)) {
+  if (portsSeen_[parsed.port]) {
     Warn(WarningKind::RepeatedPort, line.number,
          [&] { return EndText(node.guid, parsed.port) + " is given twice, the first line holds"; });
     return std::nullopt;
@@ -319,8 +371,12 @@ MaybeError DumpLoader::ReadPort(const Line& line) {
            [&] { return "unknown link speed \"" + CleanText(parsed.speed) + "\", taken as none"; });
     }
   }
-  AddEnd(parsed.peerGuid, PlaceOf(line, parsed.peerPortOffset), speedBit, parsed.port,
-         parsed.peerPort);
+  AddEnd({.peerGuid = parsed.peerGuid,
+          .line = static_cast<std::uint32_t>(line.number),
+          .port = parsed.port,
+          .peerPort = parsed.peerPort,
+          .speedBit = speedBit},
+         parsed.peerPortOffset);
   return std::nullopt;
 }
 
@@ -334,11 +390,11 @@ std::vector<std::uint32_t> DumpLoader::SortedNodes() const {
   for (const DumpNode& node : nodes_) {
     entries.push_back({NodeOrderKey(node.name), static_cast<std::uint32_t>(entries.size())});
   }
-  std::sort(entries.begin(), entries.end(), [this](const Entry& a, const Entry& b) {
+  SortRuns(entries, [this](const Entry& a, const Entry& b) {
     if (a.key != b.key) return a.key < b.key;
     const DumpNode& nodeA = nodes_[a.node];
     const DumpNode& nodeB = nodes_[b.node];
-    return CompareNodeOrder(nodeA.name, nodeA.guid, nodeB.name, nodeB.guid) < 0;
+    return CompareNodeOrder(nodeA.name.data(), nodeA.guid, nodeB.name.data(), nodeB.guid) < 0;
   });
   std::vector<std::uint32_t> sorted;
   sorted.reserve(entries.size());
@@ -346,25 +402,36 @@ std::vector<std::uint32_t> DumpLoader::SortedNodes() const {
   return sorted;
 }
 
+// What the nodes behind the given one need comes from memory while that one is dealt with.
+void DumpLoader::ExpectNode(const std::vector<std::uint32_t>& sorted, std::size_t at) const {
+  constexpr std::size_t ahead = 16;
+  if (at + 2 * ahead >= sorted.size()) return;
+  __builtin_prefetch(&nodes_[sorted[at + 2 * ahead]]);
+  const DumpNode& next = nodes_[sorted[at + ahead]];
+  __builtin_prefetch(next.name.data());
+  builder_.ExpectNode(next.guid);
+}
+
 MaybeError DumpLoader::AddNodes() {
   modelOrder_.resize(nodes_.size());
-  endsOf_.reserve(nodes_.size());
+  placed_.reserve(nodes_.size());
   builder_.ReserveNodes(nodes_.size());
-  for (const std::uint32_t index : SortedNodes()) {
-    DumpNode& node = nodes_[index];
-    modelOrder_[index] = static_cast<std::uint32_t>(endsOf_.size());
-    endsOf_.push_back(node.ends);
-    NodeSpec spec;
+  NodeSpec spec;
+  const std::vector<std::uint32_t> sorted = SortedNodes();
+  for (std::size_t i = 0; i < sorted.size(); ++i) {
+    ExpectNode(sorted, i);
+    const std::uint32_t index = sorted[i];
+    const DumpNode& node = nodes_[index];
+    modelOrder_[index] = static_cast<std::uint32_t>(placed_.size());
+    placed_.push_back({node.guid, node.firstEnd, EndOfLines(index)});
     spec.guid = node.guid;
-    spec.systemGuid = node.systemGuid;
+    spec.systemGuid = node.hasSystemGuid ? std::optional(node.systemGuid) : std::nullopt;
     spec.type = node.type;
     spec.numPorts = node.numPorts;
     spec.special =
         node.type == NodeTypeCA && specialNodes_ != nullptr && specialNodes_->Matches(node.name);
-    spec.name = std::move(node.name);
-    if (auto problem = builder_.AddNode(std::move(spec))) {
-      return NodeGivenTwice(node, std::move(*problem));
-    }
+    spec.name = node.name;
+    if (auto problem = builder_.AddNode(spec)) return NodeGivenTwice(node, std::move(*problem));
   }
   return std::nullopt;
 }
@@ -377,72 +444,112 @@ InputError DumpLoader::NodeGivenTwice(const DumpNode& node, std::string message)
 }
 
 CableEnd* DumpLoader::FindEnd(const PortPlace& port) {
-  const EndRange range = endsOf_[port.node];
+  const PlacedNode& node = placed_[port.node];
   // Port lines mostly come in port order without gaps.
-  const std::uint32_t guess = range.first + port.num - 1;
-  if (guess < range.last && ends_[guess].port == port.num) return &ends_[guess];
-  for (std::uint32_t i = range.first; i < range.last; ++i) {
+  const std::uint32_t guess = node.firstEnd + port.num - 1;
+  if (guess < node.lastEnd && ends_[guess].port == port.num) return &ends_[guess];
+  for (std::uint32_t i = node.firstEnd; i < node.lastEnd; ++i) {
     if (ends_[i].port == port.num) return &ends_[i];
   }
   return nullptr;
 }
 
+// The peers of a switch's ports mostly stand at equal distances in the model.
+std::uint32_t DumpLoader::FindPeer(std::uint64_t guid) {
+  const std::uint32_t guess = lastPeer_ + peerStride_;
+  const bool isRight = guess < placed_.size() && placed_[guess].guid == guid;
+  wrongGuesses_ += isRight ? 0 : 1;
+  const std::uint32_t found = isRight ? guess : builder_.FindNode(guid);
+  if (found == GuidIndex::None) return found;
+  peerStride_ = found - lastPeer_;
+  lastPeer_ = found;
+  return found;
+}
+
+// Where the records are in no order, all that a link needs stands somewhere else in memory. So many
+// are asked for at a time, step by step, and the processor waits for them together.
+void DumpLoader::FindPeers(std::span<const CableEnd> ends, std::span<std::uint32_t> peers) {
+  const bool isOrdered = 4 * std::exchange(wrongGuesses_, 0) < peers.size();
+  for (const CableEnd& end : ends) {
+    if (!isOrdered && !end.IsSettled()) builder_.ExpectNode(end.peerGuid);
+  }
+  for (std::size_t i = 0; i < ends.size(); ++i) {
+    peers[i] = ends[i].IsSettled() ? GuidIndex::None : FindPeer(ends[i].peerGuid);
+  }
+  if (isOrdered) return;
+  for (std::size_t i = 0; i < ends.size(); ++i) {
+    if (peers[i] == GuidIndex::None) continue;
+    const std::size_t guess = placed_[peers[i]].firstEnd + std::size_t{ends[i].peerPort} - 1;
+    if (guess < ends_.size()) __builtin_prefetch(&ends_[guess]);
+    builder_.ExpectLink(peers[i]);
+  }
+}
+
 MaybeError DumpLoader::AddLinks() {
   builder_.ReserveLinks(ends_.size() / 2 + 1);
-  // All in a row: the processor then waits for many places in the table at a time.
-  for (CableEnd& end : ends_) end.peerNode = builder_.FindNode(end.peerGuid);
-  for (std::size_t i = 0; i < nodes_.size(); ++i) {
-    for (std::uint32_t j = nodes_[i].ends.first; j < nodes_[i].ends.last; ++j) {
-      CableEnd& end = ends_[j];
-      if (end.settled) continue;
-      if (MaybeError error = AddLink({modelOrder_[i], end.port}, nodes_[i].guid, end)) return error;
+  std::array<std::uint32_t, 256> peers{};
+  std::uint32_t node = 0;
+  for (std::size_t first = 0; first < ends_.size(); first += peers.size()) {
+    const std::size_t last = std::min(first + peers.size(), ends_.size());
+    FindPeers(std::span(ends_).subspan(first, last - first), peers);
+    for (std::size_t i = first; i < last; ++i) {
+      while (i >= EndOfLines(node)) ++node;
+      if (ends_[i].IsSettled()) continue;
+      const PortPlace there{peers[i - first], ends_[i].peerPort};
+      if (MaybeError error = AddLink({modelOrder_[node], ends_[i].port}, there, ends_[i])) {
+        return error;
+      }
     }
   }
   return std::nullopt;
 }
 
-MaybeError DumpLoader::AddLink(const PortPlace& here, std::uint64_t guid, const CableEnd& end) {
-  const PortPlace there{end.peerNode, end.peerPort};
-  const std::size_t line = end.peerPortPlace.line;
+MaybeError DumpLoader::AddLink(const PortPlace& here, const PortPlace& there, const CableEnd& end) {
+  CableEnd* other = there.node != GuidIndex::None ? FindEnd(there) : nullptr;
+  const bool agree =
+      other != nullptr && other->peerGuid == placed_[here.node].guid && other->peerPort == here.num;
+  if (!agree) return AddOddLink(here, there, end, other);
+  const std::uint32_t speed = end.Speed() != 0 ? end.Speed() : other->Speed();
+  if (!builder_.TryLink(here, there, speed, true)) return AddOddLink(here, there, end, other);
+  other->Settle();
+  return std::nullopt;
+}
+
+// A link that is not told alike at both of its ends, or that there cannot be. `other` is what the
+// far port's line says; it may be null.
+MaybeError DumpLoader::AddOddLink(const PortPlace& here, const PortPlace& there,
+                                  const CableEnd& end, const CableEnd* other) {
   if (there.node == GuidIndex::None) {
     if (leftOut_.contains(end.peerGuid)) return std::nullopt;
-    Warn(WarningKind::PeerWithoutRecord, line, [&] {
+    Warn(WarningKind::PeerWithoutRecord, end.line, [&] {
       return "peer " + GuidText(end.peerGuid) + " has no record of its own, link left out";
     });
     return std::nullopt;
   }
+  const std::uint64_t guid = placed_[here.node].guid;
   if (!builder_.HasPort(there)) {
-    return ErrorAt(end.peerPortPlace, "port number out of range: " + builder_.NoPortText(there));
+    return ErrorAt(PeerPortPlace(end), "port number out of range: " + builder_.NoPortText(there));
   }
   if (here.node == there.node && here.num == there.num) {
-    Warn(WarningKind::PortCabledToItself, line,
+    Warn(WarningKind::PortCabledToItself, end.line,
          [&] { return EndText(guid, here.num) + " is cabled to itself, link left out"; });
     return std::nullopt;
   }
   if (builder_.HasLink(here) || builder_.HasLink(there)) {
-    Warn(WarningKind::EndsDisagree, line, [&] {
+    Warn(WarningKind::EndsDisagree, end.line, [&] {
       return EndText(guid, here.num) + " names " + EndText(end.peerGuid, there.num) +
              ", but an earlier line linked one of them otherwise; link left out";
     });
     return std::nullopt;
   }
-
-  CableEnd* other = FindEnd(there);
-  const bool agree = other != nullptr && other->peerGuid == guid && other->peerPort == here.num;
-  std::uint32_t speed = end.Speed();
-  if (agree) {
-    if (speed == 0) speed = other->Speed();
-    other->settled = true;
-  } else {
-    Warn(WarningKind::EndsDisagree, line, [&] {
-      return EndText(guid, here.num) + " names " + EndText(end.peerGuid, there.num) +
-             ", which names " +
-             (other != nullptr ? EndText(other->peerGuid, other->peerPort) : "nothing") +
-             "; the link stands, not symmetric";
-    });
-  }
-  if (auto problem = builder_.AddLink(here, there, speed, agree)) {
-    return ErrorAt(end.peerPortPlace, std::move(*problem));
+  Warn(WarningKind::EndsDisagree, end.line, [&] {
+    return EndText(guid, here.num) + " names " + EndText(end.peerGuid, there.num) +
+           ", which names " +
+           (other != nullptr ? EndText(other->peerGuid, other->peerPort) : "nothing") +
+           "; the link stands, not symmetric";
+  });
+  if (auto problem = builder_.AddLink(here, there, end.Speed(), false)) {
+    return ErrorAt(PeerPortPlace(end), std::move(*problem));
   }
   return std::nullopt;
 }

@@ -32,7 +32,7 @@ MaybeProblem ParseFieldLine(std::string_view line, std::size_t offset, std::uint
 
 // Switch	6 "S-0000000000200007"		# "leaf-p3l1" base port 0 lid 12 lmc 0
 struct DumpNodeLine {
-  std::uint32_t type = 0;
+  std::uint8_t type = 0;
   std::uint8_t numPorts = 0;
   std::uint64_t guid = 0;
   std::size_t guidOffset = 0;

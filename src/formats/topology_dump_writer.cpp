@@ -35,8 +35,8 @@ class DumpWriter {
     WriteHeader();
     for (const IBNode* node : records_) {
       WriteNode(*node);
-      for (const IBPort* port : node->ports) {
-        if (port != nullptr && port->remotePort != nullptr) WritePort(*port);
+      for (const IBPort& port : node->ports) {
+        if (port.remotePort != nullptr) WritePort(port);
       }
       Flush();
     }
@@ -77,7 +77,7 @@ void DumpWriter::AssignLids() {
   std::size_t size = 0;
   for (const IBNode& node : fabric_.GetNodes()) {
     firstLid_.push_back(size);
-    size += IsSwitch(node) ? 1 : node.ports.size();
+    size += IsSwitch(node) || node.ports.empty() ? 1 : node.ports.back().num + std::size_t{1};
   }
   lids_.resize(size);
   std::uint16_t last = 0;
@@ -87,8 +87,8 @@ void DumpWriter::AssignLids() {
       Lid(*node) = next();
       continue;
     }
-    for (const IBPort* port : node->ports) {
-      if (port != nullptr && port->remotePort != nullptr) Lid(*port) = next();
+    for (const IBPort& port : node->ports) {
+      if (port.remotePort != nullptr) Lid(port) = next();
     }
   }
 }

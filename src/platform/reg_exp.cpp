@@ -56,11 +56,12 @@ regExp::~regExp() {
   if (IsValid()) regfree(&compiled_);
 }
 
-bool regExp::Matches(const std::string& text) const {
+bool regExp::Matches(std::string_view text) const {
   if (!IsValid()) return false;
   // Of every host it is asked whether it is special, mostly by two words.
-  if (isText_) return std::strstr(text.c_str(), expression_.c_str()) != nullptr;
-  const int status = regexec(&compiled_, text.c_str(), 0, nullptr, 0);
+  if (isText_) return text.find(expression_) != std::string_view::npos;
+  regmatch_t part{0, static_cast<regoff_t>(text.size())};
+  const int status = regexec(&compiled_, text.data(), 0, &part, REG_STARTEND);
   // "No match" would make a tree of the wrong roots.
   if (status == REG_ESPACE) throw std::bad_alloc();
   return status == 0;

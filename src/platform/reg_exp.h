@@ -2,6 +2,7 @@
 
 #include <regex.h>
 #include <string>
+#include <string_view>
 
 namespace fabscope::internal {
 
@@ -24,7 +25,7 @@ class regExp {
   const std::string& GetExpression() const { return expression_; }
 
   // True when the expression matches somewhere in `text` (no anchoring of its own).
-  bool Matches(const std::string& text) const;
+  bool Matches(std::string_view text) const;
 
  private:
   std::string expression_;

@@ -93,8 +93,8 @@ class Hands {
     return true;
   }
   std::uint32_t SpeedOfSibling(std::uint32_t node) const {
-    for (const IBPort* port : GetTreePorts(fabric_.GetNodes()[node])) {
-      if (GetRemoteSwitch(port) != nullptr) return port->speed;
+    for (const IBPort& port : fabric_.GetNodes()[node].ports) {
+      if (GetRemoteSwitch(port) != nullptr) return port.speed;
     }
     return 0;
   }

@@ -322,11 +322,10 @@ void ChangeFinder::MakeRoom(const std::vector<std::vector<std::size_t>>& lacksOf
 void ChangeFinder::LookAtPorts(std::uint32_t number) {
   if (inUse_[number]) return;
   std::bitset<256>& inUse = inUse_[number].emplace();
-  for (const IBPort* port : GetTreePorts(groups_.graph.NodeOf(number))) {
-    if (port == nullptr) continue;
+  for (const IBPort& port : groups_.graph.NodeOf(number).ports) {
     // At the last two kinds a cable would not count.
-    const bool isSpoiled = port->fnm || port->fnm1 || !port->symmetric;
-    if (port->remotePort != nullptr || isSpoiled) inUse.set(port->num);
+    const bool isSpoiled = port.fnm || port.fnm1 || !port.symmetric;
+    if (port.remotePort != nullptr || isSpoiled) inUse.set(port.num);
   }
 }
 

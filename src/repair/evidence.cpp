@@ -22,6 +22,49 @@ std::uint64_t PortKeyOf(int group, std::uint8_t port) {
   return static_cast<std::uint64_t>(group) << 8U | port;
 }
 
+// The groups beside its own that a switch would cost least in, and by how much they are dearer.
+struct NextGroups {
+  NextGroups(const TreeGroups& tree, std::uint32_t number, Side side);
+
+  int cost = Margin::plenty;  // there is none
+  std::vector<int> groups;
+};
+
+NextGroups::NextGroups(const TreeGroups& tree, std::uint32_t number, Side side) {
+  const int own = side == LineSide ? tree.GroupAbove(number) : tree.GroupBelow(number);
+  if (own == Grouping::none) return;
+  const auto upperRank = static_cast<std::size_t>(tree.ranks[number] - (side == LineSide ? 1 : 0));
+  const Grouping& grouping = tree.groupings[upperRank];
+  const RankPair& pair = tree.pairs[upperRank];
+  const Side farSide = OtherSide(side);
+  const std::uint32_t place = tree.place[number];
+  const auto links = side == LineSide ? pair.OfLine(place) : pair.OfSpine(place);
+  const bool isAllInside = std::all_of(links.begin(), links.end(), [&](const RankPair::Link& link) {
+    return grouping.groupOf[farSide][link.far] == own;
+  });
+  if (isAllInside) return;
+  std::map<int, std::int64_t> tally{{own, 0}};
+  for (const RankPair::Link& link : links) {
+    const int group = grouping.groupOf[farSide][link.far];
+    if (group == Grouping::none) continue;
+    tally[group] += std::min(link.count, grouping.multiplicity[static_cast<std::size_t>(group)]);
+  }
+  const auto gain = [&](int group) {
+    const auto i = static_cast<std::size_t>(group);
+    return 2 * tally[group] - std::int64_t{grouping.multiplicity[i]} * grouping.size[farSide][i];
+  };
+  const std::int64_t ownGain = gain(own);
+  for (const auto& [group, count] : tally) {
+    if (group == own) continue;
+    const auto dearer =
+        static_cast<int>(std::min<std::int64_t>(ownGain - gain(group), Margin::plenty));
+    if (dearer > cost) continue;
+    if (dearer < cost) groups.clear();
+    cost = dearer;
+    groups.push_back(group);
+  }
+}
+
 }  // namespace
 
 Evidence::Evidence(const TreeGroups& groups)
@@ -159,41 +202,16 @@ Margin Evidence::MarginOf(std::uint32_t number, Side side) const {
   const int own = GroupOf(number, side);
   if (own == Grouping::none) return margin;
   margin.pod = PodScoreOf(number, side, own, SwitchGraph::none);
-  const std::size_t rank = UpperRank(number, side);
-  const Grouping& grouping = groups_.groupings[rank];
-  const RankPair& pair = groups_.pairs[rank];
-  const Side farSide = OtherSide(side);
-  const std::uint32_t place = groups_.place[number];
-  const auto links = side == LineSide ? pair.OfLine(place) : pair.OfSpine(place);
-  const bool isAllInside = std::all_of(links.begin(), links.end(), [&](const RankPair::Link& link) {
-    return grouping.groupOf[farSide][link.far] == own;
-  });
-  if (isAllInside) return margin;
-  std::map<int, std::int64_t> tally;
-  for (const RankPair::Link& link : links) {
-    const int group = grouping.groupOf[farSide][link.far];
-    if (group == Grouping::none) continue;
-    tally[group] += std::min(link.count, grouping.multiplicity[static_cast<std::size_t>(group)]);
-  }
-  const auto gain = [&](int group) {
-    const auto i = static_cast<std::size_t>(group);
-    return 2 * tally[group] - std::int64_t{grouping.multiplicity[i]} * grouping.size[farSide][i];
-  };
-  const std::int64_t ownGain = gain(own);
+  const NextGroups next(groups_, number, side);
   const auto scoreOf = [&](int group) {
     return ScoreOf(number, side, group, SwitchGraph::none) + SizeScoreOf(number, side, group);
   };
-  const auto others = tally;
   std::optional<int> ownScore;
-  for (const auto& [group, count] : others) {
-    if (group == own) continue;
-    const int cost =
-        static_cast<int>(std::min<std::int64_t>(ownGain - gain(group), Margin::plenty));
-    if (cost > margin.cost) continue;
+  for (const int group : next.groups) {
     if (!ownScore) ownScore = scoreOf(own);
     const int evidence = *ownScore - scoreOf(group);
-    if (cost == margin.cost && evidence >= margin.evidence) continue;
-    margin.cost = cost;
+    if (next.cost == margin.cost && evidence >= margin.evidence) continue;
+    margin.cost = next.cost;
     margin.evidence = evidence;
     margin.group = group;
   }
@@ -216,13 +234,13 @@ Evidence::Members& Evidence::MembersOf(std::size_t upperRank, Side side) {
 
 std::size_t Evidence::NameLikeness(std::uint32_t number, Side side, int group) {
   constexpr std::size_t enough = 8;
-  const std::string& name = groups_.graph.NodeOf(number).name;
+  const std::string_view name = groups_.graph.NodeOf(number).name;
   std::vector<std::size_t> shared;
   for (const std::uint32_t member :
        MembersOf(UpperRank(number, side), side)[static_cast<std::size_t>(group)]) {
     if (shared.size() == enough) break;
     if (member == number) continue;
-    const std::string& other = groups_.graph.NodeOf(member).name;
+    const std::string_view other = groups_.graph.NodeOf(member).name;
     const auto [end, otherEnd] =
         std::mismatch(name.begin(), name.end(), other.begin(), other.end());
     shared.push_back(static_cast<std::size_t>(end - name.begin()));
@@ -237,7 +255,7 @@ namespace {
 
 class TieBreaker {
  public:
-  explicit TieBreaker(TreeGroups& groups) : groups_(groups), evidence_(groups) {}
+  explicit TieBreaker(TreeGroups& groups) : groups_(groups) {}
 
   // Whether anything was moved.
   bool Run() {
@@ -271,7 +289,7 @@ class TieBreaker {
       if (isDearer) {
         Regroup(groups_.pairs[rank_], grouping, side, i, before[move]);
       } else {
-        evidence_.Move(Switches(side)[i], side, before[move], group);
+        GetEvidence().Move(Switches(side)[i], side, before[move], group);
       }
     }
     isMoved_ = isMoved_ || !isDearer;
@@ -280,8 +298,9 @@ class TieBreaker {
   void MoveSingle(Side side) {
     const std::vector<std::uint32_t>& switches = Switches(side);
     for (std::uint32_t i = 0; i < switches.size(); ++i) {
-      const Margin margin = evidence_.MarginOf(switches[i], side);
-      if (margin.cost <= 0 && margin.evidence < 0) Move(side, {{i, margin.group}});
+      if (NextGroups(groups_, switches[i], side).cost > 0) continue;
+      const Margin margin = GetEvidence().MarginOf(switches[i], side);
+      if (margin.evidence < 0) Move(side, {{i, margin.group}});
     }
   }
   // Two that could each be in the other's group change places where more speaks for that, or their
@@ -291,14 +310,13 @@ class TieBreaker {
     const std::vector<int>& groupOf = groups_.groupings[rank_].groupOf[side];
     std::map<std::pair<int, int>, std::set<std::uint32_t>> tied;  // from, to
     for (std::uint32_t i = 0; i < switches.size(); ++i) {
-      const Margin margin = evidence_.MarginOf(switches[i], side);
-      if (margin.cost <= 0) {
-        tied[{groupOf[i], margin.group}].insert(i);
-      }
+      if (NextGroups(groups_, switches[i], side).cost > 0) continue;
+      const Margin margin = GetEvidence().MarginOf(switches[i], side);
+      tied[{groupOf[i], margin.group}].insert(i);
     }
     const auto wins = [&](std::uint32_t i, int from, int to) {
-      return static_cast<std::ptrdiff_t>(evidence_.NameLikeness(switches[i], side, to)) -
-             static_cast<std::ptrdiff_t>(evidence_.NameLikeness(switches[i], side, from));
+      return static_cast<std::ptrdiff_t>(GetEvidence().NameLikeness(switches[i], side, to)) -
+             static_cast<std::ptrdiff_t>(GetEvidence().NameLikeness(switches[i], side, from));
     };
     for (const auto& [way, members] : tied) {
       const auto back = tied.find({way.second, way.first});
@@ -309,7 +327,7 @@ class TieBreaker {
         std::size_t asked = 0;
         for (const std::uint32_t other : back->second) {
           if (asked++ == mostPartners) break;
-          const int staying = evidence_.ForStaying(switches[one], switches[other], side);
+          const int staying = GetEvidence().ForStaying(switches[one], switches[other], side);
           if (staying > noEvidence) continue;
           const std::pair<int, std::ptrdiff_t> now{
               std::min(staying, 0),
@@ -321,8 +339,11 @@ class TieBreaker {
     }
   }
 
+  // Gathered where there is a tie: nothing has been moved before.
+  Evidence& GetEvidence() { return evidence_ ? *evidence_ : evidence_.emplace(groups_); }
+
   TreeGroups& groups_;
-  Evidence evidence_;
+  std::optional<Evidence> evidence_;
   std::size_t rank_ = 0;
   bool isMoved_ = false;
 };
@@ -331,9 +352,7 @@ class TieBreaker {
 
 void DecideTies(TreeGroups& groups) {
   constexpr int rounds = 3;
-  const bool isProper = std::all_of(groups.groupings.begin(), groups.groupings.end(),
-                                    [](const Grouping& grouping) { return grouping.cost == 0; });
-  if (isProper) return;
+  if (groups.AreProper()) return;
   for (int round = 0; round < rounds; ++round) {
     if (!TieBreaker(groups).Run()) break;
   }

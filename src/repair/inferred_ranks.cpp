@@ -24,8 +24,7 @@ std::vector<std::uint32_t> FindParts(const SwitchGraph& graph, std::uint32_t& co
     while (!open.empty()) {
       const std::uint32_t i = open.back();
       open.pop_back();
-      for (const std::uint32_t cable : graph.CablesOf(i)) {
-        const std::uint32_t other = graph.Cables()[cable].Other(i);
+      for (const std::uint32_t other : graph.FarEndsOf(i)) {
         if (part[other] != SwitchGraph::none) continue;
         part[other] = count;
         open.push_back(other);
@@ -38,12 +37,14 @@ std::vector<std::uint32_t> FindParts(const SwitchGraph& graph, std::uint32_t& co
 
 }  // namespace
 
-TreeRanks InferRanks(const IBFabric& fabric) {
-  const SwitchGraph graph(fabric);
+TreeRanks InferRanks(const IBFabric& fabric) { return InferRanks(fabric, TreeReading(fabric)); }
+
+TreeRanks InferRanks(const IBFabric& fabric, const TreeReading& reading) {
+  const SwitchGraph& graph = reading.graph;
   TreeRanks ranks;
   ranks.ofNode.assign(fabric.GetNodes().size(), TreeRanks::none);
   if (graph.Count() == 0) return ranks;
-  const Heights heights = FindHeights(graph);
+  const Heights heights = FindHeights(reading);
   std::uint32_t partCount = 0;
   const std::vector<std::uint32_t> part = FindParts(graph, partCount);
   std::vector<std::uint32_t> size(partCount);

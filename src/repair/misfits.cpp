@@ -13,8 +13,7 @@ namespace fabscope::internal {
 namespace {
 
 // What must go and what lacks between two ranks, at each of their switches.
-void AddPair(const RankPair& pair, std::vector<std::uint32_t>& ofSwitch) {
-  const Grouping groups = FindGroups(pair);
+void AddPair(const RankPair& pair, const Grouping& groups, std::vector<std::uint32_t>& ofSwitch) {
   for (const Side side : {SpineSide, LineSide}) {
     const auto& switches = side == SpineSide ? pair.Spines() : pair.Lines();
     for (std::uint32_t i = 0; i < switches.size(); ++i) {
@@ -42,10 +41,14 @@ void AddPair(const RankPair& pair, std::vector<std::uint32_t>& ofSwitch) {
 }  // namespace
 
 Misfits FindMisfits(const SwitchGraph& graph, const std::vector<int>& ranks) {
+  return FindMisfits(TreeGroups(graph, ranks));
+}
+
+Misfits FindMisfits(const TreeGroups& tree) {
+  const SwitchGraph& graph = tree.graph;
+  const std::vector<int>& ranks = tree.ranks;
   Misfits misfits;
   misfits.ofSwitch.assign(graph.Count(), 0);
-  const SwitchesByRank byRank(ranks);
-  const int last = static_cast<int>(byRank.switches.size()) - 1;
   for (const SwitchGraph::Cable& cable : graph.Cables()) {
     const int a = ranks[cable.a];
     const int b = ranks[cable.b];
@@ -53,8 +56,8 @@ Misfits FindMisfits(const SwitchGraph& graph, const std::vector<int>& ranks) {
     ++misfits.ofSwitch[cable.a];
     ++misfits.ofSwitch[cable.b];
   }
-  for (int upper = 0; upper < last; ++upper) {
-    AddPair(RankPair(graph, ranks, byRank, upper), misfits.ofSwitch);
+  for (std::size_t upper = 0; upper < tree.pairs.size(); ++upper) {
+    AddPair(tree.pairs[upper], tree.groupings[upper], misfits.ofSwitch);
   }
   // Each cable was counted at both of its ends.
   for (const std::uint32_t count : misfits.ofSwitch) misfits.cables += count;
@@ -63,12 +66,21 @@ Misfits FindMisfits(const SwitchGraph& graph, const std::vector<int>& ranks) {
 }
 
 std::uint64_t CountMisfits(const IBFabric& fabric, const TreeRanks& ranks) {
-  const SwitchGraph graph(fabric);
+  TreeReading reading(fabric);
+  return CountMisfits(ranks, reading);
+}
+
+std::uint64_t CountMisfits(const TreeRanks& ranks, TreeReading& reading) {
+  const SwitchGraph& graph = reading.graph;
   std::vector<int> ofSwitch(graph.Count());
   for (std::uint32_t i = 0; i < graph.Count(); ++i) {
     ofSwitch[i] = ranks.ofNode[graph.NodeOf(i).index];
   }
   TreeGroups groups(graph, std::move(ofSwitch));
+  if (!groups.AreProper()) {
+    reading.ranks = groups.ranks;
+    reading.misfits = FindMisfits(groups);
+  }
   // What decides ties sometimes finds a cheaper grouping.
   DecideTies(groups);
   std::uint64_t misfits = 0;

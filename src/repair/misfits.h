@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "repair/switch_graph.h"
+#include "repair/tree_groups.h"
 
 namespace fabscope::internal {
 
@@ -16,5 +17,7 @@ struct Misfits {
 
 // `ranks` by number in the graph; TreeRanks::none for switches outside the tree.
 Misfits FindMisfits(const SwitchGraph& graph, const std::vector<int>& ranks);
+// The same, of groups that are found already.
+Misfits FindMisfits(const TreeGroups& tree);
 
 }  // namespace fabscope::internal

@@ -180,10 +180,9 @@ Ports NoteFinder::EmptyAtAll(const std::vector<std::uint32_t>& switches) const {
   empty.set();
   for (const std::uint32_t number : switches) {
     const IBNode& node = groups_.graph.NodeOf(number);
-    for (const IBPort* port : GetTreePorts(node)) {
-      if (port == nullptr) continue;
-      const bool isSpoiled = port->fnm || port->fnm1 || !port->symmetric;
-      if (port->remotePort != nullptr || isSpoiled) empty.reset(port->num);
+    for (const IBPort& port : node.ports) {
+      const bool isSpoiled = port.fnm || port.fnm1 || !port.symmetric;
+      if (port.remotePort != nullptr || isSpoiled) empty.reset(port.num);
     }
     for (std::size_t port = node.numPorts + std::size_t{1}; port < empty.size(); ++port) {
       empty.reset(port);

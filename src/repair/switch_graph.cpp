@@ -7,7 +7,16 @@
 
 namespace fabscope::internal {
 
-SwitchGraph::SwitchGraph(const IBFabric& fabric) : numberOf_(fabric.GetNodes().size(), none) {
+namespace {
+
+bool CountsAtBothEnds(const IBNode& node, const TreeLink& link) {
+  return GetLinkedNode(*node.getPort(link.port)->remotePort) != nullptr;
+}
+
+}  // namespace
+
+SwitchGraph::SwitchGraph(const IBFabric& fabric, const TreeLinks& links)
+    : numberOf_(fabric.GetNodes().size(), none) {
   nodes_.reserve(fabric.switches.size());
   for (const IBNode* node : fabric.switches) {
     nodes_.push_back(node);
@@ -20,15 +29,12 @@ SwitchGraph::SwitchGraph(const IBFabric& fabric) : numberOf_(fabric.GetNodes().s
   std::vector<std::uint32_t> degree(Count());
   for (const IBNode* node : nodes_) {
     const std::uint32_t number = NumberOf(node->index);
-    for (const IBPort* port : GetTreePorts(*node)) {
-      const IBNode* remote = GetLinkedNode(port);
-      if (remote == nullptr) continue;
-      if (remote->nodeType == NodeTypeCA && !remote->isSpecialNode()) ++hosts_[number];
-      if (remote->nodeType != NodeTypeSwitch) continue;
-      const std::uint32_t far = NumberOf(remote->index);
-      if (std::pair(number, port->num) > std::pair(far, port->remotePort->num)) continue;
-      if (GetLinkedNode(port->remotePort) == nullptr) continue;
-      const Cable cable{number, NumberOf(remote->index), port->num, port->remotePort->num};
+    hosts_[number] = links.HostCables(*node);
+    for (const TreeLink& link : links.Of(*node)) {
+      const std::uint32_t far = NumberOf(link.remote);
+      if (std::pair(number, link.port) > std::pair(far, link.remotePort)) continue;
+      if (links.HasOneSided() && !CountsAtBothEnds(*node, link)) continue;
+      const Cable cable{number, far, link.port, link.remotePort};
       if (cable.a == cable.b) {
         loops_.push_back(cable);
         continue;

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "fabric/ib_fabric.h"
+#include "fat_tree/tree_links.h"
 
 namespace fabscope::internal {
 
@@ -28,7 +29,9 @@ class SwitchGraph {
 
   static constexpr std::uint32_t none = ~std::uint32_t{0};
 
-  explicit SwitchGraph(const IBFabric& fabric);
+  explicit SwitchGraph(const IBFabric& fabric) : SwitchGraph(fabric, TreeLinks(fabric)) {}
+  // The same for those who have read the links already; they are not needed afterwards.
+  SwitchGraph(const IBFabric& fabric, const TreeLinks& links);
 
   std::uint32_t Count() const { return static_cast<std::uint32_t>(nodes_.size()); }
   const IBNode& NodeOf(std::uint32_t number) const { return *nodes_[number]; }

@@ -29,6 +29,7 @@
 #include <tuple>
 #include <utility>
 
+#include "repair/misfit_bound.h"
 #include "repair/misfits.h"
 #include "repair/neighbor_lists.h"
 
@@ -63,16 +64,34 @@ enum class Doubt {
   OfNoneAndNobodyWaits
 };
 
+// How much of their neighbors switches share that look alike.
+constexpr double like = 0.8;
+constexpr double ratherLike = 0.6;
+
 constexpr std::uint64_t levelPrice = 8;
 constexpr int mostLevels = 6;
+
+std::vector<int> RanksOf(const Heights& heights) {
+  const int top = *std::max_element(heights.begin(), heights.end());
+  std::vector<int> ranks(heights.size(), TreeRanks::none);
+  for (std::size_t i = 0; i < heights.size(); ++i) {
+    if (heights[i] != unknown) ranks[i] = top - heights[i];
+  }
+  return ranks;
+}
 
 // What a tree costs in which everything is right.
 std::uint64_t CheapestWith(int top) { return levelPrice * static_cast<std::uint64_t>(top); }
 
 class HeightFinder {
  public:
-  explicit HeightFinder(const SwitchGraph& graph)
-      : graph_(graph), neighbors_(graph), isLeaf_(graph.Count()), common_(graph.Count()) {}
+  explicit HeightFinder(const TreeReading& reading)
+      : reading_(reading),
+        graph_(reading.graph),
+        neighbors_(graph_),
+        hasParallels_(neighbors_.Count() != 2 * graph_.Cables().size()),
+        isLeaf_(graph_.Count()),
+        common_(graph_.Count()) {}
 
   Heights Find() {
     FindFullCount();
@@ -129,7 +148,7 @@ class HeightFinder {
   void JoinTwins();
   std::vector<std::uint32_t> FindSuspects(const Misfits& misfits) const;
   Price MoveSuspects();
-  double LikenessTo(std::uint32_t i, int height);
+  double LikenessTo(std::uint32_t i, int height, double enough);
   struct Alike {
     std::vector<std::uint32_t> lastAt;  // by first neighbor: who was asked for last, or none
     std::vector<double> likeness;       // by switch that was asked for
@@ -137,9 +156,12 @@ class HeightFinder {
   double LikenessBelow(std::uint32_t i, Alike& known);
   Price PriceOf(const Heights& heights, Misfits* misfits = nullptr);
   Price WorkOutPrice(const Heights& heights, Misfits& misfits) const;
+  bool IsDearer(const Heights& heights, const Price& price) const;
 
+  const TreeReading& reading_;
   const SwitchGraph& graph_;
   const NeighborLists neighbors_;
+  const bool hasParallels_;
   std::uint32_t full_ = 0;  // what leaves have, hosts
   std::vector<bool> isLeaf_;
   Heights heights_;
@@ -383,6 +405,7 @@ void HeightFinder::Fold() {
         if (folded[i] > crease && (all || leadsUp[i])) folded[i] = 2 * crease - folded[i];
       }
       if (!all && std::equal(folded.begin(), folded.end(), bestHeights.begin())) continue;
+      if (IsDearer(folded, best)) continue;
       const Price price = PriceOf(folded);
       if (price < best) best = price, bestHeights = std::move(folded);
     }
@@ -409,16 +432,24 @@ std::vector<bool> HeightFinder::FindWaysUp(int top) const {
   return leadsUp;
 }
 
-// How alike the neighbors of a switch are to those of the most similar other switch of a height.
-double HeightFinder::LikenessTo(std::uint32_t i, int height) {
+// How alike the neighbors of a switch are to those of the most similar other switch of a height;
+// anything less than `enough` where it is less.
+double HeightFinder::LikenessTo(std::uint32_t i, int height, double enough) {
   std::vector<std::uint32_t> touched;
   const std::span<const std::uint32_t> neighbors = neighbors_.Of(i);
+  std::uint32_t most = 0;
+  std::size_t left = neighbors.size();
   for (const std::uint32_t neighbor : neighbors) {
+    // A switch shares at most all that are left. Of parallel cables it may have more.
+    const auto mostShared = static_cast<double>(most + left);
+    if (!hasParallels_ && mostShared < enough * static_cast<double>(neighbors.size())) break;
+    --left;
     std::uint32_t last = i;  // parallel cables stand together where ports are cabled in order
     ForEachNeighbor(neighbor, [&](std::uint32_t twin) {
       if (twin == i || twin == last || heights_[twin] != height) return;
       last = twin;
       if (common_[twin]++ == 0) touched.push_back(twin);
+      most = std::max(most, common_[twin]);
     });
   }
   double best = 0;
@@ -438,14 +469,12 @@ double HeightFinder::LikenessBelow(std::uint32_t i, Alike& known) {
   const std::uint32_t other = std::exchange(known.lastAt[neighbors.front()], i);
   const bool isSame = other != SwitchGraph::none && heights_[other] == heights_[i] &&
                       std::ranges::equal(neighbors_.Of(other), neighbors);
-  known.likeness[i] = isSame ? known.likeness[other] : LikenessTo(i, heights_[i] - 2);
+  known.likeness[i] = isSame ? known.likeness[other] : LikenessTo(i, heights_[i] - 2, ratherLike);
   return known.likeness[i];
 }
 
 // Leaves without hosts.
 void HeightFinder::JoinTwins() {
-  constexpr double like = 0.8;
-  constexpr double ratherLike = 0.6;
   std::vector<std::pair<std::uint32_t, int>> moves;
   Alike known{std::vector<std::uint32_t>(graph_.Count(), SwitchGraph::none),
               std::vector<double>(graph_.Count())};
@@ -453,7 +482,7 @@ void HeightFinder::JoinTwins() {
     if (heights_[i] < 2 || graph_.Hosts(i) > full_ / 2) continue;
     const double below = LikenessBelow(i, known);
     if (below < ratherLike) continue;
-    if (below >= like || below >= LikenessTo(i, heights_[i]))
+    if (below >= like || below >= LikenessTo(i, heights_[i], 0))
       moves.emplace_back(i, heights_[i] - 2);
   }
   if (moves.empty()) return;
@@ -476,21 +505,25 @@ Price HeightFinder::PriceOf(const Heights& heights, Misfits* misfits) {
   return price_;
 }
 
+// Whether it is certain that these heights cost more; false says nothing.
+bool HeightFinder::IsDearer(const Heights& heights, const Price& price) const {
+  const std::uint64_t levels = CheapestWith(*std::max_element(heights.begin(), heights.end()));
+  return levels > price.changes ||
+         HasAtLeastMisfits(neighbors_, RanksOf(heights), (price.changes - levels) / 4 + 1);
+}
+
 Price HeightFinder::WorkOutPrice(const Heights& heights, Misfits& misfits) const {
   const int top = *std::max_element(heights.begin(), heights.end());
-  std::vector<int> ranks(graph_.Count(), TreeRanks::none);
+  const std::vector<int> ranks = RanksOf(heights);
   std::vector<bool> hasBelow(graph_.Count());
   std::vector<bool> hasAbove(graph_.Count());
-  for (std::uint32_t i = 0; i < graph_.Count(); ++i) {
-    if (heights[i] != unknown) ranks[i] = top - heights[i];
-  }
   for (const SwitchGraph::Cable& cable : graph_.Cables()) {
     if (heights[cable.a] == heights[cable.b]) continue;
     const bool isAUpper = heights[cable.a] > heights[cable.b];
     hasBelow[isAUpper ? cable.a : cable.b] = true;
     hasAbove[isAUpper ? cable.b : cable.a] = true;
   }
-  misfits = FindMisfits(graph_, ranks);
+  misfits = ranks == reading_.ranks ? reading_.misfits : FindMisfits(graph_, ranks);
   Price price{4 * misfits.cables + CheapestWith(top), 0};
   std::vector<std::uint64_t> strays(static_cast<std::size_t>(top) + 1);
   std::vector<std::uint32_t> withHosts(strays.size());
@@ -578,6 +611,6 @@ Price HeightFinder::MoveSuspects() {
 
 }  // namespace
 
-Heights FindHeights(const SwitchGraph& graph) { return HeightFinder(graph).Find(); }
+Heights FindHeights(const TreeReading& reading) { return HeightFinder(reading).Find(); }
 
 }  // namespace fabscope::internal

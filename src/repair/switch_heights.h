@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "repair/repair_plan.h"
-#include "repair/switch_graph.h"
+#include "repair/tree_reading.h"
 
 namespace fabscope::internal {
 
@@ -14,6 +14,6 @@ using Heights = std::vector<int>;
 // Where no leaf is in reach.
 inline constexpr int UnknownHeight = TreeRanks::none;
 
-Heights FindHeights(const SwitchGraph& graph);
+Heights FindHeights(const TreeReading& reading);
 
 }  // namespace fabscope::internal

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <vector>
 
@@ -20,6 +21,11 @@ struct TreeGroups {
   std::vector<RankPair> pairs;       // by the rank of the spines
   std::vector<Grouping> groupings;   // likewise
 
+  // Whether no cable between neighboring ranks must go or lacks.
+  bool AreProper() const {
+    return std::all_of(groupings.begin(), groupings.end(),
+                       [](const Grouping& grouping) { return grouping.cost == 0; });
+  }
   int LastRank() const { return static_cast<int>(pairs.size()); }
   // The group of a switch with the rank below, or with the rank above; Grouping::none where it has
   // none.

@@ -227,8 +227,8 @@ bool Judge::IsCabledAnyhow(std::size_t step) const {
     if (target.cable != SwitchGraph::none) return false;
     const IBNode& lower = groups_.graph.NodeOf(target.lower->number);
     const auto& ports = groups_.graph.NodeOf(target.upper->number).ports;
-    return std::any_of(ports.begin(), ports.end(), [&](const IBPort* port) {
-      return port != nullptr && port->get_remote_node() == &lower && !port->symmetric;
+    return std::any_of(ports.begin(), ports.end(), [&](const IBPort& port) {
+      return port.get_remote_node() == &lower && !port.symmetric;
     });
   });
 }

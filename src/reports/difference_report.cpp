@@ -81,8 +81,8 @@ void DifferenceReport::WriteNodes() {
   for (const NodeAndCables& change : fabric.nodesCame) NodeLine(change, " came", now_);
   for (const NodeChange& change : fabric.replaced) {
     CountNode(*change.is);
-    Line(NodeTypeName(*change.is) + " replaced", change.is->getAlternativeName() + ", " +
-                                                     GuidText(change.was->guid) + " by " +
+    Line(NodeTypeName(*change.is) + " replaced", std::string(change.is->getAlternativeName()) +
+                                                     ", " + GuidText(change.was->guid) + " by " +
                                                      GuidText(change.is->guid));
   }
   for (const NodeChange& change : fabric.renamed) {
@@ -91,7 +91,7 @@ void DifferenceReport::WriteNodes() {
     const bool isShown = change.was->getAlternativeName() != change.is->getAlternativeName();
     Line(NodeTypeName(*change.is) + " renamed",
          isShown ? then_.Of(*change.was) + " to " + now_.Of(*change.is)
-                 : change.was->name + " to " + change.is->name);
+                 : std::string(change.was->name) + " to " + std::string(change.is->name));
   }
 }
 

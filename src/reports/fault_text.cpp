@@ -22,7 +22,7 @@ NodeNames::NodeNames(const IBFabric& fabric) {
 }
 
 std::string NodeNames::Of(const IBNode& node) const {
-  const std::string& name = node.getAlternativeName();
+  std::string name(node.getAlternativeName());
   if (!std::binary_search(shared_.begin(), shared_.end(), std::string_view(name))) return name;
   return name + " (" + GuidText(node.guid) + ")";
 }

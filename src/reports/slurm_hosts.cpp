@@ -49,10 +49,10 @@ class Placing {
  private:
   void AddAdapter(const IBNode& node) {
     const auto host = SlurmHostName(node.name);
-    if (!host) return nameless_.Add('"' + node.name + '"');
+    if (!host) return nameless_.Add('"' + std::string(node.name) + '"');
     Cables& cables = cables_[*host];
-    for (const IBPort* port : GetTreePorts(node)) {
-      const IBNode* remote = port != nullptr ? port->get_remote_node() : nullptr;
+    for (const IBPort& port : node.ports) {
+      const IBNode* remote = port.get_remote_node();
       if (remote != nullptr && topology_.GetNodeRank(remote) >= 0) ++cables[remote];
     }
   }
@@ -75,7 +75,7 @@ class Placing {
   void CountLeaves() {
     for (const IBNode* leaf : topology_.GetRanks().back()) {
       if (hosts_.bySwitch.contains(leaf)) continue;
-      (cabled_.contains(leaf) ? lent_ : bare_).Add(leaf->name);
+      (cabled_.contains(leaf) ? lent_ : bare_).Add(std::string(leaf->name));
     }
   }
 

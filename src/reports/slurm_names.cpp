@@ -28,7 +28,7 @@ constexpr std::size_t mostDigits = 9;
 bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 bool IsNameCharacter(char c) { return IsLetter(c) || IsDigit(c) || c == '-' || c == '_'; }
 
-std::string OwnName(const IBNode& node) { return node.name + GetSwitchASIC(&node); }
+std::string OwnName(const IBNode& node) { return std::string(node.name) + GetSwitchASIC(&node); }
 
 std::string TakenBySlurm(const std::string& name) {
   std::string taken;

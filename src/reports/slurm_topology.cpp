@@ -166,7 +166,7 @@ void SlurmTree::AddLeaves() {
   result_.losses.push_back(
       "renamed: " + std::to_string(renamed.size()) + (isOne ? " leaf" : " leaves") +
       " that Slurm could not take or tell apart" + (isOne ? ", " : ", the first is ") +
-      renamed.front()->name + ", now " + names.Of(*renamed.front()));
+      std::string(renamed.front()->name) + ", now " + names.Of(*renamed.front()));
 }
 
 // From the leaves up, so that what is below a set is complete when its turn comes. A set above

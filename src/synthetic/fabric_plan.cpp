@@ -154,7 +154,7 @@ std::vector<NodeSpec> FabricPlan::AllNodes() const {
     for (unsigned plane = 1; plane <= chips; ++plane) all.push_back(NodeOnPlane(i, plane));
   }
   std::sort(all.begin(), all.end(), [](const NodeSpec& a, const NodeSpec& b) {
-    return CompareNodeOrder(a.name, a.guid, b.name, b.guid) < 0;
+    return CompareNodeOrder(a.name.c_str(), a.guid, b.name.c_str(), b.guid) < 0;
   });
   return all;
 }
@@ -177,9 +177,9 @@ void FabricPlan::AggregatePorts(FabricBuilder& builder, const PlannedCable& cabl
 }
 
 void FabricPlan::Fill(FabricBuilder& builder) const {
-  std::vector<NodeSpec> all = AllNodes();
+  const std::vector<NodeSpec> all = AllNodes();
   builder.ReserveNodes(all.size());
-  for (NodeSpec& spec : all) Must(builder.AddNode(std::move(spec)));
+  for (const NodeSpec& spec : all) Must(builder.AddNode(spec));
 
   builder.ReserveLinks(cables.size() * planes);
   for (const PlannedCable& cable : cables) {

@@ -65,10 +65,10 @@ void ForEachCableOf(const std::vector<NodeAndCables>& nodes, const auto& visit) 
   std::set<std::string> told;
   for (const NodeAndCables& change : nodes) {
     std::size_t cables = 0;
-    for (const IBPort* port : GetTreePorts(*change.node)) {
-      if (port == nullptr || port->remotePort == nullptr) continue;
+    for (const IBPort& port : change.node->ports) {
+      if (port.remotePort == nullptr) continue;
       ++cables;
-      const std::string name = Name(*port, *port->remotePort);
+      const std::string name = Name(port, *port.remotePort);
       if (told.insert(name).second) visit(name);
     }
     EXPECT_EQ(change.cables, cables);

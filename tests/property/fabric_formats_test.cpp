@@ -252,8 +252,8 @@ int SortNodes(Lossy lossy) {
   std::sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
     const PlainNode& nodeA = fabric.nodes[a];
     const PlainNode& nodeB = fabric.nodes[b];
-    return CompareNodeOrder(NameThere(nodeA, lossy.format), nodeA.guid,
-                            NameThere(nodeB, lossy.format), nodeB.guid) < 0;
+    return CompareNodeOrder(NameThere(nodeA, lossy.format).c_str(), nodeA.guid,
+                            NameThere(nodeB, lossy.format).c_str(), nodeB.guid) < 0;
   });
   return Reorder(fabric, order);
 }

@@ -14,22 +14,23 @@ constexpr std::uint64_t seeds = 1'000;
 
 void Write(std::ostream& text, const IBPort& port) {
   text << "port " << &port << ' ' << int{port.num} << ' ' << port.remotePort << ' ' << port.node
-       << ' ' << port.aport << ' ' << port.state << ' ' << port.speed << ' '
-       << port.planeMultiplicity << ' ' << port.group.has_value()
-       << (port.group ? port.group->number : 0) << ' ' << port.symmetric << port.fnm << port.fnm1
-       << port.inSubFabric << '\n';
+       << ' ' << port.GetAPort() << ' ' << port.GetState() << ' ' << port.speed << ' '
+       << port.GetPlaneMultiplicity() << ' ' << port.GetGroup().has_value()
+       << (port.GetGroup() ? port.GetGroup()->number : 0) << ' ' << port.symmetric << port.fnm
+       << port.fnm1 << port.inSubFabric << '\n';
 }
 
 void Write(std::ostream& text, const IBNode& node) {
-  text << "node " << &node << ' ' << node.guid << ' ' << node.systemGuid << ' ' << node.nodeType
-       << ' ' << int{node.smdbRank} << ' ' << int{node.numPorts} << ' ' << node.special
-       << node.multiAsic << ' ' << node.planesNumber << ' ' << node.suitablePlane << " '"
-       << node.name << "' '" << node.displayName << "' '" << node.asic << "' planes";
+  text << "node " << &node << ' ' << node.guid << ' ' << node.systemGuid << ' '
+       << int{node.nodeType} << ' ' << int{node.smdbRank} << ' ' << int{node.numPorts} << ' '
+       << node.special << node.multiAsic << ' ' << node.getPlanesNumber() << ' '
+       << node.getSuitablePlane() << " '" << node.name << "' '" << node.getAlternativeName()
+       << "' '" << node.getVortaSwitchASIC() << "' planes";
   for (const int plane : node.GetPlanes()) text << ' ' << plane;
   text << " flids";
-  for (const int flid : node.flids) text << ' ' << flid;
+  for (const int flid : node.GetFlids()) text << ' ' << flid;
   text << " ports " << node.ports.data();
-  for (const IBPort* port : node.ports) text << ' ' << port;
+  for (const IBPort& port : node.ports) text << ' ' << &port;
   text << '\n';
 }
 

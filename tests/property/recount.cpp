@@ -8,9 +8,7 @@ namespace fabscope::internal {
 
 std::vector<const IBPort*> PortsOf(const IBNode& node) {
   std::vector<const IBPort*> ports;
-  for (std::size_t num = 1; num <= node.numPorts && num < node.ports.size(); ++num) {
-    if (node.ports[num] != nullptr) ports.push_back(node.ports[num]);
-  }
+  for (const IBPort& port : node.ports) ports.push_back(&port);
   return ports;
 }
 
@@ -40,7 +38,8 @@ int Recount::HostsOf(const IBNode& leaf) const {
     if (port->fnm || port->fnm1 || !port->symmetric || port->remotePort == nullptr) continue;
     const IBNode& host = *port->remotePort->node;
     if (host.nodeType != 1 || host.special) continue;
-    const bool isGrouped = port->remotePort->group && port->remotePort->group->number >= 1;
+    const bool isGrouped =
+        port->remotePort->GetGroup() && port->remotePort->GetGroup()->number >= 1;
     if (leaf.multiAsic && isGrouped) {
       groupedHosts.insert(host.guid);
     } else {
@@ -64,8 +63,8 @@ Links Recount::LinksOf(const IBNode& node) const {
 }
 
 std::string NameWithGuid(const IBNode& node) {
-  const std::string asic = node.asic.empty() ? "" : "/" + node.asic;
-  std::string name = node.displayName;
+  const std::string asic = node.getVortaSwitchASIC().empty() ? "" : "/" + node.getVortaSwitchASIC();
+  std::string name(node.getAlternativeName());
   for (const char* cut : {"/A", "/U"}) {
     if (const std::size_t at = name.find(cut); at != std::string::npos) {
       name.resize(at);

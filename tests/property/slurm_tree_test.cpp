@@ -42,7 +42,7 @@ std::string HostOf(const IBNode& node) {
   constexpr const char* letters =
       "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-_.";
   std::string word;
-  std::istringstream(node.name) >> word;
+  std::istringstream(std::string(node.name)) >> word;
   return word.find_first_not_of(letters) == std::string::npos ? word : std::string();
 }
 

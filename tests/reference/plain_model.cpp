@@ -15,7 +15,7 @@ void Require(const FabricBuilder::Problem& problem) {
 NodeSpec SpecOf(const PlainNode& node) {
   NodeSpec spec;
   spec.guid = node.guid;
-  spec.type = static_cast<std::uint32_t>(node.type);
+  spec.type = static_cast<std::uint8_t>(node.type);
   spec.name = node.name;
   spec.numPorts = static_cast<std::uint8_t>(node.numPorts);
   spec.systemGuid = node.systemGuid;

@@ -171,7 +171,7 @@ std::unique_ptr<IBFabric> Shuffled(const IBFabric& fabric, std::uint64_t seed) {
     spec.type = node->nodeType;
     spec.name = node->name;
     spec.numPorts = node->numPorts;
-    EXPECT_FALSE(builder.AddNode(std::move(spec)));
+    EXPECT_FALSE(builder.AddNode(spec));
   }
   for (const IBPort& port : fabric.GetPorts()) {
     const IBPort* far = port.remotePort;

@@ -10,7 +10,7 @@ namespace {
 // --- The fabric as plain data.
 
 void AddPort(const IBPort& port, plain::Fabric& fabric) {
-  if (port.node->nodeType != NodeTypeSwitch || port.num == 0) return;
+  if (port.node->nodeType != NodeTypeSwitch) return;
   const plain::Socket here{port.node->guid, port.num};
   const IBPort* far = port.remotePort;
   if (far == nullptr) {
@@ -19,7 +19,7 @@ void AddPort(const IBPort& port, plain::Fabric& fabric) {
     if (port.speed != 0) fabric.speeds[here] = port.speed;
     return;
   }
-  if (GetRemoteSwitch(&port) == nullptr || GetRemoteSwitch(far) == nullptr) {
+  if (GetRemoteSwitch(port) == nullptr || GetRemoteSwitch(*far) == nullptr) {
     fabric.taken.insert(here);
     if (far->node->nodeType == NodeTypeSwitch) {
       fabric.joinedOtherwise.insert({port.node->guid, far->node->guid});
@@ -31,8 +31,7 @@ void AddPort(const IBPort& port, plain::Fabric& fabric) {
 }
 
 bool HasHosts(const IBNode& node) {
-  const auto ports = GetTreePorts(node);
-  return std::any_of(ports.begin(), ports.end(), [](const IBPort* port) {
+  return std::any_of(node.ports.begin(), node.ports.end(), [](const IBPort& port) {
     const IBNode* far = GetLinkedNode(port);
     return far != nullptr && far->nodeType == NodeTypeCA && !far->isSpecialNode();
   });

@@ -132,7 +132,7 @@ class GraphMaker {
     node.guid = static_cast<std::uint64_t>(++switches_);
     node.name = "switch" + std::to_string(switches_);
     node.numPorts = static_cast<std::uint8_t>(ports_);
-    static_cast<void>(builder_.AddNode(std::move(node)));
+    static_cast<void>(builder_.AddNode(node));
     return switches_;
   }
   // At ports by chance; where one is taken, there is no cable.
@@ -161,7 +161,7 @@ class GraphMaker {
     host.name = "host" + std::to_string(hosts_);
     host.numPorts = 1;
     const std::uint64_t guid = host.guid;
-    static_cast<void>(builder_.AddNode(std::move(host)));
+    static_cast<void>(builder_.AddNode(host));
     const PortRef at{static_cast<std::uint64_t>(owner), AnyPort()};
     static_cast<void>(builder_.AddLink({at, {guid, 1}, hdr, true}));
   }
@@ -245,7 +245,7 @@ TreeRanks RanksByDistance(const IBFabric& fabric, const std::vector<std::uint32_
     ++ranks.levels;
     std::vector<std::uint32_t> next;
     for (const std::uint32_t index : last) {
-      for (const IBPort* port : GetTreePorts(fabric.GetNodes()[index])) {
+      for (const IBPort& port : fabric.GetNodes()[index].ports) {
         const IBNode* far = GetRemoteSwitch(port);
         if (far == nullptr || ranks.ofNode[far->index] != TreeRanks::none) continue;
         ranks.ofNode[far->index] = ranks.levels;

@@ -67,7 +67,7 @@ TreeRun Run(const FabricPlan& plan, bool byDefault) {
   if (status != 0) return run;
   for (const NodeSet& rank : topology.GetRanks()) {
     run.ranks.emplace_back();
-    for (const IBNode* node : rank) run.ranks.back().insert(node->name);
+    for (const IBNode* node : rank) run.ranks.back().emplace(node->name);
   }
   stream.str(topology.LevelsReport());
   stream.seekp(0, std::ios::end);

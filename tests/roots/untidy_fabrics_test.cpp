@@ -27,7 +27,7 @@ class UntidyFabricsTest : public ::testing::TestWithParam<int> {
     return shape;
   }
 
-  std::size_t Add(const std::string& name, std::uint32_t type, std::uint8_t ports) {
+  std::size_t Add(const std::string& name, std::uint8_t type, std::uint8_t ports) {
     PlannedNode node;
     node.spec.guid = addedGuids + plan.nodes.size();
     node.spec.type = type;

@@ -30,9 +30,9 @@ class RepairTest : public ::testing::Test {
   }
   // The first cable between two switches of the tree.
   RepairCable CableBetween(const std::string& upper, const std::string& lower) {
-    for (const IBPort* port : tree[upper]->ports) {
-      if (port != nullptr && port->get_remote_node() == tree[lower]) {
-        return {{tree[upper]->index, port->num}, {tree[lower]->index, port->remotePort->num}};
+    for (const IBPort& port : tree[upper]->ports) {
+      if (port.get_remote_node() == tree[lower]) {
+        return {{tree[upper]->index, port.num}, {tree[lower]->index, port.remotePort->num}};
       }
     }
     ADD_FAILURE() << upper << " has no cable to " << lower;

@@ -48,7 +48,7 @@ TestFabric& TestFabric::Host(const std::string& name, std::uint8_t numPorts) {
 TestFabric& TestFabric::Node(NodeSpec spec) {
   if (spec.guid == 0) spec.guid = nodes_.size() + 1;
   nodes_[spec.name] = {spec.guid, spec.numPorts};
-  Require(builder_.AddNode(std::move(spec)));
+  Require(builder_.AddNode(spec));
   return *this;
 }
 

@@ -27,7 +27,8 @@ inline std::string ModelText(const IBFabric& fabric) {
     text << TypeText(node) << " 0x" << node.guid << " \"" << node.name << "\" ports "
          << std::to_string(node.numPorts);
     if (node.systemGuid != node.guid) text << " system 0x" << node.systemGuid;
-    if (node.displayName != node.name) text << " shown as \"" << node.displayName << '"';
+    if (node.getAlternativeName() != node.name)
+      text << " shown as \"" << node.getAlternativeName() << '"';
     text << (node.special ? " special\n" : "\n");
   }
   for (const IBPort& port : fabric.GetPorts()) {

@@ -46,7 +46,8 @@ inline std::vector<std::string> DownNodes(FTUpHopHistogram& histogram) {
   std::vector<std::string> sets;
   for (const auto& [key, set] : TestPeer::UpHopSets(histogram)) {
     std::string names;
-    for (const IBNode* node : set.downNodes) names += (names.empty() ? "" : " ") + node->name;
+    for (const IBNode* node : set.downNodes)
+      names.append(names.empty() ? "" : " ").append(node->name);
     sets.push_back(names);
   }
   return sets;

@@ -1,5 +1,5 @@
 // Which roots a tree is built from. What is inferred, and how well a tree fits, the tests say
-// themselves: this program has its own InferRanks and CountMisfits.
+// themselves: this program has its own InferRanks, CountMisfits and IsProperTree.
 
 #include "check/build_tree.h"
 
@@ -9,6 +9,7 @@
 #include <set>
 
 #include "repair/inferred_ranks.h"
+#include "repair/proper_tree.h"
 #include "support/stage_fixture.h"
 
 namespace fabscope::internal {
@@ -42,7 +43,7 @@ class BuildTreeTest : public StageTest {
     std::vector<std::vector<std::string>> ranks;
     for (const NodeSet& rank : tree.topology->GetRanks()) {
       ranks.emplace_back();
-      for (const IBNode* node : rank) ranks.back().push_back(node->name);
+      for (const IBNode* node : rank) ranks.back().emplace_back(node->name);
     }
     return ranks;
   }
@@ -185,27 +186,30 @@ TEST_F(BuildTreeTest, MisfitsOfOtherRootsAreCountedWhenAskedFor) {
 
 }  // namespace
 
-TreeRanks InferRanks(const IBFabric& fabric) {
+TreeRanks InferRanks(const IBFabric& fabric, const TreeReading& /*reading*/) {
   ++inference.askedFor;
   TreeRanks ranks{std::vector<int>(fabric.GetNodes().size(), TreeRanks::none), inference.levels};
   for (const IBNode& node : fabric.GetNodes()) {
     if (node.nodeType == NodeTypeSwitch) {
-      ranks.ofNode[node.index] = inference.roots.contains(node.name) ? 0 : 1;
+      ranks.ofNode[node.index] = inference.roots.contains(std::string(node.name)) ? 0 : 1;
     }
   }
   return ranks;
 }
 
-std::uint64_t CountMisfits(const IBFabric& fabric, const TreeRanks& ranks) {
-  EXPECT_EQ(ranks.ofNode.size(), fabric.GetNodes().size());
+std::uint64_t CountMisfits(const TreeRanks& ranks, TreeReading& reading) {
+  const SwitchGraph& graph = reading.graph;
   std::vector<int> counts(static_cast<std::size_t>(ranks.levels));
-  for (const IBNode& node : fabric.GetNodes()) {
-    const int rank = ranks.ofNode[node.index];
-    EXPECT_EQ(rank == TreeRanks::none, node.nodeType != NodeTypeSwitch);
+  for (std::size_t i = 0; i < ranks.ofNode.size(); ++i) {
+    const int rank = ranks.ofNode[i];
+    const bool isSwitch = graph.NumberOf(static_cast<std::uint32_t>(i)) != SwitchGraph::none;
+    EXPECT_EQ(rank == TreeRanks::none, !isSwitch);
     if (rank != TreeRanks::none) ++counts.at(static_cast<std::size_t>(rank));
   }
   const auto known = misfits.find(counts);
   return known == misfits.end() ? 0 : known->second;
 }
+
+bool IsProperTree(const FTTopology& /*topology*/) { return false; }
 
 }  // namespace fabscope::internal

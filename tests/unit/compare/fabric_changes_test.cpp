@@ -13,7 +13,9 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-std::string Text(const IBPort* port) { return port->node->name + ":" + std::to_string(port->num); }
+std::string Text(const IBPort* port) {
+  return std::string(port->node->name) + ":" + std::to_string(port->num);
+}
 std::string Text(const Cable& cable) { return Text(cable.end1) + " " + Text(cable.end2); }
 
 // Two switches on two roots, and a host, before and after.

@@ -263,7 +263,7 @@ TEST_F(LinkCuresTest, ALinkBelongsToTheStepThatPlugsIt) {
     std::vector<std::string> lines;
     for (const std::size_t place : cures[step]) {
       const auto* missing = std::get_if<MissingLink>(&result.before.findings[place]);
-      if (missing != nullptr) lines.push_back(missing->line->name);
+      if (missing != nullptr) lines.emplace_back(missing->line->name);
     }
     return lines;
   };

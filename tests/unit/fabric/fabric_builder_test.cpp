@@ -62,7 +62,7 @@ TEST_F(FabricBuilderTest, AbsentValuesOfANodeFollowAnother) {
   const auto fabric = builder.Build();
   const IBNode* node = fabric->getNodeByGuid(9);
   EXPECT_EQ(node->systemGuid, 9U);
-  EXPECT_EQ(node->displayName, "leaf");
+  EXPECT_EQ(node->getAlternativeName(), "leaf");
   EXPECT_THAT(node->GetPlanes(), ElementsAre(3));
 }
 
@@ -77,9 +77,9 @@ TEST_F(FabricBuilderTest, GivenValuesOfANodeStand) {
   const auto fabric = builder.Build();
   const IBNode* node = fabric->getNodeByGuid(9);
   EXPECT_EQ(node->systemGuid, 0U);
-  EXPECT_EQ(node->displayName, "");
+  EXPECT_EQ(node->getAlternativeName(), "");
   EXPECT_THAT(node->GetPlanes(), IsEmpty());
-  EXPECT_THAT(node->flids, ElementsAre(1, 5));
+  EXPECT_THAT(node->GetFlids(), ElementsAre(1, 5));
 }
 
 TEST_F(FabricBuilderTest, ANodeAnswersWhatItWasMadeFrom) {
@@ -124,7 +124,7 @@ TEST_F(FabricBuilderTest, ANodeIsOrdinaryUnlessToldOtherwise) {
   EXPECT_EQ(node->getPlanesNumber(), 1);
   EXPECT_EQ(node->getSuitablePlane(), 1);
   EXPECT_TRUE(node->isOnSamePlane(1));
-  EXPECT_THAT(node->flids, IsEmpty());
+  EXPECT_THAT(node->GetFlids(), IsEmpty());
   EXPECT_EQ(fabric->getNodeByGuid(3)->nodeType, 1U);
 }
 
@@ -202,8 +202,9 @@ TEST_F(FabricBuilderTest, ANodeOf255PortsHasThemAll) {
   ASSERT_EQ(Text(builder.AddNode(Switch(9, 255))), "");
   EXPECT_EQ(Link({9, 255}, {1, 1}), "");
   EXPECT_TRUE(builder.HasLink({3, 255}));
+  for (std::uint8_t num = 1; num < 255; ++num) ASSERT_EQ(Text(builder.SetPort(9, Port(num))), "");
   const auto fabric = builder.Build();
-  EXPECT_THAT(fabric->getNodeByGuid(9)->ports, SizeIs(256));
+  EXPECT_THAT(fabric->getNodeByGuid(9)->ports, SizeIs(255));
   EXPECT_EQ(fabric->getNodeByGuid(9)->getPort(255)->num, 255);
 }
 
@@ -269,15 +270,15 @@ TEST_F(FabricBuilderTest, APortAnswersWhatItWasGiven) {
   ASSERT_NE(port, nullptr);
   EXPECT_EQ(port->num, 2);
   EXPECT_EQ(port->node, fabric->getNodeByGuid(1));
-  EXPECT_EQ(port->state, 3U);
+  EXPECT_EQ(port->GetState(), 3U);
   EXPECT_EQ(port->speed, 0x800U);
   EXPECT_FALSE(port->isSymmetricLink());
   EXPECT_TRUE(port->isFNMPort());
   EXPECT_TRUE(port->isFNM1Port());
   EXPECT_FALSE(port->getInSubFabric());
-  EXPECT_EQ(port->planeMultiplicity, -2);
-  ASSERT_TRUE(port->group.has_value());
-  EXPECT_EQ(port->group->number, -1);
+  EXPECT_EQ(port->GetPlaneMultiplicity(), -2);
+  ASSERT_TRUE(port->GetGroup().has_value());
+  EXPECT_EQ(port->GetGroup()->number, -1);
 }
 
 TEST_F(FabricBuilderTest, TheTwoKindsOfFNMPortsAreKeptApart) {
@@ -301,10 +302,10 @@ TEST_F(FabricBuilderTest, APortIsOrdinaryUnlessToldOtherwise) {
   const auto fabric = builder.Build();
   const IBPort* cabled = fabric->getNodeByGuid(1)->getPort(1);
   const IBPort* uncabled = fabric->getNodeByGuid(1)->getPort(2);
-  EXPECT_EQ(cabled->state, 4U);
+  EXPECT_EQ(cabled->GetState(), 4U);
   EXPECT_EQ(cabled->speed, 0x400U);
   EXPECT_EQ(cabled->get_remote_node(), fabric->getNodeByGuid(2));
-  EXPECT_EQ(uncabled->state, 1U);
+  EXPECT_EQ(uncabled->GetState(), 1U);
   EXPECT_EQ(uncabled->speed, 0U);
   EXPECT_EQ(uncabled->get_remote_node(), nullptr);
   for (const IBPort* port : {cabled, uncabled}) {
@@ -312,9 +313,9 @@ TEST_F(FabricBuilderTest, APortIsOrdinaryUnlessToldOtherwise) {
     EXPECT_FALSE(port->isFNMPort());
     EXPECT_FALSE(port->isFNM1Port());
     EXPECT_TRUE(port->getInSubFabric());
-    EXPECT_EQ(port->planeMultiplicity, 1);
-    EXPECT_FALSE(port->group.has_value());
-    EXPECT_EQ(port->aport, nullptr);
+    EXPECT_EQ(port->GetPlaneMultiplicity(), 1);
+    EXPECT_FALSE(port->GetGroup().has_value());
+    EXPECT_EQ(port->GetAPort(), nullptr);
   }
 }
 
@@ -352,8 +353,8 @@ TEST_F(FabricBuilderTest, ARefusedAggregatedPortLeavesItsPortsFree) {
   EXPECT_EQ(APort({{1, 2}}, 7), "");
   const auto fabric = builder.Build();
   ASSERT_THAT(fabric->GetAPorts(), SizeIs(2));
-  EXPECT_EQ(fabric->getNodeByGuid(1)->getPort(1)->aport, &fabric->GetAPorts()[0]);
-  EXPECT_EQ(fabric->getNodeByGuid(1)->getPort(2)->aport, &fabric->GetAPorts()[1]);
+  EXPECT_EQ(fabric->getNodeByGuid(1)->getPort(1)->GetAPort(), &fabric->GetAPorts()[0]);
+  EXPECT_EQ(fabric->getNodeByGuid(1)->getPort(2)->GetAPort(), &fabric->GetAPorts()[1]);
   EXPECT_EQ(fabric->GetAPorts()[1].asymmetry, 7U);
 }
 
@@ -372,7 +373,7 @@ TEST_F(FabricBuilderTest, FlidsAreAddedOnceAndInOrder) {
   for (const int flid : {300, 7, 300, 65535, 0}) {
     builder.AddFlid(1, static_cast<std::uint16_t>(flid));
   }
-  EXPECT_THAT(builder.Build()->getNodeByGuid(1)->flids, ElementsAre(0, 7, 300, 65535));
+  EXPECT_THAT(builder.Build()->getNodeByGuid(1)->GetFlids(), ElementsAre(0, 7, 300, 65535));
 }
 
 TEST_F(FabricBuilderTest, NodesStandInTheOrderInWhichTheyWereAdded) {
@@ -413,11 +414,16 @@ TEST_F(FabricBuilderTest, APortWithoutCableOrAttributeHasNoObject) {
   EXPECT_EQ(fabric->getNodeByGuid(3)->getPort(0), nullptr);
 }
 
-TEST_F(FabricBuilderTest, ASwitchWithoutAnyPortObjectStillHasAPlaceForItsManagementPort) {
+TEST_F(FabricBuilderTest, ThePortsOfANodeAreThoseOfACableOrAnAttributeByNumber) {
+  ASSERT_EQ(Text(builder.SetPort(1, Port(4))), "");
+  ASSERT_EQ(Link({1, 2}, {3, 1}), "");
+  ASSERT_EQ(APort({{1, 1}}), "");
   const auto fabric = builder.Build();
-  EXPECT_THAT(fabric->getNodeByGuid(1)->ports, SizeIs(1));
-  EXPECT_EQ(fabric->getNodeByGuid(1)->getPort(0), nullptr);
-  EXPECT_THAT(fabric->getNodeByGuid(3)->ports, IsEmpty());
+  std::vector<int> numbers;
+  for (const IBPort& port : fabric->getNodeByGuid(1)->ports) numbers.push_back(port.num);
+  EXPECT_THAT(numbers, ElementsAre(1, 2, 4));
+  EXPECT_THAT(fabric->getNodeByGuid(2)->ports, IsEmpty());
+  EXPECT_THAT(fabric->getNodeByGuid(3)->ports, SizeIs(1));
 }
 
 TEST_F(FabricBuilderTest, TheBuilderIsEmptyAfterwards) {

@@ -254,16 +254,6 @@ TEST_F(AportChecksTest, PortWithoutACableDoesNotTakePart) {
   EXPECT_EQ(Report(Neighborhood()), "");
 }
 
-TEST_F(AportChecksTest, ManagementPortDoesNotTakePart) {
-  PlaneCable("spine0", "line0", 1);
-  PlaneCable("line0", "host", 2);
-  fabric.AggregatedPort({{"spine0", 1}}, 1).AggregatedPort({{"line0", 2}}, 1);
-  FTNeighborhood& group = Neighborhood();
-  std::swap(fabric["spine0"]->ports[0], fabric["spine0"]->ports[1]);
-  std::swap(fabric["line0"]->ports[0], fabric["line0"]->ports[2]);
-  EXPECT_EQ(Report(group), "");
-}
-
 TEST_F(AportChecksTest, FarPortWithoutAnOwnerDoesNotTakePart) {
   PlaneCable("spine0", "line0", 1);
   PlaneCable("line0", "host", 2);

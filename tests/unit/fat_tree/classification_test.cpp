@@ -185,15 +185,6 @@ TEST_F(ClassificationTest, LastPortOfASwitchIsSearchedToo) {
             (DistanceClasses{{0, List({"leaf"})}, {1, List({"a"})}, {2, List({"b"})}}));
 }
 
-TEST_F(ClassificationTest, ManagementPortIsNotSearched) {
-  fabric.Switch("leaf").Switch("a").Link("leaf", 1, "a", 1);
-  const IBNode* leaf = fabric["leaf"];
-  std::swap(leaf->ports[0], leaf->ports[1]);
-  FTClassification classification(Topology());
-  classification.ClassifyByDistance(*leaf);
-  EXPECT_EQ(TestPeer::DistanceToNodes(classification), (DistanceClasses{{0, List({"leaf"})}}));
-}
-
 TEST_F(ClassificationTest, SwitchWithoutPortsHasNoNeighbours) {
   fabric.Switch("leaf", 0).Switch("other");
   FTClassification classification(Topology());

@@ -29,7 +29,7 @@ class MissingLinksTest : public NeighborhoodTest {
         visited.Add(spine, line);
         if (connectedPairs.Contains(spine, line)) continue;
         texts.push_back("Neighborhood " + std::to_string(id) + ": missing link between switches (" +
-                        spine->name + ") and (" + line->name + ")");
+                        std::string(spine->name) + ") and (" + std::string(line->name) + ")");
       }
     }
     return texts;

@@ -18,7 +18,7 @@ using Groups = std::vector<FTNeighborhood*>;
 
 std::vector<std::string> Names(const NodeSet& nodes) {
   std::vector<std::string> names;
-  for (const IBNode* node : nodes) names.push_back(node->name);
+  for (const IBNode* node : nodes) names.emplace_back(node->name);
   return names;
 }
 

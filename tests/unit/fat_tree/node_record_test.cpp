@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 #include <string>
 
+#include "support/test_fabric.h"
+
 namespace fabscope::internal {
 namespace {
 
@@ -11,13 +13,14 @@ class NodeRecordTest : public ::testing::Test {
   // The record of a switch of the given display name and ASIC.
   static std::string Record(const std::string& displayName, const std::string& asic = "",
                             int showGuid = 0) {
-    IBNode node;
-    node.guid = 0x2c9;
-    node.systemGuid = 0xFEDCBA9876543210;
-    node.name = "name";
-    node.displayName = displayName;
-    node.asic = asic;
-    return GetNodeRecord(&node, showGuid);
+    NodeSpec spec;
+    spec.guid = 0x2c9;
+    spec.systemGuid = 0xFEDCBA9876543210;
+    spec.name = "name";
+    spec.displayName = displayName;
+    spec.asic = asic;
+    TestFabric fabric;
+    return GetNodeRecord(fabric.Node(spec)["name"], showGuid);
   }
 };
 

@@ -36,7 +36,7 @@ class TopologyTest : public StageTest {
 
   static Names NamesOf(const NodeSet& nodes) {
     Names names;
-    for (const IBNode* node : nodes) names.push_back(node->name);
+    for (const IBNode* node : nodes) names.emplace_back(node->name);
     return names;
   }
   std::vector<Names> RankNames() {
@@ -400,18 +400,6 @@ TEST_F(TopologyTest, TheLastPortOfASwitchIsLookedAt) {
   fabric.Link("root", 255, "mid", 1).Link("mid", 4, "leaf", 255);
   RankFrom({"root"});
   EXPECT_EQ(RankNames(), (std::vector<Names>{{"root"}, {"mid"}, {"leaf"}}));
-}
-
-TEST_F(TopologyTest, PortZeroIsNeverLookedAt) {
-  fabric.Switch("root").Switch("other").Link("root", 1, "other", 1);
-  SetFNM("root", 1);
-  IBNode* root = *fabric.Build().switches.begin();
-  IBPort management;
-  management.node = root;
-  management.remotePort = fabric["other"]->getPort(1);
-  root->ports[0] = &management;
-  RankFrom({"root"});
-  EXPECT_EQ(RankNames(), (std::vector<Names>{{"root"}}));
 }
 
 // The leaf sees the root, two ranks above it, over a link of which the root knows nothing.

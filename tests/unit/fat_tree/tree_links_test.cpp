@@ -2,7 +2,6 @@
 
 #include <gmock/gmock.h>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "support/test_fabric.h"
@@ -21,7 +20,7 @@ class TreeLinksTest : public ::testing::Test {
     const TreeLinks links(fabric.Build());
     for (const TreeLink& link : links.Of(*fabric[name])) {
       texts.push_back(std::to_string(link.port) + " to " +
-                      fabric.Build().GetNodes()[link.remote].name + " port " +
+                      std::string(fabric.Build().GetNodes()[link.remote].name) + " port " +
                       std::to_string(link.remotePort));
     }
     return texts;
@@ -53,18 +52,17 @@ TEST_F(TreeLinksTest, ASwitchWithoutCablesHasNoLinks) {
   EXPECT_THAT(Links("zero"), IsEmpty());
 }
 
-TEST_F(TreeLinksTest, FnmPortsAsymmetricLinksAndTheManagementPortAreNoLinks) {
+TEST_F(TreeLinksTest, FnmPortsAndAsymmetricLinksAreNoLinks) {
   fabric.Switch("leaf").Switch("root");
-  for (const std::uint8_t num : std::vector<std::uint8_t>{1, 2, 3, 5})
+  for (const std::uint8_t num : std::vector<std::uint8_t>{1, 2, 5})
     fabric.Link("leaf", num, "root", num);
   fabric.Link("leaf", 4, "root", 4, /*symmetric=*/false);
   SetPort("leaf", 1, [](PortSpec& port) { port.fnm = true; });
   SetPort("leaf", 2, [](PortSpec& port) { port.fnm1 = true; });
-  std::swap(fabric["leaf"]->ports[0], fabric["leaf"]->ports[3]);
   EXPECT_THAT(Links("leaf"), ElementsAre("5 to root port 5"));
   // From the far end each cable is looked at by itself.
-  EXPECT_THAT(Links("root"), ElementsAre("1 to leaf port 1", "2 to leaf port 2", "3 to leaf port 3",
-                                         "5 to leaf port 5"));
+  EXPECT_THAT(Links("root"),
+              ElementsAre("1 to leaf port 1", "2 to leaf port 2", "5 to leaf port 5"));
 }
 
 TEST_F(TreeLinksTest, HostsAreChannelAdaptersThatAreNotSpecial) {

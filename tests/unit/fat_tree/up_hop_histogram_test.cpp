@@ -5,7 +5,6 @@
 #include <map>
 #include <sstream>
 #include <string>
-#include <utility>
 
 #include "support/up_hop_fixture.h"
 
@@ -259,15 +258,6 @@ TEST_F(UpHopHistogramTest, LastPortOfALowerSwitchIsLookedAt) {
   FTUpHopHistogram histogram(Topology(), 0);
   ASSERT_EQ(histogram.Init(), 0);
   EXPECT_THAT(Keys(histogram), ElementsAre("01"));
-}
-
-TEST_F(UpHopHistogramTest, ManagementPortOfALowerSwitchIsNotLookedAt) {
-  AddRootsAndLeaves(2, {{0, 1}});
-  std::swap(fabric["leaf0"]->ports[0], fabric["leaf0"]->ports[2]);
-  RankFromRoots(2);
-  FTUpHopHistogram histogram(Topology(), 0);
-  ASSERT_EQ(histogram.Init(), 0);
-  EXPECT_THAT(Keys(histogram), ElementsAre("001"));
 }
 
 TEST_F(UpHopHistogramTest, EmptyLowerRankHasNoSets) {

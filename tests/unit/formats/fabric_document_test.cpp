@@ -88,7 +88,7 @@ TEST_F(FabricDocumentTest, ANodeTakesWhatEveryKeySays) {
   EXPECT_FALSE(node.isOnSamePlane(1));
   EXPECT_TRUE(node.isOnSamePlane(2));
   EXPECT_TRUE(node.isOnSamePlane(3));
-  EXPECT_THAT(node.flids, ElementsAre(7, 49152));
+  EXPECT_THAT(node.GetFlids(), ElementsAre(7, 49152));
 }
 
 TEST_F(FabricDocumentTest, ANodeNeedsFourKeysOnly) {
@@ -103,7 +103,7 @@ TEST_F(FabricDocumentTest, ANodeNeedsFourKeysOnly) {
   EXPECT_EQ(node.getPlanesNumber(), 1);
   EXPECT_EQ(node.getSuitablePlane(), 1);
   EXPECT_THAT(node.GetPlanes(), ElementsAre(1));
-  EXPECT_THAT(node.flids, IsEmpty());
+  EXPECT_THAT(node.GetFlids(), IsEmpty());
   EXPECT_EQ(node.getPort(1), nullptr);
 }
 
@@ -151,14 +151,14 @@ TEST_F(FabricDocumentTest, SmallestValues) {
                 R"(,{"guid": "0x2", "type": "switch", "name": "", "numPorts": 0})"));
   EXPECT_EQ(Node(1).systemGuid, 0U);
   EXPECT_EQ(Node(1).smdbRank, 0);
-  EXPECT_EQ(Node(1).planesNumber, leastInt);
-  EXPECT_EQ(Node(1).suitablePlane, leastInt);
+  EXPECT_EQ(Node(1).getPlanesNumber(), leastInt);
+  EXPECT_EQ(Node(1).getSuitablePlane(), leastInt);
   EXPECT_THAT(Node(1).GetPlanes(), ElementsAre(leastInt));
-  EXPECT_THAT(Node(1).flids, ElementsAre(0));
-  EXPECT_EQ(Port(1, 1).state, 0U);
+  EXPECT_THAT(Node(1).GetFlids(), ElementsAre(0));
+  EXPECT_EQ(Port(1, 1).GetState(), 0U);
   EXPECT_EQ(Port(1, 1).speed, 0U);
-  EXPECT_EQ(Port(1, 1).planeMultiplicity, leastInt);
-  EXPECT_EQ(Port(1, 1).group.value().number, leastInt);
+  EXPECT_EQ(Port(1, 1).GetPlaneMultiplicity(), leastInt);
+  EXPECT_EQ(Port(1, 1).GetGroup().value().number, leastInt);
   EXPECT_EQ(Node(2).numPorts, 0);
   EXPECT_EQ(Node(2).name, "");
 }
@@ -174,15 +174,15 @@ TEST_F(FabricDocumentTest, GreatestValues) {
   EXPECT_EQ(Node(1).numPorts, 255);
   EXPECT_EQ(Node(1).systemGuid, 0xffffffffffffffffU);
   EXPECT_EQ(Node(1).smdbRank, 255);
-  EXPECT_EQ(Node(1).planesNumber, greatestInt);
-  EXPECT_EQ(Node(1).suitablePlane, greatestInt);
+  EXPECT_EQ(Node(1).getPlanesNumber(), greatestInt);
+  EXPECT_EQ(Node(1).getSuitablePlane(), greatestInt);
   EXPECT_THAT(Node(1).GetPlanes(), ElementsAre(greatestInt, leastInt));
-  EXPECT_THAT(Node(1).flids, ElementsAre(65535));
-  EXPECT_EQ(Port(1, 255).state, 0xffffffffU);
+  EXPECT_THAT(Node(1).GetFlids(), ElementsAre(65535));
+  EXPECT_EQ(Port(1, 255).GetState(), 0xffffffffU);
   EXPECT_EQ(Port(1, 255).speed, 0xffffffffU);
-  EXPECT_EQ(Port(1, 255).planeMultiplicity, greatestInt);
-  EXPECT_EQ(Port(1, 255).group.value().number, greatestInt);
-  EXPECT_EQ(Port(1, 255).aport->asymmetry, 0xffffffffffffffffU);
+  EXPECT_EQ(Port(1, 255).GetPlaneMultiplicity(), greatestInt);
+  EXPECT_EQ(Port(1, 255).GetGroup().value().number, greatestInt);
+  EXPECT_EQ(Port(1, 255).GetAPort()->asymmetry, 0xffffffffffffffffU);
 }
 
 TEST_F(FabricDocumentTest, PlanesFollowTheSuitablePlaneWhereverItStands) {
@@ -194,7 +194,7 @@ TEST_F(FabricDocumentTest, PlanesFollowTheSuitablePlaneWhereverItStands) {
 
 TEST_F(FabricDocumentTest, FlidsAreASet) {
   Load(Document(Switch("0x1", R"(, "flids": [9, 2, 9, 1])")));
-  EXPECT_THAT(Node(1).flids, ElementsAre(1, 2, 9));
+  EXPECT_THAT(Node(1).GetFlids(), ElementsAre(1, 2, 9));
 }
 
 TEST_F(FabricDocumentTest, ALinkJoinsTwoPortsAndMakesThemActive) {
@@ -205,15 +205,15 @@ TEST_F(FabricDocumentTest, ALinkJoinsTwoPortsAndMakesThemActive) {
   EXPECT_EQ(a.remotePort, &b);
   EXPECT_EQ(b.remotePort, &a);
   for (const IBPort* end : {&a, &b}) {
-    EXPECT_EQ(end->state, 4U);
+    EXPECT_EQ(end->GetState(), 4U);
     EXPECT_EQ(end->speed, 0U);
     EXPECT_TRUE(end->symmetric);
     EXPECT_FALSE(end->fnm);
     EXPECT_FALSE(end->fnm1);
     EXPECT_TRUE(end->inSubFabric);
-    EXPECT_EQ(end->planeMultiplicity, 1);
-    EXPECT_EQ(end->group, std::nullopt);
-    EXPECT_EQ(end->aport, nullptr);
+    EXPECT_EQ(end->GetPlaneMultiplicity(), 1);
+    EXPECT_EQ(end->GetGroup(), std::nullopt);
+    EXPECT_EQ(end->GetAPort(), nullptr);
   }
   EXPECT_EQ(a.node, &Node(1));
   EXPECT_EQ(b.num, 8);
@@ -255,14 +255,14 @@ TEST_F(FabricDocumentTest, APortTakesWhatEveryKeySays) {
       "group": 0}])")));
   const IBPort& port = Port(1, 5);
   EXPECT_EQ(port.num, 5);
-  EXPECT_EQ(port.state, 2U);
+  EXPECT_EQ(port.GetState(), 2U);
   EXPECT_EQ(port.speed, 0x400U);
   EXPECT_FALSE(port.isSymmetricLink());
   EXPECT_TRUE(port.isFNMPort());
   EXPECT_TRUE(port.isFNM1Port());
   EXPECT_FALSE(port.getInSubFabric());
-  EXPECT_EQ(port.planeMultiplicity, 4);
-  EXPECT_EQ(port.group.value().number, 0);
+  EXPECT_EQ(port.GetPlaneMultiplicity(), 4);
+  EXPECT_EQ(port.GetGroup().value().number, 0);
   EXPECT_EQ(port.remotePort, nullptr);
 }
 
@@ -278,14 +278,14 @@ TEST_F(FabricDocumentTest, EachOfTheTwoFnmFlagsStandsForItself) {
 TEST_F(FabricDocumentTest, APortWithoutLinkIsDown) {
   Load(Document(Switch("0x1", R"(, "ports": [{"num": 5}])")));
   const IBPort& port = Port(1, 5);
-  EXPECT_EQ(port.state, 1U);
+  EXPECT_EQ(port.GetState(), 1U);
   EXPECT_EQ(port.speed, 0U);
   EXPECT_TRUE(port.symmetric);
   EXPECT_FALSE(port.fnm);
   EXPECT_FALSE(port.fnm1);
   EXPECT_TRUE(port.inSubFabric);
-  EXPECT_EQ(port.planeMultiplicity, 1);
-  EXPECT_EQ(port.group, std::nullopt);
+  EXPECT_EQ(port.GetPlaneMultiplicity(), 1);
+  EXPECT_EQ(port.GetGroup(), std::nullopt);
 }
 
 TEST_F(FabricDocumentTest, WhatAPortSaysOverridesItsLinkAtThatEndOnly) {
@@ -294,10 +294,10 @@ TEST_F(FabricDocumentTest, WhatAPortSaysOverridesItsLinkAtThatEndOnly) {
                     "," + Switch("0x2"),
                 R"(, "links": [{"a": "0x2", "aPort": 1, "b": "0x1", "bPort": 1, "speed": "EDR",
                                 "symmetric": false}])"));
-  EXPECT_EQ(Port(1, 1).state, 3U);
+  EXPECT_EQ(Port(1, 1).GetState(), 3U);
   EXPECT_EQ(Port(1, 1).speed, 0x1U);
   EXPECT_TRUE(Port(1, 1).symmetric);
-  EXPECT_EQ(Port(2, 1).state, 4U);
+  EXPECT_EQ(Port(2, 1).GetState(), 4U);
   EXPECT_EQ(Port(2, 1).speed, 0x200U);
   EXPECT_FALSE(Port(2, 1).symmetric);
 }
@@ -306,7 +306,7 @@ TEST_F(FabricDocumentTest, APortWithAttributesKeepsTheOtherValuesOfItsLink) {
   Load(Document(Switch("0x1", R"(, "ports": [{"num": 1, "group": 6}])") + "," + Switch("0x2"),
                 R"(, "links": [{"a": "0x1", "aPort": 1, "b": "0x2", "bPort": 1, "speed": "EDR",
                                 "symmetric": false}])"));
-  EXPECT_EQ(Port(1, 1).state, 4U);
+  EXPECT_EQ(Port(1, 1).GetState(), 4U);
   EXPECT_EQ(Port(1, 1).speed, 0x200U);
   EXPECT_FALSE(Port(1, 1).symmetric);
 }
@@ -316,11 +316,11 @@ TEST_F(FabricDocumentTest, AggregatedPortsAreSharedByTheirMembers) {
                 R"(, "aports": [{"ports": [["0x1", 1], ["0x2", 1]]},
                                 {"asymmetry": 12, "ports": [["0x1", 2]]}])"));
   ASSERT_THAT(fabric->GetAPorts(), SizeIs(2));
-  EXPECT_EQ(Port(1, 1).aport, &fabric->GetAPorts()[0]);
-  EXPECT_EQ(Port(2, 1).aport, &fabric->GetAPorts()[0]);
-  EXPECT_EQ(Port(1, 2).aport, &fabric->GetAPorts()[1]);
-  EXPECT_EQ(Port(1, 1).aport->asymmetry, 0U);
-  EXPECT_EQ(Port(1, 2).aport->asymmetry, 12U);
+  EXPECT_EQ(Port(1, 1).GetAPort(), &fabric->GetAPorts()[0]);
+  EXPECT_EQ(Port(2, 1).GetAPort(), &fabric->GetAPorts()[0]);
+  EXPECT_EQ(Port(1, 2).GetAPort(), &fabric->GetAPorts()[1]);
+  EXPECT_EQ(Port(1, 1).GetAPort()->asymmetry, 0U);
+  EXPECT_EQ(Port(1, 2).GetAPort()->asymmetry, 12U);
 }
 
 TEST_F(FabricDocumentTest, LinksAndAggregatedPortsMayStandBeforeTheirNodes) {
@@ -329,13 +329,13 @@ TEST_F(FabricDocumentTest, LinksAndAggregatedPortsMayStandBeforeTheirNodes) {
            "nodes": [)" +
        Switch("0x1") + "," + Switch("0x2") + R"(], "format": "fabscope-fabric", "version": 1})");
   EXPECT_EQ(Port(1, 1).remotePort, &Port(2, 2));
-  EXPECT_EQ(Port(2, 2).aport, &fabric->GetAPorts()[0]);
+  EXPECT_EQ(Port(2, 2).GetAPort(), &fabric->GetAPorts()[0]);
 }
 
 TEST_F(FabricDocumentTest, PortsMayStandBeforeTheNumberOfPorts) {
   Load(Document(R"({"ports": [{"state": 2, "num": 3}], "numPorts": 3, "name": "a",
                     "type": "ca", "guid": "0x1"})"));
-  EXPECT_EQ(Port(1, 3).state, 2U);
+  EXPECT_EQ(Port(1, 3).GetState(), 2U);
 }
 
 TEST_F(FabricDocumentTest, ListsMayBeEmpty) {
@@ -348,10 +348,10 @@ TEST_F(FabricDocumentTest, ControlCharactersOfTextsBecomeQuestionMarks) {
   Load(Document(Switch("0x1", R"(, "displayName": "\u001b[1m\u007f",
                                   "asic": "A\u0000B\r\n\u001f \u0020")") +
                 R"(,{"guid": "0x2", "type": "ca", "name": "\t\"h\\1\"\b/\f", "numPorts": 1})"));
-  EXPECT_EQ(Node(1).displayName, "?[1m?");
-  EXPECT_EQ(Node(1).asic, "A?B???  ");
+  EXPECT_EQ(Node(1).getAlternativeName(), "?[1m?");
+  EXPECT_EQ(Node(1).getVortaSwitchASIC(), "A?B???  ");
   EXPECT_EQ(Node(2).name, "?\"h\\1\"?/?");
-  EXPECT_EQ(Node(2).displayName, "?\"h\\1\"?/?");
+  EXPECT_EQ(Node(2).getAlternativeName(), "?\"h\\1\"?/?");
 }
 
 TEST_F(FabricDocumentTest, OtherCharactersOfTextsStay) {
@@ -365,10 +365,10 @@ TEST_F(FabricDocumentTest, AGivenNameReplacesNameAndDisplayName) {
   Load(Document(Switch("0x1", R"(, "displayName": "old", "asic": "A1")") + "," +
                 Switch("0x2", R"(, "displayName": "kept")")));
   EXPECT_EQ(Node(1).name, "rack 7");
-  EXPECT_EQ(Node(1).displayName, "rack 7");
-  EXPECT_EQ(Node(1).asic, "A1");
+  EXPECT_EQ(Node(1).getAlternativeName(), "rack 7");
+  EXPECT_EQ(Node(1).getVortaSwitchASIC(), "A1");
   EXPECT_EQ(Node(2).name, "s0x2");
-  EXPECT_EQ(Node(2).displayName, "kept");
+  EXPECT_EQ(Node(2).getAlternativeName(), "kept");
 }
 
 TEST_F(FabricDocumentTest, AGivenNameDoesNotChangeTheOrder) {
@@ -388,24 +388,24 @@ TEST_F(FabricDocumentTest, ADocumentMayHaveAByteOrderMarkAndBlanksAround) {
 std::string Snapshot(const IBFabric& fabric) {
   std::ostringstream text;
   for (const IBNode& node : fabric.GetNodes()) {
-    text << node.guid << ' ' << node.systemGuid << " type " << node.nodeType << " rank "
+    text << node.guid << ' ' << node.systemGuid << " type " << int{node.nodeType} << " rank "
          << int{node.smdbRank} << " ports " << int{node.numPorts} << ' ' << node.special
-         << node.multiAsic << " planes " << node.planesNumber << ' ' << node.suitablePlane << ':'
-         << ::testing::PrintToString(node.GetPlanes()) << " flids "
-         << ::testing::PrintToString(node.flids) << ' ' << node.name << '|' << node.displayName
-         << '|' << node.asic << '\n';
+         << node.multiAsic << " planes " << node.getPlanesNumber() << ' ' << node.getSuitablePlane()
+         << ':' << ::testing::PrintToString(node.GetPlanes()) << " flids "
+         << ::testing::PrintToString(node.GetFlids()) << ' ' << node.name << '|'
+         << node.getAlternativeName() << '|' << node.getVortaSwitchASIC() << '\n';
   }
   const auto& aports = fabric.GetAPorts();
   for (const IBPort& port : fabric.GetPorts()) {
-    text << port.node->guid << ':' << int{port.num} << " state " << port.state << " speed "
+    text << port.node->guid << ':' << int{port.num} << " state " << port.GetState() << " speed "
          << port.speed << ' ' << port.symmetric << port.fnm << port.fnm1 << port.inSubFabric
-         << " multiplicity " << port.planeMultiplicity;
+         << " multiplicity " << port.GetPlaneMultiplicity();
     if (port.remotePort != nullptr) {
       text << " to " << port.remotePort->node->guid << ':' << int{port.remotePort->num};
     }
-    if (port.group) text << " group " << port.group->number;
+    if (port.GetGroup()) text << " group " << port.GetGroup()->number;
     for (std::size_t i = 0; i < aports.size(); ++i) {
-      if (port.aport == &aports[i]) text << " aport " << i << ' ' << aports[i].asymmetry;
+      if (port.GetAPort() == &aports[i]) text << " aport " << i << ' ' << aports[i].asymmetry;
     }
     text << '\n';
   }
@@ -475,8 +475,8 @@ TEST_F(FabricDocumentTest, LongTextsAreCutWithAWarning) {
                    "displayName": ")" +
                 longest + R"(y", "asic": ")" + longest + R"(z"})"));
   EXPECT_EQ(Node(0x11).name, longest);
-  EXPECT_EQ(Node(0x12).displayName, longest);
-  EXPECT_EQ(Node(0x12).asic, longest);
+  EXPECT_EQ(Node(0x12).getAlternativeName(), longest);
+  EXPECT_EQ(Node(0x12).getVortaSwitchASIC(), longest);
   const std::string cut = ": warning: text longer than 256 bytes, cut there";
   EXPECT_THAT(warnings.Lines("net"), ElementsAre("net:3" + cut, "net:3" + cut));
 }

@@ -32,7 +32,7 @@ class LoadFabricTest : public InputTest {
     const auto fabric = builder.Build();
     std::string names;
     for (const IBNode& node : fabric->GetNodes()) {
-      names += node.name + (node.special ? "!;" : ";");
+      names.append(node.name).append(node.special ? "!;" : ";");
     }
     return names;
   }

@@ -15,7 +15,7 @@ std::string NetFileOf(TestFabric& fabric) {
   return text.str();
 }
 
-NodeSpec Node(std::uint32_t type, const std::string& name, std::uint8_t numPorts) {
+NodeSpec Node(std::uint8_t type, const std::string& name, std::uint8_t numPorts) {
   NodeSpec spec;
   spec.type = type;
   spec.name = name;

@@ -68,7 +68,7 @@ TEST(NodeOrderTest, KeysTellNamesApartThatPartInTheirFirstSixteenBytes) {
 
 TEST(NodeOrderTest, BytesThatAreNotAsciiStandBehindAllOthers) {
   EXPECT_LT(NodeOrderKey("leaf"), NodeOrderKey(std::string(20, '\xff')));
-  EXPECT_GT(CompareNodeOrder(std::string(20, '\xff'), 1, "leaf", 1), 0);
+  EXPECT_GT(CompareNodeOrder(std::string(20, '\xff').c_str(), 1, "leaf", 1), 0);
 }
 
 TEST(NodeOrderTest, KeysOfLongNumbersCompareByTheirLength) {

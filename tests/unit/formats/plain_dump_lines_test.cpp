@@ -69,7 +69,7 @@ TEST_F(PlainDumpLinesTest, PortLinesAsTheToolPrintsThemArePlain) {
   EXPECT_EQ(ReadPort("[1](0002c90300a1b2c3) \t\"S-00000000000000ff\"[255]\t\t"
                      "# lid 3 lmc 0 \"a # \" b\" lid 65535 4xHDR\r"),
             "1 to 255 255@44 speed 10");
-  EXPECT_EQ(ReadPort(R"x([255](0)"R-0123456789abcDEF"[10](f)#"" lid 0 4xHDR)x"),
+  EXPECT_EQ(ReadPort(R"x([255](0)"R-0123456789abcdef"[10](f)#"" lid 0 4xHDR)x"),
             "255 to 81985529216486895 10@29 speed 10");
 }
 
@@ -97,6 +97,7 @@ TEST_F(PlainDumpLinesTest, PortLinesOfOtherFormsAreOdd) {
            R"([1] S-0000000000000011"[2] # "a" lid 5 4xHDR)",
            R"([1] "S0000000000000011"[2] # "a" lid 5 4xHDR)",
            R"([1] "S-11"[2] # "a" lid 5 4xHDR)",
+           R"([1] "S-000000000000001A"[2] # "a" lid 5 4xHDR)",
            R"([1] "S-00000000000000011"[2] # "a" lid 5 4xHDR)",
            R"([1] ""-0000000000000011"[2] # "a" lid 5 4xHDR)",
            R"([1] "S-0000000000000011")",
@@ -121,7 +122,7 @@ TEST_F(PlainDumpLinesTest, PortLinesOfOtherFormsAreOdd) {
 TEST_F(PlainDumpLinesTest, EveryDigitOfAPeerMustBeOne) {
   const std::string line = "[5]\t\"S-0123456789abcdef\"[2]\t\t# \"a\" lid 22 4xHDR";
   ASSERT_NE(ReadPort(line), odd);
-  const std::string digits = "0123456789abcdefABCDEF";
+  const std::string digits = "0123456789abcdef";
   for (std::size_t at = line.find('-') + 1; line[at] != '"'; ++at) {
     for (int c = 0; c < 256; ++c) {
       std::string changed = line;
@@ -175,7 +176,7 @@ TEST_F(PlainDumpLinesTest, NoTailIsLearnedOfALineThatHasNone) {
 TEST_F(PlainDumpLinesTest, FieldsAreReadByTheirKind) {
   EXPECT_EQ(ReadField("vendid=0x2c9", Kind::VendorField), 0x2c9U);
   EXPECT_EQ(ReadField("devid=0xd2f2", Kind::VendorField), 0xd2f2U);
-  EXPECT_EQ(ReadField("sysimgguid=0xFFFFffff00000001\r", Kind::SystemGuid), 0xffffffff00000001U);
+  EXPECT_EQ(ReadField("sysimgguid=0xffffffff00000001\r", Kind::SystemGuid), 0xffffffff00000001U);
   EXPECT_EQ(ReadField("switchguid=0x12(12)", Kind::NodeGuid), 0x12U);
   EXPECT_EQ(ReadField("caguid=0x12", Kind::NodeGuid), 0x12U);
   EXPECT_EQ(ReadField("caguid=0x12(0123456789abcdef)", Kind::NodeGuid), 0x12U);
@@ -223,7 +224,7 @@ TEST_F(PlainDumpLinesTest, FieldsOfOtherFormsAreOdd) {
        {"vendid=0x", "vendid=2c9", "vendid=0x2c9 ", "vendid=0x12345678123456781", "vendid=0x2c9(",
         "vendid=0x2c9()", "vendid=0x2c9(2c9", "vendid=0x2c9(2g)", "vendid=0x2c9(2c9) ",
         "vendid=0x2c9(01234567812345678)", "vendor", "sysimgguid=0x77\t\t# \"Chassis\" 1",
-        "rtguid=0x1", " ", "# a"}) {
+        "rtguid=0x1", "vendid=0x2C9", "vendid=0x2c9(2C9)", " ", "# a"}) {
     EXPECT_EQ(Read(field, line), Kind::Odd) << field;
   }
 }
@@ -297,7 +298,7 @@ TEST_F(PlainDumpLinesTest, APlainLineSaysWhatItSaysWhenLookedAtClosely) {
     closely.speedBit = SpeedBit(*code);
     ASSERT_EQ(InWords(parsed), InWords(closely)) << line;
   }
-  EXPECT_GT(plain, 100000);
+  EXPECT_GT(plain, 80000);
 }
 
 // All that comes of a dump: its fabric or an error, and its warnings.
@@ -335,7 +336,7 @@ TEST(PlainDumps, GiveWhatTheyGiveWhenLookedAtCloselyHoweverDamaged) {
   const std::vector<std::string> tree = LinesOf(DumpOfATree());
   Damage damage(2);
   int readable = 0;
-  constexpr int dumps = 3000;
+  constexpr int dumps = 20000;
   for (int i = 0; i < dumps; ++i) {
     std::vector<std::string> lines = tree;
     for (auto changes = 1 + damage.Below(4); changes != 0; --changes) {

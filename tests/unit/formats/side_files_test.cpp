@@ -32,7 +32,7 @@ class SideFilesTest : public ::testing::Test {
   std::string Flids(const std::string& bytes) { return Load(LoadFlids, bytes); }
 
   int RankOf(std::uint64_t guid) { return Node(guid)->smdbRank; }
-  std::vector<std::uint16_t> FlidsOf(std::uint64_t guid) { return Node(guid)->flids; }
+  std::vector<std::uint16_t> FlidsOf(std::uint64_t guid) { return Node(guid)->GetFlids(); }
 
   FabricBuilder builder;
   Warnings warnings;
@@ -40,7 +40,7 @@ class SideFilesTest : public ::testing::Test {
                            "_" + ::testing::UnitTest::GetInstance()->current_test_info()->name();
 
  private:
-  void Add(std::uint64_t guid, std::uint32_t type, std::uint8_t rank) {
+  void Add(std::uint64_t guid, std::uint8_t type, std::uint8_t rank) {
     NodeSpec node;
     node.guid = guid;
     node.type = type;

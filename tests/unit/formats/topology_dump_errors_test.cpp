@@ -164,6 +164,35 @@ TEST(TopologyDumpErrorsTest, APeersPortNumberIsAtMostItsNumberOfPorts) {
             "exist: it has 4 ports");
 }
 
+TEST(TopologyDumpErrorsTest, APeersPortOutOfRangeIsFoundHoweverFarOnItStands) {
+  const std::string other =
+      "Switch\t4 \"S-0000000000000021\"\t\t# \"root\" base port 0 lid 2 lmc 0\n";
+  const std::string end = "\"S-0000000000000021\"[9]\t\t# \"root\" lid 2 4xHDR\n";
+  for (const char blank : {'\t', ' '}) {
+    // With 231 blanks the port is byte 255 of its line, counted from 0.
+    for (const std::size_t count : {1U, 2U, 229U, 230U, 231U, 232U, 233U, 300U, 70000U}) {
+      std::string dump(leaf);
+      dump.append("[1]").append(count, blank).append(end).append(other);
+      EXPECT_EQ(Error(dump),
+                "net.topo:2:" + std::to_string(count + 25) +
+                    ": port number out of range: port 9 of node 0x0000000000000021 does not exist: "
+                    "it has 4 ports");
+    }
+  }
+}
+
+TEST(TopologyDumpErrorsTest, OfSeveralPeersThatStandFarOnTheOneOutOfRangeIsFound) {
+  const std::string other =
+      "Switch\t4 \"S-0000000000000021\"\t\t# \"root\" base port 0 lid 2 lmc 0\n";
+  const auto port = [](int num, std::size_t blanks, int peer) {
+    return "[" + std::to_string(num) + "]" + std::string(blanks, ' ') + "\"S-0000000000000021\"[" +
+           std::to_string(peer) + "]\t\t# \"root\" lid 2 4xHDR\n";
+  };
+  EXPECT_EQ(Error(leaf + port(1, 300, 1) + port(2, 400, 6) + port(3, 500, 3) + other),
+            "net.topo:3:425: port number out of range: port 6 of node 0x0000000000000021 does not "
+            "exist: it has 4 ports");
+}
+
 TEST(TopologyDumpErrorsTest, ANodeGuidIsGivenOnce) {
   EXPECT_EQ(ErrorOfFile("lines/guid-twice.topo"),
             "lines/guid-twice.topo:17:9: node GUID 0x0000000000000011 is given twice");

@@ -424,27 +424,27 @@ TEST_F(TopologyDumpTest, WhatADumpDoesNotTellTakesItsDefault) {
   ASSERT_NE(fabric, nullptr);
   const IBNode* leaf = fabric->getNodeByGuid(0x11);
   EXPECT_EQ(leaf->systemGuid, 0x11U);
-  EXPECT_EQ(leaf->displayName, "leaf");
+  EXPECT_EQ(leaf->getAlternativeName(), "leaf");
   EXPECT_EQ(leaf->smdbRank, 255);
   EXPECT_FALSE(leaf->special);
   EXPECT_FALSE(leaf->multiAsic);
-  EXPECT_EQ(leaf->asic, "");
-  EXPECT_EQ(leaf->planesNumber, 1);
-  EXPECT_EQ(leaf->suitablePlane, 1);
+  EXPECT_EQ(leaf->getVortaSwitchASIC(), "");
+  EXPECT_EQ(leaf->getPlanesNumber(), 1);
+  EXPECT_EQ(leaf->getSuitablePlane(), 1);
   EXPECT_THAT(leaf->GetPlanes(), ElementsAre(1));
-  EXPECT_THAT(leaf->flids, IsEmpty());
+  EXPECT_THAT(leaf->GetFlids(), IsEmpty());
   EXPECT_THAT(fabric->GetAPorts(), IsEmpty());
 
   const IBPort* port = leaf->getPort(2);
   ASSERT_NE(port, nullptr);
   EXPECT_EQ(port->num, 2);
-  EXPECT_EQ(port->state, 4U);
+  EXPECT_EQ(port->GetState(), 4U);
   EXPECT_FALSE(port->fnm);
   EXPECT_FALSE(port->fnm1);
   EXPECT_TRUE(port->inSubFabric);
-  EXPECT_EQ(port->planeMultiplicity, 1);
-  EXPECT_EQ(port->group, std::nullopt);
-  EXPECT_EQ(port->aport, nullptr);
+  EXPECT_EQ(port->GetPlaneMultiplicity(), 1);
+  EXPECT_EQ(port->GetGroup(), std::nullopt);
+  EXPECT_EQ(port->GetAPort(), nullptr);
 }
 
 TEST_F(TopologyDumpTest, PackedAndPlainDumpsGiveTheSame) {

@@ -62,7 +62,7 @@ class SlurmSwitchNamesTest : public ::testing::Test {
     const SlurmSwitchNames given(nodes, {"root", "neighborhood-0"});
     std::vector<std::string> names;
     for (const IBNode* node : nodes) names.push_back(given.Of(*node));
-    for (const IBNode* node : given.GetRenamed()) renamed.push_back(node->name);
+    for (const IBNode* node : given.GetRenamed()) renamed.emplace_back(node->name);
     return names;
   }
 

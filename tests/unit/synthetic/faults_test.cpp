@@ -230,7 +230,7 @@ TEST(FaultsTest, AnAsymmetricAPortIsACableThatIsSlowerOnOnePlane) {
                  for (const IBPort& port : fabric->GetPorts()) {
                    if (port.speed != 0x200U) continue;
                    ++slow;
-                   EXPECT_EQ(port.aport->asymmetry, FabricPlan::AsymmetryMark);
+                   EXPECT_EQ(port.GetAPort()->asymmetry, FabricPlan::AsymmetryMark);
                  }
                  EXPECT_EQ(slow, 2);
                  EXPECT_EQ(std::count_if(fabric->GetAPorts().begin(), fabric->GetAPorts().end(),

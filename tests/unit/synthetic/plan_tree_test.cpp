@@ -23,8 +23,12 @@ std::unique_ptr<IBFabric> BuildPlan(const FabricPlan& plan) {
 
 std::vector<std::string> Names(const IBFabric& fabric) {
   std::vector<std::string> names;
-  for (const IBNode& node : fabric.GetNodes()) names.push_back(node.name);
+  for (const IBNode& node : fabric.GetNodes()) names.emplace_back(node.name);
   return names;
+}
+
+std::string Text(const IBPort& port) {
+  return std::string(port.node->name) + ":" + std::to_string(port.num);
 }
 
 // "name:port-name:port" of every cable, once.
@@ -32,8 +36,7 @@ std::vector<std::string> Cables(const IBFabric& fabric) {
   std::vector<std::string> cables;
   for (const IBPort& port : fabric.GetPorts()) {
     if (port.remotePort == nullptr || !IsFirstEnd(port)) continue;
-    cables.push_back(port.node->name + ":" + std::to_string(port.num) + "-" +
-                     port.remotePort->node->name + ":" + std::to_string(port.remotePort->num));
+    cables.push_back(Text(port) + "-" + Text(*port.remotePort));
   }
   return cables;
 }
@@ -98,7 +101,7 @@ TEST(PlanTreeTest, OnTwoPlanesSwitchesHaveTwoChipsAndHostsTwiceThePorts) {
 
 TEST(PlanTreeTest, TheChipsOfASystemAreOfTheMultiAsicFamilyEachOnItsPlane) {
   const auto fabric = BuildPlan(TwoPlanes());
-  std::map<std::string, const IBNode*> nodes;
+  std::map<std::string_view, const IBNode*> nodes;
   for (const IBNode& node : fabric->GetNodes()) nodes[node.name] = &node;
   for (const int plane : {1, 2}) {
     const IBNode& chip = *nodes.at("spine02/U" + std::to_string(plane));
@@ -118,11 +121,12 @@ TEST(PlanTreeTest, ThePortsOfACableOnAllPlanesAreOneAggregatedPortAtEachEnd) {
   const auto fabric = BuildPlan(TwoPlanes());
   std::map<const APort*, std::vector<std::string>> members;
   for (const IBPort& port : fabric->GetPorts()) {
-    ASSERT_NE(port.aport, nullptr);
-    EXPECT_EQ(port.aport->asymmetry, 0U);
-    EXPECT_EQ(port.planeMultiplicity, 2);
-    const std::string group = port.group ? " of group " + std::to_string(port.group->number) : "";
-    members[port.aport].push_back(port.node->name + ":" + std::to_string(port.num) + group);
+    ASSERT_NE(port.GetAPort(), nullptr);
+    EXPECT_EQ(port.GetAPort()->asymmetry, 0U);
+    EXPECT_EQ(port.GetPlaneMultiplicity(), 2);
+    const std::string group =
+        port.GetGroup() ? " of group " + std::to_string(port.GetGroup()->number) : "";
+    members[port.GetAPort()].push_back(Text(port) + group);
   }
   std::set<std::vector<std::string>> aports;
   for (const auto& [aport, ports] : members) aports.insert(ports);
@@ -145,7 +149,7 @@ TEST(PlanTreeTest, ThePortsOfACableOnAllPlanesAreOneAggregatedPortAtEachEnd) {
 TEST(PlanTreeTest, OnOnePlaneNothingIsAggregated) {
   const auto fabric = BuildPlan(PlanTree({{1, 2}, {2, 1}}, hdr));
   EXPECT_TRUE(fabric->GetAPorts().empty());
-  for (const IBPort& port : fabric->GetPorts()) EXPECT_EQ(port.planeMultiplicity, 1);
+  for (const IBPort& port : fabric->GetPorts()) EXPECT_EQ(port.GetPlaneMultiplicity(), 1);
   for (const IBNode& node : fabric->GetNodes()) EXPECT_FALSE(node.isVortaSwitch());
 }
 
@@ -236,11 +240,9 @@ TEST(PlanTreeTest, LeafGroupsAreTheNeighborhoods) {
     for (const PlannedNode& node : plan.nodes) {
       if (node.rank != plan.levels - 1) continue;
       std::set<const IBNode*> parents;
-      for (const IBPort* port : fabric->getNodeByGuid(node.spec.guid)->ports) {
-        if (port == nullptr || port->get_remote_node() == nullptr) continue;
-        if (port->get_remote_node()->nodeType == NodeTypeSwitch) {
-          parents.insert(port->get_remote_node());
-        }
+      for (const IBPort& port : fabric->getNodeByGuid(node.spec.guid)->ports) {
+        const IBNode* parent = port.get_remote_node();
+        if (parent != nullptr && parent->nodeType == NodeTypeSwitch) parents.insert(parent);
       }
       groupsByParents[parents].insert(node.leafGroup);
       groups.insert(node.leafGroup);

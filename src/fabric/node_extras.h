@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "fabric/aport.h"
+
+namespace fabscope::internal {
+
+// The record that tells the plane ports of one host apart from those of others.
+struct GroupRecord {
+  std::int32_t number = 0;
+};
+
+// What hardly any port has. Absent values are those of an ordinary port.
+struct PortExtras {
+  std::optional<std::uint32_t> state;
+  APort* aport = nullptr;
+  std::int32_t planeMultiplicity = 1;
+  std::optional<GroupRecord> group;
+};
+
+// What hardly any node has, and its ports. A large fabric has some ten thousand nodes that are all
+// ordinary; these take no memory here.
+struct NodeExtras {
+  std::optional<std::string> displayName;
+  std::string asic;
+  std::int32_t planesNumber = 1;
+  std::int32_t suitablePlane = 1;
+  std::optional<std::vector<std::int32_t>> planes;
+  std::vector<std::uint16_t> flids;
+  std::map<std::uint8_t, PortExtras> ports;  // by port number
+};
+
+}  // namespace fabscope::internal
