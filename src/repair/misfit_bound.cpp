@@ -19,7 +19,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <set>
-#include <utility>
 
 namespace fabscope::internal {
 namespace {
@@ -37,7 +36,10 @@ class PathPacker {
   }
 
  private:
-  using Pair = std::pair<std::uint32_t, std::uint32_t>;  // a spine and a line
+  // Of a spine and a line.
+  static std::uint64_t PairOf(std::uint32_t spine, std::uint32_t line) {
+    return std::uint64_t{spine} << 32U | line;
+  }
 
   bool AreCabled(std::uint32_t spine, std::uint32_t line) const {
     const auto all = neighbors_.Of(spine);
@@ -62,10 +64,10 @@ class PathPacker {
   bool TakePath(std::uint32_t spine, std::uint32_t line, std::uint32_t next) {
     for (const std::uint32_t other : neighbors_.Of(line)) {
       if (other == spine || ranks_[other] != ranks_[spine] || AreCabled(other, next)) continue;
-      const auto path = {Pair(other, line), Pair(spine, line), Pair(spine, next),
-                         Pair(other, next)};
+      const auto path = {PairOf(other, line), PairOf(spine, line), PairOf(spine, next),
+                         PairOf(other, next)};
       if (std::any_of(path.begin(), path.end(),
-                      [&](const Pair& pair) { return taken_.contains(pair); })) {
+                      [&](std::uint64_t pair) { return taken_.contains(pair); })) {
         continue;
       }
       taken_.insert(path);
@@ -78,7 +80,7 @@ class PathPacker {
   const std::vector<int>& ranks_;
   const std::uint64_t wanted_;
   std::uint64_t found_ = 0;
-  std::set<Pair> taken_;
+  std::set<std::uint64_t> taken_;  // pairs
   std::vector<std::uint32_t> lines_;
 };
 

@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <numeric>
 #include <span>
 #include <vector>
 
@@ -28,10 +27,6 @@ class NeighborLists {
     }
   }
 
-  // Of all switches together.
-  std::size_t Count() const {
-    return std::accumulate(count_.begin(), count_.end(), std::size_t{0});
-  }
   std::span<const std::uint32_t> Of(std::uint32_t i) const {
     return {neighbors_.data() + first_[i], count_[i]};
   }

@@ -89,7 +89,6 @@ class HeightFinder {
       : reading_(reading),
         graph_(reading.graph),
         neighbors_(graph_),
-        hasParallels_(neighbors_.Count() != 2 * graph_.Cables().size()),
         isLeaf_(graph_.Count()),
         common_(graph_.Count()) {}
 
@@ -149,6 +148,11 @@ class HeightFinder {
   std::vector<std::uint32_t> FindSuspects(const Misfits& misfits) const;
   Price MoveSuspects();
   double LikenessTo(std::uint32_t i, int height, double enough);
+  // How often a switch may be counted as one that shares a neighbor: once, and again for parallel
+  // cables.
+  std::size_t MostShared(std::uint32_t neighbor) const {
+    return 1 + Degree(neighbor) - neighbors_.Of(neighbor).size();
+  }
   struct Alike {
     std::vector<std::uint32_t> lastAt;  // by first neighbor: who was asked for last, or none
     std::vector<double> likeness;       // by switch that was asked for
@@ -161,7 +165,6 @@ class HeightFinder {
   const TreeReading& reading_;
   const SwitchGraph& graph_;
   const NeighborLists neighbors_;
-  const bool hasParallels_;
   std::uint32_t full_ = 0;  // what leaves have, hosts
   std::vector<bool> isLeaf_;
   Heights heights_;
@@ -438,12 +441,12 @@ double HeightFinder::LikenessTo(std::uint32_t i, int height, double enough) {
   std::vector<std::uint32_t> touched;
   const std::span<const std::uint32_t> neighbors = neighbors_.Of(i);
   std::uint32_t most = 0;
-  std::size_t left = neighbors.size();
+  std::size_t left = 0;
+  for (const std::uint32_t neighbor : neighbors) left += MostShared(neighbor);
   for (const std::uint32_t neighbor : neighbors) {
-    // A switch shares at most all that are left. Of parallel cables it may have more.
     const auto mostShared = static_cast<double>(most + left);
-    if (!hasParallels_ && mostShared < enough * static_cast<double>(neighbors.size())) break;
-    --left;
+    if (mostShared < enough * static_cast<double>(neighbors.size())) break;
+    left -= MostShared(neighbor);
     std::uint32_t last = i;  // parallel cables stand together where ports are cabled in order
     ForEachNeighbor(neighbor, [&](std::uint32_t twin) {
       if (twin == i || twin == last || heights_[twin] != height) return;
