@@ -156,7 +156,8 @@ void FabricBuilder::LayOutPorts(IBFabric& fabric) const {
     IBNode& node = fabric.nodes_[i];
     const PortSet used = UsedPorts(i);
     IBPort* const first = next;
-    for (std::size_t num = used._Find_first(); num < used.size(); num = used._Find_next(num)) {
+    for (std::size_t num = 1; num <= node.numPorts; ++num) {
+      if (!used[num]) continue;
       next->node = &node;
       next->num = static_cast<std::uint8_t>(num);
       ++next;

@@ -77,6 +77,13 @@ class FabricBuilder {
   // Nothing when all went well.
   using Problem = std::optional<std::string>;
 
+  FabricBuilder() = default;
+  ~FabricBuilder() = default;
+  FabricBuilder(FabricBuilder&&) = default;
+  FabricBuilder& operator=(FabricBuilder&&) = default;
+  FabricBuilder(const FabricBuilder&) = delete;
+  FabricBuilder& operator=(const FabricBuilder&) = delete;
+
   // Room for that many at once; more find room as they come.
   void ReserveNodes(std::size_t count);
   void ReserveLinks(std::size_t count);
@@ -85,6 +92,7 @@ class FabricBuilder {
   [[nodiscard]] Problem AddNode(const NodeSpec& spec);
   // A node with that GUID will be added or looked up soon, which is then quicker.
   void ExpectNode(std::uint64_t guid) const { indexByGuid_.Expect(guid); }
+  // The same for a link of the node at that place.
   void ExpectLink(std::uint32_t node) const { __builtin_prefetch(&linked_[node]); }
   // Both nodes are known, both ports exist, are different and have no link yet.
   [[nodiscard]] Problem AddLink(const LinkSpec& spec);
@@ -94,7 +102,8 @@ class FabricBuilder {
     return TryLink(a, b, speed, symmetric) ? std::nullopt : WhyNoLink(a, b);
   }
   // The same for those who need not know why it cannot be.
-  bool TryLink(const PortPlace& a, const PortPlace& b, std::uint32_t speed, bool symmetric) {
+  [[nodiscard]] bool TryLink(const PortPlace& a, const PortPlace& b, std::uint32_t speed,
+                             bool symmetric) {
     if (!CanLink(a, b)) return false;
     linked_[a.node][a.num] = true;
     linked_[b.node][b.num] = true;

@@ -37,7 +37,7 @@ class IBNode {
   // The port of that number, or null. Port 0, a switch's management port, takes part in no tree and
   // is never there.
   IBPort* getPort(std::uint8_t num) const {
-    // Mostly there is a port of every number.
+    // Mostly every number has its port.
     const std::size_t guess = num - std::size_t{1};
     if (guess < ports.size() && ports[guess].num == num) return &ports[guess];
     return FindPort(num);

@@ -15,7 +15,7 @@ struct GroupRecord {
   std::int32_t number = 0;
 };
 
-// What hardly any port has. Absent values are those of an ordinary port.
+// What few ports have. Absent values are those of an ordinary port.
 struct PortExtras {
   std::optional<std::uint32_t> state;
   APort* aport = nullptr;
@@ -23,8 +23,8 @@ struct PortExtras {
   std::optional<GroupRecord> group;
 };
 
-// What hardly any node has, and its ports. A large fabric has some ten thousand nodes that are all
-// ordinary; these take no memory here.
+// What few nodes have, and few of their ports. A large fabric has tens of thousands of nodes
+// without any of it; those take no memory here.
 struct NodeExtras {
   std::optional<std::string> displayName;
   std::string asic;

@@ -8,9 +8,10 @@ std::string_view TextArena::Keep(std::string_view text) {
   const std::size_t size = text.size() + 1;
   if (size > left_) {
     constexpr std::size_t largest = std::size_t{1} << 20U;
-    left_ = std::max(next_, size);
+    const std::size_t room = std::max(next_, size);
+    free_ = blocks_.emplace_back(room).data();
+    left_ = room;
     next_ = std::min(next_ * 2, largest);
-    free_ = blocks_.emplace_back(left_).data();
   }
   char* const kept = free_;
   *std::copy(text.begin(), text.end(), kept) = 0;

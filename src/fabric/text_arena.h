@@ -2,14 +2,28 @@
 
 #include <cstddef>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace fabscope::internal {
 
-// Keeps texts, one behind the other in a few large blocks. They stay where they are, and behind
-// each one stands a zero.
+// Keeps texts one behind the other in a few large blocks. They never move, and each ends in a zero
+// for functions of C.
 class TextArena {
  public:
+  TextArena() = default;
+  TextArena(TextArena&& other) noexcept { *this = std::move(other); }
+  TextArena& operator=(TextArena&& other) noexcept {
+    blocks_ = std::exchange(other.blocks_, {});
+    free_ = std::exchange(other.free_, nullptr);
+    left_ = std::exchange(other.left_, 0);
+    next_ = other.next_;
+    return *this;
+  }
+  TextArena(const TextArena&) = delete;
+  TextArena& operator=(const TextArena&) = delete;
+  ~TextArena() = default;
+
   std::string_view Keep(std::string_view text);
 
  private:

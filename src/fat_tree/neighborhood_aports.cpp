@@ -4,7 +4,6 @@
 // of a cable; towards the hosts each aggregated port of a leaf counts once, and the host's own is
 // not looked at. A null switch ends the check; what was found until then counts.
 
-#include "fabric/fabric_walk.h"
 #include "fat_tree/group_label.h"
 #include "fat_tree/neighborhood.h"
 #include "fat_tree/status.h"

@@ -7,7 +7,6 @@
 
 #include <cstdlib>
 
-#include "fabric/fabric_walk.h"
 #include "fat_tree/status.h"
 #include "fat_tree/topology.h"
 

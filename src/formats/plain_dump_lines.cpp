@@ -48,11 +48,11 @@ std::uint64_t JoinDigits(std::uint64_t digits) {
   return (digits << 16U | digits >> 32U) & 0xffffffffU;
 }
 
-// The bytes of a word as hexadecimal digits. Each step works on all bytes at once.
+// The bytes of a word as hexadecimal digits; each step works on all bytes at once. A byte is a
+// digit if its value, printed again, gives the same byte. Values above 15 are none.
 struct HexWord {
   explicit HexWord(std::uint64_t word)
       : digits((word & InEveryByte(0x0f)) + 9 * (word >> 6U & InEveryByte(1))) {
-    // What the digits look like; the high bits of "word" make no digit.
     const std::uint64_t isLetter = (digits + InEveryByte(6)) >> 4U & InEveryByte(1);
     odd = (word ^ (digits + InEveryByte('0') + isLetter * ('a' - '9' - 1))) |
           (digits & InEveryByte(0xf0));
@@ -194,7 +194,7 @@ bool PlainDumpLines::ReadPort(const char* at, const char* end, Line& line) {
 }
 
 // The tail that a line has behind its lid, null if it has none that was learned. `begin` is the
-// line's comment.
+// line's comment; reading back from there stays in the line, which has at least 26 bytes before it.
 const PlainDumpLines::Tail* PlainDumpLines::FindTail(const char* begin, const char* end) {
   const std::uint64_t word = WordAt(end - wordSize);
   const auto isTail = [&](const Tail& tail) {

@@ -29,8 +29,8 @@ namespace fabscope::internal {
 // Three things make it fast:
 //
 // - The first byte decides which form a line can have. No line is looked at twice.
-// - The sixteen digits of a GUID are read in two words of eight bytes, of which the first is
-//   mostly the one before.
+// - The sixteen digits of a GUID are read in two words of eight bytes. The first is mostly the same
+//   as in the line before and is then not read again.
 // - What stands behind the lid (" 4xHDR") is the same on thousands of lines. It is parsed once, by
 //   the close look, and from then on only compared (Learn). That also finds the end of the
 //   description, which may hold quotes: the quote before " lid " is the last one of the line,
@@ -99,7 +99,7 @@ class PlainDumpLines {
     std::uint8_t speedBit = 0;
   };
 
-  // Where it is called, the compiler knows the keyword and compares it in a step or two.
+  // Inline, so that the compiler knows the keyword and compares it in a step or two.
   static bool ReadField(const char* at, std::string_view keyword, Line& line) {
     return std::memcmp(at, keyword.data(), keyword.size()) == 0 &&
            ReadFieldNumber(at + keyword.size(), line);
@@ -113,7 +113,7 @@ class PlainDumpLines {
 
   // The first half of the GUID that was read last: most are of one maker.
   struct {
-    std::uint64_t text = 0;
+    std::uint64_t text = 0x3030303030303030U;  // "00000000"
     std::uint64_t guid = 0;
   } high_;
   // Ends of several speeds mix in one dump.

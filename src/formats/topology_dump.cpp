@@ -60,7 +60,7 @@ struct CableEnd {
   std::uint8_t speedBit = NoSpeed;  // speed codes have one bit each
 
   static constexpr std::uint8_t NoSpeed = 32;
-  // A line whose peer stands farther on is in the list of the odd ones.
+  // The peer's port stands farther on; farOffsets_ knows where.
   static constexpr std::uint8_t FarOffset = 255;
   std::uint32_t Speed() const { return speedBit == NoSpeed ? 0 : std::uint32_t{1} << speedBit; }
   // The peer's line has dealt with this one: nobody asks for its port any more.
@@ -160,7 +160,7 @@ class DumpLoader {
   std::vector<PlacedNode> placed_;         // by place in the model
   std::uint32_t lastPeer_ = 0;
   std::uint32_t peerStride_ = 1;
-  std::size_t wrongGuesses_ = 0;
+  std::size_t wrongGuesses_ = 0;  // since the last batch
 };
 
 // Sorts what mostly is a few sorted runs one behind the other: a dump tells of the switches in an
@@ -402,7 +402,7 @@ std::vector<std::uint32_t> DumpLoader::SortedNodes() const {
   return sorted;
 }
 
-// What the nodes behind the given one need comes from memory while that one is dealt with.
+// Fetches from memory what the next nodes need, while this one is dealt with.
 void DumpLoader::ExpectNode(const std::vector<std::uint32_t>& sorted, std::size_t at) const {
   constexpr std::size_t ahead = 16;
   if (at + 2 * ahead >= sorted.size()) return;
@@ -466,8 +466,8 @@ std::uint32_t DumpLoader::FindPeer(std::uint64_t guid) {
   return found;
 }
 
-// Where the records are in no order, all that a link needs stands somewhere else in memory. So many
-// are asked for at a time, step by step, and the processor waits for them together.
+// Where the records are in no order, all that a link needs stands elsewhere in memory. So many
+// links are looked up together, step by step, and the processor fetches for all of them at once.
 void DumpLoader::FindPeers(std::span<const CableEnd> ends, std::span<std::uint32_t> peers) {
   const bool isOrdered = 4 * std::exchange(wrongGuesses_, 0) < peers.size();
   for (const CableEnd& end : ends) {
@@ -515,7 +515,7 @@ MaybeError DumpLoader::AddLink(const PortPlace& here, const PortPlace& there, co
   return std::nullopt;
 }
 
-// A link that is not told alike at both of its ends, or that there cannot be. `other` is what the
+// A link whose two ends do not say the same, or that cannot be. `other` is what the
 // far port's line says; it may be null.
 MaybeError DumpLoader::AddOddLink(const PortPlace& here, const PortPlace& there,
                                   const CableEnd& end, const CableEnd* other) {

@@ -22,7 +22,6 @@
 #include <tuple>
 #include <utility>
 
-#include "fabric/fabric_walk.h"
 #include "repair/seats.h"
 
 namespace fabscope::internal {

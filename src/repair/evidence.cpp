@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <map>
 #include <optional>
-#include <string>
+#include <string_view>
 #include <utility>
 
 namespace fabscope::internal {
@@ -22,7 +22,7 @@ std::uint64_t PortKeyOf(int group, std::uint8_t port) {
   return static_cast<std::uint64_t>(group) << 8U | port;
 }
 
-// The groups beside its own that a switch would cost least in, and by how much they are dearer.
+// The groups other than its own in which a switch would cost least, and how much dearer they are.
 struct NextGroups {
   NextGroups(const TreeGroups& tree, std::uint32_t number, Side side);
 
@@ -339,7 +339,7 @@ class TieBreaker {
     }
   }
 
-  // Gathered where there is a tie: nothing has been moved before.
+  // Gathered at the first tie; nothing has been moved before it.
   Evidence& GetEvidence() { return evidence_ ? *evidence_ : evidence_.emplace(groups_); }
 
   TreeGroups& groups_;

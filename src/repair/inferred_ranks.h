@@ -18,6 +18,7 @@ TreeRanks InferRanks(const IBFabric& fabric, const TreeReading& reading);
 // counts twice. 0 exactly for a proper tree, and never too few; where much is wrong, other groups
 // may need fewer.
 std::uint64_t CountMisfits(const IBFabric& fabric, const TreeRanks& ranks);
+// Leaves the misfits in `reading`, for InferRanks.
 std::uint64_t CountMisfits(const TreeRanks& ranks, TreeReading& reading);
 
 }  // namespace fabscope::internal

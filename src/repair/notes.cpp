@@ -10,8 +10,6 @@
 #include <cstddef>
 #include <map>
 
-#include "fabric/fabric_walk.h"
-
 namespace fabscope::internal {
 namespace {
 

@@ -45,18 +45,15 @@ class LineComparer {
     if (spines.empty()) return true;
     if (!std::is_sorted(spines.begin(), spines.end())) std::sort(spines.begin(), spines.end());
     const std::uint32_t known = lineOf_[spines.front()];
-    if (known != none) return FitsLike(spines, spinesOf_[known]);
-    return HasEachAsOften(spines) && TakeSpines(spines);
+    if (known == none) return HasEachAsOften(spines) && TakeSpines(spines);
+    const bool isSame = spines == spinesOf_[known];
+    spinesOf_.pop_back();
+    return isSame;
   }
 
  private:
   static constexpr std::uint32_t none = ~std::uint32_t{0};
 
-  bool FitsLike(const std::vector<std::uint32_t>& spines, const std::vector<std::uint32_t>& known) {
-    const bool isSame = spines == known;
-    spinesOf_.pop_back();
-    return isSame;
-  }
   // The line is the first of its group; then no other group has one of its spines.
   bool TakeSpines(Spines spines) {
     for (const std::uint32_t spine : spines) {

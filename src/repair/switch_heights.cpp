@@ -148,8 +148,8 @@ class HeightFinder {
   std::vector<std::uint32_t> FindSuspects(const Misfits& misfits) const;
   Price MoveSuspects();
   double LikenessTo(std::uint32_t i, int height, double enough);
-  // How often a switch may be counted as one that shares a neighbor: once, and again for parallel
-  // cables.
+  // How often at most one switch is counted for this neighbor: once, and once more for each
+  // parallel cable.
   std::size_t MostShared(std::uint32_t neighbor) const {
     return 1 + Degree(neighbor) - neighbors_.Of(neighbor).size();
   }
@@ -435,17 +435,19 @@ std::vector<bool> HeightFinder::FindWaysUp(int top) const {
   return leadsUp;
 }
 
-// How alike the neighbors of a switch are to those of the most similar other switch of a height;
-// anything less than `enough` where it is less.
+// How alike the neighbors of a switch are to those of the most similar other switch of a height.
+// Where that is less than `enough`, the answer is only some number below `enough`.
 double HeightFinder::LikenessTo(std::uint32_t i, int height, double enough) {
   std::vector<std::uint32_t> touched;
   const std::span<const std::uint32_t> neighbors = neighbors_.Of(i);
   std::uint32_t most = 0;
   std::size_t left = 0;
   for (const std::uint32_t neighbor : neighbors) left += MostShared(neighbor);
+  // What is counted more than once makes what both have together seem less.
+  const std::size_t extra = left - neighbors.size();
+  const std::size_t leastAll = neighbors.size() > extra ? neighbors.size() - extra : 0;
   for (const std::uint32_t neighbor : neighbors) {
-    const auto mostShared = static_cast<double>(most + left);
-    if (mostShared < enough * static_cast<double>(neighbors.size())) break;
+    if (static_cast<double>(most + left) < enough * static_cast<double>(leastAll)) break;
     left -= MostShared(neighbor);
     std::uint32_t last = i;  // parallel cables stand together where ports are cabled in order
     ForEachNeighbor(neighbor, [&](std::uint32_t twin) {

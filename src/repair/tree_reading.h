@@ -14,7 +14,8 @@ struct TreeReading {
   TreeReading(const IBFabric& fabric, const TreeLinks& links) : graph(fabric, links) {}
 
   SwitchGraph graph;
-  // Of the ranks whose misfits were counted last, by number in the graph.
+  // Of the ranks that CountMisfits was asked about last and whose groups are not proper, by number
+  // in the graph.
   std::vector<int> ranks;
   Misfits misfits;
 };

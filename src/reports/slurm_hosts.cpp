@@ -13,7 +13,6 @@
 #include <set>
 #include <utility>
 
-#include "fabric/fabric_walk.h"
 #include "reports/slurm_names.h"
 
 namespace fabscope::internal {

@@ -29,7 +29,8 @@ TEST(TextArenaTest, AZeroFollowsEachText) {
   std::vector<std::string_view> kept;
   for (std::size_t size = 0; size < 3000; ++size)
     kept.push_back(arena.Keep(std::string(size, 'x')));
-  for (const std::string_view text : kept) ASSERT_EQ(*text.end(), '\0') << text.size();
+  for (const std::string_view text : kept)
+    ASSERT_EQ(*(text.data() + text.size()), '\0') << text.size();
 }
 
 TEST(TextArenaTest, TextsThatFillABlockToItsEndAreKept) {
@@ -51,7 +52,7 @@ TEST(TextArenaTest, TextsLongerThanABlockAreKept) {
   const std::string_view kept = arena.Keep(text);
   const std::string_view behind = arena.Keep("behind");
   EXPECT_EQ(kept, text);
-  EXPECT_EQ(*kept.end(), '\0');
+  EXPECT_EQ(*(kept.data() + kept.size()), '\0');
   EXPECT_EQ(before, "before");
   EXPECT_EQ(behind, "behind");
 }

@@ -1,6 +1,7 @@
 #include "formats/plain_dump_lines.h"
 
 #include <bit>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <random>
 #include <sstream>
@@ -132,6 +133,14 @@ TEST_F(PlainDumpLinesTest, EveryDigitOfAPeerMustBeOne) {
       EXPECT_EQ(ReadPort(changed) != odd, isDigit) << at << ' ' << c;
     }
   }
+}
+
+TEST_F(PlainDumpLinesTest, TheFirstPeerOfAllMustHaveDigitsToo) {
+  const std::string line = "[5]\t\"S-0000000000000011\"[2]\t\t# \"a\" lid 22 4xHDR";
+  std::string changed = line;
+  changed.replace(changed.find('-') + 1, 8, 8, '\0');
+  EXPECT_EQ(ReadPort(changed), odd);
+  EXPECT_NE(ReadPort(line), odd);
 }
 
 TEST_F(PlainDumpLinesTest, SeveralTailsAreKnownAtATime) {
@@ -303,7 +312,7 @@ TEST_F(PlainDumpLinesTest, APlainLineSaysWhatItSaysWhenLookedAtClosely) {
 
 // All that comes of a dump: its fabric or an error, and its warnings.
 using Loader = decltype(&LoadTopologyDump);
-std::string AllOf(const std::string& text, Loader load) {
+std::string AllThatComesOf(const std::string& text, Loader load) {
   Input input("dump", text);
   FabricBuilder builder;
   Warnings warnings;
@@ -330,6 +339,16 @@ std::vector<std::string> LinesOf(const std::string& text) {
   std::istringstream stream(text);
   for (std::string line; std::getline(stream, line);) lines.push_back(line);
   return lines;
+}
+
+TEST(PlainDumps, ZerosInTheFirstGuidsAreNoDigits) {
+  const std::string blank(PlainDumpLines::Ahead, '\n');
+  const std::string text =
+      "Switch\t1 \"S-0000000000000001\"\t\t# \"a\" base port 0 lid 1 lmc 0\n\n"
+      "Switch\t1 \"S-" +
+      std::string(8, '\0') + "00000002\"\t\t# \"b\" base port 0 lid 2 lmc 0\n" + blank;
+  EXPECT_THAT(AllThatComesOf(text, LoadTopologyDump), ::testing::HasSubstr("not a GUID"));
+  EXPECT_EQ(AllThatComesOf(text, LoadTopologyDump), AllThatComesOf(text, LoadTopologyDumpClosely));
 }
 
 TEST(PlainDumps, GiveWhatTheyGiveWhenLookedAtCloselyHoweverDamaged) {
@@ -366,8 +385,8 @@ TEST(PlainDumps, GiveWhatTheyGiveWhenLookedAtCloselyHoweverDamaged) {
     const std::string lineEnd = damage.Below(4) == 0 ? "\r\n" : "\n";
     std::string text = damage.Below(8) == 0 ? "\xef\xbb\xbf" : "";
     for (const std::string& line : lines) text += line + lineEnd;
-    const std::string closely = AllOf(text, LoadTopologyDumpClosely);
-    ASSERT_EQ(AllOf(text, LoadTopologyDump), closely) << text;
+    const std::string closely = AllThatComesOf(text, LoadTopologyDumpClosely);
+    ASSERT_EQ(AllThatComesOf(text, LoadTopologyDump), closely) << text;
     readable += closely.starts_with('{') ? 1 : 0;
   }
   EXPECT_GT(readable, dumps / 10);
