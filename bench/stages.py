@@ -16,7 +16,7 @@ SPLIT = {"Read": "read the dump", "BuildModel": "build the model", "FindRoots": 
          "Group": "group the switches", "CheckGroups": "check the groups",
          "Print": "print the report", "Free": "free the memory",
          "Sum": "these stages together", "Whole": "a check at once, with all else"}
-OTHERS = {"CountLines": "floor: read the file, count its lines",
+OTHERS = {"CountLines": "read the file as a stream, count its lines",
           "ReadDocument": "read the same fabric as a document",
           "OneClassification": "one classification (part of finding roots)",
           "RanksFromRoots": "ranks from given roots (instead of finding them)",
