@@ -187,7 +187,7 @@ void FabricBuilder::ApplyPortAttributes(IBFabric& fabric) {
     if (spec.fnm) port.fnm = *spec.fnm;
     if (spec.fnm1) port.fnm1 = *spec.fnm1;
     if (spec.inSubFabric) port.inSubFabric = *spec.inSubFabric;
-    if (spec.state) ExtrasOf(port).state = spec.state;
+    if (spec.state && *spec.state != port.GetState()) ExtrasOf(port).state = spec.state;
     if (spec.planeMultiplicity) ExtrasOf(port).planeMultiplicity = *spec.planeMultiplicity;
     if (spec.group) ExtrasOf(port).group = GroupRecord{*spec.group};
   }

@@ -21,16 +21,14 @@
 #include "repair/switch_heights.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <functional>
-#include <map>
 #include <set>
-#include <span>
 #include <tuple>
 #include <utility>
 
 #include "repair/misfit_bound.h"
 #include "repair/misfits.h"
+#include "repair/neighbor_likeness.h"
 #include "repair/neighbor_lists.h"
 
 namespace fabscope::internal {
@@ -147,17 +145,6 @@ class HeightFinder {
   void JoinTwins();
   std::vector<std::uint32_t> FindSuspects(const Misfits& misfits) const;
   Price MoveSuspects();
-  double LikenessTo(std::uint32_t i, int height, double enough);
-  // How often at most one switch is counted for this neighbor: once, and once more for each
-  // parallel cable.
-  std::size_t MostShared(std::uint32_t neighbor) const {
-    return 1 + Degree(neighbor) - neighbors_.Of(neighbor).size();
-  }
-  struct Alike {
-    std::vector<std::uint32_t> lastAt;  // by first neighbor: who was asked for last, or none
-    std::vector<double> likeness;       // by switch that was asked for
-  };
-  double LikenessBelow(std::uint32_t i, Alike& known);
   Price PriceOf(const Heights& heights, Misfits* misfits = nullptr);
   Price WorkOutPrice(const Heights& heights, Misfits& misfits) const;
   bool IsDearer(const Heights& heights, const Price& price) const;
@@ -435,59 +422,15 @@ std::vector<bool> HeightFinder::FindWaysUp(int top) const {
   return leadsUp;
 }
 
-// How alike the neighbors of a switch are to those of the most similar other switch of a height.
-// Where that is less than `enough`, the answer is only some number below `enough`.
-double HeightFinder::LikenessTo(std::uint32_t i, int height, double enough) {
-  std::vector<std::uint32_t> touched;
-  const std::span<const std::uint32_t> neighbors = neighbors_.Of(i);
-  std::uint32_t most = 0;
-  std::size_t left = 0;
-  for (const std::uint32_t neighbor : neighbors) left += MostShared(neighbor);
-  // What is counted more than once makes what both have together seem less.
-  const std::size_t extra = left - neighbors.size();
-  const std::size_t leastAll = neighbors.size() > extra ? neighbors.size() - extra : 0;
-  for (const std::uint32_t neighbor : neighbors) {
-    if (static_cast<double>(most + left) < enough * static_cast<double>(leastAll)) break;
-    left -= MostShared(neighbor);
-    std::uint32_t last = i;  // parallel cables stand together where ports are cabled in order
-    ForEachNeighbor(neighbor, [&](std::uint32_t twin) {
-      if (twin == i || twin == last || heights_[twin] != height) return;
-      last = twin;
-      if (common_[twin]++ == 0) touched.push_back(twin);
-      most = std::max(most, common_[twin]);
-    });
-  }
-  double best = 0;
-  for (const std::uint32_t twin : touched) {
-    const double shared = std::min<double>(common_[twin], static_cast<double>(neighbors.size()));
-    const double all = static_cast<double>(neighbors.size() + neighbors_.Of(twin).size()) - shared;
-    if (all > 0) best = std::max(best, shared / all);
-    common_[twin] = 0;
-  }
-  return best;
-}
-
-// To the switches two heights below. Many have the same neighbors, and so the same answer.
-double HeightFinder::LikenessBelow(std::uint32_t i, Alike& known) {
-  const std::span<const std::uint32_t> neighbors = neighbors_.Of(i);
-  if (neighbors.empty()) return 0;
-  const std::uint32_t other = std::exchange(known.lastAt[neighbors.front()], i);
-  const bool isSame = other != SwitchGraph::none && heights_[other] == heights_[i] &&
-                      std::ranges::equal(neighbors_.Of(other), neighbors);
-  known.likeness[i] = isSame ? known.likeness[other] : LikenessTo(i, heights_[i] - 2, ratherLike);
-  return known.likeness[i];
-}
-
 // Leaves without hosts.
 void HeightFinder::JoinTwins() {
   std::vector<std::pair<std::uint32_t, int>> moves;
-  Alike known{std::vector<std::uint32_t>(graph_.Count(), SwitchGraph::none),
-              std::vector<double>(graph_.Count())};
+  NeighborLikeness likeness(graph_, neighbors_, heights_);
   for (std::uint32_t i = 0; i < graph_.Count(); ++i) {
     if (heights_[i] < 2 || graph_.Hosts(i) > full_ / 2) continue;
-    const double below = LikenessBelow(i, known);
+    const double below = likeness.ToThoseBelow(i, ratherLike);
     if (below < ratherLike) continue;
-    if (below >= like || below >= LikenessTo(i, heights_[i], 0))
+    if (below >= like || below >= likeness.To(i, heights_[i], 0))
       moves.emplace_back(i, heights_[i] - 2);
   }
   if (moves.empty()) return;
