@@ -9,7 +9,7 @@
 
 namespace fabscope::internal {
 
-// How alike switches are by their neighbors: from 0, none in common, to 1, all. Heights must stay
+// How alike switches are by their neighbors: 0 with none in common, 1 with all. Heights must stay
 // as they are while this is asked.
 class NeighborLikeness {
  public:

@@ -25,7 +25,7 @@ bool HasEachAsOften(Spines spines) {
   return true;
 }
 
-// The lines of one pair of ranks.
+// The lines of a tree, one after the other.
 class LineComparer {
  public:
   explicit LineComparer(const FTTopology& topology)
