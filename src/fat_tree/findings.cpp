@@ -11,6 +11,9 @@ namespace {
 // A listing breaks its line after this many further switches.
 constexpr unsigned listedPerLine = 7;
 
+// Few descriptions are longer.
+constexpr std::size_t usualDescription = 120;
+
 std::string EndText(const IBNode* node, std::uint8_t port, int showGuid) {
   return GetNodeRecord(node, showGuid) + " port: " + std::to_string(port);
 }
@@ -27,8 +30,16 @@ std::string Listed(const std::vector<std::string>& words) {
 }  // namespace
 
 std::string MissingLink::Description(int showGuid) const {
-  return GroupTitle(isNeighborhood) + std::to_string(group) + ": missing link between switches (" +
-         GetNodeRecord(spine, showGuid) + ") and (" + GetNodeRecord(line, showGuid) + ")";
+  // A check may describe millions of them.
+  std::string text;
+  text.reserve(usualDescription);
+  text.append(GroupTitle(isNeighborhood)).append(std::to_string(group));
+  text += ": missing link between switches (";
+  AppendNodeRecord(text, spine, showGuid);
+  text += ") and (";
+  AppendNodeRecord(text, line, showGuid);
+  text += ')';
+  return text;
 }
 
 std::string MissingLink::FaultWords(const std::vector<std::string>& places,

@@ -33,7 +33,9 @@ std::string FTInvalidLinkError::GetCSVErrorLine() {
 std::string FTInvalidLinkError::GetErrorLine() { return description; }
 
 std::string EventCsvLine(const char* event, const std::string& description) {
-  return std::string("CLUSTER,0x0,0x0,0x0,") + event + ",\"" + DescToCsvDesc(description) + '"';
+  std::string line = "CLUSTER,0x0,0x0,0x0,";
+  line.append(event).append(",\"").append(DescToCsvDesc(description)).append("\"");
+  return line;
 }
 
 }  // namespace fabscope::internal

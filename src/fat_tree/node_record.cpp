@@ -15,19 +15,25 @@ std::string_view WithoutChipPart(std::string_view name) {
 
 }  // namespace
 
-std::string GetNodeRecord(const IBNode* node, int showGuid) {
+void AppendNodeRecord(std::string& text, const IBNode* node, int showGuid) {
   const std::string asic = GetSwitchASIC(node);
-  std::string record;
   if (showGuid == 1) {
     // The ASIC stands here and after the name: the GUID of a system with its ASIC is a key of its
     // own in other reports.
-    record = GuidText(node->systemGuid) + asic + " -- ";
+    AppendGuidText(text, node->systemGuid);
+    text.append(asic).append(" -- ");
   } else if (showGuid == 2) {
-    record = GuidText(node->guid) + " -- ";
+    AppendGuidText(text, node->guid);
+    text += " -- ";
   }
-  record += WithoutChipPart(node->getAlternativeName());
-  record += asic;
-  return record;
+  text += WithoutChipPart(node->getAlternativeName());
+  text += asic;
+}
+
+std::string GetNodeRecord(const IBNode* node, int showGuid) {
+  std::string text;
+  AppendNodeRecord(text, node, showGuid);
+  return text;
 }
 
 }  // namespace fabscope::internal

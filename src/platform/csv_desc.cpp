@@ -3,14 +3,20 @@
 namespace fabscope::internal {
 
 std::string DescToCsvDesc(const std::string& description) {
-  std::string field;
-  field.reserve(description.size());
-  for (const char c : description) {
+  std::string field(description);
+  bool hasQuotes = false;
+  for (char& c : field) {
     const auto byte = static_cast<unsigned char>(c);
-    if (c == '"') field += '"';
-    field += (byte < 0x20 || byte == 0x7f) ? ' ' : c;
+    hasQuotes |= c == '"';
+    c = (byte < 0x20 || byte == 0x7f) ? ' ' : c;
   }
-  return field;
+  if (!hasQuotes) return field;
+  std::string doubled;
+  for (const char c : field) {
+    if (c == '"') doubled += '"';
+    doubled += c;
+  }
+  return doubled;
 }
 
 }  // namespace fabscope::internal

@@ -58,7 +58,9 @@ class JsonMembers {
 
  private:
   static void AppendGuid(std::string& json, std::uint64_t guid) {
-    json.append("\"").append(GuidText(guid)).append("\"");
+    json += '"';
+    AppendGuidText(json, guid);
+    json += '"';
   }
 
   std::string& json_;

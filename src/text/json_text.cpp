@@ -1,6 +1,8 @@
 #include "text/json_text.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <cstring>
 #include <fmt/format.h>
 #include <iterator>
 
@@ -15,14 +17,36 @@ bool IsPlain(char c) {
   return byte >= 0x20 && byte < 0x80 && c != '"' && c != '\\';
 }
 
+constexpr std::uint64_t InEveryByte(char byte) {
+  return static_cast<unsigned char>(byte) * 0x0101010101010101U;
+}
+
+// The same of eight bytes at once: the highest bit of a byte is set where it is not ASCII, or where
+// a subtraction borrows from it. A borrow can only come from a byte that is not plain itself.
+bool ArePlain(std::uint64_t word) {
+  const std::uint64_t quotes = (word ^ InEveryByte('"')) - InEveryByte(1);
+  const std::uint64_t backslashes = (word ^ InEveryByte('\\')) - InEveryByte(1);
+  const std::uint64_t controls = word - InEveryByte(' ');
+  return ((word | quotes | backslashes | controls) & InEveryByte('\x80')) == 0;
+}
+
+// How many bytes at the start are plain. Nearly all are, and a report can have a gigabyte of them.
+std::size_t PlainLength(std::string_view text) {
+  std::size_t length = 0;
+  for (std::uint64_t word = 0; length + sizeof word <= text.size(); length += sizeof word) {
+    std::memcpy(&word, &text[length], sizeof word);
+    if (!ArePlain(word)) break;
+  }
+  while (length < text.size() && IsPlain(text[length])) ++length;
+  return length;
+}
+
 }  // namespace
 
 void AppendJsonString(std::string& json, std::string_view text) {
   json += '"';
   while (!text.empty()) {
-    // Nearly all text is plain, and a report can have a gigabyte of it.
-    const auto plain = static_cast<std::size_t>(
-        std::find_if_not(text.begin(), text.end(), IsPlain) - text.begin());
+    const std::size_t plain = PlainLength(text);
     json += text.substr(0, plain);
     text.remove_prefix(plain);
     if (text.empty()) break;
