@@ -9,6 +9,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdlib>
+#include <malloc.h>
 #include <new>
 #include <sys/mman.h>
 
@@ -18,6 +19,9 @@ constexpr std::size_t hugePage = std::size_t{1} << 21U;
 // A block of that size is one of a large fabric; from then on smaller ones get whole pages, too.
 constexpr std::size_t largeBlock = 4 * hugePage;
 constexpr std::size_t mediumBlock = hugePage;
+// The few blocks of that size go back to the system as soon as they are freed. Inside the heap they
+// would leave holes, which the next one may just not fit into.
+constexpr int ownMappingFrom = 2 * hugePage;
 
 std::atomic<bool> isLargeFabric = false;
 
@@ -30,7 +34,9 @@ void* AllocateInHugePages(std::size_t size) {
 }
 
 void* Allocate(std::size_t size) {
-  if (size >= largeBlock) isLargeFabric = true;
+  if (size >= largeBlock && !isLargeFabric.exchange(true)) {
+    (void)mallopt(M_MMAP_THRESHOLD, ownMappingFrom);
+  }
   const bool isHuge = size >= mediumBlock && isLargeFabric;
   return isHuge ? AllocateInHugePages(size) : std::malloc(size != 0 ? size : 1);
 }

@@ -17,7 +17,7 @@ std::string PortText(const PortRef& port) {
 void FabricBuilder::ReserveNodes(std::size_t count) {
   nodes_.reserve(count);
   indexByGuid_.Reserve(count);
-  linked_.reserve(count);
+  portsBefore_.reserve(count + 1);
 }
 
 void FabricBuilder::ReserveLinks(std::size_t count) { links_.reserve(count); }
@@ -37,8 +37,8 @@ FabricBuilder::Problem FabricBuilder::AddNode(const NodeSpec& spec) {
   node.numPorts = spec.numPorts;
   node.special = spec.special;
   node.multiAsic = spec.multiAsic;
-  node.name = names_.Keep(spec.name);
-  if (spec.displayName && *spec.displayName != spec.name) {
+  node.name = spec.keptName ? *spec.keptName : names_.Keep(spec.name);
+  if (spec.displayName && *spec.displayName != node.name) {
     ExtrasOf(node).displayName = spec.displayName;
   }
   if (!spec.asic.empty()) ExtrasOf(node).asic = spec.asic;
@@ -48,7 +48,8 @@ FabricBuilder::Problem FabricBuilder::AddNode(const NodeSpec& spec) {
     ExtrasOf(node).planes = spec.planes;
   }
   if (!spec.flids.empty()) ExtrasOf(node).flids = spec.flids;
-  linked_.emplace_back();
+  portsBefore_.push_back(portsBefore_.back() + spec.numPorts);
+  linked_.Grow(portsBefore_.back());
   return std::nullopt;
 }
 
@@ -105,7 +106,7 @@ FabricBuilder::Problem FabricBuilder::AddAPort(std::span<const PortRef> ports,
                                                std::uint64_t asymmetry) {
   AggregatedPort aport{{}, asymmetry};
   const auto refuse = [&](Problem problem) {
-    for (const PortPlace& member : aport.members) inAPort_[member.node].reset(member.num);
+    for (const PortPlace& member : aport.members) inAPort_.Erase(PlaceOf(member));
     return problem;
   };
   for (const PortRef& port : ports) {
@@ -121,16 +122,12 @@ FabricBuilder::Problem FabricBuilder::AddAPort(std::span<const PortRef> ports,
   return std::nullopt;
 }
 
-bool FabricBuilder::Mark(const PortPlace& port, std::vector<PortSet>& sets) const {
-  if (sets.size() < nodes_.size()) sets.resize(nodes_.size());
-  PortSet& ports = sets[port.node];
-  if (ports.test(port.num)) return false;
-  ports.set(port.num);
+bool FabricBuilder::Mark(const PortPlace& port, PortSet& ports) const {
+  if (ports.size() < linked_.size()) ports.Grow(linked_.size());
+  const std::size_t place = PlaceOf(port);
+  if (ports.Has(place)) return false;
+  ports.Insert(place);
   return true;
-}
-
-FabricBuilder::PortSet FabricBuilder::UsedPorts(std::size_t node) const {
-  return node < needed_.size() ? linked_[node] | needed_[node] : linked_[node];
 }
 
 void FabricBuilder::ClearRanks() {
@@ -145,31 +142,46 @@ void FabricBuilder::AddFlid(std::uint64_t guid, std::uint16_t flid) {
   ExtrasOf(nodes_[FindNode(guid)]).flids.push_back(flid);
 }
 
-void FabricBuilder::LayOutPorts(IBFabric& fabric) const {
+std::vector<std::size_t> FabricBuilder::LayOutPorts(IBFabric& fabric) const {
   std::size_t portCount = 2 * links_.size();
-  for (std::size_t i = 0; i < needed_.size(); ++i) portCount += (needed_[i] & ~linked_[i]).count();
+  for (std::size_t i = 0; i < needed_.size(); ++i) {
+    if (needed_.Has(i) && !linked_.Has(i)) ++portCount;
+  }
   // The exact size: the addresses taken below must stay.
   fabric.ports_.resize(portCount);
 
   IBPort* next = fabric.ports_.data();
-  for (std::size_t i = 0; i < fabric.nodes_.size(); ++i) {
-    IBNode& node = fabric.nodes_[i];
-    const PortSet used = UsedPorts(i);
+  std::vector<std::size_t> firstPorts;
+  firstPorts.reserve(fabric.nodes_.size());
+  std::size_t place = 0;
+  for (IBNode& node : fabric.nodes_) {
     IBPort* const first = next;
-    for (std::size_t num = 1; num <= node.numPorts; ++num) {
-      if (!used[num]) continue;
+    firstPorts.push_back(static_cast<std::size_t>(next - fabric.ports_.data()));
+    for (std::size_t num = 1; num <= node.numPorts; ++num, ++place) {
+      if (!linked_.Has(place) && (place >= needed_.size() || !needed_.Has(place))) continue;
       next->node = &node;
       next->num = static_cast<std::uint8_t>(num);
       ++next;
     }
     node.ports = {first, next};
   }
+  return firstPorts;
 }
 
-void FabricBuilder::ConnectLinks(IBFabric& fabric) const {
+void FabricBuilder::ConnectLinks(IBFabric& fabric,
+                                 const std::vector<std::size_t>& firstPorts) const {
+  // Mostly every number has its port. Then the node need not be asked, which stands elsewhere in
+  // memory.
+  const auto find = [&](std::uint32_t place, std::uint8_t num) -> IBPort& {
+    const std::size_t guess = firstPorts[place] + num - std::size_t{1};
+    IBNode* node = &fabric.nodes_[place];
+    IBPort* port = guess < fabric.ports_.size() ? &fabric.ports_[guess] : nullptr;
+    const bool isRight = port != nullptr && port->num == num && port->node == node;
+    return isRight ? *port : *node->getPort(num);
+  };
   for (const Link& link : links_) {
-    IBPort& a = *fabric.nodes_[link.nodeA].getPort(link.portA);
-    IBPort& b = *fabric.nodes_[link.nodeB].getPort(link.portB);
+    IBPort& a = find(link.nodeA, link.portA);
+    IBPort& b = find(link.nodeB, link.portB);
     a.remotePort = &b;
     b.remotePort = &a;
     for (IBPort* end : {&a, &b}) {
@@ -212,8 +224,7 @@ std::unique_ptr<IBFabric> FabricBuilder::Build() {
   // From here on nodes have their final addresses.
   fabric->nodes_ = std::move(nodes_);
   fabric->indexByGuid_ = std::move(indexByGuid_);
-  LayOutPorts(*fabric);
-  ConnectLinks(*fabric);
+  ConnectLinks(*fabric, LayOutPorts(*fabric));
   ApplyPortAttributes(*fabric);
   AttachAPorts(*fabric);
   for (NodeExtras& extras : extras_) {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <bitset>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
@@ -12,6 +11,7 @@
 
 #include "fabric/guid_index.h"
 #include "fabric/ib_fabric.h"
+#include "fabric/port_set.h"
 
 namespace fabscope::internal {
 
@@ -21,6 +21,7 @@ struct NodeSpec {
   std::uint64_t guid = 0;
   std::uint8_t type = NodeTypeSwitch;
   std::string name;
+  std::optional<std::string_view> keptName;  // in place of the name: what KeepName has answered
   std::uint8_t numPorts = 0;
   std::optional<std::uint64_t> systemGuid;
   std::optional<std::string> displayName;
@@ -88,12 +89,15 @@ class FabricBuilder {
   void ReserveNodes(std::size_t count);
   void ReserveLinks(std::size_t count);
 
+  // Keeps the name of a node that will be added, for those who know it before they know the model's
+  // order. It ends in a zero for functions of C.
+  std::string_view KeepName(std::string_view name) { return names_.Keep(name); }
   // A GUID is not 0 and belongs to one node.
   [[nodiscard]] Problem AddNode(const NodeSpec& spec);
   // A node with that GUID will be added or looked up soon, which is then quicker.
   void ExpectNode(std::uint64_t guid) const { indexByGuid_.Expect(guid); }
   // The same for a link of the node at that place.
-  void ExpectLink(std::uint32_t node) const { __builtin_prefetch(&linked_[node]); }
+  void ExpectLink(std::uint32_t node) const { __builtin_prefetch(&portsBefore_[node]); }
   // Both nodes are known, both ports exist, are different and have no link yet.
   [[nodiscard]] Problem AddLink(const LinkSpec& spec);
   // The same between nodes whose places the caller has looked up already.
@@ -105,8 +109,8 @@ class FabricBuilder {
   [[nodiscard]] bool TryLink(const PortPlace& a, const PortPlace& b, std::uint32_t speed,
                              bool symmetric) {
     if (!CanLink(a, b)) return false;
-    linked_[a.node][a.num] = true;
-    linked_[b.node][b.num] = true;
+    linked_.Insert(PlaceOf(a));
+    linked_.Insert(PlaceOf(b));
     links_.push_back({a.node, b.node, speed, a.num, b.num, symmetric});
     return true;
   }
@@ -121,11 +125,11 @@ class FabricBuilder {
   bool IsSwitch(std::uint64_t guid) const;
   // Whether the port exists: a number from 1 to the node's port count.
   bool HasPort(const PortPlace& port) const {
-    return port.num != 0 && port.num <= nodes_[port.node].numPorts;
+    return port.num != 0 && PlaceOf(port) < portsBefore_[port.node + std::size_t{1}];
   }
   // What is wrong with a port that does not.
   std::string NoPortText(const PortPlace& port) const;
-  bool HasLink(const PortPlace& port) const { return linked_[port.node][port.num]; }
+  bool HasLink(const PortPlace& port) const { return HasPort(port) && linked_.Has(PlaceOf(port)); }
 
   // What side files say of switches. The GUID must be a switch's. Without a rank it has 255.
   void ClearRanks();
@@ -136,7 +140,6 @@ class FabricBuilder {
   std::unique_ptr<IBFabric> Build();
 
  private:
-  using PortSet = std::bitset<256>;
   struct Link {
     std::uint32_t nodeA;
     std::uint32_t nodeB;
@@ -155,19 +158,22 @@ class FabricBuilder {
   };
 
   bool CanLink(const PortPlace& a, const PortPlace& b) const {
-    return HasPort(a) && HasPort(b) && !(a.node == b.node && a.num == b.num) && !HasLink(a) &&
-           !HasLink(b);
+    return HasPort(a) && HasPort(b) && !(a.node == b.node && a.num == b.num) &&
+           !linked_.Has(PlaceOf(a)) && !linked_.Has(PlaceOf(b));
   }
   Problem WhyNoLink(const PortPlace& a, const PortPlace& b) const;
   Problem Locate(const PortRef& port, PortPlace& place) const;
   PortRef Name(const PortPlace& port) const { return {nodes_[port.node].guid, port.num}; }
-  // Puts a port into one of the lists that are empty until there is one; false when it is there.
-  bool Mark(const PortPlace& port, std::vector<PortSet>& sets) const;
-  PortSet UsedPorts(std::size_t node) const;
+  std::size_t PlaceOf(const PortPlace& port) const {
+    return portsBefore_[port.node] + port.num - std::size_t{1};
+  }
+  // Puts a port into one of the sets that are empty until there is one; false when it is there.
+  bool Mark(const PortPlace& port, PortSet& ports) const;
   NodeExtras& ExtrasOf(IBNode& node);
   PortExtras& ExtrasOf(IBPort& port);
-  void LayOutPorts(IBFabric& fabric) const;
-  void ConnectLinks(IBFabric& fabric) const;
+  // Answers by node where the first of its ports stands.
+  std::vector<std::size_t> LayOutPorts(IBFabric& fabric) const;
+  void ConnectLinks(IBFabric& fabric, const std::vector<std::size_t>& firstPorts) const;
   void ApplyPortAttributes(IBFabric& fabric);
   void AttachAPorts(IBFabric& fabric);
 
@@ -175,14 +181,16 @@ class FabricBuilder {
   TextArena names_;
   std::deque<NodeExtras> extras_;
   GuidIndex indexByGuid_;
-  std::vector<PortSet> linked_;  // by node: ports that have a link
-  std::vector<PortSet> needed_;  // by node: others that need an object; empty until there is one
+  // By node, and behind the last one: how many ports all before it can have.
+  std::vector<std::size_t> portsBefore_{0};
+  PortSet linked_;  // ports that have a link
+  PortSet needed_;  // others that need an object; empty until there is one
   std::vector<Link> links_;
   std::vector<PortAttributes> attributes_;
   std::vector<AggregatedPort> aports_;
-  // By node, as `needed_`: ports that have attributes; that are in an aggregated port.
-  std::vector<PortSet> withAttributes_;
-  std::vector<PortSet> inAPort_;
+  // As `needed_`: ports that have attributes; that are in an aggregated port.
+  PortSet withAttributes_;
+  PortSet inAPort_;
 };
 
 }  // namespace fabscope::internal

@@ -18,7 +18,6 @@
 #include <vector>
 
 #include "fabric/guid.h"
-#include "fabric/text_arena.h"
 #include "formats/foreign_files.h"
 #include "formats/lines.h"
 #include "formats/link_speeds.h"
@@ -148,11 +147,10 @@ class DumpLoader {
 
   ForeignFile foreignFile_;  // that it may be, as long as there is no node
   Record record_ = Record::None;
-  std::optional<std::uint64_t> systemGuid_;  // of the record that has begun
-  std::uint8_t numPorts_ = 0;                // of the current node
-  std::bitset<256> portsSeen_;               // likewise
-  std::vector<DumpNode> nodes_;              // in file order
-  TextArena nameTexts_;
+  std::optional<std::uint64_t> systemGuid_;            // of the record that has begun
+  std::uint8_t numPorts_ = 0;                          // of the current node
+  std::bitset<256> portsSeen_;                         // likewise
+  std::vector<DumpNode> nodes_;                        // in file order
   std::vector<CableEnd> ends_;                         // in file order
   std::map<std::uint32_t, std::uint32_t> farOffsets_;  // by line: where its peer's port stands
   std::set<std::uint64_t> leftOut_;
@@ -320,7 +318,7 @@ void DumpLoader::BeginNode(const DumpNodeLine& parsed, Place guidPlace) {
          [] { return "name longer than 256 bytes, cut there"; });
   }
   TakeMappedName(names_, node.guid, name);
-  node.name = nameTexts_.Keep(name);
+  node.name = builder_.KeepName(name);
   record_ = Record::Node;
   numPorts_ = node.numPorts;
   portsSeen_.reset();
@@ -430,9 +428,10 @@ MaybeError DumpLoader::AddNodes() {
     spec.numPorts = node.numPorts;
     spec.special =
         node.type == NodeTypeCA && specialNodes_ != nullptr && specialNodes_->Matches(node.name);
-    spec.name = node.name;
+    spec.keptName = node.name;
     if (auto problem = builder_.AddNode(spec)) return NodeGivenTwice(node, std::move(*problem));
   }
+  nodes_ = {};  // the links take their place in memory
   return std::nullopt;
 }
 
@@ -493,7 +492,7 @@ MaybeError DumpLoader::AddLinks() {
     const std::size_t last = std::min(first + peers.size(), ends_.size());
     FindPeers(std::span(ends_).subspan(first, last - first), peers);
     for (std::size_t i = first; i < last; ++i) {
-      while (i >= EndOfLines(node)) ++node;
+      while (i >= placed_[modelOrder_[node]].lastEnd) ++node;
       if (ends_[i].IsSettled()) continue;
       const PortPlace there{peers[i - first], ends_[i].peerPort};
       if (MaybeError error = AddLink({modelOrder_[node], ends_[i].port}, there, ends_[i])) {

@@ -1,9 +1,11 @@
 #include "fabric/fabric_builder.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "fabric/guid.h"
@@ -424,6 +426,30 @@ TEST_F(FabricBuilderTest, ThePortsOfANodeAreThoseOfACableOrAnAttributeByNumber) 
   EXPECT_THAT(numbers, ElementsAre(1, 2, 4));
   EXPECT_THAT(fabric->getNodeByGuid(2)->ports, IsEmpty());
   EXPECT_THAT(fabric->getNodeByGuid(3)->ports, SizeIs(1));
+}
+
+// The second port of the next node stands where that of the first one would if it had a first port.
+TEST_F(FabricBuilderTest, CablesFindTheirPortsWhereOthersAreMissing) {
+  EXPECT_EQ(Link({1, 2}, {2, 2}), "");
+  EXPECT_EQ(Link({2, 4}, {3, 1}), "");
+  const auto fabric = builder.Build();
+  const std::vector<IBPort>& ports = fabric->GetPorts();
+  ASSERT_THAT(ports, SizeIs(4));
+  std::vector<std::ptrdiff_t> peers;
+  for (const IBPort& port : ports) peers.push_back(port.remotePort - ports.data());
+  EXPECT_THAT(peers, ElementsAre(1, 0, 3, 2));
+}
+
+TEST_F(FabricBuilderTest, AKeptNameIsTheNodes) {
+  const std::string_view name = builder.KeepName(std::string("spine") + "7");
+  NodeSpec spec = Switch(9);
+  spec.keptName = name;
+  EXPECT_EQ(Text(builder.AddNode(spec)), "");
+  const auto fabric = builder.Build();
+  const IBNode& node = fabric->GetNodes().back();
+  EXPECT_EQ(node.name, "spine7");
+  EXPECT_EQ(node.name.data(), name.data());
+  EXPECT_EQ(node.getAlternativeName(), "spine7");
 }
 
 TEST_F(FabricBuilderTest, TheBuilderIsEmptyAfterwards) {
