@@ -108,9 +108,12 @@ class FabricBuilder {
   // The same for those who need not know why it cannot be.
   [[nodiscard]] bool TryLink(const PortPlace& a, const PortPlace& b, std::uint32_t speed,
                              bool symmetric) {
-    if (!CanLink(a, b)) return false;
-    linked_.Insert(PlaceOf(a));
-    linked_.Insert(PlaceOf(b));
+    if (!HasPort(a) || !HasPort(b)) return false;
+    const std::size_t placeA = PlaceOf(a);
+    const std::size_t placeB = PlaceOf(b);
+    if (placeA == placeB || linked_.Has(placeA) || linked_.Has(placeB)) return false;
+    linked_.Insert(placeA);
+    linked_.Insert(placeB);
     links_.push_back({a.node, b.node, speed, a.num, b.num, symmetric});
     return true;
   }
@@ -157,10 +160,6 @@ class FabricBuilder {
     std::uint64_t asymmetry;
   };
 
-  bool CanLink(const PortPlace& a, const PortPlace& b) const {
-    return HasPort(a) && HasPort(b) && !(a.node == b.node && a.num == b.num) &&
-           !linked_.Has(PlaceOf(a)) && !linked_.Has(PlaceOf(b));
-  }
   Problem WhyNoLink(const PortPlace& a, const PortPlace& b) const;
   Problem Locate(const PortRef& port, PortPlace& place) const;
   PortRef Name(const PortPlace& port) const { return {nodes_[port.node].guid, port.num}; }

@@ -10,12 +10,9 @@ namespace {
 
 // A listing breaks its line after this many further switches.
 constexpr unsigned listedPerLine = 7;
-
-// Few descriptions are longer.
-constexpr std::size_t usualDescription = 120;
-
-std::string EndText(const IBNode* node, std::uint8_t port, int showGuid) {
-  return GetNodeRecord(node, showGuid) + " port: " + std::to_string(port);
+void AppendEnd(const IBNode* node, std::uint8_t port, int showGuid, std::string& text) {
+  AppendNodeRecord(text, node, showGuid);
+  text.append(" port: ").append(std::to_string(port));
 }
 
 // With at least one of them.
@@ -29,17 +26,13 @@ std::string Listed(const std::vector<std::string>& words) {
 
 }  // namespace
 
-std::string MissingLink::Description(int showGuid) const {
-  // A check may describe millions of them.
-  std::string text;
-  text.reserve(usualDescription);
+void MissingLink::AppendDescription(int showGuid, std::string& text) const {
   text.append(GroupTitle(isNeighborhood)).append(std::to_string(group));
   text += ": missing link between switches (";
   AppendNodeRecord(text, spine, showGuid);
   text += ") and (";
   AppendNodeRecord(text, line, showGuid);
   text += ')';
-  return text;
 }
 
 std::string MissingLink::FaultWords(const std::vector<std::string>& places,
@@ -52,17 +45,22 @@ std::vector<std::uint64_t> InvalidLink::Groups() const {
   return {group1, group2};
 }
 
-std::string InvalidLink::Description(int showGuid) const {
-  const std::string end1 = EndText(link.node1, link.port1, showGuid);
-  const std::string end2 = EndText(link.node2, link.port2, showGuid);
+void InvalidLink::AppendDescription(int showGuid, std::string& text) const {
   if (group1 == group2) {
-    return GroupTitle(isNeighborhood) + std::to_string(group1) +
-           " : invalid link between switches (" + end1 + ") and (" + end2 + ")";
+    text.append(GroupTitle(isNeighborhood)).append(std::to_string(group1));
+    text += " : invalid link between switches (";
+    AppendEnd(link.node1, link.port1, showGuid, text);
+    text += ") and (";
+  } else {
+    text.append("Invalid link between ").append(GroupName(isNeighborhood));
+    text.append(" ").append(std::to_string(group1)).append(" (");
+    AppendEnd(link.node1, link.port1, showGuid, text);
+    // The second of two connectivity groups is only called "group"; scripts know it so.
+    text += isNeighborhood ? ") and neighborhood " : ") and group ";
+    text.append(std::to_string(group2)).append(" (");
   }
-  // The second of two connectivity groups is only called "group"; scripts know it so.
-  return std::string("Invalid link between ") + GroupName(isNeighborhood) + ' ' +
-         std::to_string(group1) + " (" + end1 + ") and " +
-         (isNeighborhood ? "neighborhood " : "group ") + std::to_string(group2) + " (" + end2 + ")";
+  AppendEnd(link.node2, link.port2, showGuid, text);
+  text += ')';
 }
 
 std::string InvalidLink::FaultWords(const std::vector<std::string>& places,
@@ -146,13 +144,11 @@ std::string SharedFlid::FaultWords(const std::vector<std::string>& places,
   return "FLID " + std::to_string(flid) + " is in the neighborhoods of " + Listed(places);
 }
 
-std::string DescriptionOf(const Finding& finding, int showGuid) {
-  return std::visit(
-      [showGuid](const auto& found) -> std::string {
+void AppendDescriptionOf(const Finding& finding, int showGuid, std::string& text) {
+  std::visit(
+      [&](const auto& found) {
         if constexpr (RecordKind<std::decay_t<decltype(found)>>) {
-          return found.Description(showGuid);
-        } else {
-          return {};
+          found.AppendDescription(showGuid, text);
         }
       },
       finding);

@@ -60,7 +60,7 @@ struct MissingLink {
 
   EnFabricErrLevel_t Level() const { return EN_FABRIC_ERR_ERROR; }
   std::vector<std::uint64_t> Groups() const { return {group}; }
-  std::string Description(int showGuid) const;
+  void AppendDescription(int showGuid, std::string& text) const;
   bool IsAboutCables() const { return true; }
   template <typename Parts>
   void TellParts(Parts& parts) const {
@@ -86,7 +86,7 @@ struct InvalidLink {
   }
   // In the order of its ends.
   std::vector<std::uint64_t> Groups() const;
-  std::string Description(int showGuid) const;
+  void AppendDescription(int showGuid, std::string& text) const;
   bool IsAboutCables() const { return true; }
   template <typename Parts>
   void TellParts(Parts& parts) const {
@@ -196,9 +196,9 @@ struct SharedFlid {
 
 // An error record.
 template <typename Kind>
-concept RecordKind = requires(const Kind& found) {
+concept RecordKind = requires(const Kind& found, std::string& text) {
   { Kind::event } -> std::convertible_to<const char*>;
-  { found.Description(0) } -> std::same_as<std::string>;
+  found.AppendDescription(0, text);
 };
 
 // What raises the count of issues.
@@ -286,8 +286,13 @@ void TellPartsOf(const Finding& finding, Parts& parts) {
 
 inline bool IsRecord(const Finding& finding) { return EventOf(finding) != nullptr; }
 
-// What an error record says, in one line without a tag; empty for an issue.
-std::string DescriptionOf(const Finding& finding, int showGuid);
+// What an error record says, in one line without a tag; nothing for an issue.
+void AppendDescriptionOf(const Finding& finding, int showGuid, std::string& text);
+inline std::string DescriptionOf(const Finding& finding, int showGuid) {
+  std::string text;
+  AppendDescriptionOf(finding, showGuid, text);
+  return text;
+}
 
 // By how much a finding raises the count of issues: 0 for an error record.
 std::uint64_t IssuesOf(const Finding& finding);

@@ -5,7 +5,8 @@
 namespace fabscope::internal {
 
 FTMissingLinkError::FTMissingLinkError(const MissingLink& found, int showGuid) {
-  description = found.Description(showGuid);
+  description.clear();
+  found.AppendDescription(showGuid, description);
   level = found.Level();
 }
 
@@ -19,7 +20,8 @@ std::string FTMissingLinkError::GetCSVErrorLine() {
 std::string FTMissingLinkError::GetErrorLine() { return description; }
 
 FTInvalidLinkError::FTInvalidLinkError(const InvalidLink& found, int showGuid) {
-  description = found.Description(showGuid);
+  description.clear();
+  found.AppendDescription(showGuid, description);
   level = found.Level();
 }
 

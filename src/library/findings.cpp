@@ -47,7 +47,9 @@ class PublicParts {
 template <typename Kind>
 std::string TextOf(const Kind& found, int showGuid) {
   if constexpr (RecordKind<Kind>) {
-    return found.Description(showGuid);
+    std::string text;
+    found.AppendDescription(showGuid, text);
+    return text;
   } else {
     std::ostringstream lines;
     found.WriteLines(lines, showGuid);

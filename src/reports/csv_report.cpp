@@ -9,8 +9,11 @@ namespace fabscope::internal {
 
 void WriteCsvReport(const CheckResult& result, std::ostream& stream) {
   stream << "Scope,NodeId,PortId,PortNumber,Event,Description\n";
+  std::string description;
   for (const Finding& record : result.findings.Records()) {
-    stream << EventCsvLine(EventOf(record), DescriptionOf(record, result.showGuid)) << '\n';
+    description.clear();
+    AppendDescriptionOf(record, result.showGuid, description);
+    stream << EventCsvLine(EventOf(record), description) << '\n';
   }
   const std::string rest = RecordsNotListedText(result);
   if (!rest.empty()) stream << EventCsvLine("NOT_LISTED", rest) << '\n';

@@ -55,11 +55,11 @@ void AppendGroup(std::string& json, const FTNeighborhood& group, bool isNeighbor
   members.Number("totalInternalLinks", group.GetTotalInternalLinks());
 }
 
-void AppendRecord(std::string& json, const Finding& record, int showGuid) {
+void AppendRecord(std::string& json, const Finding& record, const std::string& description) {
   JsonMembers members(json, '{', '}');
   members.Text("event", EventOf(record));
   members.Number("level", static_cast<int>(LevelOf(record)));
-  members.Text("description", DescriptionOf(record, showGuid));
+  members.Text("description", description);
 }
 
 class JsonReport {
@@ -115,8 +115,11 @@ class JsonReport {
   }
   void WriteRecords(std::string& json) {
     JsonMembers list(json, '[', ']');
+    std::string description;
     for (const Finding& record : result_.findings.Records()) {
-      AppendRecord(NextLine(list), record, result_.showGuid);
+      description.clear();
+      AppendDescriptionOf(record, result_.showGuid, description);
+      AppendRecord(NextLine(list), record, description);
     }
   }
   void WriteFindings(std::string& json) {

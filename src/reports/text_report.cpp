@@ -38,8 +38,11 @@ void TakeAllLines(const CheckResult& result, bool withDump, const TakeLine& take
   SplitLines(result.levelsReport, take);
   SplitLines(result.validateOutput, take);
   if (result.findings.RecordsCount() != 0) take({});
+  std::string line;
   for (const Finding& record : result.findings.Records()) {
-    take(TagOf(LevelOf(record)) + DescriptionOf(record, result.showGuid));
+    line = TagOf(LevelOf(record));
+    AppendDescriptionOf(record, result.showGuid, line);
+    take(line);
   }
   const std::string rest = RecordsNotListedText(result);
   if (!rest.empty()) take("-W- " + rest);
