@@ -185,6 +185,7 @@ void Commands::Check() {
   }
   if (Has(FileBundle::flids)) words.insert(words.end(), {"--flids", PathOf("flids")});
   if (IsQuiet()) words.emplace_back("--quiet");
+  if (Option(3) % 4 > 1) words.emplace_back("--summary");
   words.push_back(PathOf("fabric"));
   const Ended ended = Run(words);
   RequireSound(ended);

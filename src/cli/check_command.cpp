@@ -4,6 +4,8 @@
 #include "cli/check_several.h"
 #include "cli/exit_status.h"
 #include "os/progress_line.h"
+#include "reports/summary_report.h"
+#include "text/text_fields.h"
 
 namespace fabscope::internal {
 namespace {
@@ -34,6 +36,7 @@ class CheckCommand {
   }
   int Report();
   bool WriteReports();
+  void WriteReport(std::ostream& stream) const;
 
   template <typename IsDue>
   bool Write(IsDue isDue) {
@@ -65,6 +68,14 @@ Due ReachedBy(CheckStatus status) {
   return status == CheckStatus::NotBuilt ? Due::Read : Due::Built;
 }
 
+void CheckCommand::WriteReport(std::ostream& stream) const {
+  const CheckResult& result = run_.result;
+  if (!arguments_.summary) return WriteTextReport(result, run_.style, stream);
+  const bool isClean = result.status == CheckStatus::Done && !result.HasFindings();
+  if (!isClean || !arguments_.quiet) WriteSummary(result, stream);
+  if (run_.style.withDump) WriteForPeople(result.dump, stream);
+}
+
 bool CheckCommand::WriteReports() {
   const CheckResult& result = run_.result;
   TextStyle& style = run_.style;
@@ -74,7 +85,7 @@ bool CheckCommand::WriteReports() {
 
   bool written = true;
   if (!IsReportReplaced(CheckOutputs(), arguments_.outputs)) {
-    const auto write = [&](std::ostream& stream) { WriteTextReport(result, style, stream); };
+    const auto write = [&](std::ostream& stream) { WriteReport(stream); };
     written &= WriteOrTell(standardStream, write, run_.messages);
   }
   // What could stand in the report comes behind all that could take its place.

@@ -27,7 +27,13 @@ constexpr std::array<CommandOption<CheckArguments>, 2> checkOptions{{
      }},
 }};
 
-constexpr std::array<CommandOption<CheckArguments>, 3> reportTable{{
+constexpr std::array<CommandOption<CheckArguments>, 4> reportTable{{
+    {{"-s,--summary", "", ofReport, "a few lines: what to do, and what was found",
+      "In place of the report: the verdict, a line for each repair, and counts."},
+     [](CheckArguments& arguments, const std::string&) -> Problem {
+       arguments.summary = true;
+       return std::nullopt;
+     }},
     {maxRecordsText,
      [](CheckArguments& arguments, const std::string& value) {
        return TakeMaxRecords(arguments.options.mostRecords, value);
@@ -113,6 +119,8 @@ Problem SettleFiles(const CheckArguments& arguments) {
 
 Problem SettleSeveral(const CheckArguments& arguments) {
   if (arguments.operands.size() < 2) return std::nullopt;
+  if (arguments.summary)
+    return "--summary takes one FABRIC: of several there is a line each anyway";
   for (const Output<CheckRun>& output : CheckOutputs()) {
     const NamedOutput named{output.text.name, arguments.outputs.Of(output.text.name)};
     if (output.ofSeveral || named.file.empty()) continue;
@@ -142,6 +150,7 @@ const CommandText checkText{
     .options = TextsOf<CheckArguments>,
     .examples = {{"ibnetdiscover | fabscope check - --html page.html",
                   "Checks the fabric of this host and writes a page (ibnetdiscover needs root)."},
+                 {"fabscope check --summary fabric.topo", "Says what to do, in a few lines."},
                  {"fabscope check --quiet fabric.topo", "Reports only the findings."},
                  {"fabscope check --root-regex '^spine' fabric.topo",
                   "Names the roots, if fabscope finds the wrong ones."},
@@ -167,6 +176,7 @@ std::optional<std::string> SettleArguments(CheckArguments& arguments) {
   if (Problem problem = SettleSeveral(arguments)) return problem;
   if (Problem problem = SettleFiles(arguments)) return problem;
   AskForOutputs(CheckOutputs(), arguments.outputs, arguments.options);
+  if (arguments.summary) AskForCures(arguments.options);
   return std::nullopt;
 }
 

@@ -18,6 +18,7 @@ struct CheckArguments : TreeArguments {
   std::vector<std::string> operands;  // the FABRIC
   OutputFiles outputs;
   bool quiet = false;
+  bool summary = false;
   ColorWhen color = ColorWhen::Auto;
 };
 

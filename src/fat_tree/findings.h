@@ -20,12 +20,12 @@ namespace fabscope::internal {
 // What the checks find. A check makes each finding once, as data (FTTopology::Record and Report);
 // the report, the error records and every other output are written from that data.
 //
-// A kind of finding has a name for programs (`kind`), a level, and the IDs of the groups that it is
-// about, without duplicates; `isNeighborhood` says which of the two kinds of groups they are. It is
-// either an error record or an issue. A record is a single missing or wrong cable: it has the name
-// of its event, a description of one line, and a MakeRecord in link_errors.h. Everything else is an
-// issue: it writes its own lines to the report. Both name switches as GetNodeRecord does with
-// `showGuid`. Nodes and ports belong to the fabric.
+// A kind of finding has a name for programs (`kind`), words for people, a level, and the IDs of the
+// groups that it is about, without duplicates; `isNeighborhood` says which of the two kinds of
+// groups they are. It is either an error record or an issue. A record is a single missing or wrong
+// cable: it has the name of its event, a description of one line, and a MakeRecord in
+// link_errors.h. Everything else is an issue: it writes its own lines to the report. Both name
+// switches as GetNodeRecord does with `showGuid`. Nodes and ports belong to the fabric.
 //
 // TellParts passes all other fields, under their JSON names, to a visitor with
 //
@@ -42,6 +42,12 @@ namespace fabscope::internal {
 //
 // IsAboutCables: whether moving cables between switches can cure it.
 
+// What people call findings of a kind: one of them, and more.
+struct KindWords {
+  const char* one;
+  const char* more;
+};
+
 // The switches that have one number of links.
 struct LinkCount {
   std::int32_t links;
@@ -51,6 +57,7 @@ struct LinkCount {
 // A spine and a line of one group without a cable between them.
 struct MissingLink {
   static constexpr const char* kind = "missing-link";
+  static constexpr KindWords words{"missing link", "missing links"};
   static constexpr const char* event = "MISSING_LINK";
 
   std::uint64_t group;
@@ -73,6 +80,7 @@ struct MissingLink {
 // A cable inside a rank or between groups: of its first end's group and of its second end's.
 struct InvalidLink {
   static constexpr const char* kind = "invalid-link";
+  static constexpr KindWords words{"invalid link", "invalid links"};
   static constexpr const char* event = "INVALID_LINK";
 
   std::uint64_t group1;
@@ -98,6 +106,7 @@ struct InvalidLink {
 // Spines or lines of a group that differ in their number of links up or down.
 struct UnevenLinks {
   static constexpr const char* kind = "uneven-links";
+  static constexpr KindWords words{"uneven count", "uneven counts"};
 
   std::uint64_t group;
   std::int32_t expected;          // the greatest number there is
@@ -132,6 +141,7 @@ void ListSwitches(const std::vector<LinkCount>& counts, unsigned perLine,
 // A group that more links enter from below than leave upwards.
 struct SuspectedBlocking {
   static constexpr const char* kind = "suspected-blocking";
+  static constexpr KindWords words{"suspected blocking", "suspected blocking"};
 
   std::uint64_t group;
   std::uint64_t spineUplinks;
@@ -154,6 +164,7 @@ struct SuspectedBlocking {
 // Plane ports of a group's switches whose aggregated port is asymmetric.
 struct AsymmetricAPorts {
   static constexpr const char* kind = "asymmetric-aports";
+  static constexpr KindWords words{"asymmetric ports", "asymmetric ports"};
 
   std::uint64_t group;
   // Inside the group all such ports; towards hosts the first of each aggregated port.
@@ -177,6 +188,7 @@ struct AsymmetricAPorts {
 // A FLID that occurs in more than one neighborhood.
 struct SharedFlid {
   static constexpr const char* kind = "shared-flid";
+  static constexpr KindWords words{"shared FLID", "shared FLIDs"};
   static constexpr bool isNeighborhood = true;
 
   std::uint16_t flid;
@@ -225,6 +237,7 @@ template <typename Kind>
 concept FindingKind = RecordKind<Kind>
 != IssueKind<Kind>&& requires(const Kind& found, IgnoredParts& parts) {
   { Kind::kind } -> std::convertible_to<const char*>;
+  { Kind::words } -> std::convertible_to<KindWords>;
   { found.Level() } -> std::same_as<EnFabricErrLevel_t>;
   { found.Groups() } -> std::same_as<std::vector<std::uint64_t>>;
   { found.isNeighborhood } -> std::convertible_to<bool>;
@@ -233,11 +246,12 @@ concept FindingKind = RecordKind<Kind>
   found.TellParts(parts);
 };
 
-// Kinds of findings, and their names in the same order.
+// Kinds of findings, and what they are called, in the same order.
 template <FindingKind... Kinds>
 struct KindsOfFindings {
   using Variant = std::variant<Kinds...>;
   static constexpr std::array<const char*, sizeof...(Kinds)> names{Kinds::kind...};
+  static constexpr std::array<KindWords, sizeof...(Kinds)> words{Kinds::words...};
 };
 
 // Every kind, new ones last.

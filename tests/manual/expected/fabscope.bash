@@ -88,7 +88,7 @@ _fabscope() {
     convert:--merge-percent) return ;;
   esac
   case ${COMP_WORDS[1]}:$current in
-    check:-*) _fabscope_words '--roots --root-regex --ranks --retries --equal --merge-percent --special-nodes --node-name-map --show-guid --flids --dump --csv --json --html --svg --prometheus --log --max-records -q --quiet --color -h --help --version' ;;
+    check:-*) _fabscope_words '--roots --root-regex --ranks --retries --equal --merge-percent --special-nodes --node-name-map --show-guid --flids --dump --csv --json --html --svg --prometheus --log -s --summary --max-records -q --quiet --color -h --help --version' ;;
     check:*) _fabscope_files ;;
     repair:-*) _fabscope_words '--roots --root-regex --ranks --merge-percent --special-nodes --node-name-map --show-guid --csv --json --after --verify -h --help --version' ;;
     repair:*) _fabscope_files ;;

@@ -27,6 +27,7 @@ complete -c fabscope -n '__fish_seen_subcommand_from check' -l html -r -F -d 'a 
 complete -c fabscope -n '__fish_seen_subcommand_from check' -l svg -r -F -d 'a picture of the tree, for documents'
 complete -c fabscope -n '__fish_seen_subcommand_from check' -l prometheus -r -F -d 'metrics for the Prometheus node exporter'
 complete -c fabscope -n '__fish_seen_subcommand_from check' -l log -r -F -d 'all messages of standard error'
+complete -c fabscope -n '__fish_seen_subcommand_from check' -s s -l summary -d 'a few lines: what to do, and what was found'
 complete -c fabscope -n '__fish_seen_subcommand_from check' -l max-records -x -d 'list at most N error records (default 1000000)'
 complete -c fabscope -n '__fish_seen_subcommand_from check' -s q -l quiet -d 'leave out the lines that start with -I-'
 complete -c fabscope -n '__fish_seen_subcommand_from check' -l color -x -a 'auto always never' -d 'colour the tags (auto: on a terminal)'

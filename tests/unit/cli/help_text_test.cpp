@@ -127,6 +127,7 @@ std::vector<std::string> NamesOf(const std::vector<OptionText>& options) {
 TEST(CommandTextTest, OptionsWithAShortNameHaveALongOne) {
   EXPECT_THAT(NamesOf(CommonOptions()), ElementsAre("-h,--help", "--version"));
   EXPECT_THAT(NamesOf(checkText.options()), Contains("-q,--quiet"));
+  EXPECT_THAT(NamesOf(checkText.options()), Contains("-s,--summary"));
   EXPECT_THAT(
       NamesOf(convertText.options()),
       ElementsAre("-o,--output", "--format", "--special-nodes", "--node-name-map", "--roots",

@@ -1,0 +1,141 @@
+#include "reports/summary_report.h"
+
+#include <algorithm>
+#include <array>
+#include <set>
+#include <utility>
+
+#include "compare/cures.h"
+#include "compare/repair_document.h"
+#include "reports/repair_text.h"
+#include "reports/text_report.h"
+#include "reports/tree_cables.h"
+#include "text/text_fields.h"
+
+namespace fabscope::internal {
+namespace {
+
+// More than that many repairs are read in the report of `fabscope repair`.
+constexpr std::size_t mostRepairs = 20;
+
+std::string Counted(std::size_t count, const char* one, const char* more) {
+  return std::to_string(count) + ' ' + (count == 1 ? one : more);
+}
+
+std::size_t CountCured(const CheckResult& result) {
+  const CheckedTree& after = result.repairs->after;
+  std::set<std::size_t> cured;
+  for (const auto& cures : CuresOf(result.repairs->plan.steps, {*result.topology, result.findings},
+                                   {*after.topology, after.findings})) {
+    cured.insert(cures.begin(), cures.end());
+  }
+  return cured.size();
+}
+
+std::string RepairVerdict(const CheckResult& result) {
+  const std::vector<RepairStep>& steps = result.repairs->plan.steps;
+  const CheckedTree& after = result.repairs->after;
+  // A check does not miss a dead switch, but a note does.
+  const bool isAll = after.findings.empty() && result.repairs->plan.notes.empty();
+  if (isAll) return CountText(steps) + " would put this fabric right";
+  // Which findings are cured is not known when not all are there.
+  if (result.findings.RecordsNotListed() != 0) {
+    return CountText(steps) + " would help; " +
+           Counted(after.findings.size(), "finding stays", "findings stay");
+  }
+  return CountText(steps) + (steps.size() == 1 ? " cures " : " cure ") +
+         std::to_string(CountCured(result)) + " of " +
+         Counted(result.findings.size(), "finding", "findings");
+}
+
+class Summary {
+ public:
+  Summary(const CheckResult& result, std::ostream& stream) : result_(result), stream_(stream) {}
+
+  void Write() {
+    stream_ << result_.input << ": " << VerdictOf(result_) << '\n';
+    WriteSize();
+    if (result_.repairs) WriteRepairs(result_.repairs->plan);
+    WriteCounts();
+  }
+
+ private:
+  void WriteSize();
+  void WriteRepairs(const RepairPlan& plan);
+  void WriteCounts();
+
+  const CheckResult& result_;
+  std::ostream& stream_;
+};
+
+void Summary::WriteSize() {
+  const FTTopology& topology = *result_.topology;
+  const auto& switches = topology.GetFabric().switches;
+  std::size_t ranked = 0;
+  std::string ranks;
+  for (const NodeSet& rank : topology.GetRanks()) {
+    ranked += rank.size();
+    ranks += (ranks.empty() ? "" : ", ") + std::to_string(rank.size());
+  }
+  if (result_.status == CheckStatus::NotBuilt) ranked = 0;
+  std::size_t cables = 0;
+  ForEachTreeCable(topology, [&](const IBNode&, const TreeLink&) { ++cables; });
+  std::size_t hosts = 0;
+  for (const IBNode* node : switches) hosts += topology.GetTreeLinks().Hosts(*node);
+  if (ranked != 0) {
+    stream_ << Counted(topology.GetRanks().size(), "level", "levels") << " with " << ranks
+            << " switches";
+    if (ranked != switches.size()) stream_ << ", " << switches.size() - ranked << " outside";
+  } else {
+    stream_ << Counted(switches.size(), "switch", "switches");
+  }
+  stream_ << ", " << Counted(cables, "cable", "cables") << " between them, "
+          << Counted(hosts, "host link", "host links") << '\n';
+}
+
+void Summary::WriteRepairs(const RepairPlan& plan) {
+  const SwitchNames names(*result_.fabric, result_.showGuid);
+  const std::size_t shown = std::min(plan.steps.size(), mostRepairs);
+  for (std::size_t i = 0; i < shown; ++i) {
+    stream_ << i + 1 << ". [" << NameOf(plan.steps[i].trust) << "] "
+            << StepText(plan.steps[i].cables, plan.ranks, names) << '\n';
+  }
+  if (shown != plan.steps.size()) {
+    stream_ << plan.steps.size() - shown << " more: see fabscope repair\n";
+  }
+  for (std::size_t i = 0; i < std::min(plan.notes.size(), mostRepairs); ++i) {
+    stream_ << "note: " << NoteText(plan.notes[i], names) << '\n';
+  }
+}
+
+void Summary::WriteCounts() {
+  std::array<std::size_t, AllFindings::names.size()> counts{};
+  for (const Finding& finding : result_.findings) ++counts.at(finding.index());
+  std::string text;
+  for (std::size_t kind = 0; kind < counts.size(); ++kind) {
+    if (counts.at(kind) == 0) continue;
+    const KindWords& words = AllFindings::words.at(kind);
+    text += (text.empty() ? "found: " : ", ") + Counted(counts.at(kind), words.one, words.more);
+  }
+  if (!text.empty()) stream_ << text << '\n';
+  const std::string rest = RecordsNotListedText(result_);
+  if (!rest.empty()) stream_ << rest << '\n';
+}
+
+}  // namespace
+
+std::string VerdictOf(const CheckResult& result) {
+  if (result.status != CheckStatus::Done) return "the check could not be finished";
+  if (!result.HasFindings()) return "no faults found";
+  std::string verdict =
+      result.repairs ? RepairVerdict(result)
+                     : Counted(result.findings.size(), "finding", "findings") + ", no repair known";
+  if (result.roots.method == RootsFrom::Inferred) verdict += ", if the inferred roots are right";
+  return verdict;
+}
+
+void WriteSummary(const CheckResult& result, std::ostream& stream) {
+  WriteForPeople(stream, [&](std::ostream& text) { Summary(result, text).Write(); });
+}
+
+}  // namespace fabscope::internal
