@@ -1,5 +1,6 @@
-// Ranks, FLIDs and node-name maps: any bytes at all are such a file or an error with its place, in
-// whatever pieces they come; and of a file that could be read each line says what it seems to say.
+// Ranks, FLIDs, node-name maps and places: any bytes at all are such a file or an error with its
+// place, in whatever pieces they come; and of a file that could be read each line says what it
+// seems to say.
 
 #include <algorithm>
 #include <array>
@@ -11,6 +12,7 @@
 #include <string>
 
 #include "fabric/guid.h"
+#include "formats/locations.h"
 #include "formats/node_name_map.h"
 #include "formats/side_files.h"
 #include "fuzz/files.h"
@@ -51,20 +53,51 @@ Loaded LoadAbout(const std::string& path, Read read) {
 Loaded Ranks(const std::string& path) { return LoadAbout(path, LoadRanks); }
 Loaded Flids(const std::string& path) { return LoadAbout(path, LoadFlids); }
 
+Loaded Failed(const InputError& error) {
+  Loaded loaded;
+  loaded.error = error.message;
+  loaded.line = error.line;
+  loaded.column = error.column;
+  return loaded;
+}
+
 // Names as a map file tells them, in the order of their GUIDs.
 Loaded Names(const std::string& path) {
   NodeNameMap names;
   Warnings warnings;
   Loaded loaded;
-  if (const MaybeError error = LoadNodeNameMap(path, names, warnings)) {
-    loaded.error = error->message;
-    loaded.line = error->line;
-    loaded.column = error->column;
-    return loaded;
-  }
+  if (const MaybeError error = LoadNodeNameMap(path, names, warnings)) return Failed(*error);
   for (const auto& [guid, name] : std::map(names.begin(), names.end())) {
     loaded.document += GuidText(guid) + " \"" + name + "\"\n";
   }
+  return loaded;
+}
+
+std::string InQuotes(const std::string& text) {
+  std::string quoted = "\"";
+  for (const char c : text) quoted += c == '"' ? "\"\"" : std::string(1, c);
+  return quoted + '"';
+}
+
+std::string RowOf(const std::string& guid, const std::string& name, const Location& place) {
+  std::string row =
+      guid + "," + InQuotes(name) + "," + InQuotes(place.rack) + "," + InQuotes(place.unit);
+  for (const std::string& more : place.more) row += "," + InQuotes(more);
+  return row + "\n";
+}
+
+// A list of places with all columns, those of GUIDs first.
+Loaded Places(const std::string& path) {
+  Locations places;
+  Warnings warnings;
+  Loaded loaded;
+  if (const MaybeError error = LoadLocations(path, places, warnings)) return Failed(*error);
+  loaded.document = "guid,name,rack,unit";
+  for (const std::string& column : places.moreColumns) loaded.document += "," + InQuotes(column);
+  loaded.document += "\n";
+  for (const auto& [guid, place] : places.byGuid)
+    loaded.document += RowOf(GuidText(guid), "", place);
+  for (const auto& [name, place] : places.byName) loaded.document += RowOf("", name, place);
   return loaded;
 }
 
@@ -156,6 +189,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   }
   if (const Loaded names = Look(bytes, Names); names.error.empty()) {
     RequireSame(LoadBytes(names.document, Names), names, "a map is read as it was written");
+  }
+  if (const Loaded places = Look(bytes, Places); places.error.empty()) {
+    RequireSame(LoadBytes(places.document, Places), places, "places are read as they were written");
   }
   return 0;
 }

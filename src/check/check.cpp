@@ -57,6 +57,7 @@ void CheckRun::Take(const LoadedInput& input) {
   result_.warnings = input.warnings;
   result_.switchesOfSharedName = input.switchesOfSharedName;
   result_.fabric = input.fabric;
+  result_.locations = input.locations;
 }
 
 bool CheckRun::Build() {

@@ -12,6 +12,7 @@
 #include "fat_tree/finding_list.h"
 #include "fat_tree/topology.h"
 #include "formats/diagnostics.h"
+#include "formats/locations.h"
 #include "platform/reg_exp.h"
 
 namespace fabscope::internal {
@@ -34,6 +35,7 @@ struct CheckOptions {
   std::string ranks;
   std::string flids;
   std::string nodeNameMap;
+  std::string locations;
   RootsFrom roots = RootsFrom::Auto;
   std::shared_ptr<regExp> rootRegex;     // set when roots is Regex
   std::shared_ptr<regExp> specialNodes;  // may be null: no channel adapter is special
@@ -87,6 +89,8 @@ struct CheckResult {
   // What would cure them, found with the ranks of this check; null when nothing is known to, or
   // when nobody asked.
   std::unique_ptr<ProvenPlan> repairs;
+
+  std::shared_ptr<const Locations> locations;  // null when none were given
 
   // The texts do not need them, the findings do.
   std::shared_ptr<const IBFabric> fabric;

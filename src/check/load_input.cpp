@@ -49,9 +49,17 @@ bool LoadFiles(const CheckOptions& options, FabricBuilder& builder, LoadedInput&
       })) {
     return false;
   }
-  return options.flids.empty() || LoadFile(options.flids, input, [&](Warnings& warnings) {
-           return LoadFlids(options.flids, builder, warnings);
-         });
+  if (!options.flids.empty() && !LoadFile(options.flids, input, [&](Warnings& warnings) {
+        return LoadFlids(options.flids, builder, warnings);
+      })) {
+    return false;
+  }
+  if (options.locations.empty()) return true;
+  auto locations = std::make_shared<Locations>();
+  input.locations = locations;
+  return LoadFile(options.locations, input, [&](Warnings& warnings) {
+    return LoadLocations(options.locations, *locations, warnings);
+  });
 }
 
 template <typename Load>

@@ -8,6 +8,7 @@
 #include "check/check.h"
 #include "fabric/ib_fabric.h"
 #include "formats/diagnostics.h"
+#include "formats/locations.h"
 
 namespace fabscope::internal {
 
@@ -17,7 +18,8 @@ struct LoadedInput {
   std::string name;  // of the fabric, as the user named it
   MaybeError error;  // the fabric is null then
   std::shared_ptr<const IBFabric> fabric;
-  std::vector<std::string> warnings;  // oddities of the files, a line each
+  std::shared_ptr<const Locations> locations;  // null when none were given
+  std::vector<std::string> warnings;           // oddities of the files, a line each
   // How many switches a name alone does not tell from another switch.
   std::size_t switchesOfSharedName = 0;
 };

@@ -61,6 +61,7 @@ void RepairRun::Take(const LoadedInput& input) {
   result_.warnings = input.warnings;
   result_.switchesOfSharedName = input.switchesOfSharedName;
   result_.fabric = input.fabric;
+  result_.locations = input.locations;
 }
 
 bool RepairRun::FindPlan() {

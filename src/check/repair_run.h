@@ -27,6 +27,7 @@ struct RepairResult {
   const char* method = "inferred";  // how they were found: "inferred", "smdb" or "regex"
 
   std::shared_ptr<const IBFabric> fabric;
+  std::shared_ptr<const Locations> locations;  // null when none were given
   // The fabric as it is, with the roots of the plan. It may have a problem when there are steps.
   CheckedTree before;
   ProvenPlan proven;  // without steps it is the plan alone

@@ -8,6 +8,7 @@
 #include "reports/json_report.h"
 #include "reports/prometheus_report.h"
 #include "reports/svg_report.h"
+#include "reports/work_order.h"
 #include "text/text_fields.h"
 
 namespace fabscope::internal {
@@ -15,7 +16,7 @@ namespace {
 
 using Problem = OptionProblem;
 
-constexpr std::array<CommandOption<CheckArguments>, 2> checkOptions{{
+constexpr std::array<CommandOption<CheckArguments>, 3> checkOptions{{
     {showGuidText,
      [](CheckArguments& arguments, const std::string& value) {
        return TakeShowGuid(arguments.options.showGuid, value);
@@ -24,6 +25,10 @@ constexpr std::array<CommandOption<CheckArguments>, 2> checkOptions{{
       "One line per FLID. They add to those of a fabric document."},
      [](CheckArguments& arguments, const std::string& value) {
        return TakePath(arguments.options.flids, value);
+     }},
+    {locationsText,
+     [](CheckArguments& arguments, const std::string& value) {
+       return TakePath(arguments.options.locations, value);
      }},
 }};
 
@@ -58,7 +63,15 @@ void AskForCures(CheckOptions& options) {
   options.wantMisfits = true;
 }
 
-constexpr std::array<Output<CheckRun>, 7> checkOutputs{{
+void WriteWorkOrderOf(const CheckRun& run, std::ostream& stream) {
+  const CheckResult& result = run.result;
+  const RepairPlan nothing;
+  WriteWorkOrder({*result.fabric, result.repairs ? result.repairs->plan : nothing,
+                  result.locations.get(), result.showGuid},
+                 stream);
+}
+
+constexpr std::array<Output<CheckRun>, 8> checkOutputs{{
     {.text = {"--dump", "FILE", alsoWritten, "ranks and groups with their switches",
               "With - it follows the report."},
      .due = Due::Done,
@@ -87,6 +100,11 @@ constexpr std::array<Output<CheckRun>, 7> checkOutputs{{
      .write = [](const CheckRun& run,
                  std::ostream& stream) { WriteHtmlReport(run.result, stream); },
      .ask = AskForCures},
+    {.text = workOrderText,
+     .due = Due::Done,
+     .dash = Dash::ReplacesReport,
+     .write = WriteWorkOrderOf,
+     .ask = AskForCures},
     {.text = {"--svg", "FILE", alsoWritten, "a picture of the tree, for documents",
               "With more than 256 switches, groups are folded. With - it replaces the report."},
      .due = Due::Built,
@@ -113,7 +131,8 @@ Problem SettleFiles(const CheckArguments& arguments) {
   const CheckOptions& options = arguments.options;
   std::vector<const std::string*> inputs;
   for (const std::string& fabric : arguments.operands) inputs.push_back(&fabric);
-  inputs.insert(inputs.end(), {&options.ranks, &options.flids, &options.nodeNameMap});
+  inputs.insert(inputs.end(),
+                {&options.ranks, &options.flids, &options.nodeNameMap, &options.locations});
   return ProblemOfFiles(inputs, NamedOutputs(CheckOutputs(), arguments.outputs));
 }
 
@@ -174,6 +193,7 @@ std::optional<std::string> SettleArguments(CheckArguments& arguments) {
   if (Problem problem = SettleTree(arguments)) return problem;
   if (!arguments.operands.empty()) arguments.options.fabric = arguments.operands.front();
   if (Problem problem = SettleSeveral(arguments)) return problem;
+  if (Problem problem = SettleLocations(arguments.options, arguments.outputs)) return problem;
   if (Problem problem = SettleFiles(arguments)) return problem;
   AskForOutputs(CheckOutputs(), arguments.outputs, arguments.options);
   if (arguments.summary) AskForCures(arguments.options);

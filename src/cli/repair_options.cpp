@@ -5,6 +5,7 @@
 
 #include "cli/format_texts.h"
 #include "reports/repair_report.h"
+#include "reports/work_order.h"
 
 namespace fabscope::internal {
 namespace {
@@ -19,10 +20,14 @@ constexpr OptionText rootsText{
     "smdb uses the ranks of --ranks, otherwise those of the fabric document. regex uses the "
     "switches that --root-regex names."};
 
-constexpr std::array<CommandOption<RepairArguments>, 1> repairOptions{{
+constexpr std::array<CommandOption<RepairArguments>, 2> repairOptions{{
     {showGuidText,
      [](RepairArguments& arguments, const std::string& value) {
        return TakeShowGuid(arguments.options.showGuid, value);
+     }},
+    {locationsText,
+     [](RepairArguments& arguments, const std::string& value) {
+       return TakePath(arguments.options.locations, value);
      }},
 }};
 
@@ -36,7 +41,7 @@ constexpr std::array<CommandOption<RepairArguments>, 1> planTable{{
      }},
 }};
 
-using OutputTable = std::array<Output<RepairRun>, 3>;
+using OutputTable = std::array<Output<RepairRun>, 4>;
 
 const OutputTable& GetOutputTable() {
   static const std::string moreOfAfter =
@@ -48,6 +53,16 @@ const OutputTable& GetOutputTable() {
        .dash = Dash::ReplacesReport,
        .write = [](const RepairRun& run,
                    std::ostream& stream) { WriteRepairCsv(run.result, stream); }},
+      {.text = workOrderText,
+       .due = Due::Done,
+       .dash = Dash::ReplacesReport,
+       .write =
+           [](const RepairRun& run, std::ostream& stream) {
+             const RepairResult& result = run.result;
+             WriteWorkOrder(
+                 {*result.fabric, result.proven.plan, result.locations.get(), result.showGuid},
+                 stream);
+           }},
       {.text = {"--json", "FILE", alsoWritten, "the plan as JSON",
                 "For --verify. With - it replaces the report."},
        .due = Due::Read,
@@ -110,8 +125,9 @@ Problem SettleFiles(const RepairArguments& arguments) {
     return Named(outputs.front()) +
            " and --verify contradict each other: nothing is written where a plan is verified";
   }
-  const std::array<const std::string*, 4> inputs{&options.fabric, &options.ranks,
-                                                 &options.nodeNameMap, &arguments.planFile};
+  const std::array<const std::string*, 5> inputs{&options.fabric, &options.ranks,
+                                                 &options.locations, &options.nodeNameMap,
+                                                 &arguments.planFile};
   return ProblemOfFiles(inputs, outputs);
 }
 
@@ -154,6 +170,7 @@ std::optional<std::string> SettleArguments(RepairArguments& arguments) {
   if (Problem problem = SettleTree(arguments)) return problem;
   if (!arguments.operands.empty()) arguments.options.fabric = arguments.operands.front();
   if (Problem problem = SettleFormat(arguments)) return problem;
+  if (Problem problem = SettleLocations(arguments.options, arguments.outputs)) return problem;
   return SettleFiles(arguments);
 }
 

@@ -121,6 +121,11 @@ OptionProblem TakeShowGuid(int& target, const std::string& value) {
   return "expected none, system or node";
 }
 
+Problem SettleLocations(const CheckOptions& options, const OutputFiles& outputs) {
+  if (options.locations.empty() || !outputs.Of("--work-order").empty()) return std::nullopt;
+  return "--locations " + options.locations + " needs --work-order FILE: nothing else shows places";
+}
+
 std::vector<BoundOption> BindTreeOptions(TreeArguments& arguments) {
   return Bind(treeOptions, arguments);
 }

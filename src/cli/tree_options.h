@@ -7,6 +7,7 @@
 
 #include "check/check.h"
 #include "cli/option_values.h"
+#include "cli/outputs.h"
 
 namespace fabscope::internal {
 
@@ -30,12 +31,25 @@ inline constexpr OptionText showGuidText{
     "share."};
 OptionProblem TakeShowGuid(int& target, const std::string& value);
 
+// Of every command that says what to do.
+inline constexpr OptionText locationsText{
+    "--locations", "FILE", ofGroups, "where switches stand (CSV: name,rack,unit)",
+    "For --work-order. A header line, then a line for each switch: columns guid or name, rack, and "
+    "perhaps unit. Other columns go into the work order as they are."};
+inline constexpr OptionText workOrderText{
+    "--work-order", "FILE", alsoWritten, "the repairs for a walk along the racks, as CSV",
+    "One row for each repair with a box to tick, both ports, and their places if --locations gives "
+    "them, in an order that saves steps. With - it replaces the report."};
+
 // Of every command that lists error records.
 inline constexpr OptionText maxRecordsText{
     "--max-records", "N", ofReport, "list at most N error records (default 1000000)",
     "A badly damaged fabric can lack as many cables as it has spines times lines. All are counted, "
     "and every output says how many are not listed."};
 OptionProblem TakeMaxRecords(std::uint64_t& target, const std::string& value);
+
+// What is wrong with places that nothing shows.
+OptionProblem SettleLocations(const CheckOptions& options, const OutputFiles& outputs);
 
 std::vector<BoundOption> BindTreeOptions(TreeArguments& arguments);
 

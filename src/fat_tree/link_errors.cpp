@@ -36,8 +36,7 @@ std::string FTInvalidLinkError::GetErrorLine() { return description; }
 
 std::string EventCsvLine(const char* event, const std::string& description) {
   std::string line = "CLUSTER,0x0,0x0,0x0,";
-  line.append(event).append(",\"").append(DescToCsvDesc(description)).append("\"");
-  return line;
+  return line.append(event).append(",").append(QuotedCsv(description));
 }
 
 }  // namespace fabscope::internal

@@ -19,4 +19,9 @@ std::string DescToCsvDesc(const std::string& description) {
   return doubled;
 }
 
+std::string QuotedCsv(const std::string& description) {
+  std::string field = "\"";
+  return field.append(DescToCsvDesc(description)).append("\"");
+}
+
 }  // namespace fabscope::internal

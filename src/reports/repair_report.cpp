@@ -91,13 +91,10 @@ void RepairReport::WriteVerdict() {
   stream_ << '\n';
 }
 
-// A field of text; controls become blanks.
-std::string Quoted(const std::string& text) { return '"' + DescToCsvDesc(text) + '"'; }
-
 std::string EndFields(const std::optional<CableEnd>& end, const SwitchNames& names) {
   if (!end) return ",,";
   const IBNode& node = names.NodeOf(end->node);
-  return Quoted(names.Of(node)) + "," + GuidText(node.guid) + "," + std::to_string(end->port);
+  return QuotedCsv(names.Of(node)) + "," + GuidText(node.guid) + "," + std::to_string(end->port);
 }
 
 std::string EndName(const KeptEnd& end, const IBNode* node, const SwitchNames& names) {
@@ -149,7 +146,8 @@ void WriteRepairCsv(const RepairResult& result, std::ostream& stream) {
       for (const Handling& handling : HandlingsOf(change)) {
         stream << number << ',' << NameOf(step.trust) << ',' << NameOf(step.action) << ','
                << EndFields(handling.kept, names) << ',' << EndFields(handling.from, names) << ','
-               << EndFields(handling.to, names) << ',' << Quoted(ReasonText(step, names)) << '\n';
+               << EndFields(handling.to, names) << ',' << QuotedCsv(ReasonText(step, names))
+               << '\n';
       }
     }
   }

@@ -31,10 +31,12 @@ _fabscope() {
     check:--node-name-map) _fabscope_files; return ;;
     check:--show-guid) _fabscope_words 'none system node'; return ;;
     check:--flids) _fabscope_files; return ;;
+    check:--locations) _fabscope_files; return ;;
     check:--dump) _fabscope_files; return ;;
     check:--csv) _fabscope_files; return ;;
     check:--json) _fabscope_files; return ;;
     check:--html) _fabscope_files; return ;;
+    check:--work-order) _fabscope_files; return ;;
     check:--svg) _fabscope_files; return ;;
     check:--prometheus) _fabscope_files; return ;;
     check:--log) _fabscope_files; return ;;
@@ -47,7 +49,9 @@ _fabscope() {
     repair:--special-nodes) return ;;
     repair:--node-name-map) _fabscope_files; return ;;
     repair:--show-guid) _fabscope_words 'none system node'; return ;;
+    repair:--locations) _fabscope_files; return ;;
     repair:--csv) _fabscope_files; return ;;
+    repair:--work-order) _fabscope_files; return ;;
     repair:--json) _fabscope_files; return ;;
     repair:--after) _fabscope_files; return ;;
     repair:--verify) _fabscope_files; return ;;
@@ -88,9 +92,9 @@ _fabscope() {
     convert:--merge-percent) return ;;
   esac
   case ${COMP_WORDS[1]}:$current in
-    check:-*) _fabscope_words '--roots --root-regex --ranks --retries --equal --merge-percent --special-nodes --node-name-map --show-guid --flids --dump --csv --json --html --svg --prometheus --log -s --summary --max-records -q --quiet --color -h --help --version' ;;
+    check:-*) _fabscope_words '--roots --root-regex --ranks --retries --equal --merge-percent --special-nodes --node-name-map --show-guid --flids --locations --dump --csv --json --html --work-order --svg --prometheus --log -s --summary --max-records -q --quiet --color -h --help --version' ;;
     check:*) _fabscope_files ;;
-    repair:-*) _fabscope_words '--roots --root-regex --ranks --merge-percent --special-nodes --node-name-map --show-guid --csv --json --after --verify -h --help --version' ;;
+    repair:-*) _fabscope_words '--roots --root-regex --ranks --merge-percent --special-nodes --node-name-map --show-guid --locations --csv --work-order --json --after --verify -h --help --version' ;;
     repair:*) _fabscope_files ;;
     diff:-*) _fabscope_words '--roots --root-regex --ranks --retries --equal --merge-percent --special-nodes --node-name-map --json --plan --max-records -q --quiet --color -h --help --version' ;;
     diff:*) _fabscope_files ;;

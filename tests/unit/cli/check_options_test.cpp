@@ -349,7 +349,9 @@ TEST_F(CheckOptionsTest, RepairsAreLookedForForOutputsThatTellThem) {
     arguments = {};
     EXPECT_EQ(Take(output, "file"), std::nullopt);
     ASSERT_EQ(Settle(), std::nullopt);
-    EXPECT_EQ(arguments.options.wantRepairs, output == "--json" || output == "--html") << output;
+    EXPECT_EQ(arguments.options.wantRepairs,
+              output == "--json" || output == "--html" || output == "--work-order")
+        << output;
   }
 }
 
