@@ -141,7 +141,7 @@ void ListSwitches(const std::vector<LinkCount>& counts, unsigned perLine,
 // A group that more links enter from below than leave upwards.
 struct SuspectedBlocking {
   static constexpr const char* kind = "suspected-blocking";
-  static constexpr KindWords words{"suspected blocking", "suspected blocking"};
+  static constexpr KindWords words{"case of suspected blocking", "cases of suspected blocking"};
 
   std::uint64_t group;
   std::uint64_t spineUplinks;
@@ -164,7 +164,7 @@ struct SuspectedBlocking {
 // Plane ports of a group's switches whose aggregated port is asymmetric.
 struct AsymmetricAPorts {
   static constexpr const char* kind = "asymmetric-aports";
-  static constexpr KindWords words{"asymmetric ports", "asymmetric ports"};
+  static constexpr KindWords words{"case of asymmetric ports", "cases of asymmetric ports"};
 
   std::uint64_t group;
   // Inside the group all such ports; towards hosts the first of each aggregated port.

@@ -1,12 +1,12 @@
 #include "reports/summary_report.h"
 
 #include <algorithm>
-#include <array>
 #include <set>
 #include <utility>
 
 #include "compare/cures.h"
 #include "compare/repair_document.h"
+#include "reports/finding_counts.h"
 #include "reports/repair_text.h"
 #include "reports/text_report.h"
 #include "reports/tree_cables.h"
@@ -17,10 +17,6 @@ namespace {
 
 // More than that many repairs are read in the report of `fabscope repair`.
 constexpr std::size_t mostRepairs = 20;
-
-std::string Counted(std::size_t count, const char* one, const char* more) {
-  return std::to_string(count) + ' ' + (count == 1 ? one : more);
-}
 
 std::size_t CountCured(const CheckResult& result) {
   const CheckedTree& after = result.repairs->after;
@@ -109,15 +105,8 @@ void Summary::WriteRepairs(const RepairPlan& plan) {
 }
 
 void Summary::WriteCounts() {
-  std::array<std::size_t, AllFindings::names.size()> counts{};
-  for (const Finding& finding : result_.findings) ++counts.at(finding.index());
-  std::string text;
-  for (std::size_t kind = 0; kind < counts.size(); ++kind) {
-    if (counts.at(kind) == 0) continue;
-    const KindWords& words = AllFindings::words.at(kind);
-    text += (text.empty() ? "found: " : ", ") + Counted(counts.at(kind), words.one, words.more);
-  }
-  if (!text.empty()) stream_ << text << '\n';
+  const std::string counts = CountsByKind(result_.findings);
+  if (!counts.empty()) stream_ << "found: " << counts << '\n';
   const std::string rest = RecordsNotListedText(result_);
   if (!rest.empty()) stream_ << rest << '\n';
 }

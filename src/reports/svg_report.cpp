@@ -16,6 +16,7 @@
 
 #include "fat_tree/group_label.h"
 #include "fat_tree/node_record.h"
+#include "reports/finding_counts.h"
 #include "reports/tree_cables.h"
 #include "reports/tree_layout.h"
 #include "text/escaped_text.h"
@@ -46,10 +47,6 @@ constexpr std::string_view styleSheet =
     ".uneven{fill:#f0b429;stroke:#513c06}"
     ".badge{fill:#b42318}"
     ".badgetext{fill:#ffffff;font-weight:bold;text-anchor:middle;font-size:11px}";
-
-std::string Counted(std::size_t count, std::string_view one, std::string_view many) {
-  return fmt::format("{} {}", count, count == 1 ? one : many);
-}
 
 // Cut between two characters.
 std::string ShortName(const std::string& name, std::size_t most) {
@@ -87,7 +84,7 @@ class Picture {
     Add("<style>{}</style>", styleSheet);
     Add(R"(<rect y="{:.0f}" width="100%" height="100%" fill="#ffffff"/>)", begin);
     BeginScaled(begin, scale);
-    DrawTitle();
+    DrawTitle(width / scale);
     Add("</g>");
     DrawRanks();
     for (const TreeLayout::Box& box : layout_.boxes) DrawBox(box);
@@ -145,7 +142,7 @@ class Picture {
   void BeginScaled(double y, double scale) {
     Add(R"svg(<g transform="translate(0 {:.1f})scale({:.2f})">)svg", y, scale);
   }
-  void DrawTitle();
+  void DrawTitle(double width);
   void DrawRanks();
   void DrawBox(const TreeLayout::Box& box);
   void DrawGroupName(const TreeLayout::Box& box);
@@ -188,17 +185,11 @@ class Picture {
   fmt::memory_buffer svg_;
 };
 
-void Picture::DrawTitle() {
-  const std::uint64_t records = result_.findings.RecordsCount();
+void Picture::DrawTitle(double width) {
   std::string verdict = "No faults found";
-  if (result_.HasFindings()) {
-    verdict = Counted(records, "wrong or missing cable", "wrong or missing cables");
-    if (result_.issuesCount != 0) {
-      verdict += ", " + Counted(result_.issuesCount, "other issue", "other issues");
-    }
-  }
+  if (result_.HasFindings()) verdict = CountsByKind(result_.findings);
   const std::uint64_t notListed = result_.findings.RecordsNotListed();
-  if (notListed != 0) verdict += fmt::format(" ({} not drawn)", notListed);
+  if (notListed != 0) verdict += fmt::format(" ({} more not listed)", notListed);
   if (result_.status != CheckStatus::Done) verdict = "Not validated: " + result_.message;
   std::size_t groups = 0;
   for (const auto& rank : topology_.GetNeighborhoods()) groups += rank.size();
@@ -211,7 +202,11 @@ void Picture::DrawTitle() {
   const std::size_t others = topology_.GetFabric().switches.size() - ranked;
   if (others != 0) facts += fmt::format(" ({} more are not part of the tree)", others);
   Add("<title>{}</title>", XmlText(verdict));
-  Add(R"(<text class="title" x="{}" y="42">{}</text>)", margin, XmlText(verdict));
+  // A letter is about half as wide as it is high.
+  const double letters = static_cast<double>(verdict.size());
+  const double size = std::clamp((width - 2 * margin) / (0.56 * letters), 11.0, 22.0);
+  Add(R"(<text class="title" x="{}" y="42" style="font-size:{:.0f}px">{}</text>)", margin, size,
+      XmlText(verdict));
   Add(R"(<text class="rank" x="{}" y="66">{}</text>)", margin, XmlText(facts));
 }
 

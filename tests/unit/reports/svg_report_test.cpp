@@ -49,7 +49,7 @@ TEST_F(SvgReportTest, MissingCableIsDashedAndItsEndsAndGroupAreMarked) {
   AddTwoLevelTree(fabric, 2, 2, 0);
   fabric.Switch("leaf").Cable("leaf", "root0");
   const std::string picture = Picture("^root");
-  EXPECT_THAT(picture, HasSubstr(">1 wrong or missing cable, 4 other issues</text>"));
+  EXPECT_THAT(picture, HasSubstr(">1 missing link, 2 uneven counts</text>"));
   EXPECT_EQ(Count(picture, "<path class=\"missing\""), 2U) << "the cable and the legend";
   EXPECT_EQ(Count(picture, "<path class=\"uneven\""), 3U) << "root1, leaf and the legend";
   EXPECT_THAT(picture, HasSubstr("class=\"badgetext\" x="));
@@ -62,8 +62,7 @@ TEST_F(SvgReportTest, TitleTellsHowManyRecordsAreNotListed) {
   fabric.Switch("leaf").Cable("leaf", "root0");
   mostRecords = 1;
   const std::string picture = Picture("^root");
-  EXPECT_THAT(picture,
-              HasSubstr(">2 wrong or missing cables, 4 other issues (1 not drawn)</text>"));
+  EXPECT_THAT(picture, HasSubstr(">1 missing link, 2 uneven counts (1 more not listed)</text>"));
   EXPECT_EQ(Count(picture, "<path class=\"missing\""), 2U) << "one cable and the legend";
 }
 
@@ -71,7 +70,7 @@ TEST_F(SvgReportTest, CableInsideARankIsDrawnAsInvalidAndNotAsCable) {
   AddTwoLevelTree(fabric, 1, 2, 0);
   fabric.Cable("leaf0", "leaf1");
   const std::string picture = Picture("^root");
-  EXPECT_THAT(picture, HasSubstr(">1 wrong or missing cable</text>"));
+  EXPECT_THAT(picture, HasSubstr(">1 invalid link</text>"));
   EXPECT_EQ(Count(picture, "<path class=\"invalid\""), 2U);
   EXPECT_EQ(Count(picture, "<path class=\"cross\""), 2U);
   EXPECT_EQ(Count(picture, "<path class=\"cable\""), 2U);
@@ -83,7 +82,7 @@ TEST_F(SvgReportTest, IssuesWithoutWrongCablesAreToldToo) {
   plane.num = 1;
   plane.planeMultiplicity = 2;
   fabric.Port("root0", plane).AggregatedPort({{"root0", 1}}, 1);
-  EXPECT_THAT(Picture("^root"), HasSubstr(">0 wrong or missing cables, 1 other issue</text>"));
+  EXPECT_THAT(Picture("^root"), HasSubstr(">1 case of asymmetric ports</text>"));
 }
 
 TEST_F(SvgReportTest, ParallelCablesAreOneThickerLine) {
