@@ -34,9 +34,15 @@ FABRICS = {
                  "--fault", "same-rank-link=1"],
     "four": ["--xgft", "4; 2,3,3,3; 1,2,3,3", "--fault", "missing-link=2",
              "--fault", "moved-cable=1"],
+    "swapped": ["--levels", "3", "--radix", "8", "--fault", "swapped-cables=1",
+                "--fault", "missing-link=2"],
+    "one": ["--levels", "3", "--radix", "8", "--fault", "missing-link=1"],
+    "hosts": ["--levels", "3", "--radix", "8", "--fault", "missing-host=2"],
     "large": ["--levels", "3", "--radix", "64", "--fault", "missing-link=3",
               "--fault", "moved-cable=2", "--fault", "same-rank-link=2"],
 }
+
+DATA_START = '<script id="data" type="application/json">'
 
 OPTIONS = ["--headless", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run",
            "--disable-background-networking", "--disable-component-update", "--disable-sync",
@@ -56,6 +62,7 @@ class Fabric:
         self.url = html.as_uri()
         self.result = json.loads(result.read_text())
         self.findings = self.result["findings"]
+        self.repairs = self.result["repairs"]
         self.switches = {node["guid"]: self.shown_name(node)
                          for node in document["nodes"] if node["type"] == "switch"}
 
@@ -130,6 +137,19 @@ class Browser:
                                   "numPorts": 4})
         (self.folder / "spare.json").write_text(json.dumps(document))
         return Fabric(self, "spare", document)
+
+    def with_result(self, name, change):
+        """A fabric whose page was given another result than that of the check."""
+        fabric = self.fabric(name)
+        path = self.folder / f"{name}.html"
+        head, rest = path.read_text().split(DATA_START)
+        data, tail = rest.split("</script>", 1)
+        data = json.loads(data)
+        change(data["result"])
+        path.write_text(f"{head}{DATA_START}{json.dumps(data)}</script>{tail}")
+        fabric.result = data["result"]
+        fabric.findings, fabric.repairs = data["result"]["findings"], data["result"]["repairs"]
+        return fabric
 
     # The page
 

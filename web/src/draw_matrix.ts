@@ -2,7 +2,7 @@
 
 import { usual, type Matrix } from './matrix_model'
 import type { Model } from './model'
-import type { State } from './state'
+import { chosenIn, type State } from './state'
 import { font, type Palette } from './theme'
 import { nameOf } from './words'
 
@@ -186,8 +186,8 @@ function drawCells(drawing: MatrixDrawing): void {
 function marked(drawing: MatrixDrawing): Place[] {
   const { model, matrix, state, cursor } = drawing
   const places: Place[] = []
-  const chosen = state.finding >= 0 ? model.findings[state.finding].switches : [state.switch]
-  for (const index of chosen) {
+  const chosen = chosenIn(model, state)
+  for (const index of chosen.length > 0 ? chosen : [state.switch]) {
     const [row, column] = [matrix.spines.indexOf(index), matrix.lines.indexOf(index)]
     if (row >= 0 || column >= 0) places.push({ row, column })
   }

@@ -4,7 +4,7 @@ import { worstLevel } from './model'
 import { pointOn, trace, type Curve } from './geometry'
 import { stepOf, type Layout } from './layout'
 import { curveOf, type Box, type Scene } from './scene'
-import type { State } from './state'
+import { chosenIn, type State } from './state'
 import { font, type Palette } from './theme'
 import { groupName, nameOf, number } from './words'
 
@@ -62,8 +62,7 @@ function drawBoxes({ ctx, scene, state, colours, sight }: Drawing): void {
 
 /** Where something is chosen, everything else steps back. */
 function focused(scene: Scene, state: State): boolean {
-  const hasPlace = state.finding >= 0 && scene.model.findings[state.finding].switches.length > 0
-  return hasPlace || state.switch >= 0
+  return chosenIn(scene.model, state).length > 0 || state.switch >= 0
 }
 
 function drawCables({ ctx, scene, state, colours, sight }: Drawing): void {
@@ -177,8 +176,7 @@ function drawFollowed({ ctx, scene, state, colours, sight }: Drawing): void {
 
 function chosenSwitches(drawing: Drawing): number[] {
   const { scene, state, hovered } = drawing
-  const named = state.finding >= 0 ? scene.model.findings[state.finding].switches : []
-  return [...named, state.switch, hovered].filter(
+  return [...chosenIn(scene.model, state), state.switch, hovered].filter(
     (index) => index >= 0 && scene.layout.blockOf[index] >= 0,
   )
 }

@@ -1,6 +1,6 @@
 // The matrix of a group: moving in it, and what its cells tell.
 
-import { showFinding, showSwitch, type App } from './actions'
+import { showFinding, showGroup, showSwitch, type App } from './actions'
 import { sheetIn, type Sheet } from './canvas'
 import { announce, button, byId, make } from './dom'
 import {
@@ -14,7 +14,7 @@ import {
   type Place,
 } from './draw_matrix'
 import { matrixOf, type Matrix } from './matrix_model'
-import type { State } from './state'
+import { chosenIn, type State } from './state'
 import { palette } from './theme'
 import { hideTip, showTip, type Tip } from './tip'
 import { capital, counted, groupName, nameOf, plain, titleOf } from './words'
@@ -167,8 +167,8 @@ export class MatrixView {
 
   #bringIntoSight(state: State): void {
     const matrix = this.#matrix
-    if (!matrix || state.finding < 0) return
-    const switches = this.#app.model.findings[state.finding].switches
+    if (!matrix) return
+    const switches = chosenIn(this.#app.model, state)
     const row = matrix.spines.findIndex((index) => switches.includes(index))
     const column = matrix.lines.findIndex((index) => switches.includes(index))
     this.#scrollTo({ row, column })
@@ -331,6 +331,6 @@ export function startGroupChooser(app: App): void {
     chooser.append(new Option(`${capital(groupName(group))}${found}`, String(group.index)))
   }
   chooser.addEventListener('change', () => {
-    app.store.set({ group: Number(chooser.value), finding: -1, switch: -1 })
+    showGroup(app, Number(chooser.value))
   })
 }

@@ -1,6 +1,6 @@
 // The fabric as the page looks at it: everything by index, so that views need no look-ups by name.
 
-import type { Data, GroupKind, RawFinding, Result } from './data'
+import type { Data, GroupKind, RawFinding, RawStep, Result } from './data'
 
 export interface Switch {
   index: number
@@ -34,6 +34,16 @@ export interface Finding {
   /** Its groups and switches, by index. */
   groups: number[]
   switches: number[]
+  /** Repairs without all of which it stays. */
+  curedBy: number[]
+}
+
+/** A step of the repair plan. */
+export interface Repair {
+  index: number
+  raw: RawStep
+  /** Where it moves cables. */
+  switches: number[]
 }
 
 /** A cable as one of its switches sees it. */
@@ -49,6 +59,7 @@ export interface Model {
   switches: Switch[]
   groups: Group[]
   findings: Finding[]
+  repairs: Repair[]
   cables: Int32Array
   /** Cable by cable: the finding that calls it invalid, or -1. */
   invalidBy: Int32Array
@@ -106,6 +117,11 @@ function namedIn(finding: RawFinding): string[] {
   }
 }
 
+function guidsOf({ cables }: RawStep): string[] {
+  const ends = cables.flatMap(({ before, after }) => [...(before ?? []), ...(after ?? [])])
+  return ends.map((end) => end.guid)
+}
+
 function markInvalid(model: Model): void {
   const portAt = new Map<number, number>()
   for (const { raw, index } of model.findings)
@@ -160,7 +176,15 @@ export function modelOf(data: Data): Model {
     raw,
     groups: raw.groups.map((id) => groupAt(raw.groupKind, id)).filter(present),
     switches: [...new Set(namedIn(raw).map(switchAt).filter(present))],
+    curedBy: [] as number[],
   }))
+  const repairs = result.repairs.map((raw, index) => ({
+    index,
+    raw,
+    switches: [...new Set(guidsOf(raw).map(switchAt).filter(present))],
+  }))
+  for (const { raw, index } of repairs)
+    for (const cured of raw.cures) findings[cured].curedBy.push(index)
   for (const group of groups) {
     for (const index of group.spines) switches[index].asSpine = group.index
     for (const index of group.lines) switches[index].asLine = group.index
@@ -176,6 +200,7 @@ export function modelOf(data: Data): Model {
     switches,
     groups,
     findings,
+    repairs,
     cables,
     invalidBy: new Int32Array(cables.length / 4).fill(-1),
     levels: result.ranks.length,
@@ -194,4 +219,9 @@ export function modelOf(data: Data): Model {
 /** 3 error, 2 warning, 0 nothing found. */
 export function worstLevel(model: Model, findings: number[]): number {
   return findings.reduce((worst, index) => Math.max(worst, model.findings[index].raw.level), 0)
+}
+
+/** How many findings are gone once all repairs are done. */
+export function countCured(model: Model): number {
+  return model.findings.filter((finding) => finding.curedBy.length > 0).length
 }

@@ -18,7 +18,7 @@ import type { FaultLine } from './faults'
 import { distanceTo } from './geometry'
 import { stepOf, type Layout } from './layout'
 import { boundsOf, curveOf, placed, startScene, type Bounds, type Scene } from './scene'
-import type { State } from './state'
+import { chosenIn, type State } from './state'
 import type { Model } from './model'
 import { palette } from './theme'
 import { findingTip, groupTip, hideTip, showTip, switchTip } from './tip'
@@ -95,7 +95,7 @@ export class TreeView {
     this.#ground = null
     if (state.group !== before.group)
       Object.assign(scene, placed(scene.model, scene.frame, this.#aspect(), state.group))
-    const chosen = (one: State) => `${one.finding} ${one.group} ${one.switch}`
+    const chosen = (one: State) => `${one.finding} ${one.repair} ${one.group} ${one.switch}`
     if (chosen(state) !== chosen(before)) this.#focus(state, true)
     this.#sheet.redraw()
   }
@@ -190,7 +190,7 @@ export class TreeView {
     const line = scene.faults.find((one) => one.finding === state.finding)
     const ends = line ? boundsOf(layout, [line.a, line.b, ...neighbourhoods(model, line)]) : null
     if (ends) return widened(ends, layout)
-    if (state.group < 0) return null
+    if (state.group < 0) return boundsOf(layout, chosenIn(model, state))
     return boundsOf(layout, [
       ...model.groups[state.group].spines,
       ...model.groups[state.group].lines,

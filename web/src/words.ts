@@ -72,6 +72,17 @@ export function placeOf(finding: Finding): string {
   return groupsInWords(finding.raw.groupKind, finding.raw.groups)
 }
 
+const mostCures = 4
+
+/** Which repairs a finding waits for; nothing if none cures it. */
+export function cureOf(model: Model, { curedBy }: Finding): string {
+  if (curedBy.length === 0) return ''
+  const ids = curedBy.slice(0, mostCures).map((index) => String(model.repairs[index].raw.id))
+  const rest = curedBy.length - ids.length
+  if (rest > 0) ids.push(`${number.format(rest)} more`)
+  return `cured by repair${curedBy.length > 1 ? 's' : ''} ${listed(ids)}`
+}
+
 /** A GUID of a finding as a switch, or as text if the page does not know it. */
 function named(model: Model, guid: string): Part {
   const index = model.switchAt(guid)
