@@ -36,6 +36,8 @@ FABRICS = {
              "--fault", "moved-cable=1"],
     "swapped": ["--levels", "3", "--radix", "8", "--fault", "swapped-cables=1",
                 "--fault", "missing-link=2"],
+    "tie": ["--levels", "2", "--radix", "16", "--parallel", "4", "--fault", "missing-link=2",
+            "--fault", "swapped-cables=1"],
     "one": ["--levels", "3", "--radix", "8", "--fault", "missing-link=1"],
     "hosts": ["--levels", "3", "--radix", "8", "--fault", "missing-host=2"],
     "large": ["--levels", "3", "--radix", "64", "--fault", "missing-link=3",
@@ -222,6 +224,34 @@ class Browser:
               before = now
             }
             look()""", f"#{view}-view canvas")
+
+    def record(self):
+        """From now on, what is drawn is kept: texts, and rectangles, with their colours."""
+        self.run("""
+            window.drawn = []
+            for (const kind of ['fillText', 'fillRect']) {
+              const draw = CanvasRenderingContext2D.prototype[kind]
+              CanvasRenderingContext2D.prototype[kind] = function (...words) {
+                drawn.push([kind, this.fillStyle, ...words])
+                return draw.apply(this, words)
+              }
+            }""")
+
+    def drawn(self, kind):
+        """Of the last picture, once it does not change any more."""
+        return self.driver.execute_async_script("""
+            const [kind, done] = arguments
+            let before = -1
+            const look = () => {
+              if (drawn.length === before) {
+                done(drawn.filter((one) => one[0] === kind).map((one) => one.slice(1)))
+                drawn.length = 0
+                return
+              }
+              before = drawn.length
+              setTimeout(look, 250)
+            }
+            look()""", kind)
 
     # What holds whatever a case does
 
