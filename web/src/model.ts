@@ -63,6 +63,8 @@ export interface Model {
   cables: Int32Array
   /** Cable by cable: the finding that calls it invalid, or -1. */
   invalidBy: Int32Array
+  /** Rank by rank: the highest port that a cable to another switch is in. */
+  highestPorts: Map<number, number>
   levels: number
   hosts: number
   switchAt(guid: string): number
@@ -120,6 +122,15 @@ function namedIn(finding: RawFinding): string[] {
 function guidsOf({ cables }: RawStep): string[] {
   const ends = cables.flatMap(({ before, after }) => [...(before ?? []), ...(after ?? [])])
   return ends.map((end) => end.guid)
+}
+
+function highestPortsOf(switches: Switch[], cables: Int32Array): Map<number, number> {
+  const highest = new Map<number, number>()
+  for (let at = 0; at < cables.length; at += 2) {
+    const { rank } = switches[cables[at]]
+    highest.set(rank, Math.max(cables[at + 1], highest.get(rank) ?? 0))
+  }
+  return highest
 }
 
 function markInvalid(model: Model): void {
@@ -203,6 +214,7 @@ export function modelOf(data: Data): Model {
     repairs,
     cables,
     invalidBy: new Int32Array(cables.length / 4).fill(-1),
+    highestPorts: highestPortsOf(switches, cables),
     levels: result.ranks.length,
     hosts: switches.reduce((sum, one) => sum + one.hosts, 0),
     switchAt,

@@ -115,11 +115,11 @@ function named(model: Model, guid: string): Part {
 
 function unevenTitle(model: Model, raw: UnevenLinks): Part[] {
   const odd = raw.counts.reduce((sum, count) => sum + count.switches.length, 0)
-  const links = `${raw.direction}-links`
+  const links = (count: number) => counted(count, `${raw.direction}-link`)
   if (raw.counts.length !== 1)
-    return [`${number.format(odd)} ${raw.set} do not have ${raw.expected} ${links}`]
+    return [`${number.format(odd)} ${raw.set} do not have ${links(raw.expected)}`]
   const [{ count, switches }] = raw.counts
-  const has = `${count} ${links} instead of ${raw.expected}`
+  const has = `${links(count)} instead of ${number.format(raw.expected)}`
   if (odd === 1) return [named(model, switches[0]), ` has ${has}`]
   return [`${number.format(odd)} ${raw.set} have ${has}`]
 }
@@ -173,11 +173,12 @@ function invalidAdvice(model: Model, raw: InvalidLink): string {
   return `${wrong} Follow the cable to see which end belongs in another switch.`
 }
 
-/** Ports up to the highest in use that lead to no switch: where a missing cable may belong. */
+/** Ports that lead to no switch, but do so at others of the rank: where a missing cable may belong. */
 export function sparePorts(model: Model, index: number): number[] {
   const used = new Set(model.cablesOf(index).map((cable) => cable.port))
+  const highest = model.highestPorts.get(model.switches[index].rank) ?? 0
   const spare = []
-  for (let port = 1; port <= Math.max(0, ...used); port++) if (!used.has(port)) spare.push(port)
+  for (let port = 1; port <= highest; port++) if (!used.has(port)) spare.push(port)
   return spare
 }
 
