@@ -33,6 +33,11 @@ const orderNames: Record<Order, string> = {
   group: 'By group',
 }
 
+/** Going on behind the last row that was made brings more of them. */
+export function showMore(): void {
+  byId('list').querySelector<HTMLElement>('.more')?.click()
+}
+
 export class ListView {
   #app: App
   #list = byId('list')
@@ -203,7 +208,8 @@ export class ListView {
     const at = rows.indexOf(document.activeElement as HTMLElement)
     const to = { ArrowDown: at + 1, ArrowUp: at - 1, Home: 0, End: rows.length - 1 }[event.key]
     if (to === undefined || at < 0) return
-    rows[to]?.focus()
+    if (to === rows.length) showMore()
+    else rows[to]?.focus()
     event.preventDefault()
   }
 
