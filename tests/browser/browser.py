@@ -140,6 +140,19 @@ class Browser:
         (self.folder / "spare.json").write_text(json.dumps(document))
         return Fabric(self, "spare", document)
 
+    def with_loop(self, fabric):
+        """A fabric in which a cable of the first leaf comes back to it: its ports."""
+        document = self.generate(fabric)
+        switches = {node["guid"]: node["name"] for node in document["nodes"]
+                    if node["type"] == "switch"}
+        leaf = next(guid for guid, name in switches.items() if "leaf" in name)
+        links = document["links"]
+        kept, gone = [link for link in links if link["b"] == leaf and link["a"] in switches][:2]
+        links.remove(gone)
+        kept["a"], kept["aPort"] = leaf, gone["bPort"]
+        (self.folder / "loop.json").write_text(json.dumps(document))
+        return Fabric(self, "loop", document)
+
     def with_result(self, name, change):
         """A fabric whose page was given another result than that of the check."""
         fabric = self.fabric(name)

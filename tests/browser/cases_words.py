@@ -35,3 +35,19 @@ def one_link_is_not_told_as_many(browser):
     assert len(titles) == len(fabric.of_kind("uneven-links"))
     for title in titles:
         assert " has 1 down-link instead of " in title or " has 1 up-link instead of " in title
+
+
+def a_cable_back_to_its_switch_is_told_as_such(browser):
+    fabric = browser.with_loop("clean")
+    finding, = fabric.of_kind("invalid-link")
+    guid, = {end["switch"] for end in finding["ends"]}
+    ports = [end["port"] for end in finding["ends"]]
+    text = details_of(browser, fabric, finding)
+    assert text.startswith("The cable leads back to the switch that it comes from."), text
+    assert browser.text(".row[aria-current] .row-title") == \
+        f"{fabric.name(guid)} port {ports[0]} is cabled to its own port {ports[1]}"
+    browser.open(fabric, f"#switch={guid}")
+    rows = [[cell.text for cell in row.find_elements("css selector", "td")]
+            for row in browser.all("#card .cables .invalid")]
+    assert [(int(row[0]), row[2], int(row[3])) for row in rows] == \
+        [(port, fabric.name(guid), far) for port, far in (sorted(ports), sorted(ports)[::-1])]

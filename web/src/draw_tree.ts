@@ -261,6 +261,9 @@ function portLabel(drawing: Drawing, curve: Curve, t: number, port: number): voi
   ctx.fillText(text, x, y + 0.5)
 }
 
+/** Where on a curve the number of a port is. */
+const nearStart = 0.16
+
 /** Port numbers of what is followed, as long as there is room for them. */
 function drawPorts(drawing: Drawing): void {
   const { ctx, scene, state, sight } = drawing
@@ -271,14 +274,17 @@ function drawPorts(drawing: Drawing): void {
   const line = scene.faults.find((one) => one.finding === state.finding)
   if (line?.ports && layout.blockOf[line.a] >= 0 && layout.blockOf[line.b] >= 0) {
     const curve = curveOf(layout, line.a, line.b)
-    portLabel(drawing, curve, 0.16, line.ports[0])
-    portLabel(drawing, curve, 0.84, line.ports[1])
+    portLabel(drawing, curve, nearStart, line.ports[0])
+    portLabel(drawing, curve, 1 - nearStart, line.ports[1])
   }
   if (state.switch < 0 || layout.blockOf[state.switch] < 0) return
   const cables = model.cablesOf(state.switch).filter((cable) => layout.blockOf[cable.peer] >= 0)
   if (cables.length > 24 && sight.k * layout.pitch < 24) return
-  for (const cable of cables)
-    portLabel(drawing, curveOf(layout, state.switch, cable.peer), 0.72, cable.port)
+  for (const { port, peer, peerPort } of cables) {
+    const ofLoop = port < peerPort ? nearStart : 1 - nearStart
+    const t = peer === state.switch ? ofLoop : 0.72
+    portLabel(drawing, curveOf(layout, state.switch, peer), t, port)
+  }
 }
 
 function rankLabel({ scene, sight }: Drawing, rank: number): string {

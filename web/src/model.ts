@@ -72,10 +72,10 @@ export interface Model {
   cablesOf(index: number): Cable[]
 }
 
-/** For every switch the places of its cables, one list after the other. */
+/** For every switch where its ends of cables are, one list after the other. */
 interface Ends {
   from: Int32Array
-  cable: Int32Array
+  place: Int32Array
 }
 
 function endsOf(count: number, cables: Int32Array): Ends {
@@ -83,15 +83,20 @@ function endsOf(count: number, cables: Int32Array): Ends {
   for (let i = 0; i < cables.length; i += 2) from[cables[i] + 1]++
   for (let i = 0; i < count; i++) from[i + 1] += from[i]
   const next = from.slice()
-  const cable = new Int32Array(cables.length / 2)
-  for (let i = 0; i < cables.length; i += 2) cable[next[cables[i]]++] = i >> 2
-  return { from, cable }
+  const place = new Int32Array(cables.length / 2)
+  for (let i = 0; i < cables.length; i += 2) place[next[cables[i]]++] = i
+  return { from, place }
 }
 
-function cableFrom(cables: Int32Array, cable: number, index: number): Cable {
-  const at = cable * 4
-  const [a, b] = cables[at] === index ? [at, at + 2] : [at + 2, at]
-  return { index: cable, port: cables[a + 1], peer: cables[b], peerPort: cables[b + 1] }
+/** The cable of an end: both may be at one switch, so only their places tell them apart. */
+function cableFrom(cables: Int32Array, end: number): Cable {
+  const far = end ^ 2
+  return {
+    index: end >> 2,
+    port: cables[end + 1],
+    peer: cables[far],
+    peerPort: cables[far + 1],
+  }
 }
 
 /** All texts in it that look like a GUID. */
@@ -220,8 +225,8 @@ export function modelOf(data: Data): Model {
     switchAt,
     groupAt,
     cablesOf: (index) =>
-      Array.from(ends.cable.subarray(ends.from[index], ends.from[index + 1]), (cable) =>
-        cableFrom(cables, cable, index),
+      Array.from(ends.place.subarray(ends.from[index], ends.from[index + 1]), (end) =>
+        cableFrom(cables, end),
       ).sort((a, b) => a.port - b.port),
   }
   markInvalid(model)

@@ -1,7 +1,7 @@
 // All that the picture of the tree is drawn from, with paths that stay while it is moved.
 
 import { faultLines, levelsOfSwitches, type FaultLine } from './faults'
-import { curveBetween, trace, type Curve, type Point } from './geometry'
+import { curveBetween, loopAt, trace, type Curve, type Point } from './geometry'
 import { frameOf, layoutOf, type Block, type Bundle, type Frame, type Layout } from './layout'
 import type { Model } from './model'
 
@@ -70,7 +70,16 @@ export function middleOf(layout: Layout, index: number): Point {
   return { x: layout.x[index], y: layout.y[index] }
 }
 
+/** On the side of the switch that its name is not on. */
+function loopOf(layout: Layout, index: number): Curve {
+  const { rank } = layout.blocks[layout.blockOf[index]]
+  const isLast = layout.blocks.every((block) => block.rank <= rank)
+  const size = 1.7 * layout.pitch
+  return loopAt(middleOf(layout, index), size, isLast ? -size : size)
+}
+
 export function curveOf(layout: Layout, a: number, b: number): Curve {
+  if (a === b) return loopOf(layout, a)
   return curveBetween(middleOf(layout, a), middleOf(layout, b), layout.gap * 0.45)
 }
 

@@ -140,6 +140,8 @@ export function titleOf(model: Model, { raw }: Finding): Part[] {
       return ['No cable between ', named(model, raw.spine), ' and ', named(model, raw.line)]
     case 'invalid-link': {
       const [a, b] = raw.ends
+      if (a.switch === b.switch)
+        return [named(model, a.switch), ` port ${a.port} is cabled to its own port ${b.port}`]
       return [
         named(model, a.switch),
         ` port ${a.port} is cabled to `,
@@ -166,6 +168,8 @@ export function titleOf(model: Model, { raw }: Finding): Part[] {
 
 function invalidAdvice(model: Model, raw: InvalidLink): string {
   const [a, b] = raw.ends
+  if (a.switch === b.switch)
+    return 'The cable leads back to the switch that it comes from. Follow it to see which end belongs in another switch.'
   const wrong =
     a.rank === b.rank
       ? `Both switches are on ${rankName(a.rank, model.levels)}. Cables should lead from one rank to the next.`
