@@ -20,7 +20,8 @@ export interface Sight {
 }
 
 export interface Badge {
-  group: number
+  /** Several where there is no room for one each. */
+  groups: number[]
   x: number
   y: number
   width: number
@@ -355,9 +356,13 @@ function drawBadges(drawing: Drawing): Badge[] {
     const below = groupLabel(scene, box, box.width * sight.k) ? 19 : 0
     const y = labelHeight(box, sight) + below
     const last = badges[badges.length - 1]
-    if (last && last.row === box.y && x - last.x < 34)
+    if (last && last.row === box.y && x - last.x < 34) {
+      last.groups.push(box.group)
       findings.forEach((one) => last.findings.add(one))
-    else badges.push({ group: box.group, x, y, width: 0, row: box.y, findings: new Set(findings) })
+    } else {
+      const groups = [box.group]
+      badges.push({ groups, x, y, width: 0, row: box.y, findings: new Set(findings) })
+    }
   }
   for (const badge of badges) badge.width = drawBadge(drawing, badge, [...badge.findings])
   return badges

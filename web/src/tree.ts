@@ -21,10 +21,13 @@ import { boundsOf, curveOf, placed, startScene, type Bounds, type Scene } from '
 import { chosenIn, type State } from './state'
 import type { Model } from './model'
 import { palette } from './theme'
-import { findingTip, groupTip, hideTip, showTip, switchTip } from './tip'
+import { findingTip, groupsTip, groupTip, hideTip, showTip, switchTip } from './tip'
 import { groupName, nameOf } from './words'
 
-type Target = { kind: 'switch' | 'finding' | 'group'; index: number } | null
+type Target =
+  | { kind: 'switch' | 'finding' | 'group'; index: number }
+  | { kind: 'groups'; groups: number[] }
+  | null
 
 const cardWidth = 328
 const manyLines = 800
@@ -197,6 +200,14 @@ export class TreeView {
     ])
   }
 
+  /** So near that each of these groups has room for a badge of its own. */
+  #part(groups: number[]): void {
+    const boxes = this.#scene?.boxes.filter((box) => groups.includes(box.group)) ?? []
+    const middles = boxes.map((box) => box.x + box.width / 2)
+    const [first, last] = [Math.min(...middles), Math.max(...middles)]
+    this.#show({ x: first, y: boxes[0].label, width: last - first, height: 0 }, true)
+  }
+
   #fitAll(slowly = true): void {
     const layout = this.#scene?.layout
     if (layout) this.#show({ x: 0, y: 0, width: layout.width, height: layout.height }, slowly)
@@ -234,7 +245,8 @@ export class TreeView {
     const badge = this.#badges.find(
       (one) => Math.abs(sx - one.x) <= one.width / 2 && Math.abs(sy - one.y) <= 10,
     )
-    if (badge) return { kind: 'group', index: badge.group }
+    if (badge && badge.groups.length > 1) return { kind: 'groups', groups: badge.groups }
+    if (badge) return { kind: 'group', index: badge.groups[0] }
     const { k } = zoomTransform(canvas)
     const [x, y] = zoomTransform(canvas).invert([sx, sy])
     return switchNear(scene, x, y, k) ?? faultNear(scene, x, y, 6 / k) ?? groupAround(scene, x, y)
@@ -256,6 +268,7 @@ export class TreeView {
     const { model } = this.#app
     if (target?.kind === 'switch') return switchTip(model, target.index)
     if (target?.kind === 'finding') return findingTip(model, target.index)
+    if (target?.kind === 'groups') return groupsTip(model, target.groups)
     return target ? groupTip(model, target.index) : null
   }
 
@@ -270,6 +283,7 @@ export class TreeView {
     hideTip()
     if (target?.kind === 'switch') showSwitch(this.#app, target.index)
     else if (target?.kind === 'finding') showFinding(this.#app, target.index)
+    else if (target?.kind === 'groups') this.#part(target.groups)
     else if (target) showGroup(this.#app, target.index)
   }
 
