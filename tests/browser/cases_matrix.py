@@ -90,8 +90,8 @@ def uneven_counts_lead_to_the_group_with_the_links(browser):
 
 
 def heads_keep_the_end_that_tells_switches_apart(browser):
-    before = "building-seven-second-floor-row-14-rack-"
-    fabric = browser.renamed("faulty", [f"{before}{at:04}" for at in range(1000, 1080)])
+    before = "building-seven-second-floor-row-14-"
+    fabric = browser.renamed("faulty", [f"{before}switch{at:03}" for at in range(100, 180)])
     group = fabric.result["groups"][4]
     show_group(browser, fabric, group)
     browser.keys("+")

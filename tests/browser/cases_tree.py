@@ -65,3 +65,15 @@ def a_count_of_several_groups_names_them_and_parts_them(browser):
     point(browser, "mouseReleased", x, y)
     after = {tip[0] for _, _, _, tip in badges(browser)}
     assert names <= after, (names, after)
+
+
+def names_keep_the_end_that_tells_switches_apart(browser):
+    before = "building-seven-second-floor-row-14-"
+    fabric = browser.renamed("swapped", [f"{before}switch{at:03}" for at in range(100, 180)])
+    finding = fabric.of_kind("missing-link")[0]
+    browser.open(fabric)
+    browser.record()
+    browser.click(f"[data-finding='{fabric.findings.index(finding)}']")
+    names = {text for _, text, *_ in browser.drawn("fillText")}
+    for guid in (finding["spine"], finding["line"]):
+        assert f"…{fabric.name(guid).removeprefix(before)}" in names, names

@@ -6,7 +6,7 @@ import { stepOf, type Layout } from './layout'
 import { curveOf, type Box, type Scene } from './scene'
 import { chosenIn, type State } from './state'
 import { font, type Palette } from './theme'
-import { groupName, nameOf, number } from './words'
+import { groupName, number } from './words'
 
 export interface Sight {
   width: number
@@ -222,15 +222,14 @@ function labelsOf({ scene, sight }: Drawing): number[] {
 
 function nameAt(drawing: Drawing, index: number, upwards: boolean): void {
   const { ctx, scene, sight, colours } = drawing
-  const { layout, model, levels } = scene
+  const { layout, levels, names } = scene
   const { k } = sight
   const r = markSize(layout, sight, index) * k + 5
-  const text = nameOf(model.switches[index], 18)
   ctx.save()
   ctx.translate(layout.x[index] * k + sight.x, layout.y[index] * k + sight.y)
   ctx.rotate(upwards ? -Math.PI / 3 : Math.PI / 3)
   ctx.textBaseline = 'middle'
-  haloText(drawing, text, r, 0, levels[index] ? colours.ink : colours.soft)
+  haloText(drawing, names[index], r, 0, levels[index] ? colours.ink : colours.soft)
   ctx.restore()
 }
 

@@ -4,6 +4,7 @@ import { faultLines, levelsOfSwitches, type FaultLine } from './faults'
 import { curveBetween, loopAt, trace, type Curve, type Point } from './geometry'
 import { frameOf, layoutOf, type Block, type Bundle, type Frame, type Layout } from './layout'
 import type { Model } from './model'
+import { headNames, nameOf } from './words'
 
 export interface Bounds {
   x: number
@@ -39,6 +40,8 @@ export interface Scene {
   /** Those that are drawn also when nobody chose them. */
   drawnFaults: FaultLine[]
   levels: Uint8Array
+  /** Switch by switch, as it is named in the picture. */
+  names: string[]
 }
 
 const weights = [0.6, 1.2, 2, 3.2]
@@ -150,10 +153,23 @@ function someOf(faults: FaultLine[], { blockOf, blocks }: Frame): FaultLine[] {
   return [...first.values()]
 }
 
+const longestName = 18
+const longestRead = 200
+
+function namesIn(model: Model, { blocks }: Frame): string[] {
+  const names: string[] = []
+  for (const { switches } of blocks) {
+    const own = switches.map((index) => nameOf(model.switches[index], longestRead))
+    headNames(own, longestName).forEach((name, at) => (names[switches[at]] = name))
+  }
+  return names
+}
+
 export function startScene(model: Model, aspect: number, opened: number): Scene {
   const frame = frameOf(model)
   const faults = faultLines(model)
-  const fixed = { model, frame, faults, levels: levelsOfSwitches(model) }
+  const names = namesIn(model, frame)
+  const fixed = { model, frame, faults, levels: levelsOfSwitches(model), names }
   const drawnFaults = someOf(faults, frame)
   return { ...fixed, drawnFaults, ...placed(model, frame, aspect, opened) }
 }

@@ -49,20 +49,15 @@ function inCommon(texts: string[][]): number {
   return at < 0 ? first.length : at
 }
 
-const isDigit = (letter: string | undefined) => letter !== undefined && /\d/.test(letter)
-
-/** Letters of a name that others begin with. */
-const leastHead = 4
-
 /** Names side by side: where they are too long, without what they all begin with. */
 export function headNames(names: string[], most: number): string[] {
   const texts = names.map((name) => Array.from(name))
   if (texts.every((text) => text.length <= most)) return names
   let from = texts.length > 1 ? inCommon(texts) : 0
-  // Half a number would be another one.
-  while (from > 0 && isDigit(texts[0][from - 1])) from--
+  // Words and numbers stay whole.
+  while (from > 0 && /[\p{L}\p{N}]/u.test(texts[0][from - 1])) from--
   return texts.map((text) => {
-    const start = Math.max(Math.min(from, text.length - leastHead), text.length - most + 1, 0)
+    const start = Math.max(0, Math.min(from, text.length - 1), text.length - most + 1)
     return start > 0 ? `…${text.slice(start).join('')}` : text.join('')
   })
 }

@@ -83,9 +83,10 @@ test('findings name their repairs', () => {
 
 test('heads keep what tells names apart', () => {
   deepEqual(headNames(['leaf-1', 'leaf-2'], 8), ['leaf-1', 'leaf-2'])
-  deepEqual(headNames(['row-07-leaf-1008', 'row-07-leaf-1009'], 8), ['…1008', '…1009'])
+  deepEqual(headNames(['row-07-leaf08', 'row-07-leaf09'], 8), ['…leaf08', '…leaf09'])
   deepEqual(headNames(['row-07-left', 'row-07-right'], 8), ['…left', '…right'])
   deepEqual(headNames(['only-one-of-them'], 8), ['…of-them'])
   deepEqual(headNames(['same-long-name', 'same-long-name'], 8), ['…name', '…name'])
+  deepEqual(headNames(['all-with-a-dash-', 'all-with-a-dash-'], 8), ['…-', '…-'])
   deepEqual(headNames([], 8), [])
 })
