@@ -124,9 +124,15 @@ def a_chosen_repair_is_shown_in_the_picture(browser):
     address = browser.address()
     browser.open(fabric, address)
     assert pressed(browser) == [str(step["id"])] and current(browser) == str(step["cures"][0])
-    browser.open(fabric, f"#repair={step['id']}")
-    assert current(browser) == str(step["cures"][0])
-    head_of(browser, step).click()
+    last = fabric.repairs[-1]
+    browser.open(fabric, f"#repair={last['id']}")
+    assert current(browser) == str(last["cures"][0])
+    list_top, list_bottom, top, bottom = browser.run(
+        "return [document.getElementById('repair-list'), arguments[0]].flatMap((one) => {"
+        "const box = one.getBoundingClientRect(); return [box.top, box.bottom] })",
+        head_of(browser, last))
+    assert list_top <= top and bottom <= list_bottom
+    head_of(browser, last).click()
     assert pressed(browser) == [] and current(browser) is None
     head_of(browser, step).click()
     browser.click("#list .row")

@@ -94,6 +94,15 @@ function rowOf(app: App, repair: Repair): HTMLElement {
   return row
 }
 
+/** Scrolls their list alone: on a small screen the picture is what the reader looks at. */
+function bringIntoSight(list: HTMLElement, index: number): void {
+  const row = list.children[index]
+  if (!(row instanceof HTMLElement)) return
+  const top = row.offsetTop - list.offsetTop
+  const isAbove = top < list.scrollTop
+  if (isAbove || top + row.offsetHeight > list.scrollTop + list.clientHeight) list.scrollTop = top
+}
+
 /** Nothing is shown when there is nothing to do. */
 export function showRepairs(app: App): void {
   const { repairs, findings } = app.model
@@ -104,7 +113,11 @@ export function showRepairs(app: App): void {
   Object.assign(section.dataset, { count: repairs.length, cured })
   const unexplained = cured > 0 && left > 0 ? `, ${counted(left, 'finding')} unexplained` : ''
   byId('repairs-title').textContent = `${counted(repairs.length, 'repair')}${unexplained}`
-  byId('repair-list').append(...repairs.slice(0, most).map((repair) => rowOf(app, repair)))
+  const list = byId('repair-list')
+  list.append(...repairs.slice(0, most).map((repair) => rowOf(app, repair)))
   if (repairs.length > most)
-    byId('repair-list').append(make('li', { class: 'rest' }, 'Run fabscope repair for the rest.'))
+    list.append(make('li', { class: 'rest' }, 'Run fabscope repair for the rest.'))
+  app.store.watch((state, before) => {
+    if (state === before || state.repair !== before.repair) bringIntoSight(list, state.repair)
+  })
 }
