@@ -3,6 +3,7 @@
 from selenium.webdriver.common.by import By
 
 from browser import PHONE
+from cases_use import current
 
 
 def cured(fabric):
@@ -12,10 +13,6 @@ def cured(fabric):
         for finding in step["cures"]:
             by.setdefault(finding, []).append(step["id"])
     return by
-
-
-def current(page):
-    return page.run("return document.querySelector('.row[aria-current]')?.dataset.finding")
 
 
 def pressed(page):

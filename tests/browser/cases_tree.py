@@ -1,5 +1,7 @@
 """The tree shows what is wrong so that it can be told apart."""
 
+from cases_use import point
+
 # Of port numbers; counts of findings are white.
 INK = "#17202b"
 WHITE = "#ffffff"
@@ -19,12 +21,6 @@ def a_cable_back_to_its_switch_is_a_loop_with_its_ports_apart(browser):
     last = [[one for one in texts if one[:2] == [INK, port]][-1] for port in ports]
     (_, _, x, y), (_, _, far_x, far_y) = last
     assert abs(y - far_y) < 1 and abs(x - far_x) > 20, last
-
-
-def point(page, kind, x, y):
-    page.driver.execute_cdp_cmd("Input.dispatchMouseEvent", {
-        "type": kind, "x": x, "y": y, "button": "none" if kind == "mouseMoved" else "left",
-        "clickCount": 0 if kind == "mouseMoved" else 1})
 
 
 def badges(page):
