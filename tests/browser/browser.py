@@ -34,9 +34,19 @@ FABRICS = {
                  "--fault", "same-rank-link=1"],
     "four": ["--xgft", "4; 2,3,3,3; 1,2,3,3", "--fault", "missing-link=2",
              "--fault", "moved-cable=1"],
+    "swapped": ["--levels", "3", "--radix", "8", "--fault", "swapped-cables=1",
+                "--fault", "missing-link=2"],
+    "tie": ["--levels", "2", "--radix", "16", "--parallel", "4", "--fault", "missing-link=2",
+            "--fault", "swapped-cables=1"],
+    "crowded": ["--levels", "3", "--radix", "64", "--fault", "swapped-cables=3",
+                "--fault", "missing-link=5"],
+    "one": ["--levels", "3", "--radix", "8", "--fault", "missing-link=1"],
+    "hosts": ["--levels", "3", "--radix", "8", "--fault", "missing-host=2"],
     "large": ["--levels", "3", "--radix", "64", "--fault", "missing-link=3",
               "--fault", "moved-cable=2", "--fault", "same-rank-link=2"],
 }
+
+DATA_START = '<script id="data" type="application/json">'
 
 OPTIONS = ["--headless", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run",
            "--disable-background-networking", "--disable-component-update", "--disable-sync",
@@ -56,6 +66,7 @@ class Fabric:
         self.url = html.as_uri()
         self.result = json.loads(result.read_text())
         self.findings = self.result["findings"]
+        self.repairs = self.result["repairs"]
         self.switches = {node["guid"]: self.shown_name(node)
                          for node in document["nodes"] if node["type"] == "switch"}
 
@@ -131,6 +142,32 @@ class Browser:
         (self.folder / "spare.json").write_text(json.dumps(document))
         return Fabric(self, "spare", document)
 
+    def with_loop(self, fabric):
+        """A fabric in which a cable of the first leaf comes back to it: its ports."""
+        document = self.generate(fabric)
+        switches = {node["guid"]: node["name"] for node in document["nodes"]
+                    if node["type"] == "switch"}
+        leaf = next(guid for guid, name in switches.items() if "leaf" in name)
+        links = document["links"]
+        kept, gone = [link for link in links if link["b"] == leaf and link["a"] in switches][:2]
+        links.remove(gone)
+        kept["a"], kept["aPort"] = leaf, gone["bPort"]
+        (self.folder / "loop.json").write_text(json.dumps(document))
+        return Fabric(self, "loop", document)
+
+    def with_result(self, name, change):
+        """A fabric whose page was given another result than that of the check."""
+        fabric = self.fabric(name)
+        path = self.folder / f"{name}.html"
+        head, rest = path.read_text().split(DATA_START)
+        data, tail = rest.split("</script>", 1)
+        data = json.loads(data)
+        change(data["result"])
+        path.write_text(f"{head}{DATA_START}{json.dumps(data)}</script>{tail}")
+        fabric.result = data["result"]
+        fabric.findings, fabric.repairs = data["result"]["findings"], data["result"]["repairs"]
+        return fabric
+
     # The page
 
     def size(self, size):
@@ -202,6 +239,34 @@ class Browser:
               before = now
             }
             look()""", f"#{view}-view canvas")
+
+    def record(self):
+        """From now on, what is drawn is kept: texts, and rectangles, with their colours."""
+        self.run("""
+            window.drawn = []
+            for (const kind of ['fillText', 'fillRect']) {
+              const draw = CanvasRenderingContext2D.prototype[kind]
+              CanvasRenderingContext2D.prototype[kind] = function (...words) {
+                drawn.push([kind, this.fillStyle, ...words])
+                return draw.apply(this, words)
+              }
+            }""")
+
+    def drawn(self, kind):
+        """Of the last picture, once it does not change any more."""
+        return self.driver.execute_async_script("""
+            const [kind, done] = arguments
+            let before = -1
+            const look = () => {
+              if (drawn.length === before) {
+                done(drawn.filter((one) => one[0] === kind).map((one) => one.slice(1)))
+                drawn.length = 0
+                return
+              }
+              before = drawn.length
+              setTimeout(look, 250)
+            }
+            look()""", kind)
 
     # What holds whatever a case does
 

@@ -184,6 +184,21 @@ def keys_do_what_the_help_says(browser):
     assert browser.one("#tree-view").is_displayed()
 
 
+def keys_go_on_behind_the_rows_that_were_made(browser):
+    fabric = browser.open(browser.fabric("four", "--root-regex", "^spine", "--merge-percent", "20"))
+    assert len(fabric.findings) > 200
+    browser.run("document.querySelectorAll('#list .row')[99].click()")
+    browser.keys("j")
+    rows = shown(browser)
+    assert len(rows) == 200 and current(browser) == str(rows[100])
+    assert browser.run("return document.activeElement.dataset.finding") == str(rows[100])
+    browser.run("document.querySelectorAll('#list .row')[199].focus()")
+    browser.keys(ARROWS["down"])
+    rows = shown(browser)
+    assert len(rows) > 200
+    assert browser.run("return document.activeElement.dataset.finding") == str(rows[200])
+
+
 def the_tree_can_be_walked_with_keys(browser):
     fabric = browser.open(browser.fabric("faulty"))
     browser.run("document.querySelector('#tree-view canvas').focus()")

@@ -100,6 +100,8 @@ export interface RawStep {
   class: 'sure' | 'likely' | 'ask'
   cables: RawCable[]
   reason: string
+  /** Places of the findings that are gone afterwards. */
+  cures: number[]
   alternatives: RawCable[][]
 }
 

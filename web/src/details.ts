@@ -4,10 +4,11 @@ import { showSwitch, showView, type App } from './actions'
 import { copy } from './copy'
 import { kinds, type AsymmetricAPorts, type UnevenLinks } from './data'
 import { button, make, nameText } from './dom'
-import type { Finding } from './model'
+import type { Finding, Model } from './model'
 import { adviceOf, asText, counted, cut, groupName, nameOf, rankName, type Part } from './words'
 
 const mostSwitches = 60
+const mostGroups = 4
 
 /** A switch of the text, to be looked at by a click. */
 export function switchLink(app: App, index: number): HTMLElement {
@@ -88,14 +89,32 @@ export function untoldByTitle(app: App, finding: Finding): HTMLElement[] {
   return isTold ? [] : [make('div', { class: 'details' }, ...specifics(app, finding))]
 }
 
+/** Groups with the counted links where the finding's own group has none of them. */
+function elsewhere(model: Model, { raw, switches }: Finding): number[] {
+  if (raw.kind !== 'uneven-links') return []
+  const isOutside = (raw.set === 'spines') === (raw.direction === 'up')
+  if (!isOutside) return []
+  const groups = switches.map((index) => {
+    const { asSpine, asLine } = model.switches[index]
+    return raw.direction === 'up' ? asLine : asSpine
+  })
+  return [...new Set(groups)].filter((index) => index >= 0).slice(0, mostGroups)
+}
+
 function buttons(app: App, finding: Finding): HTMLElement {
   const { model } = app
   const row = make('div', { class: 'buttons' })
-  for (const index of finding.groups.slice(0, 4)) {
-    const name = finding.groups.length > 1 ? ` of ${groupName(model.groups[index])}` : ''
+  const others = elsewhere(model, finding)
+  for (const index of finding.groups.slice(0, mostGroups)) {
+    const isOne = finding.groups.length === 1 && others.length === 0
+    const name = isOne ? '' : ` of ${groupName(model.groups[index])}`
     row.append(
       button(cut(`Matrix${name}`), { class: 'small' }, () => showView(app, 'matrix', index)),
     )
+  }
+  for (const index of others) {
+    const name = `Matrix of ${groupName(model.groups[index])}`
+    row.append(button(name, { class: 'small' }, () => showView(app, 'matrix', index)))
   }
   row.append(button('Tree', { class: 'small' }, () => showView(app, 'tree')))
   const text = asText(model, finding)

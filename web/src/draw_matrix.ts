@@ -1,10 +1,9 @@
 // Draws a matrix as far as it is in sight; the names of rows and columns stay when it is scrolled.
 
-import { usual, type Matrix } from './matrix_model'
+import type { Matrix } from './matrix_model'
 import type { Model } from './model'
-import type { State } from './state'
+import { chosenIn, type State } from './state'
 import { font, type Palette } from './theme'
-import { nameOf } from './words'
 
 /** Sizes in pixels: of a cell, and of the heads for names. */
 export interface Grid {
@@ -33,9 +32,6 @@ export interface MatrixDrawing {
   colours: Palette
   cursor: Place
 }
-
-/** Letters of a name at a row or column. */
-export const longestHead = 24
 
 /** Room between the cells and the two columns behind them. */
 export const gutter = 10
@@ -145,16 +141,20 @@ function drawSum(
   x: number,
   y: number,
 ): void {
-  const { grid, colours } = drawing
-  if (grid.cell < 14) return
+  const { ctx, grid, colours } = drawing
   const odd = sum !== expected
+  if (grid.cell < 14) {
+    // Too small for a number, but not for a mark.
+    ctx.fillStyle = colours.error
+    if (odd) ctx.fillRect(x + 1, y + 1, grid.cell - 2, grid.cell - 2)
+    return
+  }
   text(drawing, String(sum), x, y, odd ? colours.error : colours.soft, odd ? 700 : 400)
 }
 
 function drawCells(drawing: MatrixDrawing): void {
   const { matrix, grid } = drawing
   const most = matrix.cells.reduce((max, cell) => Math.max(max, cell.cables), 0)
-  const [spineSum, lineSum] = [usual(matrix.spineSums), usual(matrix.lineSums)]
   const [firstRow, lastRow] = range(grid.y, grid.height - grid.top, grid.cell, matrix.spines.length)
   const [first, last] = range(grid.x, grid.width - grid.left, grid.cell, matrix.lines.length)
   for (let row = firstRow; row < lastRow; row++) {
@@ -164,7 +164,7 @@ function drawCells(drawing: MatrixDrawing): void {
     drawSum(
       drawing,
       matrix.spineSums[row],
-      spineSum,
+      matrix.spineSum,
       columnX(matrix, grid, matrix.lines.length + 1),
       y,
     )
@@ -175,7 +175,7 @@ function drawCells(drawing: MatrixDrawing): void {
     drawSum(
       drawing,
       matrix.lineSums[column],
-      lineSum,
+      matrix.lineSum,
       x,
       rowY(matrix, grid, matrix.spines.length + 1),
     )
@@ -186,8 +186,8 @@ function drawCells(drawing: MatrixDrawing): void {
 function marked(drawing: MatrixDrawing): Place[] {
   const { model, matrix, state, cursor } = drawing
   const places: Place[] = []
-  const chosen = state.finding >= 0 ? model.findings[state.finding].switches : [state.switch]
-  for (const index of chosen) {
+  const chosen = chosenIn(model, state)
+  for (const index of chosen.length > 0 ? chosen : [state.switch]) {
     const [row, column] = [matrix.spines.indexOf(index), matrix.lines.indexOf(index)]
     if (row >= 0 || column >= 0) places.push({ row, column })
   }
@@ -218,10 +218,12 @@ function drawCursor({ ctx, matrix, grid, colours, cursor }: MatrixDrawing): void
   )
 }
 
-function headFont(drawing: MatrixDrawing, isMarked: boolean): void {
-  const { ctx, grid, colours } = drawing
+function headFont(drawing: MatrixDrawing, isMarked: boolean, index?: number): void {
+  const { ctx, matrix, grid, colours } = drawing
+  const level = index === undefined ? 0 : (matrix.uneven.get(index) ?? 0)
   ctx.font = `${isMarked ? 700 : 400} ${Math.min(13, Math.max(9, grid.cell - 3))}px ${font}`
   ctx.fillStyle = isMarked ? colours.ink : colours.soft
+  if (level > 0) ctx.fillStyle = level === 3 ? colours.error : colours.warning
 }
 
 /** Where cells are smaller than letters, only some have their name. */
@@ -230,7 +232,7 @@ function nameStep(cell: number): number {
 }
 
 function rowNames(drawing: MatrixDrawing, bands: Set<number>): void {
-  const { ctx, model, matrix, grid, colours } = drawing
+  const { ctx, matrix, grid, colours } = drawing
   ctx.fillStyle = colours.surface
   ctx.fillRect(0, 0, grid.left, grid.height)
   const [first, last] = range(grid.y, grid.height - grid.top, grid.cell, matrix.spines.length)
@@ -238,24 +240,23 @@ function rowNames(drawing: MatrixDrawing, bands: Set<number>): void {
   ctx.textBaseline = 'middle'
   const step = nameStep(grid.cell)
   const name = (row: number, words: string) => {
-    headFont(drawing, bands.has(row))
+    headFont(drawing, bands.has(row), matrix.spines[row])
     ctx.fillText(words, grid.left - 6, rowY(matrix, grid, row) + grid.cell / 2, grid.left - 12)
   }
   for (let row = first; row < last; row++)
-    if (row % step === 0 || bands.has(row))
-      name(row, nameOf(model.switches[matrix.spines[row]], longestHead))
+    if (row % step === 0 || bands.has(row)) name(row, matrix.spineHeads[row])
   name(matrix.spines.length, 'invalid')
   name(matrix.spines.length + 1, 'cables')
 }
 
 function columnNames(drawing: MatrixDrawing, bands: Set<number>): void {
-  const { ctx, model, matrix, grid, colours } = drawing
+  const { ctx, matrix, grid, colours } = drawing
   ctx.fillStyle = colours.surface
   ctx.fillRect(0, 0, grid.width, grid.top)
   const [first, last] = range(grid.x, grid.width - grid.left, grid.cell, matrix.lines.length)
   const step = nameStep(grid.cell)
   const name = (column: number, words: string) => {
-    headFont(drawing, bands.has(column))
+    headFont(drawing, bands.has(column), matrix.lines[column])
     ctx.save()
     ctx.translate(columnX(matrix, grid, column) + grid.cell / 2, grid.top - 6)
     ctx.rotate(-Math.PI / 2)
@@ -265,8 +266,7 @@ function columnNames(drawing: MatrixDrawing, bands: Set<number>): void {
     ctx.restore()
   }
   for (let column = first; column < last; column++)
-    if (column % step === 0 || bands.has(column))
-      name(column, nameOf(model.switches[matrix.lines[column]], longestHead))
+    if (column % step === 0 || bands.has(column)) name(column, matrix.lineHeads[column])
   name(matrix.lines.length, 'invalid')
   name(matrix.lines.length + 1, 'cables')
 }

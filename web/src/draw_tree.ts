@@ -4,9 +4,9 @@ import { worstLevel } from './model'
 import { pointOn, trace, type Curve } from './geometry'
 import { stepOf, type Layout } from './layout'
 import { curveOf, type Box, type Scene } from './scene'
-import type { State } from './state'
+import { chosenIn, type State } from './state'
 import { font, type Palette } from './theme'
-import { groupName, nameOf, number } from './words'
+import { groupName, number } from './words'
 
 export interface Sight {
   width: number
@@ -20,7 +20,8 @@ export interface Sight {
 }
 
 export interface Badge {
-  group: number
+  /** Several where there is no room for one each. */
+  groups: number[]
   x: number
   y: number
   width: number
@@ -62,8 +63,7 @@ function drawBoxes({ ctx, scene, state, colours, sight }: Drawing): void {
 
 /** Where something is chosen, everything else steps back. */
 function focused(scene: Scene, state: State): boolean {
-  const hasPlace = state.finding >= 0 && scene.model.findings[state.finding].switches.length > 0
-  return hasPlace || state.switch >= 0
+  return chosenIn(scene.model, state).length > 0 || state.switch >= 0
 }
 
 function drawCables({ ctx, scene, state, colours, sight }: Drawing): void {
@@ -177,8 +177,7 @@ function drawFollowed({ ctx, scene, state, colours, sight }: Drawing): void {
 
 function chosenSwitches(drawing: Drawing): number[] {
   const { scene, state, hovered } = drawing
-  const named = state.finding >= 0 ? scene.model.findings[state.finding].switches : []
-  return [...named, state.switch, hovered].filter(
+  return [...chosenIn(scene.model, state), state.switch, hovered].filter(
     (index) => index >= 0 && scene.layout.blockOf[index] >= 0,
   )
 }
@@ -223,15 +222,14 @@ function labelsOf({ scene, sight }: Drawing): number[] {
 
 function nameAt(drawing: Drawing, index: number, upwards: boolean): void {
   const { ctx, scene, sight, colours } = drawing
-  const { layout, model, levels } = scene
+  const { layout, levels, names } = scene
   const { k } = sight
   const r = markSize(layout, sight, index) * k + 5
-  const text = nameOf(model.switches[index], 18)
   ctx.save()
   ctx.translate(layout.x[index] * k + sight.x, layout.y[index] * k + sight.y)
   ctx.rotate(upwards ? -Math.PI / 3 : Math.PI / 3)
   ctx.textBaseline = 'middle'
-  haloText(drawing, text, r, 0, levels[index] ? colours.ink : colours.soft)
+  haloText(drawing, names[index], r, 0, levels[index] ? colours.ink : colours.soft)
   ctx.restore()
 }
 
@@ -263,6 +261,9 @@ function portLabel(drawing: Drawing, curve: Curve, t: number, port: number): voi
   ctx.fillText(text, x, y + 0.5)
 }
 
+/** Where on a curve the number of a port is. */
+const nearStart = 0.16
+
 /** Port numbers of what is followed, as long as there is room for them. */
 function drawPorts(drawing: Drawing): void {
   const { ctx, scene, state, sight } = drawing
@@ -273,14 +274,17 @@ function drawPorts(drawing: Drawing): void {
   const line = scene.faults.find((one) => one.finding === state.finding)
   if (line?.ports && layout.blockOf[line.a] >= 0 && layout.blockOf[line.b] >= 0) {
     const curve = curveOf(layout, line.a, line.b)
-    portLabel(drawing, curve, 0.16, line.ports[0])
-    portLabel(drawing, curve, 0.84, line.ports[1])
+    portLabel(drawing, curve, nearStart, line.ports[0])
+    portLabel(drawing, curve, 1 - nearStart, line.ports[1])
   }
   if (state.switch < 0 || layout.blockOf[state.switch] < 0) return
   const cables = model.cablesOf(state.switch).filter((cable) => layout.blockOf[cable.peer] >= 0)
   if (cables.length > 24 && sight.k * layout.pitch < 24) return
-  for (const cable of cables)
-    portLabel(drawing, curveOf(layout, state.switch, cable.peer), 0.72, cable.port)
+  for (const { port, peer, peerPort } of cables) {
+    const ofLoop = port < peerPort ? nearStart : 1 - nearStart
+    const t = peer === state.switch ? ofLoop : 0.72
+    portLabel(drawing, curveOf(layout, state.switch, peer), t, port)
+  }
 }
 
 function rankLabel({ scene, sight }: Drawing, rank: number): string {
@@ -351,9 +355,13 @@ function drawBadges(drawing: Drawing): Badge[] {
     const below = groupLabel(scene, box, box.width * sight.k) ? 19 : 0
     const y = labelHeight(box, sight) + below
     const last = badges[badges.length - 1]
-    if (last && last.row === box.y && x - last.x < 34)
+    if (last && last.row === box.y && x - last.x < 34) {
+      last.groups.push(box.group)
       findings.forEach((one) => last.findings.add(one))
-    else badges.push({ group: box.group, x, y, width: 0, row: box.y, findings: new Set(findings) })
+    } else {
+      const groups = [box.group]
+      badges.push({ groups, x, y, width: 0, row: box.y, findings: new Set(findings) })
+    }
   }
   for (const badge of badges) badge.width = drawBadge(drawing, badge, [...badge.findings])
   return badges

@@ -34,6 +34,7 @@ function matches(finding: Finding, state: State): boolean {
 }
 
 const keys: Record<Order, (finding: Finding) => number> = {
+  unexplained: (finding) => finding.curedBy[0] ?? -1,
   found: () => 0,
   level: (finding) => -finding.raw.level,
   kind: (finding) =>

@@ -1,4 +1,5 @@
-// The curve of a cable: down from one rank to the next, or a bow between switches side by side.
+// The curve of a cable: down from one rank to the next, a bow between switches side by side, or a
+// loop at one.
 
 export interface Point {
   x: number
@@ -15,6 +16,12 @@ export function curveBetween(a: Point, d: Point, highest: number): Curve {
   }
   const bow = Math.min(highest, 14 + Math.abs(a.x - d.x) * 0.3)
   return [a, { x: a.x, y: a.y - bow }, { x: d.x, y: d.y - bow }, d]
+}
+
+/** A cable that comes back to where it starts. A height below 0 leads upwards. */
+export function loopAt(point: Point, width: number, height: number): Curve {
+  const { x, y } = point
+  return [point, { x: x - width, y: y + height }, { x: x + width, y: y + height }, point]
 }
 
 export function pointOn([a, b, c, d]: Curve, t: number): Point {

@@ -2,6 +2,7 @@
 
 import { goBack, type App } from './actions'
 import { button, byId, make } from './dom'
+import { showMore } from './list'
 import type { View } from './state'
 import { toggleTheme } from './theme'
 
@@ -34,9 +35,12 @@ function fillDialog(dialog: HTMLDialogElement): void {
 
 /** Goes through the findings as the list shows them. */
 function nextFinding(by: number): void {
-  const rows = [...document.querySelectorAll<HTMLElement>('#list .row')]
+  const rowsShown = () => [...document.querySelectorAll<HTMLElement>('#list .row')]
+  const rows = rowsShown()
   const at = rows.findIndex((row) => row.hasAttribute('aria-current'))
-  const row = rows[at < 0 && by < 0 ? rows.length - 1 : at + by]
+  const to = at < 0 && by < 0 ? rows.length - 1 : at + by
+  if (to === rows.length) showMore()
+  const row = rowsShown()[to]
   if (!row) return
   row.click()
   row.focus()

@@ -11,6 +11,7 @@ import {
   asText,
   capital,
   counted,
+  cureOf,
   cut,
   groupName,
   kindName,
@@ -25,10 +26,16 @@ const page = 100
 const mostOnPaper = 1000
 const mostCopied = 10000
 const orderNames: Record<Order, string> = {
+  unexplained: 'Unexplained first',
   kind: 'Cables first',
   level: 'Errors first',
   found: 'As found',
   group: 'By group',
+}
+
+/** Going on behind the last row that was made brings more of them. */
+export function showMore(): void {
+  byId('list').querySelector<HTMLElement>('.more')?.click()
 }
 
 export class ListView {
@@ -57,7 +64,9 @@ export class ListView {
         groups.append(new Option(capital(groupName(group)), String(group.index)))
     groups.addEventListener('change', () => store.set({ inGroup: Number(groups.value) }))
     const orders = byId<HTMLSelectElement>('order')
-    for (const [order, name] of Object.entries(orderNames)) orders.append(new Option(name, order))
+    for (const [order, name] of Object.entries(orderNames))
+      if (order !== 'unexplained' || model.repairs.length > 0)
+        orders.append(new Option(name, order))
     orders.addEventListener('change', () => store.set({ order: orders.value as Order }))
     const all = byId('copy-all')
     all.addEventListener('click', () => void copy(this.#allAsText(), all))
@@ -133,7 +142,12 @@ export class ListView {
     )
     const row = button(
       '',
-      { class: `row ${level}`, 'data-finding': index, 'aria-expanded': 'false' },
+      {
+        class: `row ${level}`,
+        'data-finding': index,
+        'data-cured-by': finding.curedBy.map((at) => model.repairs[at].raw.id).join(' '),
+        'aria-expanded': 'false',
+      },
       () => {
         if (store.state.finding === index) goBack(this.#app)
         else showFinding(this.#app, index)
@@ -149,7 +163,9 @@ export class ListView {
           'span',
           { class: 'row-place' },
           sign(level),
-          `${capital(level)} · ${capital(cut(placeOf(finding), 80))}`,
+          [capital(level), capital(cut(placeOf(finding), 80)), cureOf(model, finding)]
+            .filter(Boolean)
+            .join(' · '),
         ),
       ),
     )
@@ -192,7 +208,8 @@ export class ListView {
     const at = rows.indexOf(document.activeElement as HTMLElement)
     const to = { ArrowDown: at + 1, ArrowUp: at - 1, Home: 0, End: rows.length - 1 }[event.key]
     if (to === undefined || at < 0) return
-    rows[to]?.focus()
+    if (to === rows.length) showMore()
+    else rows[to]?.focus()
     event.preventDefault()
   }
 

@@ -20,7 +20,7 @@ function start(): void {
   const app = { model, store }
   startTheme()
   showHead(app)
-  showRepairs(model)
+  showRepairs(app)
   startViews(app)
   startCard(app)
   new ListView(app)

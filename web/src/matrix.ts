@@ -1,23 +1,14 @@
 // The matrix of a group: moving in it, and what its cells tell.
 
-import { showFinding, showSwitch, type App } from './actions'
+import { showFinding, showGroup, showSwitch, type App } from './actions'
 import { sheetIn, type Sheet } from './canvas'
 import { announce, button, byId, make } from './dom'
-import {
-  drawMatrix,
-  columnX,
-  gutter,
-  longestHead,
-  rowY,
-  wholeSize,
-  type Grid,
-  type Place,
-} from './draw_matrix'
+import { drawMatrix, columnX, gutter, rowY, wholeSize, type Grid, type Place } from './draw_matrix'
 import { matrixOf, type Matrix } from './matrix_model'
-import type { State } from './state'
+import { chosenIn, type State } from './state'
 import { palette } from './theme'
 import { hideTip, showTip, type Tip } from './tip'
-import { capital, counted, groupName, nameOf, plain, titleOf } from './words'
+import { capital, counted, groupName, nameOf, number, plain, titleOf } from './words'
 
 const cells = { least: 3, readable: 11, most: 44 }
 const none: Place = { row: -1, column: -1 }
@@ -103,24 +94,17 @@ export class MatrixView {
 
   #grid(): Grid {
     const most = this.#sheet.width < 600 ? 100 : 150
-    const room = (switches: number[]) => Math.min(most, this.#longestName(switches) * 6.8 + 18)
+    const room = (heads: string[] = []) =>
+      Math.min(most, Math.max(0, ...heads.map((head) => head.length)) * 6.8 + 18)
     return {
       cell: this.#cell,
-      left: Math.max(64, room(this.#matrix?.spines ?? [])),
-      top: Math.max(58, room(this.#matrix?.lines ?? [])),
+      left: Math.max(64, room(this.#matrix?.spineHeads)),
+      top: Math.max(58, room(this.#matrix?.lineHeads)),
       x: this.#scroller.scrollLeft,
       y: this.#scroller.scrollTop,
       width: this.#sheet.width,
       height: this.#sheet.height,
     }
-  }
-
-  #longestName(switches: number[]): number {
-    const { model } = this.#app
-    return Math.max(
-      0,
-      ...switches.map((index) => nameOf(model.switches[index], longestHead).length),
-    )
   }
 
   #draw(): void {
@@ -167,8 +151,8 @@ export class MatrixView {
 
   #bringIntoSight(state: State): void {
     const matrix = this.#matrix
-    if (!matrix || state.finding < 0) return
-    const switches = this.#app.model.findings[state.finding].switches
+    if (!matrix) return
+    const switches = chosenIn(this.#app.model, state)
     const row = matrix.spines.findIndex((index) => switches.includes(index))
     const column = matrix.lines.findIndex((index) => switches.includes(index))
     this.#scrollTo({ row, column })
@@ -250,6 +234,8 @@ export class MatrixView {
 
   #tipAt(place: Place): Tip | null {
     const matrix = this.#matrix
+    const named = this.#namedAt(place)
+    if (matrix && named >= 0) return this.#headTip(matrix, named)
     if (!matrix || place.row < 0 || place.column < 0) return null
     const { model } = this.#app
     const spine = matrix.spines[place.row]
@@ -268,8 +254,23 @@ export class MatrixView {
     if (found.length > 0) return { title: name(own), lines: found }
     const sum = spine === undefined ? matrix.lineSums[place.column] : matrix.spineSums[place.row]
     const isSum = place.row > matrix.spines.length || place.column > matrix.lines.length
-    const lines = isSum ? [`${counted(sum, 'cable')} inside the group`] : ['No invalid link']
+    const usual = spine === undefined ? matrix.lineSum : matrix.spineSum
+    const told = `${counted(sum, 'cable')} inside the group`
+    const sums = sum === usual ? told : `${told} instead of ${number.format(usual)}`
+    const lines = isSum ? [sums] : ['No invalid link']
     return { title: name(own), lines }
+  }
+
+  /** Cables that lead out of the group have no cell in its matrix. */
+  #headTip(matrix: Matrix, index: number): Tip {
+    const { model } = this.#app
+    const uneven = model.switches[index].findings
+      .map((finding) => model.findings[finding])
+      .filter(({ raw, groups }) => raw.kind === 'uneven-links' && groups.includes(matrix.group))
+    return {
+      title: nameOf(model.switches[index]),
+      lines: uneven.map((finding) => plain(model, titleOf(model, finding))),
+    }
   }
 
   #portsOf(spine: number, line: number): string[] {
@@ -331,6 +332,6 @@ export function startGroupChooser(app: App): void {
     chooser.append(new Option(`${capital(groupName(group))}${found}`, String(group.index)))
   }
   chooser.addEventListener('change', () => {
-    app.store.set({ group: Number(chooser.value), finding: -1, switch: -1 })
+    showGroup(app, Number(chooser.value))
   })
 }

@@ -1,6 +1,8 @@
 // A group as a table: its spines by its lines, and how many cables each two have.
 
+import type { UnevenLinks } from './data'
 import type { Model } from './model'
+import { headNames, nameOf } from './words'
 
 export interface Cell {
   cables: number
@@ -19,6 +21,14 @@ export interface Matrix {
   /** Cables of each spine and line inside the group. */
   spineSums: number[]
   lineSums: number[]
+  /** What they should be. */
+  spineSum: number
+  lineSum: number
+  /** Names at the rows and columns. */
+  spineHeads: string[]
+  lineHeads: string[]
+  /** Switches with another number of links than most of the group: the worst level. */
+  uneven: Map<number, number>
 }
 
 function invalidAt(model: Model, group: number, switches: number[]): number[][] {
@@ -53,8 +63,41 @@ function markMissing(model: Model, matrix: Matrix): void {
   }
 }
 
+/** Of the group's findings that count links. */
+function unevenIn(model: Model, index: number): UnevenLinks[] {
+  return model.groups[index].findings
+    .map((finding) => model.findings[finding].raw)
+    .filter((raw) => raw.kind === 'uneven-links')
+}
+
+function markUneven(model: Model, { group, uneven }: Matrix): void {
+  for (const { counts, level } of unevenIn(model, group))
+    for (const guid of counts.flatMap((count) => count.switches)) {
+      const index = model.switchAt(guid)
+      uneven.set(index, Math.max(level, uneven.get(index) ?? 0))
+    }
+}
+
+/** Only cables inside the group: down from its spines, up from its lines. */
+function expectSums(model: Model, matrix: Matrix): void {
+  const expected = (set: UnevenLinks['set'], direction: UnevenLinks['direction']) =>
+    unevenIn(model, matrix.group).find((raw) => raw.set === set && raw.direction === direction)
+      ?.expected
+  matrix.spineSum = usual(matrix.spineSums, expected('spines', 'down'))
+  matrix.lineSum = usual(matrix.lineSums, expected('lines', 'up'))
+}
+
+/** Letters of a name at a row or column. */
+const longestHead = 20
+const longestName = 200
+
 export function matrixOf(model: Model, index: number): Matrix {
   const { spines, lines } = model.groups[index]
+  const heads = (switches: number[]) =>
+    headNames(
+      switches.map((one) => nameOf(model.switches[one], longestName)),
+      longestHead,
+    )
   const matrix: Matrix = {
     group: index,
     spines,
@@ -64,15 +107,27 @@ export function matrixOf(model: Model, index: number): Matrix {
     lineLinks: invalidAt(model, index, lines),
     spineSums: spines.map(() => 0),
     lineSums: lines.map(() => 0),
+    spineSum: 0,
+    lineSum: 0,
+    spineHeads: heads(spines),
+    lineHeads: heads(lines),
+    uneven: new Map(),
   }
   countCables(model, matrix)
+  expectSums(model, matrix)
   markMissing(model, matrix)
+  markUneven(model, matrix)
   return matrix
 }
 
-/** The number that most have. */
-export function usual(numbers: number[]): number {
+/**
+ * The number that is expected, or that most have; the largest of several, as cables go missing more
+ * often than they appear. With cables from elsewhere no switch may have what is expected.
+ */
+export function usual(numbers: number[], expected?: number): number {
+  if (expected !== undefined && numbers.includes(expected)) return expected
   const counts = new Map<number, number>()
   for (const one of numbers) counts.set(one, (counts.get(one) ?? 0) + 1)
-  return [...counts].reduce((best, one) => (one[1] > best[1] ? one : best), [0, 0])[0]
+  const most = Math.max(0, ...counts.values())
+  return Math.max(0, ...[...counts].filter((one) => one[1] === most).map((one) => one[0]))
 }

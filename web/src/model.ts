@@ -1,6 +1,6 @@
 // The fabric as the page looks at it: everything by index, so that views need no look-ups by name.
 
-import type { Data, GroupKind, RawFinding, Result } from './data'
+import type { Data, GroupKind, RawFinding, RawStep, Result } from './data'
 
 export interface Switch {
   index: number
@@ -34,6 +34,16 @@ export interface Finding {
   /** Its groups and switches, by index. */
   groups: number[]
   switches: number[]
+  /** Repairs without all of which it stays. */
+  curedBy: number[]
+}
+
+/** A step of the repair plan. */
+export interface Repair {
+  index: number
+  raw: RawStep
+  /** Where it moves cables. */
+  switches: number[]
 }
 
 /** A cable as one of its switches sees it. */
@@ -49,9 +59,12 @@ export interface Model {
   switches: Switch[]
   groups: Group[]
   findings: Finding[]
+  repairs: Repair[]
   cables: Int32Array
   /** Cable by cable: the finding that calls it invalid, or -1. */
   invalidBy: Int32Array
+  /** Rank by rank: the highest port that a cable to another switch is in. */
+  highestPorts: Map<number, number>
   levels: number
   hosts: number
   switchAt(guid: string): number
@@ -59,10 +72,10 @@ export interface Model {
   cablesOf(index: number): Cable[]
 }
 
-/** For every switch the places of its cables, one list after the other. */
+/** For every switch where its ends of cables are, one list after the other. */
 interface Ends {
   from: Int32Array
-  cable: Int32Array
+  place: Int32Array
 }
 
 function endsOf(count: number, cables: Int32Array): Ends {
@@ -70,15 +83,20 @@ function endsOf(count: number, cables: Int32Array): Ends {
   for (let i = 0; i < cables.length; i += 2) from[cables[i] + 1]++
   for (let i = 0; i < count; i++) from[i + 1] += from[i]
   const next = from.slice()
-  const cable = new Int32Array(cables.length / 2)
-  for (let i = 0; i < cables.length; i += 2) cable[next[cables[i]]++] = i >> 2
-  return { from, cable }
+  const place = new Int32Array(cables.length / 2)
+  for (let i = 0; i < cables.length; i += 2) place[next[cables[i]]++] = i
+  return { from, place }
 }
 
-function cableFrom(cables: Int32Array, cable: number, index: number): Cable {
-  const at = cable * 4
-  const [a, b] = cables[at] === index ? [at, at + 2] : [at + 2, at]
-  return { index: cable, port: cables[a + 1], peer: cables[b], peerPort: cables[b + 1] }
+/** The cable of an end: both may be at one switch, so only their places tell them apart. */
+function cableFrom(cables: Int32Array, end: number): Cable {
+  const far = end ^ 2
+  return {
+    index: end >> 2,
+    port: cables[end + 1],
+    peer: cables[far],
+    peerPort: cables[far + 1],
+  }
 }
 
 /** All texts in it that look like a GUID. */
@@ -104,6 +122,20 @@ function namedIn(finding: RawFinding): string[] {
     default:
       return guidsIn(finding)
   }
+}
+
+function guidsOf({ cables }: RawStep): string[] {
+  const ends = cables.flatMap(({ before, after }) => [...(before ?? []), ...(after ?? [])])
+  return ends.map((end) => end.guid)
+}
+
+function highestPortsOf(switches: Switch[], cables: Int32Array): Map<number, number> {
+  const highest = new Map<number, number>()
+  for (let at = 0; at < cables.length; at += 2) {
+    const { rank } = switches[cables[at]]
+    highest.set(rank, Math.max(cables[at + 1], highest.get(rank) ?? 0))
+  }
+  return highest
 }
 
 function markInvalid(model: Model): void {
@@ -160,7 +192,15 @@ export function modelOf(data: Data): Model {
     raw,
     groups: raw.groups.map((id) => groupAt(raw.groupKind, id)).filter(present),
     switches: [...new Set(namedIn(raw).map(switchAt).filter(present))],
+    curedBy: [] as number[],
   }))
+  const repairs = result.repairs.map((raw, index) => ({
+    index,
+    raw,
+    switches: [...new Set(guidsOf(raw).map(switchAt).filter(present))],
+  }))
+  for (const { raw, index } of repairs)
+    for (const cured of raw.cures) findings[cured].curedBy.push(index)
   for (const group of groups) {
     for (const index of group.spines) switches[index].asSpine = group.index
     for (const index of group.lines) switches[index].asLine = group.index
@@ -176,15 +216,17 @@ export function modelOf(data: Data): Model {
     switches,
     groups,
     findings,
+    repairs,
     cables,
     invalidBy: new Int32Array(cables.length / 4).fill(-1),
+    highestPorts: highestPortsOf(switches, cables),
     levels: result.ranks.length,
     hosts: switches.reduce((sum, one) => sum + one.hosts, 0),
     switchAt,
     groupAt,
     cablesOf: (index) =>
-      Array.from(ends.cable.subarray(ends.from[index], ends.from[index + 1]), (cable) =>
-        cableFrom(cables, cable, index),
+      Array.from(ends.place.subarray(ends.from[index], ends.from[index + 1]), (end) =>
+        cableFrom(cables, end),
       ).sort((a, b) => a.port - b.port),
   }
   markInvalid(model)
@@ -194,4 +236,9 @@ export function modelOf(data: Data): Model {
 /** 3 error, 2 warning, 0 nothing found. */
 export function worstLevel(model: Model, findings: number[]): number {
   return findings.reduce((worst, index) => Math.max(worst, model.findings[index].raw.level), 0)
+}
+
+/** How many findings are gone once all repairs are done. */
+export function countCured(model: Model): number {
+  return model.findings.filter((finding) => finding.curedBy.length > 0).length
 }

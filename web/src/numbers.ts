@@ -4,7 +4,7 @@ import type { App } from './actions'
 import { button, byId, make, sign } from './dom'
 import { worstLevel, type Model } from './model'
 import type { View } from './state'
-import { countsByKind, verdictOf } from './verdict'
+import { countsByKind, verdictOf, whatWasChecked } from './verdict'
 import { counted, cut, kindName, number } from './words'
 
 function signOf(model: Model): string {
@@ -82,6 +82,7 @@ export function showHead(app: App): void {
   byId('verdict').textContent = verdict
   byId('verdict-sign').append(sign(signOf(model)))
   document.documentElement.dataset.verdict = signOf(model)
+  tell('checked', whatWasChecked(model))
   tell('message', result.message)
   tell('doubt', result.roots.doubt)
   const notListed = result.recordsNotListed ?? 0

@@ -1,9 +1,10 @@
 // All that the picture of the tree is drawn from, with paths that stay while it is moved.
 
 import { faultLines, levelsOfSwitches, type FaultLine } from './faults'
-import { curveBetween, trace, type Curve, type Point } from './geometry'
+import { curveBetween, loopAt, trace, type Curve, type Point } from './geometry'
 import { frameOf, layoutOf, type Block, type Bundle, type Frame, type Layout } from './layout'
 import type { Model } from './model'
+import { headNames, nameOf } from './words'
 
 export interface Bounds {
   x: number
@@ -39,6 +40,8 @@ export interface Scene {
   /** Those that are drawn also when nobody chose them. */
   drawnFaults: FaultLine[]
   levels: Uint8Array
+  /** Switch by switch, as it is named in the picture. */
+  names: string[]
 }
 
 const weights = [0.6, 1.2, 2, 3.2]
@@ -70,7 +73,16 @@ export function middleOf(layout: Layout, index: number): Point {
   return { x: layout.x[index], y: layout.y[index] }
 }
 
+/** On the side of the switch that its name is not on. */
+function loopOf(layout: Layout, index: number): Curve {
+  const { rank } = layout.blocks[layout.blockOf[index]]
+  const isLast = layout.blocks.every((block) => block.rank <= rank)
+  const size = 1.7 * layout.pitch
+  return loopAt(middleOf(layout, index), size, isLast ? -size : size)
+}
+
 export function curveOf(layout: Layout, a: number, b: number): Curve {
+  if (a === b) return loopOf(layout, a)
   return curveBetween(middleOf(layout, a), middleOf(layout, b), layout.gap * 0.45)
 }
 
@@ -141,10 +153,23 @@ function someOf(faults: FaultLine[], { blockOf, blocks }: Frame): FaultLine[] {
   return [...first.values()]
 }
 
+const longestName = 18
+const longestRead = 200
+
+function namesIn(model: Model, { blocks }: Frame): string[] {
+  const names: string[] = []
+  for (const { switches } of blocks) {
+    const own = switches.map((index) => nameOf(model.switches[index], longestRead))
+    headNames(own, longestName).forEach((name, at) => (names[switches[at]] = name))
+  }
+  return names
+}
+
 export function startScene(model: Model, aspect: number, opened: number): Scene {
   const frame = frameOf(model)
   const faults = faultLines(model)
-  const fixed = { model, frame, faults, levels: levelsOfSwitches(model) }
+  const names = namesIn(model, frame)
+  const fixed = { model, frame, faults, levels: levelsOfSwitches(model), names }
   const drawnFaults = someOf(faults, frame)
   return { ...fixed, drawnFaults, ...placed(model, frame, aspect, opened) }
 }

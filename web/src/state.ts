@@ -1,14 +1,16 @@
 // What the reader looks at. Views change it here and draw what it says.
 
 import type { Kind } from './data'
+import type { Model } from './model'
 
 export type View = 'tree' | 'matrix' | 'switches'
-export type Order = 'found' | 'level' | 'kind' | 'group'
+export type Order = 'unexplained' | 'found' | 'level' | 'kind' | 'group'
 
 export interface State {
   view: View
   /** Indexes into the model; -1: none. */
   finding: number
+  repair: number
   group: number
   switch: number
   /** Filters of the list of findings. */
@@ -22,6 +24,7 @@ export interface State {
 export const start: State = {
   view: 'tree',
   finding: -1,
+  repair: -1,
   group: -1,
   switch: -1,
   kind: '',
@@ -29,6 +32,18 @@ export const start: State = {
   atSwitch: -1,
   query: '',
   order: 'kind',
+}
+
+/** Where there are repairs, they come first and then what is left. */
+export function firstOrder(model: Model): Order {
+  return model.repairs.length > 0 ? 'unexplained' : start.order
+}
+
+/** The switches of the chosen finding and of the chosen repair. */
+export function chosenIn(model: Model, { finding, repair }: State): number[] {
+  const found = finding >= 0 ? model.findings[finding].switches : []
+  const repaired = repair >= 0 ? model.repairs[repair].switches : []
+  return [...new Set([...found, ...repaired])]
 }
 
 export type Listener = (state: State, before: State) => void

@@ -65,6 +65,19 @@ export function groupTip(model: Model, index: number): Tip {
   return { title: capital(groupName(group)), lines }
 }
 
+const mostGroups = 12
+
+/** Of a badge that stands for several groups. */
+export function groupsTip(model: Model, indexes: number[]): Tip {
+  const lines = indexes.slice(0, mostGroups).map((index) => {
+    const group = model.groups[index]
+    return `${capital(groupName(group))}: ${counted(group.findings.length, 'finding')}`
+  })
+  const rest = indexes.length - lines.length
+  if (rest > 0) lines.push(`and ${counted(rest, 'more', 'more')}`)
+  return { title: counted(indexes.length, 'group'), lines: [...lines, 'Click to come nearer'] }
+}
+
 export function findingTip(model: Model, index: number): Tip {
   const finding = model.findings[index]
   return { title: plain(model, titleOf(model, finding)), lines: [] }

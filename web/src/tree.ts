@@ -18,13 +18,16 @@ import type { FaultLine } from './faults'
 import { distanceTo } from './geometry'
 import { stepOf, type Layout } from './layout'
 import { boundsOf, curveOf, placed, startScene, type Bounds, type Scene } from './scene'
-import type { State } from './state'
+import { chosenIn, type State } from './state'
 import type { Model } from './model'
 import { palette } from './theme'
-import { findingTip, groupTip, hideTip, showTip, switchTip } from './tip'
+import { findingTip, groupsTip, groupTip, hideTip, showTip, switchTip } from './tip'
 import { groupName, nameOf } from './words'
 
-type Target = { kind: 'switch' | 'finding' | 'group'; index: number } | null
+type Target =
+  | { kind: 'switch' | 'finding' | 'group'; index: number }
+  | { kind: 'groups'; groups: number[] }
+  | null
 
 const cardWidth = 328
 const manyLines = 800
@@ -95,7 +98,7 @@ export class TreeView {
     this.#ground = null
     if (state.group !== before.group)
       Object.assign(scene, placed(scene.model, scene.frame, this.#aspect(), state.group))
-    const chosen = (one: State) => `${one.finding} ${one.group} ${one.switch}`
+    const chosen = (one: State) => `${one.finding} ${one.repair} ${one.group} ${one.switch}`
     if (chosen(state) !== chosen(before)) this.#focus(state, true)
     this.#sheet.redraw()
   }
@@ -190,11 +193,19 @@ export class TreeView {
     const line = scene.faults.find((one) => one.finding === state.finding)
     const ends = line ? boundsOf(layout, [line.a, line.b, ...neighbourhoods(model, line)]) : null
     if (ends) return widened(ends, layout)
-    if (state.group < 0) return null
+    if (state.group < 0) return boundsOf(layout, chosenIn(model, state))
     return boundsOf(layout, [
       ...model.groups[state.group].spines,
       ...model.groups[state.group].lines,
     ])
+  }
+
+  /** So near that each of these groups has room for a badge of its own. */
+  #part(groups: number[]): void {
+    const boxes = this.#scene?.boxes.filter((box) => groups.includes(box.group)) ?? []
+    const middles = boxes.map((box) => box.x + box.width / 2)
+    const [first, last] = [Math.min(...middles), Math.max(...middles)]
+    this.#show({ x: first, y: boxes[0].label, width: last - first, height: 0 }, true)
   }
 
   #fitAll(slowly = true): void {
@@ -234,7 +245,8 @@ export class TreeView {
     const badge = this.#badges.find(
       (one) => Math.abs(sx - one.x) <= one.width / 2 && Math.abs(sy - one.y) <= 10,
     )
-    if (badge) return { kind: 'group', index: badge.group }
+    if (badge && badge.groups.length > 1) return { kind: 'groups', groups: badge.groups }
+    if (badge) return { kind: 'group', index: badge.groups[0] }
     const { k } = zoomTransform(canvas)
     const [x, y] = zoomTransform(canvas).invert([sx, sy])
     return switchNear(scene, x, y, k) ?? faultNear(scene, x, y, 6 / k) ?? groupAround(scene, x, y)
@@ -256,6 +268,7 @@ export class TreeView {
     const { model } = this.#app
     if (target?.kind === 'switch') return switchTip(model, target.index)
     if (target?.kind === 'finding') return findingTip(model, target.index)
+    if (target?.kind === 'groups') return groupsTip(model, target.groups)
     return target ? groupTip(model, target.index) : null
   }
 
@@ -270,6 +283,7 @@ export class TreeView {
     hideTip()
     if (target?.kind === 'switch') showSwitch(this.#app, target.index)
     else if (target?.kind === 'finding') showFinding(this.#app, target.index)
+    else if (target?.kind === 'groups') this.#part(target.groups)
     else if (target) showGroup(this.#app, target.index)
   }
 

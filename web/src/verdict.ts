@@ -1,8 +1,8 @@
 // The answer first: one sentence, then the numbers.
 
 import { kinds, type Kind } from './data'
-import type { Model } from './model'
-import { counted, groupName, kindName, listed } from './words'
+import { countCured, type Model } from './model'
+import { counted, groupName, kindName, listed, number } from './words'
 
 export function countsByKind(model: Model): Map<Kind, number> {
   const counts = new Map<Kind, number>()
@@ -37,8 +37,45 @@ function where(model: Model): string {
   return texts.length > 0 ? ` in ${listed(texts)}` : ''
 }
 
+function repairsInWords(model: Model): string {
+  const [repairs, all, cured] = [model.repairs.length, model.findings.length, countCured(model)]
+  const steps = counted(repairs, 'repair')
+  if (cured === 0) return `${steps}, and ${counted(all, 'finding')}`
+  // Of what is not listed nobody knows whether it stays.
+  if (cured === all && !model.result.recordsNotListed) return `${steps} would put this fabric right`
+  const verb = repairs === 1 ? 'cures' : 'cure'
+  return `${steps} ${verb} ${number.format(cured)} of ${counted(all, 'finding')}`
+}
+
+function answerOf(model: Model): string {
+  if (model.findings.length === 0) return 'No faults found'
+  if (model.repairs.length > 0) return repairsInWords(model)
+  return `${whatWasFound(model)}${where(model)}`
+}
+
+/** All holds for the tree that was checked, which may be a wrong one. */
+function condition({ result: { roots } }: Model): string {
+  if (roots.method === 'inferred') return ', if the inferred tree is right'
+  return roots.doubt ? ', if the tree is right' : ''
+}
+
 export function verdictOf(model: Model): string {
   if (model.result.status === 'failed') return 'The check could not be finished'
-  if (model.findings.length === 0) return 'No faults found'
-  return `${whatWasFound(model)}${where(model)}`
+  return `${answerOf(model)}${condition(model)}`
+}
+
+/** What a reader should know was looked at when nothing was found. */
+export function whatWasChecked(model: Model): string {
+  if (model.result.status === 'failed' || model.findings.length > 0) return ''
+  const isInTree = model.switches.map((one) => one.rank >= 0)
+  let cables = 0
+  for (let at = 0; at < model.cables.length; at += 4)
+    if (isInTree[model.cables[at]] && isInTree[model.cables[at + 2]]) cables++
+  const texts = [
+    counted(model.levels, 'level'),
+    counted(isInTree.filter(Boolean).length, 'switch', 'switches'),
+    `${counted(cables, 'cable')} between them`,
+    counted(model.hosts, 'host link'),
+  ]
+  return `Checked: ${listed(texts)}.`
 }

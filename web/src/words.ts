@@ -43,6 +43,25 @@ export function nameOf(one: Switch, most = 64): string {
   return cut(one.name.trim() === '' ? one.guid : one.name, most)
 }
 
+function inCommon(texts: string[][]): number {
+  const [first, ...others] = texts
+  const at = first.findIndex((letter, index) => others.some((one) => one[index] !== letter))
+  return at < 0 ? first.length : at
+}
+
+/** Names side by side: where they are too long, without what they all begin with. */
+export function headNames(names: string[], most: number): string[] {
+  const texts = names.map((name) => Array.from(name))
+  if (texts.every((text) => text.length <= most)) return names
+  let from = texts.length > 1 ? inCommon(texts) : 0
+  // Words and numbers stay whole.
+  while (from > 0 && /[\p{L}\p{N}]/u.test(texts[0][from - 1])) from--
+  return texts.map((text) => {
+    const start = Math.max(0, Math.min(from, text.length - 1), text.length - most + 1)
+    return start > 0 ? `…${text.slice(start).join('')}` : text.join('')
+  })
+}
+
 export function capital(text: string): string {
   return text.charAt(0).toUpperCase() + text.slice(1)
 }
@@ -72,6 +91,17 @@ export function placeOf(finding: Finding): string {
   return groupsInWords(finding.raw.groupKind, finding.raw.groups)
 }
 
+const mostCures = 4
+
+/** Which repairs a finding waits for; nothing if none cures it. */
+export function cureOf(model: Model, { curedBy }: Finding): string {
+  if (curedBy.length === 0) return ''
+  const ids = curedBy.slice(0, mostCures).map((index) => String(model.repairs[index].raw.id))
+  const rest = curedBy.length - ids.length
+  if (rest > 0) ids.push(`${number.format(rest)} more`)
+  return `cured by repair${curedBy.length > 1 ? 's' : ''} ${listed(ids)}`
+}
+
 /** A GUID of a finding as a switch, or as text if the page does not know it. */
 function named(model: Model, guid: string): Part {
   const index = model.switchAt(guid)
@@ -80,11 +110,11 @@ function named(model: Model, guid: string): Part {
 
 function unevenTitle(model: Model, raw: UnevenLinks): Part[] {
   const odd = raw.counts.reduce((sum, count) => sum + count.switches.length, 0)
-  const links = `${raw.direction}-links`
+  const links = (count: number) => counted(count, `${raw.direction}-link`)
   if (raw.counts.length !== 1)
-    return [`${number.format(odd)} ${raw.set} do not have ${raw.expected} ${links}`]
+    return [`${number.format(odd)} ${raw.set} do not have ${links(raw.expected)}`]
   const [{ count, switches }] = raw.counts
-  const has = `${count} ${links} instead of ${raw.expected}`
+  const has = `${links(count)} instead of ${number.format(raw.expected)}`
   if (odd === 1) return [named(model, switches[0]), ` has ${has}`]
   return [`${number.format(odd)} ${raw.set} have ${has}`]
 }
@@ -105,6 +135,8 @@ export function titleOf(model: Model, { raw }: Finding): Part[] {
       return ['No cable between ', named(model, raw.spine), ' and ', named(model, raw.line)]
     case 'invalid-link': {
       const [a, b] = raw.ends
+      if (a.switch === b.switch)
+        return [named(model, a.switch), ` port ${a.port} is cabled to its own port ${b.port}`]
       return [
         named(model, a.switch),
         ` port ${a.port} is cabled to `,
@@ -131,6 +163,8 @@ export function titleOf(model: Model, { raw }: Finding): Part[] {
 
 function invalidAdvice(model: Model, raw: InvalidLink): string {
   const [a, b] = raw.ends
+  if (a.switch === b.switch)
+    return 'The cable leads back to the switch that it comes from. Follow it to see which end belongs in another switch.'
   const wrong =
     a.rank === b.rank
       ? `Both switches are on ${rankName(a.rank, model.levels)}. Cables should lead from one rank to the next.`
@@ -138,11 +172,12 @@ function invalidAdvice(model: Model, raw: InvalidLink): string {
   return `${wrong} Follow the cable to see which end belongs in another switch.`
 }
 
-/** Ports up to the highest in use that lead to no switch: where a missing cable may belong. */
+/** Ports that lead to no switch, but do so at others of the rank: where a missing cable may belong. */
 export function sparePorts(model: Model, index: number): number[] {
   const used = new Set(model.cablesOf(index).map((cable) => cable.port))
+  const highest = model.highestPorts.get(model.switches[index].rank) ?? 0
   const spare = []
-  for (let port = 1; port <= Math.max(0, ...used); port++) if (!used.has(port)) spare.push(port)
+  for (let port = 1; port <= highest; port++) if (!used.has(port)) spare.push(port)
   return spare
 }
 
