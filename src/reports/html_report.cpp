@@ -2,10 +2,12 @@
 //
 //   {"result": the JSON result,
 //    "switches": [[GUID, name, rank, hosts, up-links, down-links], ...],
-//    "cables": [switch, port, switch, port, ...]}
+//    "cables": [switch, port, switch, port, ...],
+//    "told": {"verdict": text, "notes": [text, ...], "advice": text}}
 //
-// Switches stand in model order and cables name them by their place there. What is not known is -1:
-// the rank of a switch outside the tree, and its link counts.
+// What is told stands as the terminal has it. Switches stand in model order and cables name them by
+// their place there. What is not known is -1: the rank of a switch outside the tree, and its link
+// counts.
 
 #include "reports/html_report.h"
 
@@ -16,6 +18,8 @@
 
 #include "fat_tree/node_record.h"
 #include "reports/json_report.h"
+#include "reports/repair_text.h"
+#include "reports/summary_report.h"
 #include "reports/tree_cables.h"
 #include "text/json_members.h"
 
@@ -114,6 +118,23 @@ class PageData {
   std::string json_;
 };
 
+std::string WhatIsTold(const CheckResult& result) {
+  std::string json;
+  JsonMembers members(json, '{', '}');
+  members.Text("verdict", VerdictOf(result));
+  {
+    JsonMembers notes(members.Key("notes"), '[', ']');
+    const SwitchNames names(*result.fabric, result.showGuid);
+    if (result.repairs) {
+      for (const RepairNote& note : result.repairs->plan.notes) {
+        AppendJsonString(notes.Next(), NoteText(note, names));
+      }
+    }
+  }
+  members.Text("advice", result.advice);
+  return json;
+}
+
 }  // namespace
 
 void WriteHtmlReport(const CheckResult& result, std::ostream& stream) {
@@ -127,6 +148,8 @@ void WriteHtmlReport(const CheckResult& result, std::ostream& stream) {
   stream << R"(,"cables":)";
   data.WriteCables();
   data.Flush();
+  stream << R"(,"told":)";
+  WriteInert(WhatIsTold(result), stream);
   stream << '}' << pageTemplate.substr(at + dataMark.size());
 }
 

@@ -115,11 +115,18 @@ void Summary::WriteCounts() {
 
 std::string VerdictOf(const CheckResult& result) {
   if (result.status != CheckStatus::Done) return "the check could not be finished";
-  if (!result.HasFindings()) return "no faults found";
-  std::string verdict =
-      result.repairs ? RepairVerdict(result)
-                     : Counted(result.findings.size(), "finding", "findings") + ", no repair known";
-  if (result.roots.method == RootsFrom::Inferred) verdict += ", if the inferred roots are right";
+  std::string verdict = "no faults found";
+  if (result.repairs) {
+    verdict = RepairVerdict(result);
+  } else if (result.HasFindings()) {
+    verdict = Counted(result.findings.size(), "finding", "findings") + ", no repair known";
+  }
+  // All holds for the tree that was checked, which may be a wrong one.
+  if (result.roots.method == RootsFrom::Inferred) {
+    verdict += ", if the inferred tree is right";
+  } else if (!result.roots.doubt.empty()) {
+    verdict += ", if the tree is right";
+  }
   return verdict;
 }
 

@@ -203,7 +203,7 @@ void Picture::DrawTitle(double width) {
   if (others != 0) facts += fmt::format(" ({} more are not part of the tree)", others);
   Add("<title>{}</title>", XmlText(verdict));
   // A letter is about half as wide as it is high.
-  const double letters = static_cast<double>(verdict.size());
+  const auto letters = static_cast<double>(verdict.size());
   const double size = std::clamp((width - 2 * margin) / (0.56 * letters), 11.0, 22.0);
   Add(R"(<text class="title" x="{}" y="42" style="font-size:{:.0f}px">{}</text>)", margin, size,
       XmlText(verdict));

@@ -41,6 +41,8 @@ FABRICS = {
     "crowded": ["--levels", "3", "--radix", "64", "--fault", "swapped-cables=3",
                 "--fault", "missing-link=5"],
     "one": ["--levels", "3", "--radix", "8", "--fault", "missing-link=1"],
+    "dead": ["--levels", "3", "--radix", "8", "--fault", "dead-switch=1", "--fault", "missing-link=1",
+             "--seed", "2"],
     "hosts": ["--levels", "3", "--radix", "8", "--fault", "missing-host=2"],
     "large": ["--levels", "3", "--radix", "64", "--fault", "missing-link=3",
               "--fault", "moved-cable=2", "--fault", "same-rank-link=2"],

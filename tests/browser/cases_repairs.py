@@ -33,37 +33,44 @@ def cures_of(page, step):
     return row.find_elements(By.CSS_SELECTOR, "ul button")
 
 
+def in_words(repairs):
+    """As verdicts count them: "3 repairs (2 sure, 1 likely)"."""
+    counts = {name: sum(1 for step in repairs if step["class"] == name)
+              for name in ("sure", "likely", "ask")}
+    classes = ", ".join(f"{count} {name}" for name, count in counts.items() if count)
+    return f"{len(repairs)} repair{'' if len(repairs) == 1 else 's'} ({classes})"
+
+
 def the_verdict_tells_repairs_first(browser):
     fabric = browser.open(browser.fabric("faulty"))
     steps, left = len(fabric.repairs), len(fabric.findings) - len(cured(fabric))
     assert left > 0 and browser.text("#verdict") == \
-        f"{steps} repairs cure {len(cured(fabric))} of {len(fabric.findings)} findings"
+        f"{in_words(fabric.repairs)} cure {len(cured(fabric))} of {len(fabric.findings)} findings"
     assert browser.text("#repairs-title") == f"{steps} repairs, {left} findings unexplained"
     fabric = browser.open(browser.fabric("swapped"))
-    right = f"{len(fabric.repairs)} repairs would put this fabric right"
+    right = f"{in_words(fabric.repairs)} would put this fabric right"
     assert browser.text("#verdict") == right and browser.driver.title.startswith(right)
     assert browser.text("#repairs-title") == f"{len(fabric.repairs)} repairs"
     shown = browser.run("return { ...document.getElementById('repairs').dataset }")
     assert shown == {"count": str(len(fabric.repairs)), "cured": str(len(fabric.findings))}, shown
     browser.open(browser.fabric("one"))
-    assert browser.text("#verdict") == "1 repair would put this fabric right"
+    assert browser.text("#verdict") == "1 repair (1 sure) would put this fabric right"
 
 
 def the_verdict_says_what_it_depends_on(browser):
     browser.open(browser.fabric("swapped", "--roots", "inferred"))
     assert browser.text("#verdict").endswith(
-        " repairs would put this fabric right, if the inferred tree is right")
+        " would put this fabric right, if the inferred tree is right")
     fabric = browser.open(browser.with_spare_switch("swapped"))
     assert browser.text("#verdict").endswith(", if the tree is right")
     assert browser.text("#doubt") == fabric.result["roots"]["doubt"]
 
 
-def without_all_records_no_repair_is_said_to_be_enough(browser):
+def what_is_not_listed_is_cured_as_well(browser):
     fabric = browser.open(browser.fabric("swapped", "--max-records", "1"))
     count = len(fabric.findings)
     assert fabric.result["recordsNotListed"] > 0 and len(cured(fabric)) == count
-    assert browser.text("#verdict") == \
-        f"{len(fabric.repairs)} repairs cure {count} of {count} findings"
+    assert browser.text("#verdict") == f"{in_words(fabric.repairs)} would put this fabric right"
 
 
 def no_faults_means_that_much_was_checked(browser):
@@ -142,8 +149,6 @@ def a_repair_that_cures_nothing_shows_its_switches(browser):
             step["cures"] = []
 
     fabric = browser.open(browser.with_result("faulty", cure_nothing))
-    assert browser.text("#verdict") == \
-        f"{len(fabric.repairs)} repairs, and {len(fabric.findings)} findings"
     assert browser.all("#repair-list details") == []
     before = browser.picture()
     head_of(browser, fabric.repairs[1]).click()
@@ -179,3 +184,16 @@ def repairs_fit_on_a_phone(browser):
     fabric = browser.open(browser.fabric("faulty"))
     cures_of(browser, fabric.repairs[0])
     assert browser.run("return document.documentElement.scrollWidth") <= PHONE[0]
+
+
+def what_no_cable_cures_is_noted(browser):
+    fabric = browser.open(browser.fabric("dead"))
+    notes = browser.texts("#repair-list .said")
+    assert len(notes) > 0 and notes[0].startswith("Note: a switch is dead or missing: "), notes
+    assert not browser.text("#verdict").endswith("would put this fabric right")
+    assert len(fabric.repairs) == browser.run("return document.querySelectorAll('[data-repair]').length")
+
+
+def a_failed_check_tells_the_remedy(browser):
+    browser.open(browser.fabric("clean", "--root-regex", "nobody"))
+    assert browser.text("#advice").startswith("no switch name matches: name the roots with ")

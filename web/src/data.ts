@@ -131,8 +131,18 @@ export interface Result {
 /** GUID, name, rank (-1: not of the tree), links to hosts, up-links, down-links (-1: not known). */
 export type RawSwitch = [string, string, number, number, number, number]
 
+/** What the terminal tells in the same words. */
+export interface Told {
+  verdict: string
+  /** What no cable cures. */
+  notes: string[]
+  /** What to do when the check failed. */
+  advice: string
+}
+
 export interface Data {
   result: Result
+  told: Told
   switches: RawSwitch[]
   /** Of each cable a switch's index, its port, the other's index, its port. */
   cables: number[]

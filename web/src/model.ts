@@ -1,6 +1,6 @@
 // The fabric as the page looks at it: everything by index, so that views need no look-ups by name.
 
-import type { Data, GroupKind, RawFinding, RawStep, Result } from './data'
+import type { Data, GroupKind, RawFinding, RawStep, Result, Told } from './data'
 
 export interface Switch {
   index: number
@@ -60,6 +60,7 @@ export interface Model {
   groups: Group[]
   findings: Finding[]
   repairs: Repair[]
+  told: Told
   cables: Int32Array
   /** Cable by cable: the finding that calls it invalid, or -1. */
   invalidBy: Int32Array
@@ -217,6 +218,7 @@ export function modelOf(data: Data): Model {
     groups,
     findings,
     repairs,
+    told: data.told,
     cables,
     invalidBy: new Int32Array(cables.length / 4).fill(-1),
     highestPorts: highestPortsOf(switches, cables),

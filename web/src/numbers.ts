@@ -84,6 +84,7 @@ export function showHead(app: App): void {
   document.documentElement.dataset.verdict = signOf(model)
   tell('checked', whatWasChecked(model))
   tell('message', result.message)
+  tell('advice', model.told.advice)
   tell('doubt', result.roots.doubt)
   const notListed = result.recordsNotListed ?? 0
   tell('not-listed', notListed ? `${counted(notListed, 'more error record')} not listed` : '')

@@ -117,6 +117,8 @@ export function showRepairs(app: App): void {
   list.append(...repairs.slice(0, most).map((repair) => rowOf(app, repair)))
   if (repairs.length > most)
     list.append(make('li', { class: 'rest' }, 'Run fabscope repair for the rest.'))
+  for (const note of app.model.told.notes)
+    list.append(make('li', { class: 'said' }, nameText(`Note: ${note}.`)))
   app.store.watch((state, before) => {
     if (state === before || state.repair !== before.repair) bringIntoSight(list, state.repair)
   })

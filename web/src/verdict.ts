@@ -1,8 +1,8 @@
 // The answer first: one sentence, then the numbers.
 
 import { kinds, type Kind } from './data'
-import { countCured, type Model } from './model'
-import { counted, groupName, kindName, listed, number } from './words'
+import type { Model } from './model'
+import { counted, groupName, kindName, listed } from './words'
 
 export function countsByKind(model: Model): Map<Kind, number> {
   const counts = new Map<Kind, number>()
@@ -37,22 +37,6 @@ function where(model: Model): string {
   return texts.length > 0 ? ` in ${listed(texts)}` : ''
 }
 
-function repairsInWords(model: Model): string {
-  const [repairs, all, cured] = [model.repairs.length, model.findings.length, countCured(model)]
-  const steps = counted(repairs, 'repair')
-  if (cured === 0) return `${steps}, and ${counted(all, 'finding')}`
-  // Of what is not listed nobody knows whether it stays.
-  if (cured === all && !model.result.recordsNotListed) return `${steps} would put this fabric right`
-  const verb = repairs === 1 ? 'cures' : 'cure'
-  return `${steps} ${verb} ${number.format(cured)} of ${counted(all, 'finding')}`
-}
-
-function answerOf(model: Model): string {
-  if (model.findings.length === 0) return 'No faults found'
-  if (model.repairs.length > 0) return repairsInWords(model)
-  return `${whatWasFound(model)}${where(model)}`
-}
-
 /** All holds for the tree that was checked, which may be a wrong one. */
 function condition({ result: { roots } }: Model): string {
   if (roots.method === 'inferred') return ', if the inferred tree is right'
@@ -61,7 +45,10 @@ function condition({ result: { roots } }: Model): string {
 
 export function verdictOf(model: Model): string {
   if (model.result.status === 'failed') return 'The check could not be finished'
-  return `${answerOf(model)}${condition(model)}`
+  if (model.repairs.length > 0) return model.told.verdict
+  const isClean = model.findings.length === 0
+  const found = isClean ? 'No faults found' : `${whatWasFound(model)}${where(model)}`
+  return `${found}${condition(model)}`
 }
 
 /** What a reader should know was looked at when nothing was found. */

@@ -10,8 +10,8 @@ const kindNames: Partial<Record<Kind, [one: string, more: string]>> = {
   'missing-link': ['missing link', 'missing links'],
   'invalid-link': ['invalid link', 'invalid links'],
   'uneven-links': ['uneven count', 'uneven counts'],
-  'suspected-blocking': ['suspected blocking', 'suspected blocking'],
-  'asymmetric-aports': ['asymmetric ports', 'asymmetric ports'],
+  'suspected-blocking': ['case of suspected blocking', 'cases of suspected blocking'],
+  'asymmetric-aports': ['case of asymmetric ports', 'cases of asymmetric ports'],
   'shared-flid': ['shared FLID', 'shared FLIDs'],
 }
 

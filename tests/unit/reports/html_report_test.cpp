@@ -33,7 +33,8 @@ class HtmlReportTest : public ReportTest {
   // What stands behind the result.
   static std::string SwitchesAndCables(const std::string& page) {
     const std::string data = DataOf(page);
-    return data.substr(data.find(R"(,"switches":)"));
+    const std::size_t begin = data.find(R"(,"switches":)");
+    return data.substr(begin, data.find(R"(,"told":)") - begin);
   }
 };
 
@@ -46,7 +47,8 @@ TEST_F(HtmlReportTest, DataIsTheResultWithSwitchesAndCables) {
                               R"(,"switches":[["0x0000000000000001","root0",0,0,0,2],)"
                               R"(["0x0000000000000002","leaf0",1,1,1,1],)"
                               R"(["0x0000000000000003","leaf1",1,1,1,1]],)"
-                              R"("cables":[0,1,1,2,0,2,2,2]})");
+                              R"("cables":[0,1,1,2,0,2,2,2],)"
+                              R"("told":{"verdict":"no faults found","notes":[],"advice":""}})");
 }
 
 TEST_F(HtmlReportTest, SwitchesCountWithoutTheNodesBetweenThem) {
@@ -54,7 +56,7 @@ TEST_F(HtmlReportTest, SwitchesCountWithoutTheNodesBetweenThem) {
   EXPECT_EQ(SwitchesAndCables(Page("^root")),
             R"(,"switches":[["0x0000000000000001","root",0,0,0,1],)"
             R"(["0x0000000000000003","leaf",1,1,1,1]],)"
-            R"("cables":[0,1,1,2]})");
+            R"("cables":[0,1,1,2])");
 }
 
 TEST_F(HtmlReportTest, SwitchOutsideTheTreeHasNoRankAndNoCounts) {
@@ -69,7 +71,14 @@ TEST_F(HtmlReportTest, TreeThatWasNotBuiltShowsItsSwitchesAndCables) {
   EXPECT_THAT(page, HasSubstr(R"("status":"failed")"));
   EXPECT_EQ(SwitchesAndCables(page), R"(,"switches":[["0x0000000000000001","root0",-1,0,-1,-1],)"
                                      R"(["0x0000000000000002","leaf0",-1,1,-1,-1]],)"
-                                     R"("cables":[0,1,1,2]})");
+                                     R"("cables":[0,1,1,2])");
+}
+
+TEST_F(HtmlReportTest, TellsWhatToDoAboutAFailure) {
+  AddTwoLevelTree(fabric, 1, 1, 1);
+  const std::string page = Page("^nothing");
+  ASSERT_NE(result.advice, "");
+  EXPECT_THAT(page, HasSubstr(R"("advice":")" + result.advice + R"("}})"));
 }
 
 TEST_F(HtmlReportTest, TreeOfRootsOnlyHasNoCounts) {
