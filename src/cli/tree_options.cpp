@@ -122,8 +122,12 @@ OptionProblem TakeShowGuid(int& target, const std::string& value) {
 }
 
 Problem SettleLocations(const CheckOptions& options, const OutputFiles& outputs) {
-  if (options.locations.empty() || !outputs.Of("--work-order").empty()) return std::nullopt;
-  return "--locations " + options.locations + " needs --work-order FILE: nothing else shows places";
+  if (options.locations.empty()) return std::nullopt;
+  for (const char* output : {"--work-order", "--html"}) {
+    if (!outputs.Of(output).empty()) return std::nullopt;
+  }
+  return "--locations " + options.locations +
+         " needs --work-order FILE or, of a check, --html FILE: nothing else shows places";
 }
 
 std::vector<BoundOption> BindTreeOptions(TreeArguments& arguments) {

@@ -34,7 +34,8 @@ OptionProblem TakeShowGuid(int& target, const std::string& value);
 // Of every command that says what to do.
 inline constexpr OptionText locationsText{
     "--locations", "FILE", ofGroups, "where switches stand (CSV: name,rack,unit)",
-    "For --work-order. A header line, then a line for each switch: columns guid or name, rack, and "
+    "For --work-order and the page. A header line, then a line for each switch: columns guid or "
+    "name, rack, and "
     "perhaps unit. Other columns go into the work order as they are."};
 inline constexpr OptionText workOrderText{
     "--work-order", "FILE", alsoWritten, "the repairs for a walk along the racks, as CSV",

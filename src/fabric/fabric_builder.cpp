@@ -233,6 +233,7 @@ std::unique_ptr<IBFabric> FabricBuilder::Build() {
     flids.erase(std::unique(flids.begin(), flids.end()), flids.end());
   }
   fabric->names_ = std::move(names_);
+  fabric->date_ = std::move(date_);
   fabric->extras_ = std::move(extras_);
   for (IBNode& node : fabric->nodes_) {
     if (node.nodeType == NodeTypeSwitch) fabric->switches.insert(fabric->switches.end(), &node);

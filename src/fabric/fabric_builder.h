@@ -7,6 +7,8 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "fabric/guid_index.h"
@@ -139,6 +141,9 @@ class FabricBuilder {
   void SetRank(std::uint64_t guid, std::uint8_t rank);
   void AddFlid(std::uint64_t guid, std::uint16_t flid);
 
+  // When the fabric was discovered, in the words of its file.
+  void SetDate(std::string date) { date_ = std::move(date); }
+
   // The fabric with everything that was added. The builder is empty afterwards.
   std::unique_ptr<IBFabric> Build();
 
@@ -178,6 +183,7 @@ class FabricBuilder {
 
   std::vector<IBNode> nodes_;
   TextArena names_;
+  std::string date_;
   std::deque<NodeExtras> extras_;
   GuidIndex indexByGuid_;
   // By node, and behind the last one: how many ports all before it can have.

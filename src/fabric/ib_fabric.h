@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <deque>
 #include <set>
+#include <string>
 #include <vector>
 
 #include "fabric/guid_index.h"
@@ -25,6 +26,9 @@ class IBFabric {
   // The node with that node GUID, or null.
   const IBNode* getNodeByGuid(std::uint64_t guid) const;
 
+  // When it was discovered, in the words of its file; empty if that does not say.
+  const std::string& GetDate() const { return date_; }
+
   // All nodes in model order, for those who write a fabric out.
   const std::vector<IBNode>& GetNodes() const { return nodes_; }
   const std::vector<IBPort>& GetPorts() const { return ports_; }
@@ -36,6 +40,7 @@ class IBFabric {
   std::vector<IBNode> nodes_;
   std::vector<IBPort> ports_;  // by node, then by port number
   TextArena names_;
+  std::string date_;
   std::deque<NodeExtras> extras_;
   std::deque<APort> aports_;
   GuidIndex indexByGuid_;

@@ -101,6 +101,7 @@ class DumpLoader {
                      std::size_t number);
   void AddEnd(const CableEnd& end, std::size_t peerPortOffset);
   MaybeError ReadLine(const Line& line);
+  void TakeDate(std::string_view line);
   MaybeError ReadNode(const Line& line);
   void BeginNode(const DumpNodeLine& parsed, Place guidPlace);
   MaybeError ReadPort(const Line& line);
@@ -260,7 +261,10 @@ void DumpLoader::AddEnd(const CableEnd& end, std::size_t peerPortOffset) {
 }
 
 MaybeError DumpLoader::ReadLine(const Line& line) {
-  if (nodes_.empty()) foreignFile_.Look(line.text);
+  if (nodes_.empty()) {
+    foreignFile_.Look(line.text);
+    TakeDate(line.text);
+  }
   if (!line.hasEnd && IsCutLine(line.text)) {
     return lines_.ErrorAtEnd("the file ends in the middle of a line");
   }
@@ -293,6 +297,15 @@ MaybeError DumpLoader::ReadLine(const Line& line) {
       return std::nullopt;
   }
   return std::nullopt;
+}
+
+// # Topology file: generated on Sat Nov 21 04:39:02 2026
+void DumpLoader::TakeDate(std::string_view line) {
+  constexpr std::string_view before = "# Topology file: generated on ";
+  if (!line.starts_with(before)) return;
+  std::string date = CleanText(Trimmed(line.substr(before.size())));
+  CutText(date);
+  builder_.SetDate(std::move(date));
 }
 
 MaybeError DumpLoader::ReadNode(const Line& line) {

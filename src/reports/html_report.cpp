@@ -3,7 +3,8 @@
 //   {"result": the JSON result,
 //    "switches": [[GUID, name, rank, hosts, up-links, down-links], ...],
 //    "cables": [switch, port, switch, port, ...],
-//    "told": {"verdict": text, "notes": [text, ...], "advice": text}}
+//    "told": {"verdict": text, "notes": [text, ...], "advice": text,
+//             "date": text, "places": [[switch, rack, unit], ...]}}
 //
 // What is told stands as the terminal has it. Switches stand in model order and cables name them by
 // their place there. What is not known is -1: the rank of a switch outside the tree, and its link
@@ -118,13 +119,30 @@ class PageData {
   std::string json_;
 };
 
+// Of the switches that the site's own list has.
+void AppendPlaces(std::string& json, const CheckResult& result) {
+  JsonMembers list(json, '[', ']');
+  if (!result.locations) return;
+  std::size_t number = 0;
+  for (const IBNode* node : result.topology->GetFabric().switches) {
+    const Location* place = result.locations->Of(*node);
+    if (place != nullptr) {
+      JsonMembers members(list.Next(), '[', ']');
+      members.Next() += std::to_string(number);
+      AppendJsonString(members.Next(), place->rack);
+      AppendJsonString(members.Next(), place->unit);
+    }
+    ++number;
+  }
+}
+
 std::string WhatIsTold(const CheckResult& result) {
   std::string json;
   JsonMembers members(json, '{', '}');
   members.Text("verdict", VerdictOf(result));
   {
     JsonMembers notes(members.Key("notes"), '[', ']');
-    const SwitchNames names(*result.fabric, result.showGuid);
+    const SwitchNames names(result.topology->GetFabric(), result.showGuid);
     if (result.repairs) {
       for (const RepairNote& note : result.repairs->plan.notes) {
         AppendJsonString(notes.Next(), NoteText(note, names));
@@ -132,6 +150,8 @@ std::string WhatIsTold(const CheckResult& result) {
     }
   }
   members.Text("advice", result.advice);
+  members.Text("date", result.topology->GetFabric().GetDate());
+  AppendPlaces(members.Key("places"), result);
   return json;
 }
 

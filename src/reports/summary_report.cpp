@@ -90,7 +90,7 @@ void Summary::WriteSize() {
 }
 
 void Summary::WriteRepairs(const RepairPlan& plan) {
-  const SwitchNames names(*result_.fabric, result_.showGuid);
+  const SwitchNames names(result_.topology->GetFabric(), result_.showGuid);
   const std::size_t shown = std::min(plan.steps.size(), mostRepairs);
   for (std::size_t i = 0; i < shown; ++i) {
     stream_ << i + 1 << ". [" << NameOf(plan.steps[i].trust) << "] "

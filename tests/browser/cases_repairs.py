@@ -1,8 +1,10 @@
 """The repairs come first, and lead to the findings that they cure."""
 
+import subprocess
+
 from selenium.webdriver.common.by import By
 
-from browser import PHONE
+from browser import PHONE, Fabric
 from cases_use import current
 
 
@@ -197,3 +199,25 @@ def what_no_cable_cures_is_noted(browser):
 def a_failed_check_tells_the_remedy(browser):
     browser.open(browser.fabric("clean", "--root-regex", "nobody"))
     assert browser.text("#advice").startswith("no switch name matches: name the roots with ")
+
+
+def a_repair_says_where_its_switches_stand(browser):
+    document = browser.generate("one")
+    names = [node["name"] for node in document["nodes"] if node["type"] == "switch"]
+    rows = [f"{name},R{at},{at % 40}\n" for at, name in enumerate(names)]
+    (browser.folder / "places.csv").write_text("name,rack,unit\n" + "".join(rows))
+    fabric = browser.open(browser.fabric("one", "--locations", "places.csv"))
+    text = browser.text("#repair-list .repair")
+    for end in fabric.repairs[0]["cables"][0]["after"]:
+        at = names.index(end["name"])
+        assert f"{end['name']} port {end['port']} (R{at}, unit {at % 40})" in text, text
+
+
+def the_date_of_the_dump_is_told(browser):
+    document = browser.generate("clean")
+    dump = subprocess.run([browser.fabscope, "convert", browser.folder / "clean.json", "--format",
+                           "ibnetdiscover"], capture_output=True, check=True, text=True).stdout
+    date = "# Topology file: generated on Sat Nov 21 04:39:02 2026\n"
+    (browser.folder / "dated.json").write_text(date + dump)
+    browser.open(Fabric(browser, "dated", document))
+    assert browser.text("#source").endswith(" · dump generated on Sat Nov 21 04:39:02 2026")

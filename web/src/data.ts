@@ -86,6 +86,8 @@ export interface RawEnd {
   guid: string
   name: string
   port: number
+  /** Where its switch stands, where a list of the site says so; the page adds it. */
+  place?: string | undefined
 }
 
 /** A cable as it is and as it will be; the upper end first. */
@@ -138,6 +140,10 @@ export interface Told {
   notes: string[]
   /** What to do when the check failed. */
   advice: string
+  /** When the fabric was discovered; empty if its file does not say. */
+  date: string
+  /** Of a switch's index, its rack and its unit. */
+  places: [number, string, string][]
 }
 
 export interface Data {

@@ -151,6 +151,19 @@ function markInvalid(model: Model): void {
   }
 }
 
+/** "R12, unit 7" at each end of a cable that a repair changes. */
+function markPlaces({ result, switches, told }: Data): void {
+  const places = new Map(
+    told.places.map(([index, rack, unit]) => [
+      switches[index][0],
+      [rack, unit && `unit ${unit}`].filter(Boolean).join(', '),
+    ]),
+  )
+  for (const { cables } of result.repairs)
+    for (const end of cables.flatMap(({ before, after }) => [...(before ?? []), ...(after ?? [])]))
+      end.place = places.get(end.guid)
+}
+
 function switchesOf(data: Data): Switch[] {
   return data.switches.map(([guid, name, rank, hosts, up, down], index) => ({
     index,
@@ -195,6 +208,7 @@ export function modelOf(data: Data): Model {
     switches: [...new Set(namedIn(raw).map(switchAt).filter(present))],
     curedBy: [] as number[],
   }))
+  markPlaces(data)
   const repairs = result.repairs.map((raw, index) => ({
     index,
     raw,

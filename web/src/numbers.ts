@@ -91,6 +91,7 @@ export function showHead(app: App): void {
   byId('source').textContent =
     `${result.tool} · ${counted(result.records.length + notListed, 'error record')}, ` +
     counted(result.issues, 'issue') +
-    (result.roots.method === 'inferred' ? ' · roots inferred from all cables' : '')
+    (result.roots.method === 'inferred' ? ' · roots inferred from all cables' : '') +
+    (model.told.date ? ` · dump generated on ${model.told.date}` : '')
   byId('numbers').append(...tiles(app), ...kindTiles(app))
 }

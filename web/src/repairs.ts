@@ -13,7 +13,9 @@ const mostCured = 60
 type Piece = Node | string
 
 function endOf(end: RawEnd): Piece[] {
-  return [nameText(cut(end.name.trim() === '' ? end.guid : end.name)), ` port ${end.port}`]
+  const name = nameText(cut(end.name.trim() === '' ? end.guid : end.name))
+  const port = ` port ${end.port}`
+  return end.place ? [name, `${port} (`, nameText(end.place), ')'] : [name, port]
 }
 
 function endsOf([upper, lower]: [RawEnd, RawEnd]): Piece[] {

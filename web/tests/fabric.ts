@@ -104,7 +104,7 @@ export function fabric(change: Partial<Result> = {}, cables = allCables): Model 
       [leafB, 'leaf-b', 1, 3, 4, 3],
     ],
     cables: cables.flat(),
-    told: { verdict: 'what to do', notes: [], advice: '' },
+    told: { verdict: 'what to do', notes: [], advice: '', date: '', places: [] },
   }
   return modelOf(data)
 }

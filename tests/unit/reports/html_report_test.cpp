@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <memory>
 #include <sstream>
 #include <string>
 
@@ -48,7 +49,8 @@ TEST_F(HtmlReportTest, DataIsTheResultWithSwitchesAndCables) {
                               R"(["0x0000000000000002","leaf0",1,1,1,1],)"
                               R"(["0x0000000000000003","leaf1",1,1,1,1]],)"
                               R"("cables":[0,1,1,2,0,2,2,2],)"
-                              R"("told":{"verdict":"no faults found","notes":[],"advice":""}})");
+                              R"("told":{"verdict":"no faults found","notes":[],"advice":"",)"
+                              R"("date":"","places":[]}})");
 }
 
 TEST_F(HtmlReportTest, SwitchesCountWithoutTheNodesBetweenThem) {
@@ -76,9 +78,23 @@ TEST_F(HtmlReportTest, TreeThatWasNotBuiltShowsItsSwitchesAndCables) {
 
 TEST_F(HtmlReportTest, TellsWhatToDoAboutAFailure) {
   AddTwoLevelTree(fabric, 1, 1, 1);
-  const std::string page = Page("^nothing");
-  ASSERT_NE(result.advice, "");
-  EXPECT_THAT(page, HasSubstr(R"("advice":")" + result.advice + R"("}})"));
+  Check("^nothing");
+  result.advice = "name the \"roots\"";
+  std::ostringstream page;
+  WriteHtmlReport(result, page);
+  EXPECT_THAT(DataOf(page.str()), HasSubstr(R"("advice":"name the \"roots\"",)"));
+}
+
+TEST_F(HtmlReportTest, TellsWhereSwitchesStand) {
+  AddTwoLevelTree(fabric, 1, 2, 1);
+  Locations locations;
+  locations.byName["leaf1"] = {"R \"2\"", "7", {}};
+  locations.byName["host0.0"] = {"R1", "1", {}};
+  Check("^root");
+  result.locations = std::make_shared<Locations>(locations);
+  std::ostringstream page;
+  WriteHtmlReport(result, page);
+  EXPECT_THAT(DataOf(page.str()), HasSubstr(R"("places":[[2,"R \"2\"","7"]]})"));
 }
 
 TEST_F(HtmlReportTest, TreeOfRootsOnlyHasNoCounts) {
