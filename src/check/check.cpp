@@ -102,6 +102,7 @@ void CheckRun::LookForRepairs() {
   RepairPlan plan = result_.roots.method == RootsFrom::Inferred
                         ? FindRepairs(*result_.fabric)
                         : FindRepairs(*result_.fabric, RanksOf(*result_.topology));
+  result_.notes = plan.notes;
   if (plan.steps.empty()) return;
   auto proven = std::make_unique<ProvenPlan>(
       ProvePlan(*result_.fabric, std::move(plan), options_.mergePercent));

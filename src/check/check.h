@@ -89,6 +89,8 @@ struct CheckResult {
   // What would cure them, found with the ranks of this check; null when nothing is known to, or
   // when nobody asked.
   std::unique_ptr<ProvenPlan> repairs;
+  // What no cable cures, where somebody asked for repairs.
+  std::vector<RepairNote> notes;
 
   std::shared_ptr<const Locations> locations;  // null when none were given
 

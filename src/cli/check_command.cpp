@@ -71,7 +71,8 @@ Due ReachedBy(CheckStatus status) {
 void CheckCommand::WriteReport(std::ostream& stream) const {
   const CheckResult& result = run_.result;
   if (!arguments_.summary) return WriteTextReport(result, run_.style, stream);
-  const bool isClean = result.status == CheckStatus::Done && !result.HasFindings();
+  const bool isClean =
+      result.status == CheckStatus::Done && !result.HasFindings() && result.notes.empty();
   if (!isClean || !arguments_.quiet) WriteSummary(result, stream);
   if (run_.style.withDump) WriteForPeople(result.dump, stream);
 }

@@ -301,9 +301,9 @@ MaybeError DumpLoader::ReadLine(const Line& line) {
 
 // # Topology file: generated on Sat Nov 21 04:39:02 2026
 void DumpLoader::TakeDate(std::string_view line) {
-  constexpr std::string_view before = "# Topology file: generated on ";
-  if (!line.starts_with(before)) return;
-  std::string date = CleanText(Trimmed(line.substr(before.size())));
+  LineCursor cursor(line, 0);
+  if (!cursor.Take("# Topology file: generated on ")) return;
+  std::string date = CleanText(Trimmed(cursor.Rest()));
   CutText(date);
   builder_.SetDate(std::move(date));
 }

@@ -6,7 +6,7 @@
 //    "told": {"verdict": text, "notes": [text, ...], "advice": text,
 //             "date": text, "places": [[switch, rack, unit], ...]}}
 //
-// What is told stands as the terminal has it. Switches stand in model order and cables name them by
+// `told` has the words of the terminal. Switches stand in model order and cables name them by
 // their place there. What is not known is -1: the rank of a switch outside the tree, and its link
 // counts.
 
@@ -143,10 +143,8 @@ std::string WhatIsTold(const CheckResult& result) {
   {
     JsonMembers notes(members.Key("notes"), '[', ']');
     const SwitchNames names(result.topology->GetFabric(), result.showGuid);
-    if (result.repairs) {
-      for (const RepairNote& note : result.repairs->plan.notes) {
-        AppendJsonString(notes.Next(), NoteText(note, names));
-      }
+    for (const RepairNote& note : result.notes) {
+      AppendJsonString(notes.Next(), NoteText(note, names));
     }
   }
   members.Text("advice", result.advice);

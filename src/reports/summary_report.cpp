@@ -1,10 +1,9 @@
 #include "reports/summary_report.h"
 
 #include <algorithm>
-#include <set>
+#include <cstdint>
 #include <utility>
 
-#include "compare/cures.h"
 #include "compare/repair_document.h"
 #include "reports/finding_counts.h"
 #include "reports/repair_text.h"
@@ -15,52 +14,44 @@
 namespace fabscope::internal {
 namespace {
 
-// More than that many repairs are read in the report of `fabscope repair`.
-constexpr std::size_t mostRepairs = 20;
+// Of repairs, and of notes.
+constexpr std::size_t mostLines = 20;
 
-std::size_t CountCured(const CheckResult& result) {
-  const CheckedTree& after = result.repairs->after;
-  std::set<std::size_t> cured;
-  for (const auto& cures : CuresOf(result.repairs->plan.steps, {*result.topology, result.findings},
-                                   {*after.topology, after.findings})) {
-    cured.insert(cures.begin(), cures.end());
-  }
-  return cured.size();
+std::uint64_t CountOf(const FindingList& findings) {
+  return findings.size() + findings.RecordsNotListed();
 }
 
 std::string RepairVerdict(const CheckResult& result) {
-  const std::vector<RepairStep>& steps = result.repairs->plan.steps;
-  const CheckedTree& after = result.repairs->after;
+  const std::string repairs = CountText(result.repairs->plan.steps);
+  const std::uint64_t all = CountOf(result.findings);
+  const std::uint64_t left = CountOf(result.repairs->after.findings);
   // A check does not miss a dead switch, but a note does.
-  const bool isAll = after.findings.empty() && result.repairs->plan.notes.empty();
-  if (isAll) return CountText(steps) + " would put this fabric right";
-  // Which findings are cured is not known when not all are there.
-  if (result.findings.RecordsNotListed() != 0) {
-    return CountText(steps) + " would help; " +
-           Counted(after.findings.size(), "finding stays", "findings stay");
-  }
-  return CountText(steps) + (steps.size() == 1 ? " cures " : " cure ") +
-         std::to_string(CountCured(result)) + " of " +
-         Counted(result.findings.size(), "finding", "findings");
+  if (left == 0 && result.notes.empty()) return repairs + " would put this fabric right";
+  return repairs + " would bring " + Counted(all, "finding", "findings") + " down to " +
+         std::to_string(left);
 }
 
 class Summary {
  public:
-  Summary(const CheckResult& result, std::ostream& stream) : result_(result), stream_(stream) {}
+  Summary(const CheckResult& result, std::ostream& stream)
+      : result_(result), names_(result.topology->GetFabric(), result.showGuid), stream_(stream) {}
 
   void Write() {
     stream_ << result_.input << ": " << VerdictOf(result_) << '\n';
     WriteSize();
     if (result_.repairs) WriteRepairs(result_.repairs->plan);
+    WriteNotes();
     WriteCounts();
   }
 
  private:
   void WriteSize();
   void WriteRepairs(const RepairPlan& plan);
+  void WriteNotes();
   void WriteCounts();
 
   const CheckResult& result_;
+  const SwitchNames names_;
   std::ostream& stream_;
 };
 
@@ -69,9 +60,12 @@ void Summary::WriteSize() {
   const auto& switches = topology.GetFabric().switches;
   std::size_t ranked = 0;
   std::string ranks;
-  for (const NodeSet& rank : topology.GetRanks()) {
-    ranked += rank.size();
-    ranks += (ranks.empty() ? "" : ", ") + std::to_string(rank.size());
+  const std::size_t levels = topology.GetRanks().size();
+  for (std::size_t rank = 0; rank < levels; ++rank) {
+    const std::size_t count = topology.GetRanks()[rank].size();
+    ranked += count;
+    if (rank != 0) ranks += rank + 1 == levels ? " and " : ", ";
+    ranks += std::to_string(count);
   }
   if (result_.status == CheckStatus::NotBuilt) ranked = 0;
   std::size_t cables = 0;
@@ -79,8 +73,7 @@ void Summary::WriteSize() {
   std::size_t hosts = 0;
   for (const IBNode* node : switches) hosts += topology.GetTreeLinks().Hosts(*node);
   if (ranked != 0) {
-    stream_ << Counted(topology.GetRanks().size(), "level", "levels") << " with " << ranks
-            << " switches";
+    stream_ << Counted(levels, "level", "levels") << " with " << ranks << " switches";
     if (ranked != switches.size()) stream_ << ", " << switches.size() - ranked << " outside";
   } else {
     stream_ << Counted(switches.size(), "switch", "switches");
@@ -90,17 +83,20 @@ void Summary::WriteSize() {
 }
 
 void Summary::WriteRepairs(const RepairPlan& plan) {
-  const SwitchNames names(result_.topology->GetFabric(), result_.showGuid);
-  const std::size_t shown = std::min(plan.steps.size(), mostRepairs);
+  const std::size_t shown = std::min(plan.steps.size(), mostLines);
   for (std::size_t i = 0; i < shown; ++i) {
     stream_ << i + 1 << ". [" << NameOf(plan.steps[i].trust) << "] "
-            << StepText(plan.steps[i].cables, plan.ranks, names) << '\n';
+            << StepText(plan.steps[i].cables, plan.ranks, names_) << '\n';
   }
   if (shown != plan.steps.size()) {
-    stream_ << plan.steps.size() - shown << " more: see fabscope repair\n";
+    stream_ << plan.steps.size() - shown << " more: --work-order FILE lists them all\n";
   }
-  for (std::size_t i = 0; i < std::min(plan.notes.size(), mostRepairs); ++i) {
-    stream_ << "note: " << NoteText(plan.notes[i], names) << '\n';
+}
+
+void Summary::WriteNotes() {
+  const std::vector<RepairNote>& notes = result_.notes;
+  for (std::size_t i = 0; i < std::min(notes.size(), mostLines); ++i) {
+    stream_ << "note: " << NoteText(notes[i], names_) << '\n';
   }
 }
 
@@ -116,11 +112,13 @@ void Summary::WriteCounts() {
 std::string VerdictOf(const CheckResult& result) {
   if (result.status != CheckStatus::Done) return "the check could not be finished";
   std::string verdict = "no faults found";
-  if (result.repairs) {
-    verdict = RepairVerdict(result);
-  } else if (result.HasFindings()) {
-    verdict = Counted(result.findings.size(), "finding", "findings") + ", no repair known";
+  if (result.HasFindings()) {
+    verdict = result.repairs
+                  ? RepairVerdict(result)
+                  : Counted(CountOf(result.findings), "finding", "findings") + ", no repair known";
   }
+  if (!result.notes.empty())
+    verdict += result.notes.size() == 1 ? "; see the note" : "; see the notes";
   // All holds for the tree that was checked, which may be a wrong one.
   if (result.roots.method == RootsFrom::Inferred) {
     verdict += ", if the inferred tree is right";

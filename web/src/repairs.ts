@@ -109,12 +109,13 @@ function bringIntoSight(list: HTMLElement, index: number): void {
 export function showRepairs(app: App): void {
   const { repairs, findings } = app.model
   const section = byId('repairs')
-  section.hidden = repairs.length === 0
+  section.hidden = repairs.length === 0 && app.model.told.notes.length === 0
   const cured = countCured(app.model)
   const left = findings.length - cured
   Object.assign(section.dataset, { count: repairs.length, cured })
   const unexplained = cured > 0 && left > 0 ? `, ${counted(left, 'finding')} unexplained` : ''
-  byId('repairs-title').textContent = `${counted(repairs.length, 'repair')}${unexplained}`
+  byId('repairs-title').textContent =
+    repairs.length === 0 ? 'Notes' : `${counted(repairs.length, 'repair')}${unexplained}`
   const list = byId('repair-list')
   list.append(...repairs.slice(0, most).map((repair) => rowOf(app, repair)))
   if (repairs.length > most)

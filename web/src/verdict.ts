@@ -2,7 +2,7 @@
 
 import { kinds, type Kind } from './data'
 import type { Model } from './model'
-import { counted, groupName, kindName, listed } from './words'
+import { capital, counted, groupName, kindName, listed } from './words'
 
 export function countsByKind(model: Model): Map<Kind, number> {
   const counts = new Map<Kind, number>()
@@ -45,7 +45,7 @@ function condition({ result: { roots } }: Model): string {
 
 export function verdictOf(model: Model): string {
   if (model.result.status === 'failed') return 'The check could not be finished'
-  if (model.repairs.length > 0) return model.told.verdict
+  if (model.repairs.length > 0 || model.told.notes.length > 0) return capital(model.told.verdict)
   const isClean = model.findings.length === 0
   const found = isClean ? 'No faults found' : `${whatWasFound(model)}${where(model)}`
   return `${found}${condition(model)}`

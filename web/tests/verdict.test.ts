@@ -18,7 +18,7 @@ test('a clean fabric says what was checked', () => {
 })
 
 test('with repairs the verdict is that of the terminal', () => {
-  equal(verdict({ findings: two, repairs: [step(1, [0, 1])] }), 'what to do')
+  equal(verdict({ findings: two, repairs: [step(1, [0, 1])] }), 'What to do')
 })
 
 test('without repairs findings are counted', () => {
